@@ -1,0 +1,56 @@
+# What every target of the project shares, and how its libraries are declared.
+
+add_library(lumo_options INTERFACE)
+target_compile_options(lumo_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align)
+target_compile_definitions(lumo_options INTERFACE QT_NO_KEYWORDS BOOST_BIND_GLOBAL_PLACEHOLDERS)
+if(LUMO_WARNINGS_AS_ERRORS)
+    target_compile_options(lumo_options INTERFACE -Werror)
+endif()
+if(LUMO_SANITIZER)
+    add_compile_options(-fsanitize=${LUMO_SANITIZER} -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+    add_link_options(-fsanitize=${LUMO_SANITIZER})
+endif()
+
+# lumo_shared_library(NAME SOURCES ... PUBLIC_HEADERS ...)
+# A shared library of the package: exported as LumoDataMgr::NAME, headers installed under the
+# folder they have in src/.
+function(lumo_shared_library NAME)
+    cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC_HEADERS" ${ARGN})
+    add_library(${NAME} SHARED ${ARG_SOURCES} ${ARG_PUBLIC_HEADERS})
+    add_library(LumoDataMgr::${NAME} ALIAS ${NAME})
+    set_target_properties(${NAME} PROPERTIES
+        VERSION ${PROJECT_VERSION}
+        SOVERSION ${PROJECT_VERSION_MAJOR})
+    target_include_directories(${NAME} PUBLIC
+        $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>
+        $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/LumoDataMgr>)
+    target_link_libraries(${NAME} PRIVATE $<BUILD_INTERFACE:lumo_options>)
+    install(TARGETS ${NAME} EXPORT LumoDataMgrTargets)
+    foreach(HEADER IN LISTS ARG_PUBLIC_HEADERS)
+        file(RELATIVE_PATH FOLDER ${PROJECT_SOURCE_DIR}/src ${CMAKE_CURRENT_SOURCE_DIR})
+        cmake_path(GET HEADER PARENT_PATH BELOW)
+        install(FILES ${HEADER} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/LumoDataMgr/${FOLDER}/${BELOW})
+    endforeach()
+endfunction()
+
+# lumo_protobuf_sources(OUT FILE.proto ... [EXPORT_HEADER header macro])
+# Generates the C++ of .proto files of the current source folder into the same place of the
+# build tree and puts the sources into OUT. Generated code is not ours to warn about.
+function(lumo_protobuf_sources OUT)
+    set(SOURCES)
+    foreach(PROTO IN LISTS ARGN)
+        cmake_path(GET PROTO STEM STEM)
+        set(BASE ${CMAKE_CURRENT_BINARY_DIR}/${STEM}.pb)
+        add_custom_command(
+            OUTPUT ${BASE}.cc ${BASE}.h
+            COMMAND protobuf::protoc --proto_path=${CMAKE_CURRENT_SOURCE_DIR}
+                    --cpp_out=dllexport_decl=LUMO_EXPORT:${CMAKE_CURRENT_BINARY_DIR} ${PROTO}
+            DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${PROTO}
+            COMMENT "Generating ${STEM}.pb"
+            VERBATIM)
+        set_source_files_properties(${BASE}.cc PROPERTIES COMPILE_OPTIONS -w)
+        list(APPEND SOURCES ${BASE}.cc ${BASE}.h)
+    endforeach()
+    set(${OUT} ${SOURCES} PARENT_SCOPE)
+endfunction()

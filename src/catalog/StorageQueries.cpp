@@ -1,0 +1,112 @@
+#include "core/CallFrame.h"
+#include "core/LumoDataMgr.h"
+
+using ledgerserver::DataUtilBeanReq;
+using ledgerserver::FileTableUtilBeanRsp;
+using ledgerserver::SrcTableUtilBeanReq;
+using ledgerserver::SrcTableUtilBeanRsp;
+
+// Folders and files
+
+ENUM_RET_TYPE CLumoDataMgr::getFolder(unsigned int folderID, tagFolderTable& folder)
+{
+    CallFrame frame(*this, "getFolder");
+    DataUtilBeanReq request;
+    request.set_src_id(folderID);
+    return frame.single(LEDGER(querySrcTableBySrcId), request, &CLumoDataMgr::getFolderFromBean, folder);
+}
+
+unsigned int CLumoDataMgr::getFolderID(unsigned int diskID, unsigned int parentID, const QString& name)
+{
+    CallFrame frame(*this, "getFolderID");
+    SrcTableUtilBeanReq request;
+    request.set_disk_id(diskID);
+    request.set_parent_src_id(parentID);
+    request.set_srcname(name.toUtf8().constData());
+    return frame.identifier(LEDGER(querySrcTableByUniqueness), request);
+}
+
+ENUM_RET_TYPE CLumoDataMgr::getFolderByParentID(unsigned int parentID, QList<tagFolderTable>& folders)
+{
+    CallFrame frame(*this, "getFolderByParentID");
+    DataUtilBeanReq request;
+    request.set_parent_src_id(parentID);
+    return frame.pages(LEDGER(querySrcTableByParentSrcIdTotal), LEDGER(querySrcTableByParentSrcId), request,
+                       &SrcTableUtilBeanRsp::srctabs, &CLumoDataMgr::getFolderFromBean, folders);
+}
+
+ENUM_RET_TYPE CLumoDataMgr::getFolderByDataAndComment(unsigned int dataID, unsigned int commentID,
+                                                      QList<tagFolderTable>& folders)
+{
+    CallFrame frame(*this, "getFolderByDataAndComment");
+    DataUtilBeanReq request;
+    request.set_project_id(dataID);
+    request.set_comment_id(commentID);
+    return frame.pages(LEDGER(querySrcTableByProjectIDAndCommentIdTotal),
+                       LEDGER(querySrcTableByProjectIDAndCommentIdForPage), request,
+                       &SrcTableUtilBeanRsp::srctabs, &CLumoDataMgr::getFolderFromBean, folders);
+}
+
+ENUM_RET_TYPE CLumoDataMgr::getFile(unsigned int fileID, tagFileTable& file)
+{
+    CallFrame frame(*this, "getFile");
+    DataUtilBeanReq request;
+    request.set_file_id(fileID);
+    return frame.single(LEDGER(queryFileTableByFileId), request, &CLumoDataMgr::getFileFromBean, file);
+}
+
+ENUM_RET_TYPE CLumoDataMgr::getFile(const QList<unsigned int>& fileIDs, QList<tagFileTable>& files)
+{
+    CallFrame frame(*this, "getFile");
+    DataUtilBeanReq request;
+    for (const unsigned int fileID : fileIDs)
+        request.add_list_file_id(fileID);
+    return frame.list(LEDGER(queryFileTableByFilePathId), request, &FileTableUtilBeanRsp::filetabs,
+                      &CLumoDataMgr::getFileFromBean, files);
+}
+
+ENUM_RET_TYPE CLumoDataMgr::getFileByName(unsigned int parentID, const QString& name, tagFileTable& file)
+{
+    CallFrame frame(*this, "getFileByName");
+    DataUtilBeanReq request;
+    request.set_src_id(parentID);
+    request.set_filename(name.toUtf8().constData());
+    return frame.single(LEDGER(queryFileTableByName), request, &CLumoDataMgr::getFileFromBean, file);
+}
+
+ENUM_RET_TYPE CLumoDataMgr::getFileByParentID(unsigned int parentID, QList<tagFileTable>& files)
+{
+    CallFrame frame(*this, "getFileByParentID");
+    DataUtilBeanReq request;
+    request.set_src_id(parentID);
+    return frame.pages(LEDGER(queryFileTableBySrcIdTotal), LEDGER(queryFileTableBySrcId), request,
+                       &FileTableUtilBeanRsp::filetabs, &CLumoDataMgr::getFileFromBean, files);
+}
+
+ENUM_RET_TYPE CLumoDataMgr::getFileByDataAndComment(unsigned int dataID, unsigned int commentID,
+                                                    QList<tagFileTable>& files)
+{
+    CallFrame frame(*this, "getFileByDataAndComment");
+    DataUtilBeanReq request;
+    request.set_project_id(dataID);
+    request.set_comment_id(commentID);
+    return frame.pages(LEDGER(queryFileTableByProjectIDAndCommentIdTotal),
+                       LEDGER(queryFileTableByProjectIDAndCommentIdForPage), request,
+                       &FileTableUtilBeanRsp::filetabs, &CLumoDataMgr::getFileFromBean, files);
+}
+
+QString CLumoDataMgr::getFileFullPath(unsigned int fileID, QString& kestaCode)
+{
+    CallFrame frame(*this, "getFileFullPath");
+    DataUtilBeanReq request;
+    request.set_file_id(fileID);
+    return frame.fullPath(LEDGER(getFileFullPath), request, kestaCode);
+}
+
+QString CLumoDataMgr::getFolderFullPath(unsigned int folderID, QString& kestaCode)
+{
+    CallFrame frame(*this, "getFolderFullPath");
+    DataUtilBeanReq request;
+    request.set_src_id(folderID);
+    return frame.fullPath(LEDGER(getFolderFullPath), request, kestaCode);
+}

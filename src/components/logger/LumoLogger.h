@@ -1,0 +1,49 @@
+#ifndef LUMO_LOGGER_LUMOLOGGER_H
+#define LUMO_LOGGER_LUMOLOGGER_H
+
+#include "components/platform/Export.h"
+
+#include <boost/function.hpp>
+
+#include <cstddef>
+#include <string>
+
+/// The process-wide sink of the library's log lines: standard error, until the application asks
+/// for something else.
+///
+/// One `write` is one entry and is never interleaved with another. All members are safe from any
+/// thread; entries that are written while the destination changes go to the old or the new one.
+/// The object is never destroyed, so a thread may write while the process ends.
+class LUMO_EXPORT CLumoLogger
+{
+public:
+    /// Receives one entry: its bytes (in the system code page) and their number. Called by the
+    /// writing thread, one call at a time; it must not write to the logger itself.
+    typedef boost::function<void(const char*, int)> Callback;
+
+    static CLumoLogger* GetSinglePton();
+
+    /// Writes `length` bytes as one entry, unchanged. A null text or a length of 0 or less writes nothing.
+    void write(const char* text, int length);
+
+    /// Sends entries to standard error (the default).
+    void toStandardError();
+    /// Sends entries to a file, appending. At `maximumBytes` the file is renamed to PATH.1 (PATH.1
+    /// to PATH.2 and so on), and at most `files` old ones are kept. False when the file can't be
+    /// opened; entries then go where they went before.
+    bool toFile(const std::string& path, std::size_t maximumBytes = 64 * 1024 * 1024, std::size_t files = 3);
+    /// Sends entries to the application; an empty function discards them.
+    void toCallback(const Callback& callback);
+
+private:
+    CLumoLogger();
+    ~CLumoLogger() = delete;
+
+    CLumoLogger(const CLumoLogger&) = delete;
+    CLumoLogger& operator=(const CLumoLogger&) = delete;
+
+    struct State;
+    State* m_State;
+};
+
+#endif

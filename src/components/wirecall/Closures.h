@@ -1,0 +1,51 @@
+#ifndef LUMO_WIRECALL_CLOSURES_H
+#define LUMO_WIRECALL_CLOSURES_H
+
+#include <google/protobuf/stubs/callback.h>
+
+#include <type_traits>
+
+namespace wirecall {
+
+/// Base of the closures that end asynchronous calls.
+class ClosureBase : public google::protobuf::Closure
+{
+};
+
+/// Calls a member function of three arguments on `Run`, once. Arguments are stored by value, those
+/// that the function takes by reference too. With `SelfDeleting` the closure then deletes itself, so
+/// it has to live on the heap and nobody else may delete it.
+template <bool SelfDeleting, class Object, class Argument1, class Argument2, class Argument3>
+class MethodClosure_Bind3 final : public ClosureBase
+{
+public:
+    typedef void (Object::*Method)(Argument1, Argument2, Argument3);
+
+    MethodClosure_Bind3(Object* object, Method method, Argument1 argument1, Argument2 argument2,
+                        Argument3 argument3)
+        : m_Object(object), m_Method(method), m_Argument1(argument1), m_Argument2(argument2),
+          m_Argument3(argument3)
+    {
+    }
+
+    void Run() override
+    {
+        (m_Object->*m_Method)(m_Argument1, m_Argument2, m_Argument3);
+        if (SelfDeleting)
+            delete this;
+    }
+
+private:
+    template <class T>
+    using Stored = std::remove_cv_t<std::remove_reference_t<T>>;
+
+    Object* m_Object;
+    Method m_Method;
+    Stored<Argument1> m_Argument1;
+    Stored<Argument2> m_Argument2;
+    Stored<Argument3> m_Argument3;
+};
+
+} // namespace wirecall
+
+#endif

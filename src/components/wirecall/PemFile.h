@@ -1,0 +1,13 @@
+#ifndef LUMO_WIRECALL_PEMFILE_H
+#define LUMO_WIRECALL_PEMFILE_H
+
+#include <string>
+
+namespace wirecall {
+
+/// Reads a PEM file. False, with the reason, when it can't be read or holds no PEM block.
+bool readPemFile(const std::string& path, std::string& content, std::string& error);
+
+} // namespace wirecall
+
+#endif

@@ -1,0 +1,135 @@
+#include "components/wirecall/RpcServer.h"
+
+#include "components/wirecall/Address.h"
+#include "components/wirecall/PemFile.h"
+#include "components/wirecall/ServerCalls.h"
+
+#include <grpcpp/security/server_credentials.h>
+#include <grpcpp/server_builder.h>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+namespace wirecall {
+
+namespace {
+
+constexpr int kLargestMessage = 256 * 1024 * 1024;
+constexpr int kShortestPingInterval = 5000;
+constexpr int kCallsRequestedAhead = 16;
+
+bool makeCredentials(const RpcServer::Options& options, std::shared_ptr<grpc::ServerCredentials>& credentials,
+                     std::string& error)
+{
+    if (options.tlsCertificate.empty() && options.tlsKey.empty()) {
+        credentials = grpc::InsecureServerCredentials();
+        return true;
+    }
+    grpc::SslServerCredentialsOptions::PemKeyCertPair pair;
+    if (!readPemFile(options.tlsKey, pair.private_key, error) ||
+        !readPemFile(options.tlsCertificate, pair.cert_chain, error))
+        return false;
+    grpc::SslServerCredentialsOptions tls;
+    tls.pem_key_cert_pairs.push_back(pair);
+    credentials = grpc::SslServerCredentials(tls);
+    return true;
+}
+
+} // namespace
+
+struct RpcServer::Impl
+{
+    std::vector<google::protobuf::Service*> services;
+    std::unique_ptr<ServerCalls> calls;
+    grpc::AsyncGenericService generic;
+    std::unique_ptr<grpc::ServerCompletionQueue> queue;
+    std::unique_ptr<grpc::Server> server;
+    std::vector<std::thread> threads;
+    int port = 0;
+
+    void serve()
+    {
+        void* tag = nullptr;
+        bool ok = false;
+        while (queue->Next(&tag, &ok))
+            static_cast<Event*>(tag)->happened(ok);
+    }
+};
+
+RpcServer::RpcServer() : m_Impl(std::make_unique<Impl>()) {}
+
+RpcServer::~RpcServer()
+{
+    stop();
+}
+
+void RpcServer::add(google::protobuf::Service* service)
+{
+    m_Impl->services.push_back(service);
+}
+
+bool RpcServer::start(const Options& options, std::string& error)
+{
+    Address address;
+    if (!parseAddress(options.address, address)) {
+        error = "\"" + options.address + "\" is not an address of the form host:port";
+        return false;
+    }
+    std::shared_ptr<grpc::ServerCredentials> credentials;
+    if (!makeCredentials(options, credentials, error))
+        return false;
+
+    grpc::ServerBuilder builder;
+    int port = 0;
+    builder.AddListeningPort(options.address, credentials, &port);
+    builder.RegisterAsyncGenericService(&m_Impl->generic);
+    builder.SetMaxReceiveMessageSize(kLargestMessage);
+    builder.SetMaxSendMessageSize(kLargestMessage);
+    builder.AddChannelArgument(GRPC_ARG_ALLOW_REUSEPORT, 0);
+    builder.AddChannelArgument(GRPC_ARG_HTTP2_MIN_RECV_PING_INTERVAL_WITHOUT_DATA_MS, kShortestPingInterval);
+    m_Impl->queue = builder.AddCompletionQueue();
+    m_Impl->server = builder.BuildAndStart();
+    if (!m_Impl->server || port == 0) {
+        m_Impl->server.reset();
+        m_Impl->queue->Shutdown();
+        m_Impl->serve();
+        m_Impl->queue.reset();
+        error = "can't listen on " + options.address;
+        return false;
+    }
+    m_Impl->port = port;
+    m_Impl->calls = std::make_unique<ServerCalls>(options.authenticate);
+    for (google::protobuf::Service* service : m_Impl->services)
+        m_Impl->calls->add(service);
+    for (int i = 0; i < kCallsRequestedAhead; ++i)
+        m_Impl->calls->takeNext(m_Impl->generic, *m_Impl->queue);
+    const int threads =
+        options.threads > 0 ? options.threads : 4 * std::max(1u, std::thread::hardware_concurrency());
+    for (int i = 0; i < threads; ++i)
+        m_Impl->threads.emplace_back([this] { m_Impl->serve(); });
+    return true;
+}
+
+int RpcServer::port() const
+{
+    return m_Impl->port;
+}
+
+void RpcServer::stop(int graceMilliseconds)
+{
+    if (!m_Impl->server)
+        return;
+    m_Impl->server->Shutdown(std::chrono::system_clock::now() + std::chrono::milliseconds(graceMilliseconds));
+    m_Impl->calls->waitForEnd();
+    m_Impl->queue->Shutdown();
+    for (std::thread& thread : m_Impl->threads)
+        thread.join();
+    m_Impl->threads.clear();
+    m_Impl->server.reset();
+    m_Impl->queue.reset();
+    m_Impl->port = 0;
+}
+
+} // namespace wirecall

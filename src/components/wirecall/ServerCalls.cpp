@@ -1,0 +1,225 @@
+#include "components/wirecall/ServerCalls.h"
+
+#include <google/protobuf/descriptor.h>
+#include <grpcpp/support/proto_buffer_reader.h>
+#include <grpcpp/support/proto_buffer_writer.h>
+
+#include <memory>
+
+namespace wirecall {
+
+using google::protobuf::Closure;
+using google::protobuf::Message;
+
+namespace {
+
+constexpr char kBearer[] = "Bearer ";
+
+/// Hands one kind of event of a call to a member function.
+template <class Owner>
+class MemberEvent final : public Event
+{
+public:
+    MemberEvent(Owner& owner, void (Owner::*step)(bool)) : m_Owner(owner), m_Step(step) {}
+    void happened(bool ok) override { (m_Owner.*m_Step)(ok); }
+
+private:
+    Owner& m_Owner;
+    void (Owner::*m_Step)(bool);
+};
+
+} // namespace
+
+/// One call from its arrival to its end. It lives until the last of its two events has come: that its
+/// answer was sent, and that gRPC is done with it (which tells a cancelled call at once).
+class ServerCalls::Call final : public ServerCall, private Closure
+{
+public:
+    Call(ServerCalls& calls, grpc::AsyncGenericService& generic, grpc::ServerCompletionQueue& queue)
+        : m_Calls(calls), m_Generic(generic), m_Queue(queue), m_Stream(&m_Context),
+          m_Arrived(*this, &Call::arrived), m_Received(*this, &Call::received),
+          m_Answered(*this, &Call::answered), m_Done(*this, &Call::done)
+    {
+        m_Context.AsyncNotifyWhenDone(&m_Done);
+        generic.RequestCall(&m_Context, &m_Stream, &queue, &queue, &m_Arrived);
+    }
+
+    const std::string& method() const override { return m_Method->descriptor->full_name(); }
+
+    std::string token() const override
+    {
+        const auto& metadata = m_Context.client_metadata();
+        const auto found = metadata.find("authorization");
+        if (found == metadata.end() || !found->second.starts_with(kBearer))
+            return {};
+        const grpc::string_ref token = found->second.substr(sizeof kBearer - 1);
+        return std::string(token.data(), token.size());
+    }
+
+    std::string peer() const override { return m_Context.peer(); }
+
+    void SetFailed(const std::string& reason) override { m_FailureText = reason; }
+
+    bool IsCanceled() const override { return m_Cancelled; }
+
+    void NotifyOnCancel(Closure* callback) override
+    {
+        {
+            const std::lock_guard<std::mutex> lock(m_CancelMutex);
+            if (!m_Ended) {
+                m_OnCancel = callback;
+                return;
+            }
+        }
+        callback->Run();
+    }
+
+    // The caller's side of a controller has no meaning here.
+    void Reset() override {}
+    bool Failed() const override { return !m_FailureText.empty(); }
+    std::string ErrorText() const override { return m_FailureText; }
+    void StartCancel() override {}
+
+private:
+    void arrived(bool ok)
+    {
+        if (!ok) { // the server stops; no other event comes
+            delete this;
+            return;
+        }
+        m_Calls.began();
+        m_Calls.takeNext(m_Generic, m_Queue);
+        const auto found = m_Calls.m_Methods.find(m_Context.method());
+        if (found == m_Calls.m_Methods.end()) {
+            refuse(grpc::StatusCode::UNIMPLEMENTED, "no such method: " + m_Context.method());
+            return;
+        }
+        m_Method = &found->second;
+        m_Stream.Read(&m_Buffer, &m_Received);
+    }
+
+    void received(bool ok)
+    {
+        if (!ok) {
+            refuse(grpc::StatusCode::INTERNAL, "no request came");
+            return;
+        }
+        std::string reason;
+        if (m_Calls.m_Authenticate && !m_Calls.m_Authenticate(*this, reason)) {
+            refuse(grpc::StatusCode::UNAUTHENTICATED, reason);
+            return;
+        }
+        m_Request.reset(m_Method->service->GetRequestPrototype(m_Method->descriptor).New());
+        m_Response.reset(m_Method->service->GetResponsePrototype(m_Method->descriptor).New());
+        grpc::ProtoBufferReader reader(&m_Buffer);
+        if (!m_Request->ParseFromZeroCopyStream(&reader)) {
+            refuse(grpc::StatusCode::INVALID_ARGUMENT, "the request does not parse");
+            return;
+        }
+        m_Method->service->CallMethod(m_Method->descriptor, this, m_Request.get(), m_Response.get(), this);
+    }
+
+    /// The method's answer, on any thread.
+    void Run() override
+    {
+        if (!m_FailureText.empty()) {
+            refuse(grpc::StatusCode::UNKNOWN, m_FailureText);
+            return;
+        }
+        grpc::ByteBuffer answer;
+        bool own = false;
+        const grpc::Status status =
+            grpc::GenericSerialize<grpc::ProtoBufferWriter, Message>(*m_Response, &answer, &own);
+        if (!status.ok()) {
+            refuse(status.error_code(), status.error_message());
+            return;
+        }
+        m_Stream.WriteAndFinish(answer, grpc::WriteOptions(), grpc::Status::OK, &m_Answered);
+    }
+
+    void refuse(grpc::StatusCode code, const std::string& text)
+    {
+        m_Stream.Finish(grpc::Status(code, text), &m_Answered);
+    }
+
+    void answered(bool) { release(); }
+
+    void done(bool)
+    {
+        Closure* onCancel = nullptr;
+        {
+            const std::lock_guard<std::mutex> lock(m_CancelMutex);
+            m_Ended = true;
+            m_Cancelled = m_Context.IsCancelled();
+            std::swap(onCancel, m_OnCancel);
+        }
+        if (onCancel != nullptr)
+            onCancel->Run();
+        release();
+    }
+
+    void release()
+    {
+        if (--m_EventsLeft > 0)
+            return;
+        ServerCalls& calls = m_Calls;
+        delete this;
+        calls.ended();
+    }
+
+    ServerCalls& m_Calls;
+    grpc::AsyncGenericService& m_Generic;
+    grpc::ServerCompletionQueue& m_Queue;
+    grpc::GenericServerContext m_Context;
+    grpc::GenericServerAsyncReaderWriter m_Stream;
+    MemberEvent<Call> m_Arrived, m_Received, m_Answered, m_Done;
+    std::atomic<int> m_EventsLeft{2};
+
+    const Method* m_Method = nullptr;
+    grpc::ByteBuffer m_Buffer;
+    std::unique_ptr<Message> m_Request;
+    std::unique_ptr<Message> m_Response;
+    std::string m_FailureText;
+
+    std::mutex m_CancelMutex;
+    Closure* m_OnCancel = nullptr;
+    bool m_Ended = false;
+    std::atomic<bool> m_Cancelled{false};
+};
+
+ServerCalls::ServerCalls(RpcServer::Authenticate authenticate) : m_Authenticate(std::move(authenticate)) {}
+
+void ServerCalls::add(google::protobuf::Service* service)
+{
+    const google::protobuf::ServiceDescriptor* descriptor = service->GetDescriptor();
+    for (int i = 0; i < descriptor->method_count(); ++i) {
+        const google::protobuf::MethodDescriptor* method = descriptor->method(i);
+        m_Methods["/" + descriptor->full_name() + "/" + method->name()] = Method{service, method};
+    }
+}
+
+void ServerCalls::takeNext(grpc::AsyncGenericService& generic, grpc::ServerCompletionQueue& queue)
+{
+    new Call(*this, generic, queue);
+}
+
+void ServerCalls::waitForEnd()
+{
+    std::unique_lock<std::mutex> lock(m_Mutex);
+    m_NoneLeft.wait(lock, [this] { return m_Calls == 0; });
+}
+
+void ServerCalls::began()
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    ++m_Calls;
+}
+
+void ServerCalls::ended()
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    if (--m_Calls == 0)
+        m_NoneLeft.notify_all();
+}
+
+} // namespace wirecall

@@ -1,0 +1,40 @@
+#include "core/CallFrame.h"
+
+#include "core/LogLine.h"
+
+CallFrame::CallFrame(const CLumoDataMgr& manager, const char* method) : CallFrame(manager, method, method) {}
+
+CallFrame::CallFrame(const CLumoDataMgr& manager, const char* method, const char* loggedName)
+    : m_Function(std::string("CLumoDataMgr::") + method), m_LoggedName(loggedName),
+      m_Timeout(manager.m_Timeout), m_LedgerChannel(manager.m_LedgerChannel)
+{
+    LUMO_LOG(m_Function.c_str(), "Enter Function : %s", m_LoggedName);
+}
+
+bool CallFrame::failed(const char* operation)
+{
+    LUMO_LOG(m_Function.c_str(), "%s Error : %s", operation, m_Controller.ErrorText().c_str());
+    return leave(false);
+}
+
+ENUM_RET_TYPE CallFrame::refused(const char* operation)
+{
+    LUMO_LOG(m_Function.c_str(), "%s Result Error", operation);
+    return leave(RET_FAILED);
+}
+
+ENUM_RET_TYPE CallFrame::judge(const char* operation, int result)
+{
+    if (result == -2)
+        return refused(operation);
+    if (result == -1) {
+        LUMO_LOG(m_Function.c_str(), "%s Result NULL", operation);
+        return leave(RET_NULL);
+    }
+    return RET_SUCCESS;
+}
+
+void CallFrame::writeLeave()
+{
+    LUMO_LOG(m_Function.c_str(), "Leave Function : %s", m_LoggedName);
+}

@@ -1,0 +1,194 @@
+#ifndef LUMO_CORE_CALLFRAME_H
+#define LUMO_CORE_CALLFRAME_H
+
+#include "components/wirecall/RpcController.h"
+#include "core/LumoDataMgr.h"
+#include "ledgerserver.pb.h"
+
+#include <QString>
+
+#include <string>
+
+/// An operation of a service: its name for the log and its member of the stub.
+template <class Stub, class Request, class Response>
+struct Rpc
+{
+    const char* name;
+    void (Stub::*call)(google::protobuf::RpcController*, const Request*, Response*, google::protobuf::Closure*);
+};
+
+template <class Stub, class Request, class Response>
+Rpc(const char*, void (Stub::*)(google::protobuf::RpcController*, const Request*, Response*,
+                                google::protobuf::Closure*)) -> Rpc<Stub, Request, Response>;
+
+#define LEDGER(operation)                                                                                    \
+    Rpc { #operation, &ledgerserver::LedgerServices_Stub::operation }
+
+/// The frame of every synchronous remote method: the Enter line on construction; then one verb, which
+/// calls, judges the answer, hands it on and writes the Leave line. Leave is written on each path by
+/// hand, so that an exception of a component passes through without one.
+///
+/// The frame copies what it needs of the manager, so a call may outlast it while the process ends.
+class CallFrame
+{
+public:
+    /// `method` is the name in the Func slot, `loggedName` the one in the Enter and Leave lines.
+    CallFrame(const CLumoDataMgr& manager, const char* method);
+    CallFrame(const CLumoDataMgr& manager, const char* method, const char* loggedName);
+
+    CallFrame(const CallFrame&) = delete;
+    CallFrame& operator=(const CallFrame&) = delete;
+
+    /// One record: the answer's bean, or the default one where there is none.
+    template <class Stub, class Request, class Response, class Bean, class Record>
+    ENUM_RET_TYPE single(const Rpc<Stub, Request, Response>& rpc, const Request& request,
+                         void (*convert)(const Bean&, Record&), Record& record)
+    {
+        Response response;
+        const ENUM_RET_TYPE verdict = judged(rpc, request, response);
+        if (verdict != RET_SUCCESS)
+            return verdict;
+        convert(response.bean(), record);
+        return leave(RET_SUCCESS);
+    }
+
+    /// A list in one call; its records come behind those that `records` holds.
+    template <class Stub, class Request, class Response, class Bean, class Record>
+    ENUM_RET_TYPE list(const Rpc<Stub, Request, Response>& rpc, const Request& request,
+                       const google::protobuf::RepeatedPtrField<Bean>& (Response::*beans)() const,
+                       void (*convert)(const Bean&, Record&), QList<Record>& records)
+    {
+        Response response;
+        const ENUM_RET_TYPE verdict = judged(rpc, request, response);
+        if (verdict != RET_SUCCESS)
+            return verdict;
+        Record record = Record();
+        append((response.*beans)(), convert, record, records);
+        return leave(RET_SUCCESS);
+    }
+
+    /// A list that may be long: its total, then pages. A page that fails empties `records`.
+    template <class Stub, class Request, class Response, class Bean, class Record>
+    ENUM_RET_TYPE pages(const Rpc<Stub, Request, Response>& totalRpc,
+                        const Rpc<Stub, Request, Response>& pageRpc, Request& request,
+                        const google::protobuf::RepeatedPtrField<Bean>& (Response::*beans)() const,
+                        void (*convert)(const Bean&, Record&), QList<Record>& records)
+    {
+        Response response;
+        if (!succeeded(totalRpc, request, response))
+            return RET_FAILED;
+        m_Controller.Reset();
+        const int total = response.total();
+        Record record = Record();
+        request.set_page_size(kPageSize);
+        for (int received = 0; received < total;) {
+            request.set_page_start(received);
+            ENUM_RET_TYPE verdict = judged(pageRpc, request, response);
+            const int size = (response.*beans)().size();
+            if (verdict == RET_SUCCESS && size == 0)
+                verdict = refused(pageRpc.name); // asking again would never end
+            if (verdict != RET_SUCCESS) {
+                records.clear();
+                return verdict;
+            }
+            m_Controller.Reset();
+            append((response.*beans)(), convert, record, records);
+            received += size;
+        }
+        return leave(RET_SUCCESS);
+    }
+
+    /// The identifier of the answer's bean; any other result than 0 is a failure, 0xFFFFFFFF.
+    template <class Stub, class Request, class Response>
+    unsigned int identifier(const Rpc<Stub, Request, Response>& rpc, const Request& request)
+    {
+        Response response;
+        if (!succeeded(rpc, request, response))
+            return kNoIdentifier;
+        return leave(response.bean().id());
+    }
+
+    /// The same where only the results -1 and -2 are failures.
+    template <class Stub, class Request, class Response>
+    unsigned int lookedUpIdentifier(const Rpc<Stub, Request, Response>& rpc, const Request& request)
+    {
+        Response response;
+        if (judged(rpc, request, response) != RET_SUCCESS)
+            return kNoIdentifier;
+        return leave(response.bean().id());
+    }
+
+    /// A path and the code of the storage box that it lies on.
+    template <class Stub, class Request, class Response>
+    QString fullPath(const Rpc<Stub, Request, Response>& rpc, const Request& request, QString& kestaCode)
+    {
+        Response response;
+        if (!succeeded(rpc, request, response))
+            return QString();
+        leave(true);
+        kestaCode = QString::fromUtf8(response.kesta_code().c_str());
+        return QString::fromUtf8(response.full_path().c_str());
+    }
+
+private:
+    static constexpr unsigned int kNoIdentifier = 0xFFFFFFFF;
+    static constexpr int kPageSize = 10000;
+
+    /// Calls and waits. False when the call failed; the RPC error and Leave lines are written then.
+    template <class Stub, class Request, class Response>
+    bool answered(const Rpc<Stub, Request, Response>& rpc, const Request& request, Response& response)
+    {
+        Stub stub(channelOf(static_cast<Stub*>(nullptr)));
+        m_Controller.SetTimeout(m_Timeout);
+        (stub.*rpc.call)(&m_Controller, &request, &response, nullptr);
+        return !m_Controller.Failed() || failed(rpc.name);
+    }
+
+    /// RET_SUCCESS unless the call failed or the result is -2 (RET_FAILED) or -1 (RET_NULL).
+    template <class Stub, class Request, class Response>
+    ENUM_RET_TYPE judged(const Rpc<Stub, Request, Response>& rpc, const Request& request, Response& response)
+    {
+        return answered(rpc, request, response) ? judge(rpc.name, response.result()) : RET_FAILED;
+    }
+
+    /// True only for result 0.
+    template <class Stub, class Request, class Response>
+    bool succeeded(const Rpc<Stub, Request, Response>& rpc, const Request& request, Response& response)
+    {
+        return answered(rpc, request, response) &&
+               (response.result() == 0 || refused(rpc.name) == RET_SUCCESS);
+    }
+
+    /// `record` is one for the whole query: a text that does not fit leaves its predecessor's there.
+    template <class Bean, class Record>
+    static void append(const google::protobuf::RepeatedPtrField<Bean>& beans,
+                       void (*convert)(const Bean&, Record&), Record& record, QList<Record>& records)
+    {
+        for (const Bean& bean : beans) {
+            convert(bean, record);
+            records.append(record);
+        }
+    }
+
+    template <class Value>
+    Value leave(Value value)
+    {
+        writeLeave();
+        return value;
+    }
+
+    wirecall::RpcChannel* channelOf(ledgerserver::LedgerServices_Stub*) const { return m_LedgerChannel; }
+
+    bool failed(const char* operation);
+    ENUM_RET_TYPE refused(const char* operation);
+    ENUM_RET_TYPE judge(const char* operation, int result);
+    void writeLeave();
+
+    const std::string m_Function;
+    const char* const m_LoggedName;
+    const unsigned int m_Timeout;
+    wirecall::RpcChannel* const m_LedgerChannel;
+    wirecall::RpcController m_Controller;
+};
+
+#endif

@@ -1,0 +1,37 @@
+#include "core/LumoDataMgr.h"
+
+// Defined in this order, so that the mutex outlives the object that frees the singleton.
+std::mutex CLumoDataMgr::m_SafeMutex;
+std::atomic<CLumoDataMgr*> CLumoDataMgr::m_Instance{nullptr};
+CLumoDataMgr::CLumoFreeSelf CLumoDataMgr::m_FreeSingleTon;
+
+CLumoDataMgr& CLumoDataMgr::GetSingleTon()
+{
+    return *GetSinglePton();
+}
+
+CLumoDataMgr* CLumoDataMgr::GetSinglePton()
+{
+    if (m_Instance == nullptr) {
+        _Thread_Safe_Lock();
+        if (m_Instance == nullptr)
+            m_Instance = new CLumoDataMgr;
+        _Thread_Safe_UnLock();
+    }
+    return m_Instance;
+}
+
+void CLumoDataMgr::_Thread_Safe_Lock()
+{
+    m_SafeMutex.lock();
+}
+
+void CLumoDataMgr::_Thread_Safe_UnLock()
+{
+    m_SafeMutex.unlock();
+}
+
+CLumoDataMgr::CLumoFreeSelf::~CLumoFreeSelf()
+{
+    delete m_Instance.exchange(nullptr);
+}
