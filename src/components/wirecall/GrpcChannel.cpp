@@ -9,10 +9,11 @@
 #include <grpcpp/channel.h>
 #include <grpcpp/client_context.h>
 #include <grpcpp/create_channel.h>
-#include <grpcpp/impl/codegen/client_callback.h>
-#include <grpcpp/impl/codegen/client_unary_call.h>
+#include <grpcpp/impl/client_unary_call.h>
+#include <grpcpp/impl/codegen/proto_utils.h>
 #include <grpcpp/security/credentials.h>
 #include <grpcpp/support/channel_arguments.h>
+#include <grpcpp/support/client_callback.h>
 
 #include <algorithm>
 #include <chrono>

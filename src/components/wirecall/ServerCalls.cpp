@@ -1,8 +1,7 @@
 #include "components/wirecall/ServerCalls.h"
 
 #include <google/protobuf/descriptor.h>
-#include <grpcpp/support/proto_buffer_reader.h>
-#include <grpcpp/support/proto_buffer_writer.h>
+#include <grpcpp/impl/codegen/proto_utils.h>
 
 #include <memory>
 
