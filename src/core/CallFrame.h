@@ -1,6 +1,7 @@
 #ifndef LUMO_CORE_CALLFRAME_H
 #define LUMO_CORE_CALLFRAME_H
 
+#include "components/wirecall/RpcChannel.h"
 #include "components/wirecall/RpcController.h"
 #include "core/LumoDataMgr.h"
 #include "ledgerserver.pb.h"
