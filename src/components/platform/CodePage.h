@@ -9,8 +9,8 @@
 ///
 /// Conversion never fails on content: a byte that does not decode becomes U+FFFD, a UTF-16 unit
 /// that the target code page lacks becomes '?' (so a character beyond U+FFFF gives two). A code page
-/// other than the two below converts nothing and gives 0. All functions are safe from any thread and allocate
-/// nothing.
+/// other than the two below converts nothing and gives 0. All functions are safe from any thread and
+/// allocate nothing.
 namespace platform {
 
 constexpr unsigned int kGbkCodePage = 936;    ///< simplified Chinese, as windows-936
