@@ -23,7 +23,10 @@ public:
 
     MethodClosure_Bind3(Object* object, Method method, Argument1 argument1, Argument2 argument2,
                         Argument3 argument3)
-        : m_Object(object), m_Method(method), m_Argument1(argument1), m_Argument2(argument2),
+        : m_Object(object),
+          m_Method(method),
+          m_Argument1(argument1),
+          m_Argument2(argument2),
           m_Argument3(argument3)
     {
     }

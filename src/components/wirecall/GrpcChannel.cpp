@@ -62,7 +62,8 @@ class GrpcChannel final : public RpcChannel
 {
 public:
     GrpcChannel(std::shared_ptr<grpc::Channel> channel, const std::string& target, const std::string& token)
-        : m_Channel(std::move(channel)), m_Target(target),
+        : m_Channel(std::move(channel)),
+          m_Target(target),
           m_Authorization(token.empty() ? token : "Bearer " + token)
     {
     }
@@ -83,11 +84,12 @@ private:
     {
         grpc::ClientContext context;
         prepare(context, controller);
+        const bool connected = isConnected(*m_Channel);
         const std::string path = methodPath(method);
         const grpc::internal::RpcMethod unary(path.c_str(), grpc::internal::RpcMethod::NORMAL_RPC);
         const grpc::Status status =
             grpc::internal::BlockingUnaryCall(m_Channel.get(), unary, &context, request, &response);
-        conclude(controller, context, m_Target, status);
+        conclude(controller, status, connected || reached(context, *m_Channel, m_Target));
     }
 
     void callAndReturn(const MethodDescriptor* method, RpcController& controller, const Message& request,
@@ -99,19 +101,23 @@ private:
             std::string path;
             std::string target;
             std::shared_ptr<grpc::Channel> channel;
+            bool connected;
         };
         Call* call = new Call;
         call->path = methodPath(method);
         call->target = m_Target;
         call->channel = m_Channel;
+        call->connected = isConnected(*m_Channel);
         prepare(call->context, controller);
         const grpc::internal::RpcMethod unary(call->path.c_str(), grpc::internal::RpcMethod::NORMAL_RPC);
-        grpc::internal::CallbackUnaryCall(m_Channel.get(), unary, &call->context, &request, &response,
-                                          [call, &controller, &done](const grpc::Status& status) {
-                                              conclude(controller, call->context, call->target, status);
-                                              delete call;
-                                              done.Run();
-                                          });
+        grpc::internal::CallbackUnaryCall(
+            m_Channel.get(), unary, &call->context, &request, &response,
+            [call, &controller, &done](const grpc::Status& status) {
+                conclude(controller, status,
+                         call->connected || reached(call->context, *call->channel, call->target));
+                delete call;
+                done.Run();
+            });
     }
 
     void prepare(grpc::ClientContext& context, const RpcController& controller) const
@@ -123,17 +129,24 @@ private:
             context.AddMetadata("authorization", m_Authorization);
     }
 
-    static void conclude(RpcController& controller, const grpc::ClientContext& context,
-                         const std::string& target, const grpc::Status& status)
+    static bool isConnected(grpc::Channel& channel) { return channel.GetState(false) == GRPC_CHANNEL_READY; }
+
+    /// Whether a call that began without a connection got one. Until it has an answer on one, gRPC
+    /// names the target as its peer.
+    static bool reached(const grpc::ClientContext& context, grpc::Channel& channel, const std::string& target)
+    {
+        return context.peer() != target || isConnected(channel);
+    }
+
+    static void conclude(RpcController& controller, const grpc::Status& status, bool requestSent)
     {
         if (status.ok()) {
             controller.setOutcome(Failure::None, std::string(), true);
             return;
         }
-        // Until a call stands on a connection, gRPC names the target as its peer.
-        const bool sent = context.peer() != target;
         const std::string& text = status.error_message();
-        controller.setOutcome(failureOf(status.error_code()), text.empty() ? "unknown failure" : text, sent);
+        controller.setOutcome(failureOf(status.error_code()), text.empty() ? "unknown failure" : text,
+                              requestSent);
     }
 
     const std::shared_ptr<grpc::Channel> m_Channel;
@@ -188,8 +201,8 @@ boost::shared_ptr<RpcChannel> openChannel(const ChannelOptions& options, std::st
         credentials = grpc::SslCredentials(tls);
     }
     const std::string target = "dns:///" + options.address;
-    return boost::make_shared<GrpcChannel>(
-        grpc::CreateCustomChannel(target, credentials, channelArguments()), target, options.token);
+    return boost::make_shared<GrpcChannel>(grpc::CreateCustomChannel(target, credentials, channelArguments()),
+                                           target, options.token);
 }
 
 } // namespace wirecall

@@ -26,7 +26,9 @@ std::string RpcController::ErrorText() const
     return m_ErrorText;
 }
 
-void RpcController::StartCancel() {}
+void RpcController::StartCancel()
+{
+}
 
 void RpcController::SetFailed(const std::string& reason)
 {
@@ -39,7 +41,9 @@ bool RpcController::IsCanceled() const
     return false;
 }
 
-void RpcController::NotifyOnCancel(google::protobuf::Closure*) {}
+void RpcController::NotifyOnCancel(google::protobuf::Closure*)
+{
+}
 
 void RpcController::setOutcome(Failure failure, const std::string& errorText, bool requestSent)
 {

@@ -58,7 +58,9 @@ struct RpcServer::Impl
     }
 };
 
-RpcServer::RpcServer() : m_Impl(std::make_unique<Impl>()) {}
+RpcServer::RpcServer() : m_Impl(std::make_unique<Impl>())
+{
+}
 
 RpcServer::~RpcServer()
 {

@@ -35,9 +35,14 @@ class ServerCalls::Call final : public ServerCall, private Closure
 {
 public:
     Call(ServerCalls& calls, grpc::AsyncGenericService& generic, grpc::ServerCompletionQueue& queue)
-        : m_Calls(calls), m_Generic(generic), m_Queue(queue), m_Stream(&m_Context),
-          m_Arrived(*this, &Call::arrived), m_Received(*this, &Call::received),
-          m_Answered(*this, &Call::answered), m_Done(*this, &Call::done)
+        : m_Calls(calls),
+          m_Generic(generic),
+          m_Queue(queue),
+          m_Stream(&m_Context),
+          m_Arrived(*this, &Call::arrived),
+          m_Received(*this, &Call::received),
+          m_Answered(*this, &Call::answered),
+          m_Done(*this, &Call::done)
     {
         m_Context.AsyncNotifyWhenDone(&m_Done);
         generic.RequestCall(&m_Context, &m_Stream, &queue, &queue, &m_Arrived);
@@ -186,7 +191,9 @@ private:
     std::atomic<bool> m_Cancelled{false};
 };
 
-ServerCalls::ServerCalls(RpcServer::Authenticate authenticate) : m_Authenticate(std::move(authenticate)) {}
+ServerCalls::ServerCalls(RpcServer::Authenticate authenticate) : m_Authenticate(std::move(authenticate))
+{
+}
 
 void ServerCalls::add(google::protobuf::Service* service)
 {

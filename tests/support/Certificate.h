@@ -1,0 +1,32 @@
+#ifndef LUMO_TESTS_SUPPORT_CERTIFICATE_H
+#define LUMO_TESTS_SUPPORT_CERTIFICATE_H
+
+#include <QTemporaryDir>
+
+#include <cstdlib>
+#include <string>
+
+/// A self-signed certificate for 127.0.0.1 and localhost in a temporary folder.
+class Certificate
+{
+public:
+    Certificate()
+    {
+        const std::string command =
+            "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes "
+            "-days 2 -subj /CN=localhost "
+            "-addext subjectAltName=DNS:localhost,IP:127.0.0.1 -keyout " +
+            key() + " -out " + certificate() + " 2>/dev/null";
+        m_Made = std::system(command.c_str()) == 0;
+    }
+
+    bool made() const { return m_Made; }
+    std::string certificate() const { return m_Folder.filePath("certificate.pem").toStdString(); }
+    std::string key() const { return m_Folder.filePath("key.pem").toStdString(); }
+
+private:
+    QTemporaryDir m_Folder;
+    bool m_Made = false;
+};
+
+#endif
