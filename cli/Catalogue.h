@@ -1,0 +1,104 @@
+#ifndef LUMO_CLI_CATALOGUE_H
+#define LUMO_CLI_CATALOGUE_H
+
+#include "cli/Journal.h"
+#include "cli/Place.h"
+
+#include "core/LumoDataTypes.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+class CLumoDataMgr;
+
+namespace cli {
+
+constexpr unsigned int kNone = 0xFFFFFFFFU;
+
+/// More than any real tree is deep; a catalogue whose folders contain each other ends here.
+constexpr int kDeepest = 1024;
+
+/// UTF-8 text of a record; empty when the record could not hold it, because it was too long.
+using Text = std::optional<std::string>;
+
+struct Disk
+{
+    unsigned int diskID;
+    unsigned int refID;
+    Text kestaCode;
+    Text diskName;
+    Text rootPath;
+};
+
+struct Folder
+{
+    unsigned int folderID;
+    unsigned int diskID;
+    unsigned int parentID;
+    Text folderName;
+    Text shortText; ///< not told in a listing
+    Text longText;  ///< not told in a listing
+};
+
+struct File
+{
+    unsigned int fileID;
+    unsigned int parentID;
+    Text fileName;
+    Text shortText; ///< not told in a listing
+    Text longText;  ///< not told in a listing
+};
+
+/// What a place turned out to be.
+struct Found
+{
+    Place::Kind kind = Place::Kind::Path; ///< Path: "/", all disks
+    Disk disk{};
+    Folder folder{};
+    File file{};
+};
+
+/// The catalogue as the commands see it: UTF-8, and every failure of a call thrown as Failure
+/// (CentreFailed) with the reason.
+class Catalogue
+{
+public:
+    Catalogue(CLumoDataMgr& manager, Journal& journal);
+
+    /// The record of a place; throws Failure (PlaceNotFound).
+    Found find(const Place& place);
+
+    std::vector<Disk> disks();
+    /// Folders, by name.
+    std::vector<Folder> foldersIn(unsigned int folderID);
+    /// Files, by name.
+    std::vector<File> filesIn(unsigned int folderID);
+    /// The top folder of a disk; throws Failure (PlaceNotFound).
+    unsigned int topFolder(const Disk& disk);
+
+    /// The path of what was found, empty when a name on it is not known.
+    Text pathOf(const Found& found);
+
+private:
+    std::optional<Disk> disk(unsigned int id);
+    std::optional<Disk> disk(const std::string& name);
+    std::optional<Folder> folder(unsigned int id);
+    std::optional<File> file(unsigned int id);
+    std::optional<File> file(unsigned int parentID, const std::string& name);
+    unsigned int folderID(unsigned int diskID, unsigned int parentID, const std::string& name);
+
+    Found findPath(const Place& place);
+    Found findIdentifier(const Place& place);
+    Text pathOf(Folder folderOnPath);
+    /// Whether there is an answer; throws for a failed call.
+    bool answered(ENUM_RET_TYPE result) const;
+    [[noreturn]] void fail() const;
+
+    CLumoDataMgr& m_Manager;
+    Journal& m_Journal;
+};
+
+} // namespace cli
+
+#endif

@@ -1,0 +1,36 @@
+#ifndef LUMO_CLI_DISPLAYTEXT_H
+#define LUMO_CLI_DISPLAYTEXT_H
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace cli {
+
+bool isUtf8(const std::string& text);
+
+/// The text with everything escaped that a terminal would act on or that would disguise it: control
+/// characters, line separators, marks of writing direction, bytes that are not UTF-8.
+std::string escaped(const std::string& text);
+
+/// Columns that UTF-8 text without control characters takes on a terminal: East Asian wide characters
+/// take two, combining ones none.
+std::size_t displayWidth(const std::string& text);
+
+/// Rows of text as aligned columns. Cells are escaped; the last column is not padded.
+class Table
+{
+public:
+    explicit Table(std::vector<std::string> headings);
+    /// As many cells as there are headings.
+    void add(std::vector<std::string> cells);
+    /// One line for the headings unless they are all empty, then one for each row.
+    std::string text() const;
+
+private:
+    std::vector<std::vector<std::string>> m_Rows;
+};
+
+} // namespace cli
+
+#endif

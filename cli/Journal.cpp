@@ -1,0 +1,93 @@
+#include "cli/Journal.h"
+
+#include "cli/ExitCode.h"
+
+#include "components/hubline/Hubline.h"
+#include "components/logger/LumoLogger.h"
+#include "core/TextEncoding.h"
+
+#include <cerrno>
+#include <cstring>
+
+namespace cli {
+
+Reason reasonOf(const std::string& entry)
+{
+    static const std::string kLevel = " [INFO] ";
+    static const std::string kError = "Error : ";
+    const std::size_t level = entry.find(kLevel);
+    if (level == std::string::npos) {
+        return {};
+    }
+    const std::size_t begin = level + kLevel.size();
+    // An entry that was cut at its limit has lost its end.
+    const std::size_t end = std::min(entry.rfind(" File:"), entry.size());
+    const std::string message = end > begin ? entry.substr(begin, end - begin) : std::string();
+    const std::size_t blank = message.find(' ');
+    if (blank == std::string::npos) {
+        return {};
+    }
+    Reason reason;
+    const std::string rest = message.substr(blank + 1);
+    if (rest.compare(0, kError.size(), kError) == 0) {
+        reason.kind = Reason::Kind::CallFailed;
+        reason.text = convertToUtf8(rest.substr(kError.size()));
+    } else if (rest == "Result Error") {
+        reason.kind = Reason::Kind::ErrorResult;
+    } else if (rest == "Result NULL") {
+        reason.kind = Reason::Kind::NullResult;
+    } else {
+        return {};
+    }
+    reason.operation = message.substr(0, blank);
+    return reason;
+}
+
+Journal::Journal(const std::string& path)
+{
+    if (!path.empty()) {
+        m_File = std::fopen(path.c_str(), "ae");
+        if (m_File == nullptr) {
+            throw Failure(ExitCode::WrongUse,
+                          "can't write the log file '" + path + "': " + std::strerror(errno));
+        }
+    }
+    CLumoLogger::GetSinglePton()->toCallback([this](const char* text, int length) {
+        const std::string entry(text, static_cast<std::size_t>(length));
+        const Reason reason = reasonOf(entry);
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        if (reason.kind != Reason::Kind::None) {
+            m_Last = reason;
+        }
+        write(entry);
+    });
+    hubline::Logger::Instance(true)->toCallback([this](int, const std::string& text) {
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        write(text + "\r\n");
+    });
+}
+
+Journal::~Journal()
+{
+    hubline::Logger::Instance(true)->toCallback({});
+    CLumoLogger::GetSinglePton()->toCallback({});
+    if (m_File != nullptr) {
+        std::fclose(m_File);
+    }
+}
+
+Reason Journal::lastReason() const
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    return m_Last;
+}
+
+void Journal::write(const std::string& entry)
+{
+    if (m_File != nullptr) {
+        std::fwrite(entry.data(), 1, entry.size(), m_File);
+        std::fflush(m_File);
+    }
+}
+
+} // namespace cli

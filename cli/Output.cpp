@@ -1,0 +1,59 @@
+#include "cli/Output.h"
+
+#include "cli/ExitCode.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+namespace cli {
+
+namespace {
+
+[[noreturn]] void failToWrite()
+{
+    const int error = errno;
+    throw Failure(ExitCode::Other, error == EPIPE
+                                       ? std::string()
+                                       : std::string("can't write the output: ") + std::strerror(error));
+}
+
+} // namespace
+
+std::string jsonText(const Json& document)
+{
+    const std::string text = document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    std::string result;
+    result.reserve(text.size());
+    // JSON itself lets DEL and the C1 controls (C2 80 to C2 9F in UTF-8) stand; a terminal acts on them.
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const auto next = i + 1 < text.size() ? static_cast<unsigned char>(text[i + 1]) : 0;
+        const bool c1 = byte == 0xC2 && next >= 0x80 && next <= 0x9F;
+        if (byte != 0x7F && !c1) {
+            result += text[i];
+            continue;
+        }
+        char escape[8];
+        std::snprintf(escape, sizeof escape, "\\u%04x", c1 ? next : byte);
+        result += escape;
+        i += c1 ? 1 : 0;
+    }
+    return result;
+}
+
+void print(const std::string& text)
+{
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
+        failToWrite();
+    }
+}
+
+void flushOutput()
+{
+    if (std::fflush(stdout) != 0) {
+        failToWrite();
+    }
+}
+
+} // namespace cli

@@ -1,0 +1,24 @@
+#ifndef LUMO_CLI_OUTPUT_H
+#define LUMO_CLI_OUTPUT_H
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+namespace cli {
+
+/// Keeps the fields in the records' order.
+using Json = nlohmann::ordered_json;
+
+/// The document as text: indented, UTF-8, no control character raw.
+std::string jsonText(const Json& document);
+
+/// Writes to standard output; throws Failure when that fails, without a message when nobody reads any more.
+void print(const std::string& text);
+
+/// Writes out what is still buffered; throws as print does.
+void flushOutput();
+
+} // namespace cli
+
+#endif

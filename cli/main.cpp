@@ -1,0 +1,150 @@
+#include "cli/Commands.h"
+#include "cli/Connection.h"
+#include "cli/DisplayText.h"
+#include "cli/ExitCode.h"
+#include "cli/Journal.h"
+#include "cli/Options.h"
+#include "cli/Output.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+#include <functional>
+#include <limits>
+
+namespace {
+
+using cli::ExitCode;
+using cli::Failure;
+
+constexpr const char* kFooter = R"(PLACE is a path such as /disk/folder/file, or an identifier with its kind:
+disk:1, folder:12, file:33. "/" stands for all disks.
+
+Each option can also be set in the environment (LUMO_CENTRE, LUMO_TOKEN_FILE, ...)
+and in the profile file (a line such as "centre = localhost:7400"). The command
+line goes before the environment, the environment before the profile.
+
+Examples:
+  lumo --centre localhost:7400 --user ada --company C-1 disks
+  lumo ls /earth/imagery
+  lumo tree disk:1 --depth 2
+  lumo show file:33 --json
+
+Exit codes: 0 success, 1 any other failure, 2 wrong use, 3 centre not reached,
+4 token refused, 5 unknown company, 6 unknown user, 7 place not found,
+8 the centre failed the request or the time limit passed)";
+
+/// The command line: options, commands and what they were given.
+struct Program
+{
+    CLI::App app{"lumo: browse the storage catalogue of a geospatial data centre", "lumo"};
+    cli::Options options;
+    std::string place = "/";
+    unsigned int depth = std::numeric_limits<unsigned int>::max();
+    std::function<void(cli::Catalogue&, const cli::Place&)> run;
+
+    Program();
+    CLI::App* command(const char* name, const char* description,
+                      std::function<void(cli::Catalogue&, const cli::Place&)> action);
+};
+
+CLI::App* Program::command(const char* name, const char* description,
+                           std::function<void(cli::Catalogue&, const cli::Place&)> action)
+{
+    CLI::App* const added = app.add_subcommand(name, description)->fallthrough();
+    added->callback([this, action] { run = action; });
+    return added;
+}
+
+Program::Program()
+{
+    app.set_version_flag("--version", "lumo " LUMO_VERSION);
+    app.require_subcommand(1);
+    app.footer(kFooter);
+    app.get_formatter()->column_width(24);
+    cli::addOptions(app, options);
+    using cli::Catalogue;
+    using cli::Place;
+    const auto takesPlace = [this](CLI::App* added, bool required) {
+        added->add_option("PLACE", place, "A path or an identifier with its kind")
+            ->option_text(" ")
+            ->required(required);
+    };
+    command("disks", "List the disks of your company",
+            [this](Catalogue& catalogue, const Place&) { listDisks(catalogue, options.json); });
+    takesPlace(command("ls", "List what stands in a disk or folder (without PLACE: the disks)",
+                       [this](Catalogue& catalogue, const Place& where) {
+                           listPlace(catalogue, where, options.json);
+                       }),
+               false);
+    CLI::App* const tree =
+        command("tree", "Show everything below a place", [this](Catalogue& catalogue, const Place& where) {
+            showTree(catalogue, where, depth, options.json);
+        });
+    takesPlace(tree, true);
+    tree->add_option("--depth", depth, "Levels to show")->option_text("N");
+    takesPlace(command("show", "Show all fields of one record",
+                       [this](Catalogue& catalogue, const Place& where) {
+                           showRecord(catalogue, where, options.json);
+                       }),
+               true);
+}
+
+/// Says what was wrong in a command line that does not parse, and what would be right.
+Failure wrongUse(const CLI::App& app, const CLI::ParseError& error)
+{
+    const auto chosen = app.get_subcommands();
+    const std::string command = chosen.empty() ? "" : " " + chosen.front()->get_name();
+    std::string message = error.what();
+    if (chosen.empty()) {
+        const auto extras = app.remaining();
+        message = extras.empty() || extras.front().front() == '-'
+                      ? (extras.empty() ? "which command?" : "there is no option '" + extras.front() + "';")
+                      : "there is no command '" + extras.front() + "';";
+        message += " the commands are disks, ls, tree and show";
+    }
+    return {ExitCode::WrongUse, message + " (see 'lumo" + command + " --help')"};
+}
+
+void execute(int argc, char** argv)
+{
+    Program program;
+    try {
+        program.app.parse(argc, argv);
+        cli::applyProfile(program.app, program.options);
+    } catch (const CLI::Success& answer) {
+        program.app.exit(answer);
+        cli::flushOutput();
+        return;
+    } catch (const CLI::ParseError& error) {
+        throw wrongUse(program.app, error);
+    }
+    const cli::Place place = cli::parsePlace(program.place);
+    cli::Journal journal(program.options.log);
+    const cli::Connection connection(program.options, journal);
+    cli::Catalogue catalogue(connection.manager(), journal);
+    program.run(catalogue, place);
+    cli::flushOutput();
+}
+
+int tell(ExitCode code, const std::string& message)
+{
+    if (!message.empty()) {
+        std::fprintf(stderr, "lumo: %s\n", cli::escaped(message).c_str());
+    }
+    return static_cast<int>(code);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        execute(argc, argv);
+        return 0;
+    } catch (const Failure& failure) {
+        return tell(failure.code(), failure.what());
+    } catch (const std::exception& error) {
+        return tell(ExitCode::Other, error.what());
+    }
+}
