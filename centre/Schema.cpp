@@ -1,0 +1,152 @@
+#include "centre/Schema.h"
+
+#include "centre/Error.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <sys/stat.h>
+
+namespace centre {
+
+namespace {
+
+constexpr int kSchemaVersion = 1;
+constexpr int kApplicationId = 0x4C554D4F; // "LUMO", so that a foreign database is never taken for ours
+constexpr int kBusyTimeoutMilliseconds = 10000;
+
+// A column that goes into a bean bears the bean's field name. An empty place is NULL: the field is then
+// absent. 0xFFFFFFFF means "none" to the clients, so no record may have it.
+constexpr const char* kSchema = R"sql(
+CREATE TABLE company (
+    id INTEGER PRIMARY KEY CHECK (id BETWEEN 1 AND 4294967294),
+    companyno TEXT NOT NULL UNIQUE);
+
+CREATE TABLE user (
+    id INTEGER PRIMARY KEY CHECK (id BETWEEN 1 AND 4294967294),
+    username TEXT NOT NULL UNIQUE,
+    company_id INTEGER NOT NULL REFERENCES company(id),
+    token_hash BLOB NOT NULL UNIQUE);
+
+CREATE TABLE box (
+    code TEXT NOT NULL PRIMARY KEY,
+    address TEXT NOT NULL) WITHOUT ROWID;
+
+CREATE TABLE disk (
+    id INTEGER PRIMARY KEY CHECK (id BETWEEN 1 AND 4294967294),
+    root_path TEXT NOT NULL,
+    name TEXT NOT NULL,
+    ref_id INTEGER,
+    kesta_code TEXT REFERENCES box(code),
+    company_id INTEGER NOT NULL REFERENCES company(id),
+    address_kind INTEGER NOT NULL,
+    UNIQUE (company_id, name));
+
+CREATE TABLE folder (
+    id INTEGER PRIMARY KEY CHECK (id BETWEEN 1 AND 4294967294),
+    parent_id INTEGER NOT NULL,
+    name TEXT NOT NULL,
+    long_text TEXT,
+    short_text TEXT,
+    disk_id INTEGER NOT NULL REFERENCES disk(id),
+    parent_ref INTEGER GENERATED ALWAYS AS (nullif(parent_id, 0)) VIRTUAL REFERENCES folder(id),
+    UNIQUE (disk_id, parent_id, name));
+
+CREATE TABLE file (
+    id INTEGER PRIMARY KEY CHECK (id BETWEEN 1 AND 4294967294),
+    parent_id INTEGER NOT NULL REFERENCES folder(id),
+    name TEXT NOT NULL,
+    short_text TEXT,
+    long_text TEXT,
+    UNIQUE (parent_id, name));
+
+-- An index ends with the row's id, so these hold each folder's children in the order of the pages,
+-- and the records before a page are passed over inside the index.
+CREATE INDEX folder_page ON folder(parent_id);
+CREATE INDEX file_page ON file(parent_id);
+
+CREATE TABLE data_folder (
+    project_id INTEGER NOT NULL,
+    src_id INTEGER NOT NULL REFERENCES folder(id),
+    PRIMARY KEY (project_id, src_id)) WITHOUT ROWID;
+
+CREATE TABLE data_file (
+    project_id INTEGER NOT NULL,
+    file_id INTEGER NOT NULL REFERENCES file(id),
+    PRIMARY KEY (project_id, file_id)) WITHOUT ROWID;
+
+-- data_type_id: 1 folder, 2 file
+CREATE TABLE comment_record (
+    comment_id INTEGER NOT NULL,
+    data_type_id INTEGER NOT NULL,
+    record_id INTEGER NOT NULL,
+    PRIMARY KEY (comment_id, data_type_id, record_id)) WITHOUT ROWID;
+)sql";
+
+std::string databasePath(const std::string& dataFolder)
+{
+    return dataFolder + "/centre.db";
+}
+
+int pragma(SQLite::Database& database, const std::string& name)
+{
+    return database.execAndGet("PRAGMA " + name).getInt();
+}
+
+bool isComplete(SQLite::Database& database)
+{
+    return pragma(database, "application_id") == kApplicationId && pragma(database, "user_version") > 0;
+}
+
+void setUp(SQLite::Database& database)
+{
+    database.setBusyTimeout(kBusyTimeoutMilliseconds);
+    database.exec("PRAGMA foreign_keys = ON");
+    database.exec("PRAGMA synchronous = FULL");
+}
+
+} // namespace
+
+std::unique_ptr<SQLite::Database> openDatabase(const std::string& dataFolder)
+{
+    const std::string path = databasePath(dataFolder);
+    if (!std::filesystem::exists(path))
+        throw Error(ExitCode::NoDataFolder,
+                    dataFolder + " is not a data folder; make one with: lumo-centre init " + dataFolder);
+    auto database = std::make_unique<SQLite::Database>(path, SQLite::OPEN_READWRITE);
+    setUp(*database);
+    if (!isComplete(*database))
+        throw Error(ExitCode::NoDataFolder, path + " is not a database of lumo-centre");
+    const int version = pragma(*database, "user_version");
+    if (version > kSchemaVersion)
+        throw Error(ExitCode::NoDataFolder, dataFolder + " has version " + std::to_string(version) +
+                                                " of the tables; this lumo-centre knows " +
+                                                std::to_string(kSchemaVersion) + ": use a newer lumo-centre");
+    return database;
+}
+
+std::unique_ptr<SQLite::Database> createDatabase(const std::string& dataFolder)
+{
+    std::error_code error;
+    const bool made = std::filesystem::create_directories(dataFolder, error);
+    if (error)
+        throw Error(ExitCode::Failed, "can't make " + dataFolder + ": " + error.message());
+    if (made && ::chmod(dataFolder.c_str(), S_IRWXU) != 0)
+        throw Error(ExitCode::Failed, "can't protect " + dataFolder + ": " + std::strerror(errno));
+    auto database = std::make_unique<SQLite::Database>(databasePath(dataFolder),
+                                                       SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+    setUp(*database);
+    if (isComplete(*database))
+        throw Error(ExitCode::NoDataFolder, dataFolder + " is a data folder already; nothing was changed");
+    database->exec("PRAGMA journal_mode = WAL");
+    return database;
+}
+
+void createSchema(SQLite::Database& database)
+{
+    database.exec(kSchema);
+    database.exec("PRAGMA application_id = " + std::to_string(kApplicationId));
+    database.exec("PRAGMA user_version = " + std::to_string(kSchemaVersion));
+}
+
+} // namespace centre

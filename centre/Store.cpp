@@ -1,0 +1,142 @@
+#include "centre/Store.h"
+
+#include "centre/Error.h"
+#include "centre/Schema.h"
+#include "centre/Text.h"
+#include "centre/Token.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <sqlite3.h>
+
+#include <filesystem>
+
+namespace centre {
+
+namespace {
+
+/// Runs one insertion; a name that is there already becomes the error `taken`.
+std::uint32_t insert(SQLite::Database& database, SQLite::Statement& statement, const std::string& taken)
+{
+    try {
+        statement.exec();
+    } catch (const SQLite::Exception& exception) {
+        const int code = exception.getExtendedErrorCode();
+        if (code == SQLITE_CONSTRAINT_FOREIGNKEY)
+            throw Error(ExitCode::Failed, "there is no such box; add-box adds one");
+        if (code == SQLITE_CONSTRAINT_UNIQUE || code == SQLITE_CONSTRAINT_PRIMARYKEY)
+            throw Error(ExitCode::Failed, taken);
+        throw;
+    }
+    return static_cast<std::uint32_t>(database.getLastInsertRowid());
+}
+
+} // namespace
+
+void requireName(const std::string& what, const std::string& name)
+{
+    if (name.empty())
+        throw Error(ExitCode::WrongUse, what + " must not be empty");
+    if (!isUtf8(name) || escaped(name) != name)
+        throw Error(ExitCode::WrongUse, what + " must be UTF-8 without control characters: " + escaped(name));
+}
+
+std::string Store::create(const std::string& dataFolder, const std::string& companyNo,
+                          const std::string& userName)
+{
+    requireName("the company number", companyNo);
+    requireName("the user name", userName);
+    Store store(createDatabase(dataFolder));
+    SQLite::Transaction transaction(*store.m_Database, SQLite::TransactionBehavior::IMMEDIATE);
+    createSchema(*store.m_Database);
+    store.addCompany(companyNo);
+    const std::string token = store.addUser(userName, companyNo);
+    transaction.commit();
+    return token;
+}
+
+Store::Store(const std::string& dataFolder) : m_Database(openDatabase(dataFolder))
+{
+}
+
+Store::Store(std::unique_ptr<SQLite::Database> database) : m_Database(std::move(database))
+{
+}
+
+Store::~Store() = default;
+
+std::uint32_t Store::addCompany(const std::string& companyNo)
+{
+    requireName("the company number", companyNo);
+    SQLite::Statement statement(*m_Database, "INSERT INTO company(companyno) VALUES (?)");
+    statement.bind(1, companyNo);
+    return insert(*m_Database, statement, "there is a company " + companyNo + " already");
+}
+
+std::string Store::addUser(const std::string& userName, const std::string& companyNo)
+{
+    requireName("the user name", userName);
+    const std::string token = newToken();
+    const std::string hash = tokenHash(token);
+    SQLite::Statement statement(*m_Database,
+                                "INSERT INTO user(username, company_id, token_hash) VALUES (?, ?, ?)");
+    statement.bind(1, userName);
+    statement.bind(2, companyId(companyNo));
+    statement.bind(3, hash.data(), static_cast<int>(hash.size()));
+    insert(*m_Database, statement, "there is a user " + userName + " already");
+    return token;
+}
+
+void Store::addBox(const std::string& code, const std::string& address)
+{
+    requireName("the box code", code);
+    requireName("the box address", address);
+    SQLite::Statement statement(*m_Database, "INSERT INTO box(code, address) VALUES (?, ?)");
+    statement.bind(1, code);
+    statement.bind(2, address);
+    insert(*m_Database, statement, "there is a box " + code + " already");
+}
+
+std::uint32_t Store::companyId(const std::string& companyNo)
+{
+    SQLite::Statement statement(*m_Database, "SELECT id FROM company WHERE companyno = ?");
+    statement.bind(1, companyNo);
+    if (!statement.executeStep())
+        throw Error(ExitCode::Failed, "there is no company " + escaped(companyNo) + "; add-company adds one");
+    return statement.getColumn(0).getUInt();
+}
+
+std::uint32_t Store::addDisk(const std::string& name, const std::string& rootPath,
+                             const std::string& companyNo, const std::string& boxCode)
+{
+    requireName("the disk's name", name);
+    SQLite::Transaction transaction(*m_Database, SQLite::TransactionBehavior::IMMEDIATE);
+    SQLite::Statement disk(*m_Database,
+                           "INSERT INTO disk(root_path, name, kesta_code, company_id, address_kind)"
+                           " VALUES (?, ?, nullif(?, ''), ?, 1)");
+    disk.bind(1, rootPath);
+    disk.bind(2, name);
+    disk.bind(3, boxCode);
+    disk.bind(4, companyId(companyNo));
+    const std::uint32_t diskId = insert(*m_Database, disk, "there is a disk " + name + " already");
+    SQLite::Statement folder(*m_Database, "INSERT INTO folder(parent_id, name, disk_id) VALUES (0, ?, ?)");
+    folder.bind(1, name);
+    folder.bind(2, diskId);
+    folder.exec();
+    const auto folderId = static_cast<std::uint32_t>(m_Database->getLastInsertRowid());
+    transaction.commit();
+    return folderId;
+}
+
+void Store::addMadeUpFiles(std::uint32_t folderId, std::uint32_t count)
+{
+    SQLite::Statement statement(
+        *m_Database,
+        "WITH RECURSIVE number(i) AS (SELECT 0 WHERE :count > 0 UNION ALL"
+        " SELECT i + 1 FROM number WHERE i + 1 < :count)"
+        " INSERT INTO file(parent_id, name) SELECT :folder, printf('file-%06d.dat', i) FROM number");
+    statement.bind(":count", count);
+    statement.bind(":folder", folderId);
+    statement.exec();
+}
+
+} // namespace centre

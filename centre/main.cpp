@@ -1,0 +1,193 @@
+#include "centre/Centre.h"
+#include "centre/Error.h"
+#include "centre/Import.h"
+#include "centre/Store.h"
+#include "centre/Token.h"
+
+#include <CLI/CLI.hpp>
+
+#include <chrono>
+#include <csignal>
+#include <iomanip>
+#include <iostream>
+#include <pthread.h>
+
+namespace {
+
+using centre::ExitCode;
+
+struct Arguments
+{
+    std::string data;
+    std::string companyNo = "LUMO";
+    std::string userName = "demo";
+    std::string tokenFile;
+    std::string boxCode;
+    std::string boxAddress;
+    centre::ImportOptions import;
+    centre::ServeOptions serve;
+};
+
+/// Gives a new user's token to whom it concerns. A token that can't be written to its file is shown, since
+/// it can't be had again.
+ExitCode handOver(const Arguments& arguments, const std::string& token)
+{
+    if (!arguments.tokenFile.empty()) {
+        try {
+            centre::writeTokenFile(arguments.tokenFile, token);
+            std::cout << "token of user " << arguments.userName << " written to " << arguments.tokenFile
+                      << "\n";
+            return ExitCode::Success;
+        } catch (const centre::Error& error) {
+            std::cerr << "lumo-centre: " << error.what() << "; it is shown instead\n";
+        }
+    }
+    std::cout << "token of user " << arguments.userName << ", shown only now: " << token << "\n";
+    return arguments.tokenFile.empty() ? ExitCode::Success : ExitCode::Failed;
+}
+
+ExitCode init(const Arguments& arguments)
+{
+    const std::string token = centre::Store::create(arguments.data, arguments.companyNo, arguments.userName);
+    std::cout << "made " << arguments.data << " with company " << arguments.companyNo << "\n";
+    return handOver(arguments, token);
+}
+
+ExitCode addUser(const Arguments& arguments)
+{
+    return handOver(arguments,
+                    centre::Store(arguments.data).addUser(arguments.userName, arguments.companyNo));
+}
+
+ExitCode addCompany(const Arguments& arguments)
+{
+    centre::Store(arguments.data).addCompany(arguments.companyNo);
+    return ExitCode::Success;
+}
+
+ExitCode addBox(const Arguments& arguments)
+{
+    centre::Store(arguments.data).addBox(arguments.boxCode, arguments.boxAddress);
+    return ExitCode::Success;
+}
+
+ExitCode importTree(const Arguments& arguments)
+{
+    const auto start = std::chrono::steady_clock::now();
+    centre::Store store(arguments.data);
+    centre::ImportOptions options = arguments.import;
+    options.companyNo = arguments.companyNo;
+    const centre::ImportReport report = centre::importTree(store, options, [](const std::string& problem) {
+        std::cerr << "lumo-centre: not imported, " + problem + "\n";
+    });
+    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
+    std::cout << "imported " << report.rootPath << " as " << (report.diskIsNew ? "new disk " : "disk ")
+              << options.diskName << ": " << report.newFolders << " folders new, " << report.knownFolders
+              << " known; " << report.newFiles << " files new, " << report.knownFiles << " known; "
+              << report.skipped << " links or special files skipped; " << report.problems << " problems; "
+              << std::fixed << std::setprecision(2) << time.count() << " s\n";
+    return report.problems == 0 ? ExitCode::Success : ExitCode::Incomplete;
+}
+
+ExitCode serve(const Arguments& arguments)
+{
+    // Blocked before any thread starts, so that only sigwait sees them.
+    sigset_t stopSignals;
+    sigemptyset(&stopSignals);
+    sigaddset(&stopSignals, SIGTERM);
+    sigaddset(&stopSignals, SIGINT);
+    pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
+
+    centre::Centre centre(arguments.data, arguments.serve);
+    std::cout << "lumo-centre: serving " << arguments.data << " on " << centre.address() << std::endl;
+    int signal = 0;
+    sigwait(&stopSignals, &signal);
+    centre.stop();
+    for (const centre::FaultCount& count : centre.faultCounts())
+        std::cout << "lumo-centre: fault " << count.text << " fired " << count.fired << " times\n";
+    return ExitCode::Success;
+}
+
+/// A command on a data folder, with the function that runs it.
+CLI::App* command(CLI::App& app, Arguments& arguments, ExitCode& result, const std::string& name,
+                  const std::string& description, ExitCode (*run)(const Arguments&))
+{
+    CLI::App* command = app.add_subcommand(name, description);
+    command->add_option("DATA", arguments.data, "the centre's data folder")->required();
+    command->callback([&arguments, &result, run] { result = run(arguments); });
+    return command;
+}
+
+void addCommands(CLI::App& app, Arguments& arguments, ExitCode& result)
+{
+    CLI::App* each =
+        command(app, arguments, result, "init", "make a data folder with a company and a user", init);
+    each->add_option("--company", arguments.companyNo, "the company's number")->capture_default_str();
+    each->add_option("--user", arguments.userName, "the user's name")->capture_default_str();
+    each->add_option("--token-file", arguments.tokenFile,
+                     "write the user's token there instead of showing it");
+
+    each = command(app, arguments, result, "add-company", "add a company", addCompany);
+    each->add_option("NO", arguments.companyNo, "its number")->required();
+
+    each = command(app, arguments, result, "add-user", "add a user of a company", addUser);
+    each->add_option("NAME", arguments.userName, "the user's name")->required();
+    each->add_option("--company", arguments.companyNo, "the company's number")->required();
+    each->add_option("--token-file", arguments.tokenFile,
+                     "write the user's token there instead of showing it");
+
+    each = command(app, arguments, result, "add-box", "add a storage box", addBox);
+    each->add_option("CODE", arguments.boxCode, "its code")->required();
+    each->add_option("ADDRESS", arguments.boxAddress, "its address, HOST:PORT")->required();
+
+    each = command(app, arguments, result, "import", "register the content of a real folder as a disk",
+                   importTree);
+    each->add_option("DIR", arguments.import.folder, "the folder")->required();
+    each->add_option("--disk", arguments.import.diskName, "the disk's name")->required();
+    each->add_option("--company", arguments.companyNo, "whose disk it is")->capture_default_str();
+    each->add_option("--box", arguments.import.boxCode, "code of the storage box that holds the disk");
+}
+
+void addServe(CLI::App& app, Arguments& arguments, ExitCode& result)
+{
+    CLI::App* each =
+        command(app, arguments, result, "serve", "serve a data folder until SIGTERM or SIGINT", serve);
+    each->add_option("--listen", arguments.serve.address, "HOST:PORT; port 0 takes a free one")->required();
+    CLI::Option* certificate =
+        each->add_option("--tls-cert", arguments.serve.tlsCertificate, "certificate, PEM file");
+    CLI::Option* key = each->add_option("--tls-key", arguments.serve.tlsKey, "its key, PEM file");
+    certificate->needs(key);
+    key->needs(certificate);
+    each->add_flag("--plain-text", arguments.serve.plainText, "plain text beyond this machine, too")
+        ->excludes(certificate);
+    each->add_option("--fault", arguments.serve.faults,
+                     "a fault for tests: OPERATION[@N]=stall|exit|refuse|result:R; may be given again")
+        ->take_all();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    CLI::App app(
+        "A centre to develop against: a catalogue of real folders and files, served from one data folder.",
+        "lumo-centre");
+    app.require_subcommand(1);
+    app.failure_message(CLI::FailureMessage::help);
+    Arguments arguments;
+    ExitCode result = ExitCode::Success;
+    addCommands(app, arguments, result);
+    addServe(app, arguments, result);
+    try {
+        app.parse(argc, argv);
+        return static_cast<int>(result);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::WrongUse);
+    } catch (const centre::Error& error) {
+        std::cerr << "lumo-centre: " << error.what() << "\n";
+        return static_cast<int>(error.code());
+    } catch (const std::exception& exception) {
+        std::cerr << "lumo-centre: " << exception.what() << "\n";
+        return static_cast<int>(ExitCode::Failed);
+    }
+}
