@@ -1,0 +1,168 @@
+#include "components/bulkhaul/Bulkhaul.h"
+#include "components/hubline/Hubline.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/TestManager.h"
+
+#include <boost/make_shared.hpp>
+#include <gtest/gtest.h>
+
+namespace {
+
+typedef std::vector<std::string> Lines;
+
+/// What the fakes below were asked and shall answer.
+struct Components
+{
+    bool bulkhaulStarts = true;
+    Lines calls;
+    bulkhaul::StatusFunction status;
+    int code = 0;
+    boost::shared_ptr<wirecall::RpcChannel> opened, current;
+};
+
+Components components;
+
+Lines initLines(const Lines& messages)
+{
+    Lines lines;
+    for (const std::string& message : messages)
+        lines.push_back(managerLine(message, "initDataMgr"));
+    return lines;
+}
+
+class StartUp : public ::testing::Test
+{
+protected:
+    StartUp() { components = Components(); }
+
+    FakeChannel m_Channel;
+    LogCapture m_Log;
+};
+
+const char kFailed[] = "CLumoDataMgr::initDataMgrByChannel Failed";
+
+} // namespace
+
+bool bulkhaul::StartBulkhaul(int chunksInFlight, int filesInFlight, StatusFunction status)
+{
+    components.calls.push_back("start " + std::to_string(chunksInFlight) + " " +
+                               std::to_string(filesInFlight));
+    components.status = status;
+    return components.bulkhaulStarts;
+}
+
+void bulkhaul::EndBulkhaul()
+{
+    components.calls.push_back("end");
+}
+
+boost::shared_ptr<wirecall::RpcChannel> hubline::NewChannel(const std::string& address,
+                                                            const std::string& token, int& code)
+{
+    components.calls.push_back(address + " " + token);
+    code = components.code;
+    return components.opened;
+}
+
+boost::shared_ptr<wirecall::RpcChannel> hubline::GetCurrentChannelExt()
+{
+    return components.current;
+}
+
+TEST_F(StartUp, StoresResolvesAndTellsOfItsSuccess)
+{
+    TestManager manager;
+    m_Channel.answer("result: 0 bean { id: 7 }").answer("result: 0 bean { id: 8 }");
+    EXPECT_EQ(manager.initDataMgr(&m_Channel, &m_Channel, "t", "user", "no", 0), INIT_SUCCESS);
+    EXPECT_EQ(m_Channel.calls(), (Lines{"queryCompanyTableByCompanyNo {companyno: \"no\"}",
+                                        "queryUserTableByUserName {username: \"user\"}"}));
+    EXPECT_EQ(m_Channel.timeouts(), (std::vector<long long>{0, 0})) << "a limit of 0 is no default";
+    EXPECT_EQ(manager.companyID(), 7u);
+    EXPECT_EQ(manager.roleName(), "user");
+    EXPECT_EQ(components.calls, Lines{"start 5 5"});
+    Lines expected;
+    for (const char* name : {"getCompanyID", "getRoleID"}) {
+        const std::string logged = name == std::string("getRoleID") ? "getRole" : name;
+        expected.push_back(managerLine("Enter Function : " + logged, name));
+        expected.push_back(managerLine("Leave Function : " + logged, name));
+    }
+    expected.push_back(managerLine("CLumoDataMgr::initDataMgrByChannel Successed", "initDataMgr"));
+    EXPECT_EQ(m_Log.lines(), expected);
+}
+
+TEST_F(StartUp, ANullChannelChangesNothing)
+{
+    for (const bool ledger : {true, false}) {
+        m_Log.clear();
+        TestManager manager;
+        EXPECT_EQ(manager.initDataMgr(ledger ? &m_Channel : nullptr, ledger ? nullptr : &m_Channel, "t",
+                                      "user", "no", 1),
+                  INIT_ERROR_CHANNEL_NULL);
+        EXPECT_EQ(manager.roleName(), "");
+        EXPECT_EQ(m_Log.lines(), initLines({"wirecall::RpcChannel is NULL", kFailed}));
+    }
+    EXPECT_EQ(components.calls, (Lines{"end", "end"})) << "destroyed managers alone spoke to the client";
+}
+
+TEST_F(StartUp, ATransferClientThatDoesNotStartEndsIt)
+{
+    components.bulkhaulStarts = false;
+    TestManager manager;
+    EXPECT_EQ(manager.initDataMgr(&m_Channel, &m_Channel, "t", "user", "no", 1), INIT_ERROR_TRANSFER_CLIENT);
+    EXPECT_EQ(m_Log.lines(), initLines({"bulkhaul::StartBulkhaul Failed", kFailed}));
+    EXPECT_EQ(manager.roleName(), "user") << "stays stored";
+    EXPECT_TRUE(m_Channel.calls().empty());
+}
+
+TEST_F(StartUp, AnUnknownCompanyOrUserEndsItWithTheRestStored)
+{
+    TestManager manager;
+    m_Channel.answer("result: -1");
+    EXPECT_EQ(manager.initDataMgr(&m_Channel, &m_Channel, "t", "user", "no", 1), INIT_ERROR_COMPANY);
+    EXPECT_EQ(manager.companyID(), 0xFFFFFFFF);
+    EXPECT_EQ(manager.roleName(), "user");
+    EXPECT_EQ(m_Log.lines().back(), initLines({kFailed})[0]);
+    m_Channel.answer("result: 0 bean { id: 7 }").fail("gone");
+    EXPECT_EQ(manager.initDataMgr(&m_Channel, &m_Channel, "t", "other", "no", 1), INIT_ERROR_ROLE);
+    EXPECT_EQ(manager.companyID(), 7u);
+    EXPECT_EQ(manager.roleName(), "other");
+    EXPECT_EQ(m_Log.lines().back(), initLines({kFailed})[0]);
+}
+
+TEST_F(StartUp, StatusLinesOfTheTransferClientReachTheChannelClientsLogger)
+{
+    TestManager manager(m_Channel);
+    Lines seen;
+    hubline::Logger::Instance(true)->toCallback(
+        [&](int level, const std::string& text) { seen.push_back(std::to_string(level) + text); });
+    m_Log.clear();
+    components.status(2, "unchanged");
+    hubline::Logger::Instance(true)->toCallback(hubline::Logger::Callback());
+    EXPECT_EQ(seen, Lines{"2unchanged"});
+    EXPECT_TRUE(m_Log.lines().empty());
+}
+
+TEST_F(StartUp, ANewChannelIsJudgedByItsCode)
+{
+    TestManager manager(m_Channel);
+    components.opened = boost::make_shared<FakeChannel>();
+    components.current = boost::make_shared<FakeChannel>();
+    const struct
+    {
+        int code;
+        const char* line;
+    } cases[] = {
+        {0, "hubline::NewChannel Successed!"},      {1, "Not Call StartHubline Server!"},
+        {2, "Address is same to StartHubline!"},    {3, "Connect Server Failed!"},
+        {4, "Token Authentication Failure!"},       {5, "hubline::NewChannel Unknown Error!"},
+        {-1, "hubline::NewChannel Unknown Error!"},
+    };
+    for (const auto& c : cases) {
+        m_Log.clear();
+        components.calls.clear();
+        components.code = c.code;
+        EXPECT_EQ(manager.newChannel("box:1"), c.code == 2 ? components.current : components.opened);
+        EXPECT_EQ(m_Log.lines(), Lines{managerLine(c.line, "newChannel")});
+        EXPECT_EQ(components.calls, Lines{"box:1 t0ken"});
+    }
+}

@@ -1,0 +1,72 @@
+#ifndef LUMO_TESTS_SUPPORT_FAKECHANNEL_H
+#define LUMO_TESTS_SUPPORT_FAKECHANNEL_H
+
+#include "components/wirecall/RpcChannel.h"
+#include "components/wirecall/RpcController.h"
+
+#include <google/protobuf/descriptor.h>
+#include <google/protobuf/message.h>
+#include <google/protobuf/text_format.h>
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+/// A channel without a network: plays scripted answers in order and records what was asked.
+class FakeChannel : public wirecall::RpcChannel
+{
+public:
+    /// The next call is answered with this response, in protobuf's text format.
+    FakeChannel& answer(const std::string& responseText)
+    {
+        m_Answers.push_back({false, responseText});
+        return *this;
+    }
+
+    /// The next call fails with this error text.
+    FakeChannel& fail(const std::string& errorText)
+    {
+        m_Answers.push_back({true, errorText});
+        return *this;
+    }
+
+    /// The calls so far, each as "operation {request in one line}".
+    const std::vector<std::string>& calls() const { return m_Calls; }
+    const std::vector<long long>& timeouts() const { return m_Timeouts; }
+    void forgetCalls() { m_Calls.clear(); }
+    bool allPlayed() const { return m_Answers.empty(); }
+
+    void CallMethod(const google::protobuf::MethodDescriptor* method,
+                    google::protobuf::RpcController* controller, const google::protobuf::Message* request,
+                    google::protobuf::Message* response, google::protobuf::Closure* done) override
+    {
+        EXPECT_EQ(done, nullptr);
+        wirecall::RpcController& call = *static_cast<wirecall::RpcController*>(controller);
+        m_Calls.push_back(method->name() + " {" + request->ShortDebugString() + "}");
+        m_Timeouts.push_back(call.timeout());
+        if (m_Answers.empty())
+            throw std::logic_error("unexpected call: " + m_Calls.back());
+        const Answer next = m_Answers.front();
+        m_Answers.pop_front();
+        response->Clear();
+        if (next.fails)
+            call.setOutcome(wirecall::Failure::Other, next.text, true);
+        else if (!google::protobuf::TextFormat::ParseFromString(next.text, response))
+            throw std::logic_error("not a " + response->GetTypeName() + ": " + next.text);
+    }
+
+private:
+    struct Answer
+    {
+        bool fails;
+        std::string text;
+    };
+
+    std::deque<Answer> m_Answers;
+    std::vector<std::string> m_Calls;
+    std::vector<long long> m_Timeouts;
+};
+
+#endif

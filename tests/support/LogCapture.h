@@ -1,0 +1,53 @@
+#ifndef LUMO_TESTS_SUPPORT_LOGCAPTURE_H
+#define LUMO_TESTS_SUPPORT_LOGCAPTURE_H
+
+#include "components/logger/LumoLogger.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+#include <string>
+#include <vector>
+
+/// Takes the log lines while it lives. Of each, the time text is checked and written as TIME, the
+/// line number as N; the rest stands as it was written.
+class LogCapture
+{
+public:
+    LogCapture()
+    {
+        CLumoLogger::GetSinglePton()->toCallback(
+            [this](const char* text, int length) { m_Lines.push_back(std::string(text, length)); });
+    }
+    ~LogCapture() { CLumoLogger::GetSinglePton()->toCallback(CLumoLogger::Callback()); }
+
+    LogCapture(const LogCapture&) = delete;
+    LogCapture& operator=(const LogCapture&) = delete;
+
+    std::vector<std::string> lines() const
+    {
+        static const std::regex form("[A-Z][a-z]{2} [A-Z][a-z]{2} [ 0-9]\\d \\d\\d:\\d\\d:\\d\\d \\d{4}\n"
+                                     "([^]* Line:)\\d+\r\n");
+        std::vector<std::string> masked;
+        for (const std::string& line : m_Lines) {
+            std::smatch match;
+            EXPECT_TRUE(std::regex_match(line, match, form)) << line;
+            masked.push_back("TIME\n" + match[1].str() + "N\r\n");
+        }
+        return masked;
+    }
+
+    const std::vector<std::string>& rawLines() const { return m_Lines; }
+    void clear() { m_Lines.clear(); }
+
+private:
+    std::vector<std::string> m_Lines;
+};
+
+/// A whole line of a manager's method, as LogCapture gives it.
+inline std::string managerLine(const std::string& message, const std::string& method)
+{
+    return "TIME\n [INFO] " + message + " File:LumoDataMgr, Func:CLumoDataMgr::" + method + ", Line:N\r\n";
+}
+
+#endif
