@@ -2,11 +2,15 @@
 
 #include "core/LogLine.h"
 
-CallFrame::CallFrame(const CLumoDataMgr& manager, const char* method) : CallFrame(manager, method, method) {}
+CallFrame::CallFrame(const CLumoDataMgr& manager, const char* method) : CallFrame(manager, method, method)
+{
+}
 
 CallFrame::CallFrame(const CLumoDataMgr& manager, const char* method, const char* loggedName)
-    : m_Function(std::string("CLumoDataMgr::") + method), m_LoggedName(loggedName),
-      m_Timeout(manager.m_Timeout), m_LedgerChannel(manager.m_LedgerChannel)
+    : m_Function(std::string("CLumoDataMgr::") + method),
+      m_LoggedName(loggedName),
+      m_Timeout(manager.m_Timeout),
+      m_LedgerChannel(manager.m_LedgerChannel)
 {
     LUMO_LOG(m_Function.c_str(), "Enter Function : %s", m_LoggedName);
 }

@@ -15,7 +15,8 @@ template <class Stub, class Request, class Response>
 struct Rpc
 {
     const char* name;
-    void (Stub::*call)(google::protobuf::RpcController*, const Request*, Response*, google::protobuf::Closure*);
+    void (Stub::*call)(google::protobuf::RpcController*, const Request*, Response*,
+                       google::protobuf::Closure*);
 };
 
 template <class Stub, class Request, class Response>
@@ -23,7 +24,10 @@ Rpc(const char*, void (Stub::*)(google::protobuf::RpcController*, const Request*
                                 google::protobuf::Closure*)) -> Rpc<Stub, Request, Response>;
 
 #define LEDGER(operation)                                                                                    \
-    Rpc { #operation, &ledgerserver::LedgerServices_Stub::operation }
+    Rpc                                                                                                      \
+    {                                                                                                        \
+#operation, &ledgerserver::LedgerServices_Stub::operation                                            \
+    }
 
 /// The frame of every synchronous remote method: the Enter line on construction; then one verb, which
 /// calls, judges the answer, hands it on and writes the Leave line. Leave is written on each path by

@@ -27,8 +27,13 @@ void transferClientStatus(int level, const std::string& text)
 // Singleton and start-up
 
 CLumoDataMgr::CLumoDataMgr()
-    : QObject(nullptr), m_Timeout(kDefaultTimeout), m_LedgerChannel(nullptr), m_ForgeChannel(nullptr),
-      m_RoleID(kNoIdentifier), m_CompanyID(kNoIdentifier), m_ThreadPool(nullptr)
+    : QObject(nullptr),
+      m_Timeout(kDefaultTimeout),
+      m_LedgerChannel(nullptr),
+      m_ForgeChannel(nullptr),
+      m_RoleID(kNoIdentifier),
+      m_CompanyID(kNoIdentifier),
+      m_ThreadPool(nullptr)
 {
 }
 

@@ -20,11 +20,11 @@ namespace hubline {
 enum Code
 {
     kOpened = 0,
-    kNotStarted = 1,       ///< StartHubline was not called
+    kNotStarted = 1,        ///< StartHubline was not called
     kCurrentConnection = 2, ///< the address is that of the current connection; nothing was opened
-    kNoConnection = 3,     ///< nobody answers there in time, or does not speak this protocol
-    kTokenRefused = 4,     ///< the other side does not accept the token
-    kInsecure = 5          ///< plain text or a token in plain text to another host: refused here
+    kNoConnection = 3,      ///< nobody answers there in time, or does not speak this protocol
+    kTokenRefused = 4,      ///< the other side does not accept the token
+    kInsecure = 5           ///< plain text or a token in plain text to another host: refused here
 };
 
 enum class Security
@@ -36,11 +36,11 @@ enum class Security
 
 struct Options
 {
-    std::string address;                      ///< of the centre, "host:port"
-    std::string token;                        ///< of the user
-    Security security = Security::Automatic;  ///< for all channels of the client
-    std::string rootCertificate;              ///< PEM file of the authority to trust; empty: the system's
-    long long timeout = 10000;                ///< of a hello, in milliseconds; 0 or less: no limit
+    std::string address;                     ///< of the centre, "host:port"
+    std::string token;                       ///< of the user
+    Security security = Security::Automatic; ///< for all channels of the client
+    std::string rootCertificate;             ///< PEM file of the authority to trust; empty: the system's
+    long long timeout = 10000;               ///< of a hello, in milliseconds; 0 or less: no limit
 };
 
 /// Starts the client and opens the current connection. `reason` says in words what a code other than

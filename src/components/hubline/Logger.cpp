@@ -18,7 +18,9 @@ std::mutex creation;
 
 } // namespace
 
-Logger::Logger() : m_State(new State) {}
+Logger::Logger() : m_State(new State)
+{
+}
 
 Logger* Logger::Instance(bool create)
 {
