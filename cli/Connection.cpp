@@ -145,7 +145,8 @@ void Connection::open(const Options& options, const std::string& token, unsigned
     std::string reason;
     const hubline::Code code = hubline::StartHubline(settings, reason);
     if (code != hubline::kOpened) {
-        throw Failure(exitCodeOf(code), reason);
+        throw Failure(exitCodeOf(code),
+                      code == hubline::kNoConnection ? "can't reach the centre: " + reason : reason);
     }
     m_Channel = hubline::GetCurrentChannelExt();
 }

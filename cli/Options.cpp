@@ -34,6 +34,10 @@ std::string defaultProfile()
 
 void applySetting(CLI::App& app, const std::string& path, const CLI::ConfigItem& item)
 {
+    // Where the reader enters and leaves a section; the settings in one are told by their full names.
+    if (item.name == "++" || item.name == "--") {
+        return;
+    }
     CLI::Option* const option =
         item.fullname() == "profile" ? nullptr : app.get_option_no_throw("--" + item.fullname());
     if (option == nullptr || !option->get_configurable()) {
@@ -67,7 +71,8 @@ void addOptions(CLI::App& app, Options& options)
     };
     const auto flag = [&app](const char* name, bool& value, const char* environment, const char* group,
                              const char* description) {
-        return app.add_flag(name, value, description)->envname(environment)->group(group);
+        // A blank in place of the variable's name, which the footer tells.
+        return app.add_flag(name, value, description)->envname(environment)->group(group)->option_text(" ");
     };
     add("--centre", options.centre, "LUMO_CENTRE", kConnection, "The centre's address")
         ->option_text("HOST:PORT");

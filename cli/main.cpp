@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <limits>
 
@@ -16,6 +17,12 @@ namespace {
 
 using cli::ExitCode;
 using cli::Failure;
+
+constexpr const char* kCommandFooter =
+    R"(PLACE is a path such as /disk/folder/file, or an identifier with its kind:
+disk:1, folder:12, file:33. "/" stands for all disks.
+
+The options of connection and output, which every command takes: lumo --help)";
 
 constexpr const char* kFooter = R"(PLACE is a path such as /disk/folder/file, or an identifier with its kind:
 disk:1, folder:12, file:33. "/" stands for all disks.
@@ -33,6 +40,13 @@ Examples:
 Exit codes: 0 success, 1 any other failure, 2 wrong use, 3 centre not reached,
 4 token refused, 5 unknown company, 6 unknown user, 7 place not found,
 8 the centre failed the request or the time limit passed)";
+
+std::string wholeNumber(const std::string& text)
+{
+    const bool digits =
+        !text.empty() && text.size() < 10 && text.find_first_not_of("0123456789") == std::string::npos;
+    return digits ? std::string() : "'" + text + "' is no whole number, as in --depth 2";
+}
 
 /// The command line: options, commands and what they were given.
 struct Program
@@ -52,6 +66,7 @@ CLI::App* Program::command(const char* name, const char* description,
                            std::function<void(cli::Catalogue&, const cli::Place&)> action)
 {
     CLI::App* const added = app.add_subcommand(name, description)->fallthrough();
+    added->footer(kCommandFooter);
     added->callback([this, action] { run = action; });
     return added;
 }
@@ -82,7 +97,7 @@ Program::Program()
             showTree(catalogue, where, depth, options.json);
         });
     takesPlace(tree, true);
-    tree->add_option("--depth", depth, "Levels to show")->option_text("N");
+    tree->add_option("--depth", depth, "Levels to show")->option_text("N")->check(wholeNumber);
     takesPlace(command("show", "Show all fields of one record",
                        [this](Catalogue& catalogue, const Place& where) {
                            showRecord(catalogue, where, options.json);
@@ -94,16 +109,20 @@ Program::Program()
 Failure wrongUse(const CLI::App& app, const CLI::ParseError& error)
 {
     const auto chosen = app.get_subcommands();
-    const std::string command = chosen.empty() ? "" : " " + chosen.front()->get_name();
+    const auto extras = app.remaining(true);
+    const std::string help =
+        chosen.empty() ? "lumo --help" : "lumo " + chosen.front()->get_name() + " --help";
     std::string message = error.what();
-    if (chosen.empty()) {
-        const auto extras = app.remaining();
-        message = extras.empty() || extras.front().front() == '-'
-                      ? (extras.empty() ? "which command?" : "there is no option '" + extras.front() + "';")
-                      : "there is no command '" + extras.front() + "';";
+    if (!extras.empty() && extras.front().front() == '-') {
+        message = "there is no option '" + extras.front() + "'";
+    } else if (!extras.empty() && !chosen.empty()) {
+        message = "'" + extras.front() + "' is one argument too many";
+    } else if (chosen.empty() &&
+               (!extras.empty() || dynamic_cast<const CLI::RequiredError*>(&error) != nullptr)) {
+        message = extras.empty() ? "which command?" : "there is no command '" + extras.front() + "';";
         message += " the commands are disks, ls, tree and show";
     }
-    return {ExitCode::WrongUse, message + " (see 'lumo" + command + " --help')"};
+    return {ExitCode::WrongUse, message + " (see '" + help + "')"};
 }
 
 void execute(int argc, char** argv)
@@ -139,6 +158,9 @@ int tell(ExitCode code, const std::string& message)
 
 int main(int argc, char** argv)
 {
+    // What goes wrong on the wire is told in lumo's own message; the RPC library's lines would stand above
+    // it.
+    setenv("GRPC_VERBOSITY", "NONE", 0);
     try {
         execute(argc, argv);
         return 0;

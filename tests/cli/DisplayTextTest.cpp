@@ -1,0 +1,68 @@
+#include "cli/DisplayText.h"
+#include "cli/Output.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(DisplayText, WidthCountsColumnsNotBytes)
+{
+    const struct
+    {
+        const char* text;
+        std::size_t width;
+    } kCases[] = {{"", 0}, {"abc", 3}, {"影像", 4}, {"é", 1}, {"e\u0301", 1}, {"ｱ", 1}, {"Ａ", 2}, {"🌍", 2}};
+    for (const auto& one : kCases) {
+        EXPECT_EQ(cli::displayWidth(one.text), one.width) << one.text;
+    }
+}
+
+TEST(DisplayText, WhatATerminalWouldActOnIsEscaped)
+{
+    const struct
+    {
+        std::string text;
+        const char* shown;
+    } kCases[] = {{"plain 影像", "plain 影像"},
+                  {"a\nb\tc\rd", "a\\nb\\tc\\rd"},
+                  {"\x1b[31mred", "\\x1B[31mred"},
+                  {std::string("a\0b", 3), "a\\x00b"},
+                  {"\x7f", "\\x7F"},
+                  {"\u009b", "\\u009B"},
+                  {"gpj.\u202eexe", "gpj.\\u202Eexe"},
+                  {"\u2028", "\\u2028"},
+                  {"\xff\xc0\xaf\xe4\xb8", "\\xFF\\xC0\\xAF\\xE4\\xB8"}};
+    for (const auto& one : kCases) {
+        EXPECT_EQ(cli::escaped(one.text), one.shown);
+    }
+}
+
+TEST(Table, ColumnsLineUpWhateverTheScript)
+{
+    cli::Table table({"NAME", "BOX", "ROOT"});
+    table.add({"earth", "box", "/a"});
+    table.add({"青藏高原", "b\n", "/b"});
+    EXPECT_EQ(table.text(), "NAME      BOX  ROOT\n"
+                            "earth     box  /a\n"
+                            "青藏高原  b\\n  /b\n");
+}
+
+TEST(Table, EmptyHeadingsAreNotShown)
+{
+    cli::Table table({"", ""});
+    table.add({"Name", "x"});
+    EXPECT_EQ(table.text(), "Name  x\n");
+}
+
+TEST(JsonText, HoldsNoControlCharacterRawAndReadsBack)
+{
+    const cli::Json document{{"name", "a\n\x1b\x7f\u0085影像\xff"}};
+    const std::string text = cli::jsonText(document);
+    EXPECT_NE(text.find("\\u007f\\u0085影像"), std::string::npos) << text;
+    for (const char byte : text) {
+        EXPECT_TRUE(byte == '\n' || static_cast<unsigned char>(byte) >= 0x20);
+    }
+    EXPECT_EQ(cli::Json::parse(text)["name"], "a\n\x1b\x7f\u0085影像\ufffd");
+}
+
+} // namespace

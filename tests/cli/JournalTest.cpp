@@ -1,0 +1,44 @@
+#include "cli/Journal.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Kind = cli::Reason::Kind;
+
+std::string entry(const std::string& message)
+{
+    return "Sun Nov 22 21:00:00 2026\n [INFO] " + message +
+           " File:LumoDataMgr, Func:CLumoDataMgr::getDisk, Line:7\r\n";
+}
+
+TEST(Journal, ReasonIsReadFromTheLinesOfFailedCallsOnly)
+{
+    const struct
+    {
+        std::string entry;
+        Kind kind;
+        const char* operation;
+        const char* text;
+    } kCases[] = {
+        {entry("queryDataAddress Error : Deadline Exceeded"), Kind::CallFailed, "queryDataAddress",
+         "Deadline Exceeded"},
+        {entry("queryX Error : odd File: Result NULL"), Kind::CallFailed, "queryX", "odd File: Result NULL"},
+        {entry("queryX Error : "), Kind::CallFailed, "queryX", ""},
+        {entry("queryX Result Error"), Kind::ErrorResult, "queryX", ""},
+        {entry("queryX Result NULL"), Kind::NullResult, "queryX", ""},
+        {"time\n [INFO] queryX Error : cut off", Kind::CallFailed, "queryX", "cut off"},
+        {entry("Enter Function : getDisk"), Kind::None, "", ""},
+        {entry("CLumoDataMgr::initDataMgrByChannel Failed"), Kind::None, "", ""},
+        {"", Kind::None, "", ""},
+        {" [INFO] ", Kind::None, "", ""},
+    };
+    for (const auto& one : kCases) {
+        const cli::Reason reason = cli::reasonOf(one.entry);
+        EXPECT_EQ(reason.kind, one.kind) << one.entry;
+        EXPECT_EQ(reason.operation, one.operation) << one.entry;
+        EXPECT_EQ(reason.text, one.text) << one.entry;
+    }
+}
+
+} // namespace

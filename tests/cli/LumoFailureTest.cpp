@@ -1,0 +1,159 @@
+#include "support/Certificate.h"
+#include "tests/cli/CentreProcess.h"
+
+#include <gmock/gmock.h>
+
+#include <signal.h>
+
+namespace {
+
+using clitest::CentreProcess;
+using clitest::Outcome;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+struct Failure
+{
+    std::vector<std::string> arguments;
+    int exitCode;
+    const char* message;
+};
+
+void expectFailure(const Outcome& outcome, const Failure& expected)
+{
+    const std::string what = testing::PrintToString(expected.arguments);
+    EXPECT_EQ(outcome.exitCode, expected.exitCode) << what << outcome.errors;
+    EXPECT_THAT(outcome.errors, StartsWith("lumo: ")) << what;
+    EXPECT_THAT(outcome.errors, HasSubstr(expected.message)) << what;
+    EXPECT_EQ(outcome.errors.find('\n'), outcome.errors.size() - 1) << what << outcome.errors;
+    EXPECT_THAT(outcome.output, IsEmpty()) << what;
+}
+
+TEST(LumoWrongUse, SaysWhatWouldBeRight)
+{
+    const clitest::TemporaryFolder folder;
+    const std::string twoLines = folder.path / "two";
+    const std::string blank = folder.path / "blank";
+    clitest::writeFile(twoLines, "one\ntwo\n");
+    clitest::writeFile(blank, "to ken\n");
+    const Failure kCases[] = {
+        {{}, 2, "which command? the commands are disks, ls, tree and show"},
+        {{"lss"}, 2, "no command 'lss'; the commands are disks, ls, tree and show"},
+        {{"--colour", "ls"}, 2, "no option '--colour'"},
+        {{"ls", "--long"}, 2, "no option '--long'"},
+        {{"ls", "/a", "/b"}, 2, "'/b' is one argument too many"},
+        {{"show"}, 2, "PLACE is required"},
+        {{"ls", "earth"}, 2, "write a path such as /disk/folder/file"},
+        {{"ls", "a\nb"}, 2, "'a\\nb' is no place"},
+        {{"tree", "/", "--depth", "-1"}, 2, "'-1' is no whole number"},
+        {{"disks", "--timeout", "soon"}, 2, "as in 500ms, 10s or 2m"},
+        {{"disks", "--code-page", "big5"}, 2, "{utf8,gbk}"},
+        {{"disks", "--centre", ""}, 2, "--centre HOST:PORT, set LUMO_CENTRE"},
+        {{"disks", "--user", ""}, 2, "--user is missing"},
+        {{"disks", "--company", ""}, 2, "--company is missing"},
+        {{"disks", "--centre", "localhost"}, 2, "write HOST:PORT"},
+        {{"disks", "--centre", "localhost:66000"}, 2, "write HOST:PORT"},
+        {{"disks", "--centre", ":80"}, 2, "write HOST:PORT"},
+        {{"disks", "--token-file", "/nowhere"}, 2, "its one line is the token"},
+        {{"disks", "--token-file", twoLines}, 2, "one line of ASCII without blanks"},
+        {{"disks", "--token-file", blank}, 2, "one line of ASCII without blanks"},
+        {{"disks", "--tls-ca", "/nowhere"}, 2, "can't read the certificate file '/nowhere'"},
+        {{"disks", "--tls", "--plain-text"}, 2, "give one or the other"},
+        {{"disks", "--profile", "/nowhere"}, 2, "can't read the profile '/nowhere'"},
+        {{"disks", "--log", "/nowhere/log"}, 2, "can't write the log file '/nowhere/log'"},
+    };
+    for (const Failure& one : kCases) {
+        std::vector<std::string> command{LUMO_PROGRAM};
+        command.insert(command.end(), one.arguments.begin(), one.arguments.end());
+        expectFailure(clitest::run(command, {"XDG_CONFIG_HOME=/nowhere", "LUMO_CENTRE=127.0.0.1:1",
+                                             "LUMO_USER=demo", "LUMO_COMPANY=LUMO", "LUMO_TOKEN_FILE="}),
+                      one);
+    }
+}
+
+TEST(LumoFailure, EachHasItsOwnMessageAndExitCode)
+{
+    CentreProcess centre;
+    const std::string wrongToken = centre.folder() / "wrong";
+    clitest::writeFile(wrongToken, "not-the-token\n");
+    clitest::writeFile(centre.folder() / "tree" / "a" / "f", "x");
+    centre.import(centre.folder() / "tree", "earth");
+    centre.serve();
+    const Failure kCases[] = {
+        {{"disks", "--centre", "127.0.0.1:1"}, 3, "can't reach the centre: 127.0.0.1:1"},
+        {{"disks", "--tls"}, 3, "can't reach the centre"},
+        {{"disks", "--token-file", wrongToken}, 4, "token"},
+        {{"disks", "--token-file", ""}, 4, "token"},
+        {{"disks", "--centre", "192.0.2.1:1", "--plain-text"}, 4, "plain text"},
+        {{"disks", "--company", "公司"}, 5, "no company '公司'"},
+        {{"disks", "--user", "bob"}, 6, "no user 'bob'"},
+        {{"ls", "/mars"}, 7, "no disk 'mars'"},
+        {{"ls", "/earth/b/c"}, 7, "no '/earth/b'"},
+        {{"show", "/earth/a/f/g"}, 7, "'/earth/a/f' is a file, not a folder"},
+        {{"ls", "/earth/a/f/"}, 7, "'/earth/a/f' is a file, not a folder"},
+        {{"tree", "disk:99"}, 7, "no disk 99"},
+        {{"ls", "folder:99"}, 7, "no folder 99"},
+        {{"show", "file:99"}, 7, "no file 99"},
+        {{"show", "/"}, 2, "'lumo disks' lists the disks"},
+    };
+    for (const Failure& one : kCases) {
+        expectFailure(centre.lumo(one.arguments), one);
+    }
+    EXPECT_EQ(centre.stop(), 0);
+    expectFailure(centre.lumo({"disks"}), {{}, 3, "can't reach the centre"});
+}
+
+TEST(LumoFailure, CentreThatFailsOrStallsIsNotMistakenForAnUnknownName)
+{
+    const struct
+    {
+        const char* fault;
+        std::vector<std::string> arguments;
+        const char* message;
+    } kCases[] = {
+        {"queryCompanyTableByCompanyNo=stall", {"disks"}, "queryCompanyTableByCompanyNo: "},
+        {"queryCompanyTableByCompanyNo=result:-2", {"disks"}, "reported an error"},
+        {"queryUserTableByUserName=refuse", {"disks"}, "queryUserTableByUserName: "},
+        {"queryDataAddress=stall", {"disks"}, "queryDataAddress: "},
+        {"queryDataAddress=result:-2", {"disks"}, "queryDataAddress: the centre reported an error"},
+        {"querySrcTableByUniqueness=refuse", {"ls", "/earth/a"}, "querySrcTableByUniqueness: "},
+        {"queryFileTableByName=result:-2", {"ls", "/earth/none"}, "queryFileTableByName: the centre"},
+    };
+    CentreProcess centre;
+    clitest::writeFile(centre.folder() / "tree" / "a" / "f", "x");
+    centre.import(centre.folder() / "tree", "earth");
+    for (const auto& one : kCases) {
+        centre.serve({"--fault", one.fault});
+        std::vector<std::string> arguments = one.arguments;
+        arguments.insert(arguments.end(), {"--timeout", "500ms"});
+        expectFailure(centre.lumo(arguments), {{one.fault}, 8, one.message});
+        EXPECT_EQ(centre.stop(), 0);
+    }
+}
+
+TEST(LumoFailure, CentreThatDiesInTheMiddleOfALongListIsAFailureWithoutPartOfAnAnswer)
+{
+    CentreProcess centre;
+    for (int i = 0; i < 12000; ++i) {
+        clitest::writeFile(centre.folder() / "tree" / ("f" + std::to_string(i)), "");
+    }
+    centre.import(centre.folder() / "tree", "earth");
+    centre.serve({"--fault", "queryFileTableBySrcId@2=exit"});
+    expectFailure(centre.lumo({"ls", "/earth", "--json"}), {{}, 8, "the centre failed the request"});
+}
+
+TEST(LumoTls, ServerIsVerifiedAgainstTheAuthorityGiven)
+{
+    const Certificate certificate;
+    const Certificate other;
+    ASSERT_TRUE(certificate.made() && other.made());
+    CentreProcess centre;
+    centre.serve({"--tls-cert", certificate.certificate(), "--tls-key", certificate.key()});
+    EXPECT_EQ(centre.lumo({"disks", "--tls-ca", certificate.certificate()}).exitCode, 0);
+    expectFailure(centre.lumo({"disks", "--tls-ca", other.certificate()}), {{}, 3, "can't reach the centre"});
+    expectFailure(centre.lumo({"disks", "--tls"}), {{}, 3, "can't reach the centre"});
+    expectFailure(centre.lumo({"disks"}), {{}, 3, "can't reach the centre"});
+}
+
+} // namespace
