@@ -4,8 +4,7 @@
 #include "centre/Error.h"
 #include "centre/LedgerOperations.h"
 #include "centre/ServeLock.h"
-#include "centre/StalledCalls.h"
-#include "components/hubline/Hubline.h"
+#include "components/wirecall/Address.h"
 #include "components/wirecall/RpcServer.h"
 #include "hubline.pb.h"
 #include "ledgerserver.pb.h"
@@ -50,11 +49,6 @@ void setResult(Message& response, std::int32_t result)
 {
     response.GetReflection()->SetInt32(&response, response.GetDescriptor()->FindFieldByName("result"),
                                        result);
-}
-
-std::string hostOf(const std::string& address)
-{
-    return address.substr(0, address.rfind(':'));
 }
 
 } // namespace
@@ -119,7 +113,7 @@ struct Centre::Impl
     {
         const std::optional<Fault> fault = faults.fires(method.name());
         if (fault && fault->kind == Fault::Kind::Stall)
-            return stalled.hold(controller, done);
+            return controller->NotifyOnCancel(done); // the caller has gone, or the server stops
         if (!fault)
             answer(method, request, response);
         else if (fault->kind == Fault::Kind::Exit)
@@ -151,7 +145,6 @@ struct Centre::Impl
     std::unique_ptr<ServeLock> lock;
     ConnectionPool pool;
     Faults faults;
-    StalledCalls stalled;
     std::unordered_map<const MethodDescriptor*, const Operation*> operations;
     Forwarded<ledgerserver::LedgerServices> ledger;
     Forwarded<hubline::HubServices> hub;
@@ -163,9 +156,12 @@ namespace {
 
 void requireSafe(const ServeOptions& options)
 {
+    wirecall::Address address;
+    if (!wirecall::parseAddress(options.address, address))
+        throw Error(ExitCode::WrongUse, "not an address: " + options.address + "; an address is HOST:PORT");
     if (options.tlsCertificate.empty() != options.tlsKey.empty())
         throw Error(ExitCode::WrongUse, "a TLS certificate and its key go together");
-    if (options.tlsCertificate.empty() && !options.plainText && !hubline::isLoopback(options.address))
+    if (options.tlsCertificate.empty() && !options.plainText && !wirecall::isLoopbackHost(address.host))
         throw Error(ExitCode::WrongUse,
                     options.address + " can be reached from other machines: give --tls-cert and --tls-key,"
                                       " or --plain-text if everyone on the way may read along");
@@ -194,8 +190,9 @@ Centre::Centre(const std::string& dataFolder, const ServeOptions& options)
     };
     std::string error;
     if (!m_Impl->server->start(serverOptions, error))
-        throw Error(ExitCode::Failed, "can't listen on " + options.address + ": " + error);
-    m_Impl->address = hostOf(options.address) + ":" + std::to_string(m_Impl->server->port());
+        throw Error(ExitCode::Failed, error);
+    const std::string hostAndColon = options.address.substr(0, options.address.rfind(':') + 1);
+    m_Impl->address = hostAndColon + std::to_string(m_Impl->server->port());
 }
 
 Centre::~Centre()
@@ -215,7 +212,6 @@ std::string Centre::address() const
 
 void Centre::stop()
 {
-    m_Impl->stalled.end();
     m_Impl->server->stop();
     m_Impl->lock.reset();
 }

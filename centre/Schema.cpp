@@ -138,6 +138,8 @@ std::unique_ptr<SQLite::Database> createDatabase(const std::string& dataFolder)
     setUp(*database);
     if (isComplete(*database))
         throw Error(ExitCode::NoDataFolder, dataFolder + " is a data folder already; nothing was changed");
+    if (pragma(*database, "application_id") != 0 || pragma(*database, "user_version") != 0)
+        throw Error(ExitCode::NoDataFolder, databasePath(dataFolder) + " is another program's database");
     database->exec("PRAGMA journal_mode = WAL");
     return database;
 }

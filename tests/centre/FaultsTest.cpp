@@ -1,0 +1,105 @@
+#include "tests/centre/CentreSupport.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <thread>
+
+using testing::HasSubstr;
+using wirecall::Failure;
+
+namespace {
+
+TEST(Faults, RefuseWhatIsNoFault)
+{
+    DataFolder data;
+    for (const char* text :
+         {"", "queryDataAddress", "queryDataAddress=", "queryDataAddress@0=stall", "queryDataAddress@=stall",
+          "queryDataAddress=result:", "queryDataAddress=result:x", "queryDataAddress=burn",
+          "noSuchOperation=stall", "hello=result:1", " queryDataAddress=stall"}) {
+        centre::ServeOptions options;
+        options.faults = {text};
+        EXPECT_THROW(centre::Centre(data.path(), options), centre::Error) << text;
+    }
+}
+
+class FaultyCentre : public testing::Test
+{
+protected:
+    void serve(const std::vector<std::string>& faults)
+    {
+        centre::ServeOptions options;
+        options.faults = faults;
+        m_Centre = std::make_unique<centre::Centre>(m_Data.path(), options);
+        m_Channel = channelTo(m_Centre->address(), m_Data.token());
+    }
+
+    std::string askCompany() { return ask(*m_Channel, "queryCompanyTableByCompanyNo", "companyno: 'LUMO'"); }
+    std::string askUser() { return ask(*m_Channel, "queryUserTableByUserName", "username: 'demo'"); }
+
+    DataFolder m_Data;
+    std::unique_ptr<centre::Centre> m_Centre;
+    boost::shared_ptr<wirecall::RpcChannel> m_Channel;
+};
+
+TEST_F(FaultyCentre, FiresForTheCallsThatTheSwitchNames)
+{
+    serve({"queryCompanyTableByCompanyNo@2=refuse", "queryCompanyTableByCompanyNo@3=result:17",
+           "queryUserTableByUserName=result:-2"});
+    const std::string company = "result: 0 bean { id: 1 companyno: \"LUMO\" }";
+    EXPECT_EQ(askCompany(), company);
+    EXPECT_THAT(askCompany(), HasSubstr("fault switch"));
+    EXPECT_EQ(askCompany(), "result: 17");
+    EXPECT_EQ(askCompany(), company);
+    EXPECT_EQ(askUser(), "result: -2");
+    EXPECT_EQ(askUser(), "result: -2");
+    std::vector<std::uint64_t> fired;
+    for (const centre::FaultCount& count : m_Centre->faultCounts())
+        fired.push_back(count.fired);
+    EXPECT_THAT(fired, testing::ElementsAre(1, 1, 2));
+}
+
+/// A call that nobody waits for.
+struct PendingCall
+{
+    wirecall::RpcController controller;
+    ledgerserver::UserUtilBeanReq request;
+    ledgerserver::UserUtilBeanRsp response;
+};
+
+void countDown(std::atomic<int>* left)
+{
+    --*left;
+}
+
+TEST_F(FaultyCentre, StalledCallsHoldUpNoOthersAndEndWithTheCentre)
+{
+    constexpr int kCalls = 40; // more than the server has threads
+    serve({"queryUserTableByUserName=stall"});
+    ledgerserver::LedgerServices_Stub stub(m_Channel.get());
+    PendingCall calls[kCalls];
+    std::atomic<int> left{kCalls};
+    for (PendingCall& call : calls)
+        stub.queryUserTableByUserName(&call.controller, &call.request, &call.response,
+                                      google::protobuf::NewCallback(&countDown, &left));
+    while (m_Centre->faultCounts()[0].fired < kCalls)
+        std::this_thread::yield();
+    EXPECT_THAT(askCompany(), HasSubstr("result: 0"));
+    EXPECT_EQ(left, kCalls);
+    m_Centre->stop();
+    while (left > 0)
+        std::this_thread::yield();
+    for (const PendingCall& call : calls)
+        EXPECT_TRUE(call.controller.Failed());
+}
+
+TEST_F(FaultyCentre, AStalledCallEndsAtItsCallersTimeLimit)
+{
+    serve({"queryUserTableByUserName=stall"});
+    wirecall::RpcController controller;
+    controller.SetTimeout(50);
+    ask(*m_Channel, "queryUserTableByUserName", "username: 'demo'", controller);
+    EXPECT_EQ(controller.failure(), Failure::TimeLimit);
+}
+
+} // namespace
