@@ -95,7 +95,8 @@ TEST(Lumo, TakesAndShowsAnyName)
     }
     std::vector<std::string> listed;
     const Outcome listing = centre.lumo({"ls", "/odd", "--json"});
-    for (const json& file : parsed(listing)["files"]) {
+    const json files = parsed(listing)["files"];
+    for (const json& file : files) {
         listed.push_back(file["fileName"]);
     }
     EXPECT_THAT(listed, testing::UnorderedElementsAreArray(names));
@@ -138,18 +139,28 @@ TEST(Lumo, NameTooLongForItsRecordIsSaidSoAndNeverAnothersName)
     EXPECT_EQ(centre.lumo({"show", "/long/" + longName}).exitCode, 0);
 }
 
-TEST(Lumo, LongListIsWholeAndAClosedPipeIsQuiet)
+TEST(Lumo, LongListIsShownWholeOrNotAtAll)
 {
     CentreProcess centre;
+    const auto tree = centre.folder() / "tree";
+    std::filesystem::create_directory(tree);
     for (int i = 0; i < 25000; ++i) {
-        writeFile(centre.folder() / "tree" / ("f" + std::to_string(i)), "");
+        std::ofstream file(tree / ("f" + std::to_string(i)));
     }
-    centre.import(centre.folder() / "tree", "many");
+    centre.import(tree, "many");
+    centre.serve({"--fault", "queryFileTableBySrcId@2=exit"});
+    const Outcome cut = centre.lumo({"ls", "/many", "--json"});
+    EXPECT_EQ(cut.exitCode, 8);
+    EXPECT_THAT(cut.errors,
+                testing::StartsWith("lumo: the centre failed the request: queryFileTableBySrcId: "));
+    EXPECT_THAT(cut.output, IsEmpty());
+
     centre.serve();
 
     EXPECT_EQ(parsed(centre.lumo({"ls", "/many", "--json"}))["files"].size(), 25000U);
     EXPECT_THAT(shown(centre.lumo({"tree", "/many"})), testing::EndsWith("\n0 folders, 25000 files\n"));
 
+    // A reader that ends early is no error.
     const std::string login = "--centre " + centre.address() + " --token-file " + centre.tokenFile() +
                               " --user demo --company LUMO ";
     const std::string listing = std::string(LUMO_PROGRAM) + " " + login + "ls /many";

@@ -132,17 +132,6 @@ TEST(LumoFailure, CentreThatFailsOrStallsIsNotMistakenForAnUnknownName)
     }
 }
 
-TEST(LumoFailure, CentreThatDiesInTheMiddleOfALongListIsAFailureWithoutPartOfAnAnswer)
-{
-    CentreProcess centre;
-    for (int i = 0; i < 12000; ++i) {
-        clitest::writeFile(centre.folder() / "tree" / ("f" + std::to_string(i)), "");
-    }
-    centre.import(centre.folder() / "tree", "earth");
-    centre.serve({"--fault", "queryFileTableBySrcId@2=exit"});
-    expectFailure(centre.lumo({"ls", "/earth", "--json"}), {{}, 8, "the centre failed the request"});
-}
-
 TEST(LumoTls, ServerIsVerifiedAgainstTheAuthorityGiven)
 {
     const Certificate certificate;
