@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 
 namespace platform {
@@ -12,83 +13,100 @@ namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
 constexpr int kBlock = 8;
+constexpr unsigned kGbkRows = 126;    // lead bytes from 0x81
+constexpr unsigned kGbkColumns = 191; // trail bytes from 0x40
 
 std::atomic<unsigned int> currentCodePage{kGbkCodePage};
 
-// A source hands out one code point at a time: U+FFFD for one unit that does not decode.
+template <class Integer>
+Integer load(const char* from)
+{
+    static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the first byte is the lowest here");
+    Integer value;
+    std::memcpy(&value, from, sizeof value);
+    return value;
+}
+
+bool isAscii(char byte)
+{
+    return static_cast<unsigned char>(byte) < 0x80;
+}
+
+// A source decodes the character at the begin of a text that is not empty: U+FFFD of one unit when
+// nothing decodes there.
+
+struct Decoded
+{
+    char32_t point;
+    int length;
+};
 
 struct GbkSource
 {
-    using Unit = char;
-    const char* at;
-    const char* end;
-
-    char32_t next()
+    static Decoded decode(const char* at, const char* end)
     {
-        const unsigned lead = static_cast<unsigned char>(*at++);
-        if (at == end)
-            return kGbkByteToUnit[lead];
-        const unsigned row = lead - 0x81;
-        const unsigned column = static_cast<unsigned char>(*at) - 0x40u;
-        if (row >= 126 || column >= 191)
-            return kGbkByteToUnit[lead];
-        const char32_t decoded = kGbkPairToUnit[row * 191 + column];
-        at += decoded != kReplacement;
-        return decoded;
+        const unsigned lead = static_cast<unsigned char>(*at);
+        if (lead < 0x80)
+            return {lead, 1};
+        if (end - at >= 2) {
+            const unsigned row = lead - 0x81;
+            const unsigned column = static_cast<unsigned char>(at[1]) - 0x40u;
+            if (row < kGbkRows && column < kGbkColumns) {
+                const char32_t point = kGbkPairToUnit[row * kGbkColumns + column];
+                if (point != kReplacement)
+                    return {point, 2};
+            }
+        }
+        return {kGbkByteToUnit[lead], 1};
     }
 };
 
 struct Utf8Source
 {
-    using Unit = char;
-    const char* at;
-    const char* end;
-
-    unsigned byte(int index) const { return static_cast<unsigned char>(at[index]); }
-    bool continues(int index) const { return (byte(index) & 0xC0) == 0x80; }
-
-    char32_t take(int length, char32_t decoded)
+    static Decoded decode(const char* at, const char* end)
     {
-        at += length;
-        return decoded;
+        if (isAscii(*at))
+            return {static_cast<unsigned char>(*at), 1};
+        // Nearly every character beyond ASCII has three bytes here.
+        if (end - at >= 3) {
+            const unsigned bytes = load<std::uint16_t>(at) | static_cast<unsigned char>(at[2]) << 16;
+            const char32_t point = (bytes & 0x0F) << 12 | (bytes >> 2 & 0xFC0) | (bytes >> 16 & 0x3F);
+            const bool overlongOrSurrogate = point - 0x800 >= 0xD800 - 0x800 && point - 0xE000 >= 0x2000;
+            if ((bytes & 0xC0C0F0) == 0x8080E0 && !overlongOrSurrogate)
+                return {point, 3};
+        }
+        return decodeRare(at, end);
     }
 
-    char32_t next()
+private:
+    __attribute__((noinline)) static Decoded decodeRare(const char* at, const char* end)
     {
-        const unsigned lead = byte(0);
-        const std::ptrdiff_t left = end - at;
-        if (lead < 0x80)
-            return take(1, lead);
-        if ((lead & 0xF0) == 0xE0 && left >= 3 && continues(1) && continues(2)) {
-            const char32_t decoded = (lead & 0x0F) << 12 | (byte(1) & 0x3F) << 6 | (byte(2) & 0x3F);
-            if (decoded >= 0x800 && (decoded & 0xF800) != 0xD800)
-                return take(3, decoded);
-        } else if (lead >= 0xC2 && lead <= 0xDF && left >= 2 && continues(1)) {
-            return take(2, (lead & 0x1F) << 6 | (byte(1) & 0x3F));
-        } else if ((lead & 0xF8) == 0xF0 && left >= 4 && continues(1) && continues(2) && continues(3)) {
-            const char32_t decoded =
-                (lead & 0x07) << 18 | (byte(1) & 0x3F) << 12 | (byte(2) & 0x3F) << 6 | (byte(3) & 0x3F);
-            if (decoded >= 0x10000 && decoded <= 0x10FFFF)
-                return take(4, decoded);
+        const auto* const bytes = reinterpret_cast<const unsigned char*>(at);
+        const unsigned lead = bytes[0];
+        const int length = lead < 0xE0 ? 2 : 4;
+        if (lead < 0xC0 || (lead & 0xF0) == 0xE0 || lead >= 0xF8 || end - at < length)
+            return {kReplacement, 1};
+        char32_t point = lead & (0x7Fu >> length);
+        for (int i = 1; i < length; ++i) {
+            if ((bytes[i] & 0xC0) != 0x80)
+                return {kReplacement, 1};
+            point = point << 6 | (bytes[i] & 0x3F);
         }
-        return take(1, kReplacement);
+        const bool valid = length == 2 ? point >= 0x80 : point >= 0x10000 && point <= 0x10FFFF;
+        return valid ? Decoded{point, length} : Decoded{kReplacement, 1};
     }
 };
 
 struct Utf16Source
 {
-    using Unit = char16_t;
-    const char16_t* at;
-    const char16_t* end;
-
-    char32_t next()
+    static Decoded decode(const char16_t* at, const char16_t* end)
     {
-        const char32_t unit = *at++;
+        const char32_t unit = at[0];
         if ((unit & 0xF800) != 0xD800)
-            return unit;
-        if (unit >= 0xDC00 || at == end || (*at & 0xFC00) != 0xDC00)
-            return kReplacement;
-        return 0x10000 + ((unit & 0x3FF) << 10) + (*at++ & 0x3FF);
+            return {unit, 1};
+        if (unit >= 0xDC00 || end - at < 2 || (at[1] & 0xFC00) != 0xDC00)
+            return {kReplacement, 1};
+        return {0x10000 + ((unit & 0x3FF) << 10) + (at[1] & 0x3FF), 2};
     }
 };
 
@@ -96,23 +114,24 @@ struct Utf16Source
 
 struct GbkSink
 {
-    using Unit = char;
     static constexpr int kWidest = 2;
 
     static int encode(char32_t point, char* to)
     {
         // Beyond U+FFFF there are two UTF-16 units, and GBK has neither.
         const unsigned code = point <= 0xFFFF ? kUnitToGbk[point] : ('?' << 8 | '?');
-        const int length = code > 0xFF ? 2 : 1;
-        to[0] = static_cast<char>(code >> (8 * (length - 1)));
-        to[length - 1] = static_cast<char>(code);
-        return length;
+        if (code <= 0xFF) {
+            to[0] = static_cast<char>(code);
+            return 1;
+        }
+        to[0] = static_cast<char>(code >> 8);
+        to[1] = static_cast<char>(code);
+        return 2;
     }
 };
 
 struct Utf8Sink
 {
-    using Unit = char;
     static constexpr int kWidest = 4;
 
     static int encode(char32_t point, char* to)
@@ -128,7 +147,6 @@ struct Utf8Sink
 
 struct Utf16Sink
 {
-    using Unit = char16_t;
     static constexpr int kWidest = 2;
 
     static int encode(char32_t point, char16_t* to)
@@ -143,29 +161,58 @@ struct Utf16Sink
     }
 };
 
-/// Copies the next eight units when all are ASCII, which every code page here has in common.
-template <class Unit, class To>
-bool copyAsciiBlock(const Unit* from, To* to)
+/// Copies blocks of eight bytes up to the first byte that is not ASCII and moves both behind what it
+/// copied; what it writes beyond that is overwritten next or left behind the result.
+void copyAscii(const char*& from, const char* end, char*& to, const char* limit)
 {
-    unsigned seen = 0;
-    for (int i = 0; i < kBlock; ++i)
-        seen |= static_cast<std::make_unsigned_t<Unit>>(from[i]);
-    if (seen >= 0x80)
-        return false;
-    for (int i = 0; i < kBlock; ++i)
-        to[i] = static_cast<To>(from[i]);
-    return true;
+    while (end - from >= kBlock && limit - to >= kBlock) {
+        const auto block = load<std::uint64_t>(from);
+        std::memcpy(to, &block, kBlock);
+        const std::uint64_t others = block & 0x8080808080808080;
+        const int count = others == 0 ? kBlock : __builtin_ctzll(others) / 8;
+        from += count;
+        to += count;
+        if (others != 0)
+            return;
+    }
+}
+
+/// Recodes from UTF-8 to GBK as long as two characters at a time have three bytes each and are in GBK:
+/// both stand in one word, 24 bits apart, so that each step serves the two.
+void recodePairs(const char*& from, const char* end, char*& to, const char* limit)
+{
+    while (end - from >= 8 && limit - to >= 4) {
+        const auto bytes = load<std::uint64_t>(from);
+        if ((bytes & 0xC0C0F0C0C0F0) != 0x8080E08080E0)
+            return;
+        const std::uint64_t points =
+            (bytes & 0x0F00000F) << 12 | (bytes >> 2 & 0xFC0000FC0) | (bytes >> 16 & 0x3F00003F);
+        const auto first = static_cast<unsigned>(points & 0xFFFF);
+        const auto second = static_cast<unsigned>(points >> 24);
+        // Neither overlong nor a surrogate; what lies above these goes the other way.
+        if (first - 0x800 >= 0xD000 || second - 0x800 >= 0xD000)
+            return;
+        const unsigned firstCode = kUnitToGbk[first], secondCode = kUnitToGbk[second];
+        if (firstCode <= 0xFF || secondCode <= 0xFF)
+            return;
+        const std::uint32_t codes = __builtin_bswap32(firstCode << 16 | secondCode);
+        std::memcpy(to, &codes, sizeof codes);
+        from += 6;
+        to += 4;
+    }
 }
 
 /// Near the end of the target each character goes through a buffer; after the first one that does
 /// not fit the rest is only counted.
-template <class Source, class Sink>
-std::size_t convertTail(Source source, typename Sink::Unit* to, typename Sink::Unit* limit)
+template <class Source, class Sink, class From, class To>
+std::size_t convertTail(const From* from, const From* end, To* to, To* limit)
 {
     std::size_t total = 0;
-    while (source.at != source.end) {
-        typename Sink::Unit encoded[Sink::kWidest];
-        const int length = Sink::encode(source.next(), encoded);
+    while (from != end) {
+        const Decoded decoded = Source::decode(from, end);
+        from += decoded.length;
+        To encoded[Sink::kWidest];
+        const int length = Sink::encode(decoded.point, encoded);
         total += static_cast<std::size_t>(length);
         if (limit - to < length)
             limit = to;
@@ -175,22 +222,29 @@ std::size_t convertTail(Source source, typename Sink::Unit* to, typename Sink::U
     return total;
 }
 
-template <class Source, class Sink>
-std::size_t convert(const typename Source::Unit* from, std::size_t length, typename Sink::Unit* to,
-                    std::size_t capacity)
+template <class Source, class Sink, class From, class To>
+std::size_t convert(const From* from, std::size_t fromLength, To* to, std::size_t capacity)
 {
-    Source source{from, from + length};
-    auto* const start = to;
-    auto* const limit = to + capacity;
-    while (source.at != source.end && limit - to >= Sink::kWidest) {
-        if (source.end - source.at >= kBlock && limit - to >= kBlock && copyAsciiBlock(source.at, to)) {
-            source.at += kBlock;
-            to += kBlock;
-        } else {
-            to += Sink::encode(source.next(), to);
+    const From* const end = from + fromLength;
+    To* const start = to;
+    To* const limit = to + capacity;
+    while (from != end && limit - to >= Sink::kWidest) {
+        if constexpr (sizeof(From) == 1 && sizeof(To) == 1) {
+            if (isAscii(*from) && end - from >= kBlock && limit - to >= kBlock) {
+                copyAscii(from, end, to, limit);
+                continue;
+            }
         }
+        if constexpr (std::is_same_v<Source, Utf8Source> && std::is_same_v<Sink, GbkSink>) {
+            recodePairs(from, end, to, limit);
+            if (from == end || limit - to < Sink::kWidest)
+                break;
+        }
+        const Decoded decoded = Source::decode(from, end);
+        from += decoded.length;
+        to += Sink::encode(decoded.point, to);
     }
-    return static_cast<std::size_t>(to - start) + convertTail<Source, Sink>(source, to, limit);
+    return static_cast<std::size_t>(to - start) + convertTail<Source, Sink>(from, end, to, limit);
 }
 
 template <class Source>

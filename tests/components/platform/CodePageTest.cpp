@@ -82,8 +82,10 @@ private:
 /// of one to four bytes and bytes that decode to nothing.
 std::vector<std::string> randomTexts()
 {
-    const std::string pieces[] = {"a",        "path/", "12345678",         "\xC3\xA9", "\xE4\xB8\xAD",
-                                  "\xE5\x9B", "\xFF",  "\xF0\x9F\x8C\x8D", "\x80",     "\xD6\xD0"};
+    const std::string pieces[] = {"a",          "path/",        "12345678",     "\u00E9",
+                                  "\u4E2D",     "\u5F71\u50CF", "\uFF08",       "\uD55C",
+                                  "\U0001F30D", "\xE5\x9B",     "\xED\xA0\x80", "\xE0\x80\x80",
+                                  "\xFF",       "\x80",         "\xD6\xD0"};
     std::mt19937 random(936);
     std::vector<std::string> texts(2000);
     for (std::string& text : texts) {
