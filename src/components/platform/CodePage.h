@@ -37,7 +37,8 @@ LUMO_EXPORT std::size_t fromUtf16(unsigned int codePage, const char16_t* units, 
                                   char* text, std::size_t capacity);
 
 /// As the two above in one pass: from one code page to the other, through the same UTF-16 units. What
-/// lies behind the result within `capacity` is unspecified afterwards.
+/// lies behind the result within `capacity` is unspecified afterwards; so is all of it when the result is
+/// longer.
 LUMO_EXPORT std::size_t recode(unsigned int from, unsigned int to, const char* text, std::size_t length,
                                char* result, std::size_t capacity);
 

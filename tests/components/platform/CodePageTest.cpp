@@ -204,17 +204,34 @@ TEST(CodePage, RecodesAsTheTwoHalvesDo)
 TEST(CodePage, WritesWholeCharactersWithinTheCapacity)
 {
     for (const std::string& text : randomTexts()) {
-        const std::string whole = recode(kUtf8CodePage, kUtf8CodePage, text);
+        const std::u16string units = toUtf16(kUtf8CodePage, text);
+        const std::string whole = fromUtf16(kUtf8CodePage, units);
         for (std::size_t capacity = 0; capacity <= whole.size(); ++capacity) {
             std::string result(whole.size() + 8, '#');
-            ASSERT_EQ(platform::recode(kUtf8CodePage, kUtf8CodePage, text.data(), text.size(), result.data(),
-                                       capacity),
+            ASSERT_EQ(platform::fromUtf16(kUtf8CodePage, units.data(), units.size(), result.data(), capacity),
                       whole.size());
             // All that fits: up to the capacity, less the part of a character it would cut.
             std::size_t fits = capacity;
             while (fits < whole.size() && (static_cast<unsigned char>(whole[fits]) & 0xC0) == 0x80)
                 --fits;
             ASSERT_EQ(result, whole.substr(0, fits) + std::string(result.size() - fits, '#')) << capacity;
+        }
+    }
+}
+
+TEST(CodePage, RecodesWithinTheCapacity)
+{
+    for (const std::string& text : randomTexts()) {
+        const std::string whole = recode(kUtf8CodePage, kGbkCodePage, text);
+        for (std::size_t capacity = 0; capacity <= whole.size(); ++capacity) {
+            std::string result(whole.size() + 8, '#');
+            ASSERT_EQ(platform::recode(kUtf8CodePage, kGbkCodePage, text.data(), text.size(), result.data(),
+                                       capacity),
+                      whole.size());
+            ASSERT_EQ(result.substr(capacity), std::string(result.size() - capacity, '#'));
+            if (capacity == whole.size()) {
+                ASSERT_EQ(result.substr(0, capacity), whole);
+            }
         }
     }
 }
