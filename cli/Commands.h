@@ -3,8 +3,6 @@
 
 #include "cli/Catalogue.h"
 
-#include <limits>
-
 namespace cli {
 
 /// One command: prints to standard output, as a table or as JSON; throws Failure.

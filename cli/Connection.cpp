@@ -121,7 +121,7 @@ Connection::Connection(const Options& options, Journal& journal)
     logIn(options, token, timeout, journal);
 }
 
-Connection::~Connection()
+Connection::Client::~Client()
 {
     hubline::StopHubline();
 }

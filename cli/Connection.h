@@ -24,7 +24,6 @@ public:
     /// Throws Failure when the options don't suffice, the centre is not reached or refuses the token, or
     /// company or user are unknown.
     Connection(const Options& options, Journal& journal);
-    ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
@@ -34,6 +33,13 @@ private:
     void open(const Options& options, const std::string& token, unsigned int timeout);
     void logIn(const Options& options, const std::string& token, unsigned int timeout, Journal& journal);
 
+    /// Stops the channel client, also when logging in fails.
+    struct Client
+    {
+        ~Client();
+    };
+
+    Client m_Client;
     boost::shared_ptr<wirecall::RpcChannel> m_Channel;
 };
 

@@ -1,7 +1,7 @@
 #include "cli/DisplayText.h"
 
 #include <algorithm>
-#include <clocale>
+#include <cstdio>
 #include <cwchar>
 #include <locale.h>
 
@@ -79,29 +79,20 @@ std::string escapeOf(char32_t character, unsigned char byte)
 class Utf8Locale
 {
 public:
-    Utf8Locale() : m_Locale(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)), m_Previous(uselocale(m_Locale)) {}
-    ~Utf8Locale()
-    {
-        uselocale(m_Previous);
-        freelocale(m_Locale);
-    }
+    Utf8Locale() : m_Previous(uselocale(locale())) {}
+    ~Utf8Locale() { uselocale(m_Previous); }
     Utf8Locale(const Utf8Locale&) = delete;
     Utf8Locale& operator=(const Utf8Locale&) = delete;
 
 private:
-    locale_t m_Locale;
+    static locale_t locale()
+    {
+        static const locale_t utf8 = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+        return utf8;
+    }
+
     locale_t m_Previous;
 };
-
-std::size_t widthInUtf8Locale(const std::string& text)
-{
-    std::size_t width = 0;
-    for (std::size_t position = 0; position < text.size();) {
-        const int columns = wcwidth(static_cast<wchar_t>(nextCharacter(text, position)));
-        width += columns < 0 ? 1 : columns;
-    }
-    return width;
-}
 
 } // namespace
 
@@ -134,7 +125,12 @@ std::string escaped(const std::string& text)
 std::size_t displayWidth(const std::string& text)
 {
     const Utf8Locale locale;
-    return widthInUtf8Locale(text);
+    std::size_t width = 0;
+    for (std::size_t position = 0; position < text.size();) {
+        const int columns = wcwidth(static_cast<wchar_t>(nextCharacter(text, position)));
+        width += columns < 0 ? 1 : columns;
+    }
+    return width;
 }
 
 Table::Table(std::vector<std::string> headings)
@@ -152,11 +148,10 @@ void Table::add(std::vector<std::string> cells)
 
 std::string Table::text() const
 {
-    const Utf8Locale locale;
     std::vector<std::size_t> widths(m_Rows.front().size());
     for (const auto& row : m_Rows) {
         for (std::size_t column = 0; column < row.size(); ++column) {
-            widths[column] = std::max(widths[column], widthInUtf8Locale(row[column]));
+            widths[column] = std::max(widths[column], displayWidth(row[column]));
         }
     }
     const auto& headings = m_Rows.front();
@@ -167,7 +162,7 @@ std::string Table::text() const
         const auto& row = m_Rows[index];
         for (std::size_t column = 0; column + 1 < row.size(); ++column) {
             result += row[column];
-            result.append(widths[column] - widthInUtf8Locale(row[column]) + 2, ' ');
+            result.append(widths[column] - displayWidth(row[column]) + 2, ' ');
         }
         result += row.back() + "\n";
     }

@@ -3,7 +3,9 @@
 
 #include <gmock/gmock.h>
 
-#include <signal.h>
+#include <arpa/inet.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 namespace {
 
@@ -130,6 +132,24 @@ TEST(LumoFailure, CentreThatFailsOrStallsIsNotMistakenForAnUnknownName)
         expectFailure(centre.lumo(arguments), {{one.fault}, 8, one.message});
         EXPECT_EQ(centre.stop(), 0);
     }
+}
+
+TEST(LumoFailure, PeerThatAcceptsAndSaysNothingEndsWithTheTimeLimit)
+{
+    const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), size), 0);
+    ASSERT_EQ(listen(listener, 1), 0);
+    ASSERT_EQ(getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size), 0);
+    const std::string centre = "127.0.0.1:" + std::to_string(ntohs(address.sin_port));
+    expectFailure(clitest::run({LUMO_PROGRAM, "--centre", centre, "--timeout", "300ms", "--user", "demo",
+                                "--company", "LUMO", "disks"},
+                               {"XDG_CONFIG_HOME=/nowhere"}),
+                  {{centre}, 3, "can't reach the centre"});
+    close(listener);
 }
 
 TEST(LumoTls, ServerIsVerifiedAgainstTheAuthorityGiven)
