@@ -1,4 +1,5 @@
 #include "components/wirecall/Address.h"
+#include "components/wirecall/HandOver.h"
 #include "components/wirecall/PemFile.h"
 #include "components/wirecall/RpcChannel.h"
 #include "components/wirecall/RpcController.h"
@@ -110,9 +111,11 @@ private:
         call->connected = isConnected(*m_Channel);
         prepare(call->context, controller);
         const grpc::internal::RpcMethod unary(call->path.c_str(), grpc::internal::RpcMethod::NORMAL_RPC);
+        handOver(call);
         grpc::internal::CallbackUnaryCall(
             m_Channel.get(), unary, &call->context, &request, &response,
             [call, &controller, &done](const grpc::Status& status) {
+                takeOver(call);
                 conclude(controller, status,
                          call->connected || reached(call->context, *call->channel, call->target));
                 delete call;

@@ -1,6 +1,7 @@
 #include "components/wirecall/RpcServer.h"
 
 #include "components/wirecall/Address.h"
+#include "components/wirecall/HandOver.h"
 #include "components/wirecall/PemFile.h"
 #include "components/wirecall/ServerCalls.h"
 
@@ -53,8 +54,10 @@ struct RpcServer::Impl
     {
         void* tag = nullptr;
         bool ok = false;
-        while (queue->Next(&tag, &ok))
+        while (queue->Next(&tag, &ok)) {
+            takeOver(queue.get());
             static_cast<Event*>(tag)->happened(ok);
+        }
     }
 };
 

@@ -1,5 +1,7 @@
 #include "components/wirecall/ServerCalls.h"
 
+#include "components/wirecall/HandOver.h"
+
 #include <google/protobuf/descriptor.h>
 #include <grpcpp/impl/codegen/proto_utils.h>
 
@@ -45,6 +47,7 @@ public:
           m_Done(*this, &Call::done)
     {
         m_Context.AsyncNotifyWhenDone(&m_Done);
+        handOver(&m_Queue);
         generic.RequestCall(&m_Context, &m_Stream, &queue, &queue, &m_Arrived);
     }
 
@@ -99,6 +102,7 @@ private:
             return;
         }
         m_Method = &found->second;
+        handOver(&m_Queue);
         m_Stream.Read(&m_Buffer, &m_Received);
     }
 
@@ -138,11 +142,13 @@ private:
             refuse(status.error_code(), status.error_message());
             return;
         }
+        handOver(&m_Queue);
         m_Stream.WriteAndFinish(answer, grpc::WriteOptions(), grpc::Status::OK, &m_Answered);
     }
 
     void refuse(grpc::StatusCode code, const std::string& text)
     {
+        handOver(&m_Queue);
         m_Stream.Finish(grpc::Status(code, text), &m_Answered);
     }
 

@@ -1,0 +1,32 @@
+#ifndef LUMO_WIRECALL_HANDOVER_H
+#define LUMO_WIRECALL_HANDOVER_H
+
+/// For the thread sanitizer only, which does not see the locks of an uninstrumented gRPC: what a thread
+/// did before handOver(object) has happened for the thread that calls takeOver(object) after gRPC has
+/// passed the object on. Otherwise both do nothing.
+namespace wirecall {
+
+#if defined(__SANITIZE_THREAD__)
+extern "C" void __tsan_acquire(void* address);
+extern "C" void __tsan_release(void* address);
+
+inline void handOver(void* object)
+{
+    __tsan_release(object);
+}
+inline void takeOver(void* object)
+{
+    __tsan_acquire(object);
+}
+#else
+inline void handOver(void*)
+{
+}
+inline void takeOver(void*)
+{
+}
+#endif
+
+} // namespace wirecall
+
+#endif
