@@ -1,0 +1,28 @@
+# Makes the installed library known to CMake (find_package) and to pkg-config. Headers and libraries
+# are installed where they are declared.
+include(CMakePackageConfigHelpers)
+
+set(LUMO_PACKAGE_FOLDER ${CMAKE_INSTALL_LIBDIR}/cmake/LumoDataMgr)
+
+configure_package_config_file(
+    ${PROJECT_SOURCE_DIR}/cmake/LumoDataMgrConfig.cmake.in
+    ${PROJECT_BINARY_DIR}/LumoDataMgrConfig.cmake
+    INSTALL_DESTINATION ${LUMO_PACKAGE_FOLDER})
+# Before 1.0 a minor version may change the interface.
+write_basic_package_version_file(
+    ${PROJECT_BINARY_DIR}/LumoDataMgrConfigVersion.cmake
+    COMPATIBILITY SameMinorVersion)
+install(FILES
+    ${PROJECT_BINARY_DIR}/LumoDataMgrConfig.cmake
+    ${PROJECT_BINARY_DIR}/LumoDataMgrConfigVersion.cmake
+    DESTINATION ${LUMO_PACKAGE_FOLDER})
+install(EXPORT LumoDataMgrTargets NAMESPACE LumoDataMgr:: DESTINATION ${LUMO_PACKAGE_FOLDER})
+
+# The .pc file finds the installation from its own place, so that a moved one still works.
+cmake_path(SET LUMO_PC_FOLDER NORMALIZE ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${LUMO_PC_FOLDER} OUTPUT_VARIABLE LUMO_PC_PREFIX)
+configure_file(
+    ${PROJECT_SOURCE_DIR}/cmake/LumoDataMgr.pc.in
+    ${PROJECT_BINARY_DIR}/LumoDataMgr.pc
+    @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/LumoDataMgr.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
