@@ -48,7 +48,8 @@ __attribute__((format(printf, 3, 4))) void append(char* buffer, std::size_t& len
 
 void writeLogLine(const char* file, const char* function, int line, const char* message, ...)
 {
-    char buffer[kLongestLine + 1] = {};
+    char buffer[kLongestLine + 1]; // not zeroed whole: that took a fifth of the time of a line
+    buffer[0] = '\0';
     std::size_t length = 0;
     append(buffer, length, "%s [INFO] ", timeText());
     std::va_list arguments;

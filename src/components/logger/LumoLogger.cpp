@@ -70,7 +70,8 @@ void CLumoLogger::write(const char* text, int length)
     const spdlog::string_view_t payload(text, static_cast<std::size_t>(length));
     const std::lock_guard<std::mutex> lock(m_State->mutex);
     try {
-        m_State->sink->log(spdlog::details::log_msg({}, spdlog::level::info, payload));
+        // The entry holds its time already, so the clock is not asked again.
+        m_State->sink->log(spdlog::details::log_msg({}, {}, {}, spdlog::level::info, payload));
         // An entry must outlive a crash that comes right after it.
         m_State->sink->flush();
     } catch (...) {
