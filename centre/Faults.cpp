@@ -2,13 +2,14 @@
 
 #include "centre/Error.h"
 
-#include <regex>
+#include <QRegularExpression>
+#include <QString>
 
 namespace centre {
 
 namespace {
 
-Fault parse(const std::string& kind, const std::string& result)
+Fault parse(const QString& kind, const QString& result)
 {
     if (kind == "stall")
         return {Fault::Kind::Stall, 0};
@@ -16,21 +17,23 @@ Fault parse(const std::string& kind, const std::string& result)
         return {Fault::Kind::Exit, 0};
     if (kind == "refuse")
         return {Fault::Kind::Refuse, 0};
-    return {Fault::Kind::Result, std::stoi(result)};
+    return {Fault::Kind::Result, result.toInt()};
 }
 
 } // namespace
 
 std::string Faults::add(const std::string& text)
 {
-    static const std::regex form(R"((\w+)(@([1-9]\d{0,8}))?=(stall|exit|refuse|result:(-?\d{1,9})))");
-    std::smatch parts;
-    if (!std::regex_match(text, parts, form))
+    static const QRegularExpression form(QRegularExpression::anchoredPattern(
+        R"((\w+)(?:@([1-9]\d{0,8}))?=(stall|exit|refuse|result:(-?\d{1,9})))"));
+    const QRegularExpressionMatch parts = form.match(QString::fromStdString(text));
+    if (!parts.hasMatch())
         throw Error(ExitCode::WrongUse,
                     "not a fault: " + text + "; a fault is OPERATION[@N]=stall|exit|refuse|result:R");
-    const std::uint64_t onlyCall = parts[3].matched ? std::stoull(parts[3]) : 0;
-    m_Switches.push_back({text, parts[1], onlyCall, parse(parts[4], parts[5]), 0, 0});
-    return parts[1];
+    const std::string operation = parts.captured(1).toStdString();
+    m_Switches.push_back({text, operation, parts.captured(2).toULongLong(),
+                          parse(parts.captured(3), parts.captured(4)), 0, 0});
+    return operation;
 }
 
 std::optional<Fault> Faults::fires(const std::string& operation)

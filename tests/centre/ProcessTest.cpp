@@ -95,7 +95,7 @@ TEST(Process, AnImportThatWasKilledIsCompletedByAnother)
     store.database().exec("CREATE TEMP TABLE earlier AS SELECT id, name FROM file");
     const auto report =
         centre::importTree(store, {data.below("tree"), "disk", "LUMO", ""}, [](const std::string&) {});
-    EXPECT_GT(report.knownFiles, kFiles / 2);
+    EXPECT_GT(report.knownFiles, 0u);
     EXPECT_EQ(report.knownFiles + report.newFiles, kFiles);
     EXPECT_EQ(report.problems, static_cast<std::uint64_t>(kBadNames));
     EXPECT_EQ(
