@@ -275,10 +275,16 @@ Found Catalogue::findPath(const Place& place)
         found.disk = *root;
         return found;
     }
-    unsigned int parent = topFolder(*root);
+    return findBelow(*root, place);
+}
+
+Found Catalogue::findBelow(const Disk& root, const Place& place)
+{
+    const std::size_t count = place.components.size();
+    unsigned int parent = topFolder(root);
     for (std::size_t i = 1; i < count; ++i) {
         const std::string& name = place.components[i];
-        const unsigned int id = folderID(root->diskID, parent, name);
+        const unsigned int id = folderID(root.diskID, parent, name);
         if (id != kNone) {
             parent = id;
             continue;
@@ -291,6 +297,7 @@ Found Catalogue::findPath(const Place& place)
         if (i + 1 < count || place.folderOnly) {
             notFound("'" + path + "' is a file, not a folder");
         }
+        Found found;
         found.kind = Place::Kind::File;
         found.file = *record;
         return found;

@@ -89,6 +89,8 @@ private:
     unsigned int folderID(unsigned int diskID, unsigned int parentID, const std::string& name);
 
     Found findPath(const Place& place);
+    /// The place of a path of two components or more.
+    Found findBelow(const Disk& root, const Place& place);
     Found findIdentifier(const Place& place);
     Text pathOf(Folder folderOnPath);
     /// Whether there is an answer; throws for a failed call.

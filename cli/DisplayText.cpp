@@ -66,9 +66,10 @@ std::string escapeOf(char32_t character, unsigned char byte)
     default: {
         char text[16];
         if (character == kUndecodable || character < 0x80) {
-            std::snprintf(text, sizeof text, "\\x%02X", byte);
+            static_cast<void>(std::snprintf(text, sizeof text, "\\x%02X", byte));
         } else {
-            std::snprintf(text, sizeof text, "\\u%04X", static_cast<unsigned int>(character));
+            static_cast<void>(
+                std::snprintf(text, sizeof text, "\\u%04X", static_cast<unsigned int>(character)));
         }
         return text;
     }

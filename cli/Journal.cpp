@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <iostream>
 
 namespace cli {
 
@@ -72,7 +73,7 @@ Journal::~Journal()
     hubline::Logger::Instance(true)->toCallback({});
     CLumoLogger::GetSinglePton()->toCallback({});
     if (m_File != nullptr) {
-        std::fclose(m_File);
+        static_cast<void>(std::fclose(m_File));
     }
 }
 
@@ -84,9 +85,12 @@ Reason Journal::lastReason() const
 
 void Journal::write(const std::string& entry)
 {
-    if (m_File != nullptr) {
-        std::fwrite(entry.data(), 1, entry.size(), m_File);
-        std::fflush(m_File);
+    if (m_File == nullptr || m_Lost) {
+        return;
+    }
+    if (std::fwrite(entry.data(), 1, entry.size(), m_File) != entry.size() || std::fflush(m_File) != 0) {
+        m_Lost = true;
+        std::cerr << "lumo: the log is not whole: " << std::strerror(errno) << "\n";
     }
 }
 

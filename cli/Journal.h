@@ -43,6 +43,7 @@ private:
 
     mutable std::mutex m_Mutex;
     std::FILE* m_File = nullptr;
+    bool m_Lost = false; ///< the file could not take an entry; nothing more is written
     Reason m_Last;
 };
 

@@ -35,7 +35,7 @@ std::string jsonText(const Json& document)
             continue;
         }
         char escape[8];
-        std::snprintf(escape, sizeof escape, "\\u%04x", c1 ? next : byte);
+        static_cast<void>(std::snprintf(escape, sizeof escape, "\\u%04x", c1 ? next : byte));
         result += escape;
         i += c1 ? 1 : 0;
     }

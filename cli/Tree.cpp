@@ -42,6 +42,16 @@ const char* trunk(bool last)
     return last ? "    " : "│   ";
 }
 
+void printLine(const std::string& prefix, bool last, const Text& name, const std::string& tag)
+{
+    std::string line = prefix;
+    line += branch(last);
+    line += escaped(shownName(name));
+    line += tag;
+    line += '\n';
+    print(line);
+}
+
 std::string counted(std::size_t count, const char* what)
 {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
@@ -67,13 +77,13 @@ void Walk::printBelow(unsigned int folderID, const std::string& prefix, unsigned
     m_Files += files.size();
     for (const Folder& folder : folders) {
         const bool last = files.empty() && &folder == &folders.back();
-        const std::string tag = folder.folderName ? "/" : "  folder:" + std::to_string(folder.folderID);
-        cli::print(prefix + branch(last) + escaped(shownName(folder.folderName)) + tag + "\n");
+        printLine(prefix, last, folder.folderName,
+                  folder.folderName ? "/" : "  " + identifierText("folder", folder.folderID));
         printBelow(folder.folderID, prefix + trunk(last), level + 1);
     }
     for (const File& file : files) {
-        const std::string tag = file.fileName ? "" : "  file:" + std::to_string(file.fileID);
-        cli::print(prefix + branch(&file == &files.back()) + escaped(shownName(file.fileName)) + tag + "\n");
+        printLine(prefix, &file == &files.back(), file.fileName,
+                  file.fileName ? "" : "  " + identifierText("file", file.fileID));
     }
 }
 
@@ -84,7 +94,7 @@ void Walk::printDisks(const std::vector<Disk>& disks)
     }
     for (const Disk& disk : disks) {
         const bool last = &disk == &disks.back();
-        cli::print(branch(last) + escaped(shownName(disk.diskName)) + "/\n");
+        printLine("", last, disk.diskName, disk.diskName ? "/" : "  " + identifierText("disk", disk.diskID));
         if (enters(1)) {
             printBelow(m_Catalogue.topFolder(disk), trunk(last), 1);
         }

@@ -8,9 +8,9 @@
 
 #include <CLI/CLI.hpp>
 
-#include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <iostream>
 #include <limits>
 
 namespace {
@@ -48,6 +48,8 @@ std::string wholeNumber(const std::string& text)
     return digits ? std::string() : "'" + text + "' is no whole number, as in --depth 2";
 }
 
+using Action = std::function<void(cli::Catalogue&, const cli::Place&)>;
+
 /// The command line: options, commands and what they were given.
 struct Program
 {
@@ -55,15 +57,13 @@ struct Program
     cli::Options options;
     std::string place = "/";
     unsigned int depth = std::numeric_limits<unsigned int>::max();
-    std::function<void(cli::Catalogue&, const cli::Place&)> run;
+    Action run;
 
     Program();
-    CLI::App* command(const char* name, const char* description,
-                      std::function<void(cli::Catalogue&, const cli::Place&)> action);
+    CLI::App* command(const char* name, const char* description, const Action& action);
 };
 
-CLI::App* Program::command(const char* name, const char* description,
-                           std::function<void(cli::Catalogue&, const cli::Place&)> action)
+CLI::App* Program::command(const char* name, const char* description, const Action& action)
 {
     CLI::App* const added = app.add_subcommand(name, description)->fallthrough();
     added->footer(kCommandFooter);
@@ -149,7 +149,7 @@ void execute(int argc, char** argv)
 int tell(ExitCode code, const std::string& message)
 {
     if (!message.empty()) {
-        std::fprintf(stderr, "lumo: %s\n", cli::escaped(message).c_str());
+        std::cerr << "lumo: " << cli::escaped(message) << "\n";
     }
     return static_cast<int>(code);
 }
