@@ -10,6 +10,8 @@ endif()
 if(LUMO_SANITIZER)
     add_compile_options(-fsanitize=${LUMO_SANITIZER} -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
     add_link_options(-fsanitize=${LUMO_SANITIZER})
+    # GCC 12 reports standard headers that the sanitizers have instrumented.
+    target_compile_options(lumo_options INTERFACE -Wno-maybe-uninitialized)
 endif()
 
 # lumo_shared_library(NAME SOURCES ... PUBLIC_HEADERS ...)
