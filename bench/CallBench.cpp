@@ -180,7 +180,7 @@ try {
     CLumoLogger::GetSinglePton()->toCallback({});
     const World world;
     benchmark::RegisterBenchmark("call", blockingCall, std::cref(world))->Iterations(2000);
-    benchmark::RegisterBenchmark("threads", manyThreads, std::cref(world))->Iterations(4);
+    benchmark::RegisterBenchmark("threads", manyThreads, std::cref(world))->Iterations(10);
     benchmark::RegisterBenchmark("paging", paging, std::cref(world))->Iterations(2);
     using rows::Aim;
     rows::add("blocking call p50, ns: bare stub", "call:ours_p50", "call:bare_p50", Aim::kAtMost, 1.1);

@@ -62,11 +62,12 @@ void convertAll(benchmark::State& state, const std::vector<std::string>& texts, 
     std::array<char, kField> field;
     std::size_t next = 0;
     for (auto _ : state) {
-        if (!convert(texts[next++ % texts.size()], field.data())) {
+        if (!convert(texts[next], field.data())) {
             state.SkipWithError("a text was not converted");
             return;
         }
         benchmark::DoNotOptimize(field);
+        next = next + 1 < texts.size() ? next + 1 : 0;
     }
 }
 
