@@ -13,7 +13,7 @@ namespace {
 
 void ours(benchmark::State& state)
 {
-    for (auto _ : state)
+    while (state.KeepRunning())
         LUMO_LOG("CLumoDataMgr::getDisk", "queryDataAddressByID Error : %s", "no answer within 5000 ms");
 }
 
@@ -24,10 +24,10 @@ void viaSnprintf(benchmark::State& state)
     std::tm local;
     asctime_r(localtime_r(&now, &local), time);
     char line[4097];
-    for (auto _ : state) {
-        std::snprintf(line, sizeof line,
-                      "%s [INFO] queryDataAddressByID Error : %s File:%s, Func:%s, Line:%d\r\n", time,
-                      "no answer within 5000 ms", "LumoDataMgr", "CLumoDataMgr::getDisk", __LINE__);
+    while (state.KeepRunning()) {
+        (void)std::snprintf(line, sizeof line,
+                            "%s [INFO] queryDataAddressByID Error : %s File:%s, Func:%s, Line:%d\r\n", time,
+                            "no answer within 5000 ms", "LumoDataMgr", "CLumoDataMgr::getDisk", __LINE__);
         benchmark::DoNotOptimize(line);
     }
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <iostream>
 #include <map>
 #include <vector>
 
@@ -38,12 +39,11 @@ public:
             if (run.run_type == Run::RT_Aggregate)
                 continue;
             if (run.error_occurred) {
-                std::fprintf(stderr, "%s: %s\n", run.benchmark_name().c_str(), run.error_message.c_str());
+                std::cerr << run.benchmark_name() << ": " << run.error_message << '\n';
                 m_Failed = true;
                 continue;
             }
-            const std::string name =
-                run.run_name.function_name + (run.run_name.args.empty() ? "" : "/") + run.run_name.args;
+            const std::string& name = run.run_name.function_name;
             m_Figures[name].push_back(run.GetAdjustedRealTime());
             for (const auto& [counter, value] : run.counters)
                 m_Figures[name + ':' + counter].push_back(value);
@@ -97,6 +97,7 @@ int run(int argc, char** argv)
                                         "--benchmark_enable_random_interleaving=true"};
     options.insert(options.end(), argv + 1, argv + argc);
     std::vector<char*> arguments;
+    arguments.reserve(options.size());
     for (std::string& option : options)
         arguments.push_back(option.data());
     int count = static_cast<int>(arguments.size());

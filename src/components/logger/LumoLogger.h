@@ -31,7 +31,8 @@ public:
     /// Sends entries to a file, appending; each is there once `write` returns. At `maximumBytes` lumo.log
     /// is renamed to lumo.1.log (that one to lumo.2.log and so on), and at most `files` old ones are kept.
     /// False when the file can't be opened; entries then go where they went before.
-    bool toFile(const std::string& path, std::size_t maximumBytes = 64 * 1024 * 1024, std::size_t files = 3);
+    bool toFile(const std::string& path, std::size_t maximumBytes = std::size_t{64} << 20,
+                std::size_t files = 3);
     /// Sends entries to the application; an empty function discards them. Once this returns, the earlier
     /// callback runs no more. What a callback throws is dropped.
     void toCallback(const Callback& callback);

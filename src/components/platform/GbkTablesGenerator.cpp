@@ -4,9 +4,9 @@
 
 #include <unicode/ucnv.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <iostream>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -87,6 +87,6 @@ try {
         throw std::runtime_error(std::string("can't write ") + argv[1]);
     return EXIT_SUCCESS;
 } catch (const std::exception& error) {
-    std::fprintf(stderr, "make_gbk_tables: %s\n", error.what());
+    std::cerr << "make_gbk_tables: " << error.what() << '\n';
     return EXIT_FAILURE;
 }
