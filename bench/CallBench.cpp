@@ -144,6 +144,7 @@ bool onManyThreads(const Call& call)
 {
     std::atomic<bool> succeeded{true};
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int i = 0; i < kThreads; ++i) {
         threads.emplace_back([&] {
             for (int done = 0; done < kCallsPerThread; ++done) {

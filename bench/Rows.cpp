@@ -46,7 +46,7 @@ public:
             const std::string& name = run.run_name.function_name;
             m_Figures[name].push_back(run.GetAdjustedRealTime());
             for (const auto& [counter, value] : run.counters)
-                m_Figures[name + ':' + counter].push_back(value);
+                m_Figures[std::string(name).append(":").append(counter)].push_back(value);
         }
     }
 

@@ -124,6 +124,7 @@ TEST_F(LumoLogger, KeepsEntriesOfManyThreadsWholeWhileTheDestinationChanges)
     };
     logger().toCallback(collect);
     std::vector<std::thread> writers;
+    writers.reserve(kThreads);
     for (int thread = 0; thread < kThreads; ++thread) {
         writers.emplace_back([thread] {
             const std::string entry(100, static_cast<char>('a' + thread));
