@@ -49,6 +49,24 @@ Code judgeSecurity(const Options& options, const std::string& address, const std
     return kInsecure;
 }
 
+/// A failed hello in plain words; gRPC's text names the cause behind its last colon.
+std::string explain(const wirecall::RpcController& controller)
+{
+    const std::string text = controller.ErrorText();
+    switch (controller.failure()) {
+    case wirecall::Failure::NoConnection: {
+        const std::size_t colon = text.rfind(": ");
+        return "no connection: " + (colon == std::string::npos ? text : text.substr(colon + 2));
+    }
+    case wirecall::Failure::TimeLimit:
+        return "no answer within the time limit";
+    case wirecall::Failure::Unauthenticated:
+        return text;
+    default:
+        return "answers, but not as a centre or a storage box: " + text;
+    }
+}
+
 Code sayHello(wirecall::RpcChannel& channel, const std::string& address, long long timeout,
               std::string& reason)
 {
@@ -61,7 +79,7 @@ Code sayHello(wirecall::RpcChannel& channel, const std::string& address, long lo
     stub.hello(&controller, &request, &response, nullptr);
     if (!controller.Failed())
         return kOpened;
-    reason = address + ": " + controller.ErrorText();
+    reason = address + ": " + explain(controller);
     return controller.failure() == wirecall::Failure::Unauthenticated ? kTokenRefused : kNoConnection;
 }
 

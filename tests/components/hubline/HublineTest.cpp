@@ -44,7 +44,9 @@ TEST_F(Hubline, StartingTellsWhyItCanNot)
 {
     EXPECT_EQ(start(m_Centre.address(), "wrong"), hubline::kTokenRefused);
     EXPECT_EQ(m_Reason, m_Centre.address() + ": wrong token");
-    EXPECT_EQ(start(addressOfNobody()), hubline::kNoConnection);
+    const std::string nobody = addressOfNobody();
+    EXPECT_EQ(start(nobody), hubline::kNoConnection);
+    EXPECT_EQ(m_Reason, nobody + ": no connection: Connection refused");
     EXPECT_EQ(start("nonsense"), hubline::kNoConnection);
     EXPECT_EQ(m_Reason, "\"nonsense\" is not an address of the form host:port");
     EXPECT_FALSE(hubline::GetCurrentChannelExt());
