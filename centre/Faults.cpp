@@ -30,7 +30,7 @@ std::string Faults::add(const std::string& text)
     if (!parts.hasMatch())
         throw Error(ExitCode::WrongUse,
                     "not a fault: " + text + "; a fault is OPERATION[@N]=stall|exit|refuse|result:R");
-    const std::string operation = parts.captured(1).toStdString();
+    std::string operation = parts.captured(1).toStdString();
     m_Switches.push_back({text, operation, parts.captured(2).toULongLong(),
                           parse(parts.captured(3), parts.captured(4)), 0, 0});
     return operation;

@@ -49,7 +49,7 @@ std::string Store::create(const std::string& dataFolder, const std::string& comp
     SQLite::Transaction transaction(*store.m_Database, SQLite::TransactionBehavior::IMMEDIATE);
     createSchema(*store.m_Database);
     store.addCompany(companyNo);
-    const std::string token = store.addUser(userName, companyNo);
+    std::string token = store.addUser(userName, companyNo);
     transaction.commit();
     return token;
 }
@@ -75,7 +75,7 @@ std::uint32_t Store::addCompany(const std::string& companyNo)
 std::string Store::addUser(const std::string& userName, const std::string& companyNo)
 {
     requireName("the user name", userName);
-    const std::string token = newToken();
+    std::string token = newToken();
     const std::string hash = tokenHash(token);
     SQLite::Statement statement(*m_Database,
                                 "INSERT INTO user(username, company_id, token_hash) VALUES (?, ?, ?)");
@@ -109,6 +109,8 @@ std::uint32_t Store::addDisk(const std::string& name, const std::string& rootPat
                              const std::string& companyNo, const std::string& boxCode)
 {
     requireName("the disk's name", name);
+    if (name == "." || name == ".." || name.find('/') != std::string::npos)
+        throw Error(ExitCode::WrongUse, "the disk's name begins paths and can't be " + name);
     SQLite::Transaction transaction(*m_Database, SQLite::TransactionBehavior::IMMEDIATE);
     SQLite::Statement disk(*m_Database,
                            "INSERT INTO disk(root_path, name, kesta_code, company_id, address_kind)"

@@ -109,6 +109,7 @@ TEST_F(Import, RefusesWhatCannotBeADisk)
         {{m_Data.below("other"), "new", "NONE", ""}, "no company NONE"},
         {{m_Data.below("other"), "new", "LUMO", "B9"}, "no box B9"},
         {{m_Data.below("other"), "", "LUMO", ""}, "must not be empty"},
+        {{m_Data.below("other"), "a/b", "LUMO", ""}, "can't be a/b"},
         {{m_Data.below("other"), "n\xff", "LUMO", ""}, "n\\xff"},
     };
     const auto before = catalogue();

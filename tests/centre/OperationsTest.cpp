@@ -25,7 +25,7 @@ std::string result(const std::string& field, std::initializer_list<std::string> 
 {
     std::string text = "result: 0";
     for (const std::string& bean : beans)
-        text += " " + field + " { " + bean + " }";
+        text.append(" ").append(field).append(" { ").append(bean).append(" }");
     return text;
 }
 

@@ -114,9 +114,11 @@ TEST(Serve, AnswersManyThreadsWhileAnImportWrites)
     centre::Centre centre(data.path(), {});
     centre::Store store(data.path());
     const std::uint32_t folder = store.addDisk("disk", "/srv", "LUMO");
+    constexpr int kCallers = 8;
     std::vector<std::thread> callers;
     std::atomic<int> wrong{0};
-    for (int i = 0; i < 8; ++i)
+    callers.reserve(kCallers);
+    for (int i = 0; i < kCallers; ++i)
         callers.emplace_back([&] {
             const auto channel = channelTo(centre.address(), data.token());
             for (int k = 0; k < 50; ++k)
