@@ -33,7 +33,8 @@ Rpc(const char*, void (Stub::*)(google::protobuf::RpcController*, const Request*
 /// calls, judges the answer, hands it on and writes the Leave line. Leave is written on each path by
 /// hand, so that an exception of a component passes through without one.
 ///
-/// The frame copies what it needs of the manager, so a call may outlast it while the process ends.
+/// The frame copies what it needs of the manager, so once its request is made a call may outlast the
+/// manager while the process ends.
 class CallFrame
 {
 public:
@@ -131,8 +132,8 @@ public:
         if (!succeeded(rpc, request, response))
             return QString();
         leave(true);
-        kestaCode = QString::fromUtf8(response.kesta_code().c_str());
-        return QString::fromUtf8(response.full_path().c_str());
+        kestaCode = QString::fromStdString(response.kesta_code());
+        return QString::fromStdString(response.full_path());
     }
 
 private:

@@ -28,7 +28,7 @@ class SrcTableBean;
 /// The client of a geospatial data centre, and the only way into this library.
 ///
 /// Get the one object with GetSingleTon or GetSinglePton, call initDataMgr once, then anything from any
-/// thread. Every remote method blocks its caller for up to the time limit, asks the centre anew and
+/// thread. Every remote call blocks its caller for up to the time limit; a method asks the centre anew and
 /// retries nothing. Failures are return values; the reason goes to CLumoLogger alone. Out-parameters are
 /// written only on success and lists are appended to; a paged query (so marked) empties its list when a
 /// page fails. Identifiers are unsigned, 0xFFFFFFFF means none. Texts in records are in the system code
@@ -40,6 +40,8 @@ class LUMO_EXPORT CLumoDataMgr : public QObject
 public:
     // Singleton and start-up
 
+    /// The one object, made on first use by any thread and freed when the library is unloaded. No new call
+    /// may begin after that.
     static CLumoDataMgr& GetSingleTon();
     static CLumoDataMgr* GetSinglePton();
 

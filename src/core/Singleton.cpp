@@ -12,13 +12,14 @@ CLumoDataMgr& CLumoDataMgr::GetSingleTon()
 
 CLumoDataMgr* CLumoDataMgr::GetSinglePton()
 {
-    if (m_Instance == nullptr) {
-        _Thread_Safe_Lock();
-        if (m_Instance == nullptr)
-            m_Instance = new CLumoDataMgr;
-        _Thread_Safe_UnLock();
-    }
-    return m_Instance;
+    if (CLumoDataMgr* instance = m_Instance)
+        return instance;
+    _Thread_Safe_Lock();
+    if (m_Instance == nullptr)
+        m_Instance = new CLumoDataMgr;
+    CLumoDataMgr* const instance = m_Instance;
+    _Thread_Safe_UnLock();
+    return instance;
 }
 
 void CLumoDataMgr::_Thread_Safe_Lock()
@@ -33,5 +34,6 @@ void CLumoDataMgr::_Thread_Safe_UnLock()
 
 CLumoDataMgr::CLumoFreeSelf::~CLumoFreeSelf()
 {
-    delete m_Instance.exchange(nullptr);
+    delete m_Instance.load(); // a task that the destructor waits for still asks for the object
+    m_Instance = nullptr;
 }

@@ -3,6 +3,7 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -15,28 +16,40 @@ enum Level
     kInformation = 0
 };
 
+/// True on the client's status thread, where the client can't be started or ended.
+thread_local bool onStatusThread = false;
+
 /// The running client. Status lines wait in a queue for its one status thread, so that nobody who
 /// reports waits for the application's function.
 class Client
 {
 public:
-    void start(int chunksInFlight, int filesInFlight, StatusFunction status)
+    bool start(int chunksInFlight, int filesInFlight, StatusFunction status)
     {
+        if (onStatusThread)
+            return false;
         const std::lock_guard<std::mutex> lifecycle(m_LifecycleMutex);
         const std::lock_guard<std::mutex> lock(m_Mutex);
+        if (!m_Thread.joinable()) {
+            m_Ending = false;
+            try {
+                m_Thread = std::thread([this] { deliver(); });
+            } catch (const std::system_error&) {
+                return false;
+            }
+        }
         m_Status = std::move(status);
         m_Lines.emplace_back(kInformation, "bulk transfer client started, " + std::to_string(chunksInFlight) +
                                                " chunks and " + std::to_string(filesInFlight) +
                                                " files in flight");
         m_Wake.notify_one();
-        if (!m_Thread.joinable()) {
-            m_Ending = false;
-            m_Thread = std::thread([this] { deliver(); });
-        }
+        return true;
     }
 
     void end()
     {
+        if (onStatusThread)
+            return;
         const std::lock_guard<std::mutex> lifecycle(m_LifecycleMutex);
         if (!m_Thread.joinable())
             return;
@@ -54,6 +67,7 @@ private:
     /// Ends only when every line was delivered.
     void deliver()
     {
+        onStatusThread = true;
         std::unique_lock<std::mutex> lock(m_Mutex);
         for (;;) {
             m_Wake.wait(lock, [this] { return m_Ending || !m_Lines.empty(); });
@@ -63,9 +77,18 @@ private:
             m_Lines.pop_front();
             const StatusFunction status = m_Status;
             lock.unlock();
-            if (status)
-                status(line.first, line.second);
+            tell(status, line.first, line.second);
             lock.lock();
+        }
+    }
+
+    static void tell(const StatusFunction& status, int level, const std::string& line)
+    {
+        try {
+            if (status)
+                status(level, line);
+        } catch (...) {
+            // The application's function must not end the process.
         }
     }
 
@@ -91,8 +114,7 @@ bool StartBulkhaul(int chunksInFlight, int filesInFlight, StatusFunction status)
 {
     if (chunksInFlight < 1 || filesInFlight < 1)
         return false;
-    client().start(chunksInFlight, filesInFlight, std::move(status));
-    return true;
+    return client().start(chunksInFlight, filesInFlight, std::move(status));
 }
 
 void EndBulkhaul()

@@ -16,10 +16,13 @@ typedef boost::function<void(int, const std::string&)> StatusFunction;
 
 /// Starts the client, or, when it runs already, replaces its settings. `chunksInFlight` is the number
 /// of chunks of one transfer that may be under way at once, `filesInFlight` that of small files of one
-/// folder. False when either is less than 1; nothing has changed then. Safe from any thread.
+/// folder. False when either is less than 1, when no thread can be had, or when called by the status
+/// function; nothing has changed then. A status function that is replaced may still be running. What it
+/// throws is dropped. Safe from any thread.
 LUMO_EXPORT bool StartBulkhaul(int chunksInFlight, int filesInFlight, StatusFunction status);
 
-/// Ends the client: no status line comes after it has returned. Does nothing when the client does not run.
+/// Ends the client: no status line comes after it has returned. Does nothing when the client does not run, or
+/// when called by the status function.
 LUMO_EXPORT void EndBulkhaul();
 
 } // namespace bulkhaul

@@ -26,6 +26,7 @@ struct Client
 {
     std::mutex mutex;
     bool started = false;
+    unsigned long starts = 0; ///< how often the client was started or stopped
     Options options;
     Channel current;
     std::multimap<std::string, OpenChannel> channels; ///< by address
@@ -123,11 +124,15 @@ Code StartHubline(const Options& options, std::string& reason)
     const Code code = open(options, options.address, options.token, channel, reason);
     if (code != kOpened)
         return code;
+    // What the client gives up dies after the lock: ending a channel may wait for its threads.
+    std::multimap<std::string, OpenChannel> channels;
     Client& hub = client();
     const std::lock_guard<std::mutex> lock(hub.mutex);
+    ++hub.starts;
     hub.started = true;
     hub.options = options;
-    hub.current = channel;
+    hub.current.swap(channel);
+    hub.channels.swap(channels);
     return kOpened;
 }
 
@@ -137,6 +142,7 @@ void StopHubline()
     std::multimap<std::string, OpenChannel> channels;
     Channel current;
     const std::lock_guard<std::mutex> lock(hub.mutex);
+    ++hub.starts;
     hub.started = false;
     hub.options = Options();
     current.swap(hub.current);
@@ -147,6 +153,7 @@ Channel NewChannel(const std::string& address, const std::string& token, int& co
 {
     Client& hub = client();
     Options options;
+    unsigned long starts = 0;
     {
         const std::lock_guard<std::mutex> lock(hub.mutex);
         if (!hub.started) {
@@ -158,6 +165,7 @@ Channel NewChannel(const std::string& address, const std::string& token, int& co
             return {};
         }
         options = hub.options;
+        starts = hub.starts;
     }
     // The hello goes out without the lock, also for a shared channel: only it tells whether somebody
     // is still there and the token still stands.
@@ -172,6 +180,10 @@ Channel NewChannel(const std::string& address, const std::string& token, int& co
         return {};
     }
     const std::lock_guard<std::mutex> lock(hub.mutex);
+    if (starts != hub.starts) { // restarted or stopped during the hello: this channel is of the old client
+        code = kNotStarted;
+        return {};
+    }
     if (const Channel shared = share(hub, address, token))
         return shared;
     hub.channels.emplace(address, OpenChannel{token, channel, 1});

@@ -24,7 +24,7 @@ enum Code
     kCurrentConnection = 2, ///< the address is that of the current connection; nothing was opened
     kNoConnection = 3,      ///< nobody answers there in time, or does not speak this protocol
     kTokenRefused = 4,      ///< the other side does not accept the token
-    kInsecure = 5           ///< plain text or a token in plain text to another host: refused here
+    kInsecure = 5           ///< a token would travel in plain text to another host: refused here
 };
 
 enum class Security
@@ -58,15 +58,17 @@ LUMO_EXPORT boost::shared_ptr<wirecall::RpcChannel> NewChannel(const std::string
 /// The current connection; empty when the client is not started.
 LUMO_EXPORT boost::shared_ptr<wirecall::RpcChannel> GetCurrentChannelExt();
 
-/// Gives up one channel that NewChannel opened to `address`. Does nothing for an address that has
-/// none, the current connection's among them.
+/// Gives up one channel that NewChannel opened to `address`, whatever its token. Does nothing for an address
+/// that has none, the current connection's among them.
 LUMO_EXPORT void ReleaseChannel(const std::string& address);
 
 /// Whether `address` ("host:port") names this machine: localhost, 127.0.0.0/8, ::1.
 LUMO_EXPORT bool isLoopback(const std::string& address);
 
 /// The process-wide sink of status lines; standard error is spared, so nothing is shown until the
-/// application asks. Never destroyed; safe from any thread.
+/// application asks. Never destroyed; safe from any thread. The application's function may be called until
+/// the process has ended, also by a thread of a component; lines that it writes itself are dropped, and so
+/// is what it throws.
 class LUMO_EXPORT Logger
 {
 public:

@@ -35,9 +35,19 @@ Logger* Logger::Instance(bool create)
 
 void Logger::log(int level, const std::string& text)
 {
+    thread_local bool logging = false;
+    if (logging)
+        return;
     const std::lock_guard<std::mutex> lock(m_State->mutex);
-    if (m_State->callback)
+    if (!m_State->callback)
+        return;
+    logging = true;
+    try {
         m_State->callback(level, text);
+    } catch (...) {
+        // What the application's function throws must not end a transfer's status thread.
+    }
+    logging = false;
 }
 
 void Logger::toCallback(const Callback& callback)

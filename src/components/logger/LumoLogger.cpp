@@ -12,6 +12,9 @@
 
 namespace {
 
+/// True while this thread writes an entry.
+thread_local bool writing = false;
+
 using Sink = std::shared_ptr<spdlog::sinks::sink>;
 
 class CallbackSink final : public spdlog::sinks::base_sink<spdlog::details::null_mutex>
@@ -43,10 +46,13 @@ Sink makeSink(Arguments&&... arguments)
 
 struct CLumoLogger::State
 {
-    void use(Sink next)
+    bool use(Sink next)
     {
+        if (writing)
+            return false;
         const std::lock_guard<std::mutex> lock(mutex);
         sink.swap(next);
+        return true;
     }
 
     std::mutex mutex; ///< held while an entry is written, so the sinks need no lock of their own
@@ -67,8 +73,11 @@ void CLumoLogger::write(const char* text, int length)
 {
     if (text == nullptr || length <= 0)
         return;
+    if (writing) // a callback that logs, a library method that it calls perhaps
+        return;
     const spdlog::string_view_t payload(text, static_cast<std::size_t>(length));
     const std::lock_guard<std::mutex> lock(m_State->mutex);
+    writing = true;
     try {
         // The entry holds its time already, so the clock is not asked again.
         m_State->sink->log(spdlog::details::log_msg({}, {}, {}, spdlog::level::info, payload));
@@ -77,6 +86,7 @@ void CLumoLogger::write(const char* text, int length)
     } catch (...) {
         // A full disk must not fail the call that is being logged.
     }
+    writing = false;
 }
 
 void CLumoLogger::toStandardError()
@@ -87,8 +97,7 @@ void CLumoLogger::toStandardError()
 bool CLumoLogger::toFile(const std::string& path, std::size_t maximumBytes, std::size_t files)
 {
     try {
-        m_State->use(makeSink<spdlog::sinks::rotating_file_sink_st>(path, maximumBytes, files));
-        return true;
+        return m_State->use(makeSink<spdlog::sinks::rotating_file_sink_st>(path, maximumBytes, files));
     } catch (const std::exception&) {
         return false;
     }

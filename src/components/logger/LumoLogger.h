@@ -18,7 +18,8 @@ class LUMO_EXPORT CLumoLogger
 {
 public:
     /// Receives one entry: its bytes (in the system code page) and their number. Called by the
-    /// writing thread, one call at a time; it must not write to the logger itself.
+    /// writing thread, one call at a time. What it writes to the logger itself is dropped, what it
+    /// throws too, and a change of destination that it asks for is refused.
     typedef boost::function<void(const char*, int)> Callback;
 
     static CLumoLogger* GetSinglePton();

@@ -32,6 +32,7 @@ constexpr int kLargestMessage = 256 * 1024 * 1024;
 /// A call without a time limit ends this long after the other side fell silent.
 constexpr int kKeepaliveTime = 20000;
 constexpr int kKeepaliveTimeout = 10000;
+constexpr long long kLongestTimeLimit = 1000LL * 60 * 60 * 24 * 365;
 
 Failure failureOf(grpc::StatusCode code)
 {
@@ -111,6 +112,10 @@ private:
         call->connected = isConnected(*m_Channel);
         prepare(call->context, controller);
         const grpc::internal::RpcMethod unary(call->path.c_str(), grpc::internal::RpcMethod::NORMAL_RPC);
+        // gRPC ends the threads of its callbacks with the last channel that used them, which may be on
+        // one of them. The first such channel stays for good, so that there is no last one.
+        static const auto* const keepsTheThreads = new std::shared_ptr<grpc::Channel>(m_Channel);
+        static_cast<void>(keepsTheThreads);
         handOver(call);
         grpc::internal::CallbackUnaryCall(
             m_Channel.get(), unary, &call->context, &request, &response,
@@ -126,8 +131,9 @@ private:
     void prepare(grpc::ClientContext& context, const RpcController& controller) const
     {
         if (controller.timeout() > 0)
-            context.set_deadline(std::chrono::system_clock::now() +
-                                 std::chrono::milliseconds(controller.timeout()));
+            context.set_deadline(
+                std::chrono::system_clock::now() +
+                std::chrono::milliseconds(std::min(controller.timeout(), kLongestTimeLimit)));
         if (!m_Authorization.empty())
             context.AddMetadata("authorization", m_Authorization);
     }
@@ -164,6 +170,7 @@ grpc::ChannelArguments channelArguments()
     arguments.SetMaxSendMessageSize(kLargestMessage);
     arguments.SetInt(GRPC_ARG_KEEPALIVE_TIME_MS, kKeepaliveTime);
     arguments.SetInt(GRPC_ARG_KEEPALIVE_TIMEOUT_MS, kKeepaliveTimeout);
+    arguments.SetInt(GRPC_ARG_HTTP2_MAX_PINGS_WITHOUT_DATA, 0); // no limit: an answer may take hours
     arguments.SetInt(GRPC_ARG_INITIAL_RECONNECT_BACKOFF_MS, 200);
     arguments.SetInt(GRPC_ARG_MAX_RECONNECT_BACKOFF_MS, 5000);
     // Nothing is retried, and no environment variable leads a call elsewhere.
@@ -193,6 +200,10 @@ boost::shared_ptr<RpcChannel> openChannel(const ChannelOptions& options, std::st
     }
     if (!isHeaderText(options.token)) {
         error = "the token holds blanks or characters outside ASCII";
+        return {};
+    }
+    if (!options.tls && !options.token.empty() && !isLoopbackHost(address.host)) {
+        error = "a token may not travel to " + options.address + " in plain text";
         return {};
     }
     std::shared_ptr<grpc::ChannelCredentials> credentials = grpc::InsecureChannelCredentials();

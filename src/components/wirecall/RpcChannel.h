@@ -36,7 +36,8 @@ struct ChannelOptions
 };
 
 /// Makes a channel. Nothing is sent before the first call; a call over a channel that can't connect
-/// fails. Returns an empty pointer, with the reason in `error`, when the root certificate can't be read.
+/// fails. Returns an empty pointer, with the reason in `error`, for a malformed address or token, a root
+/// certificate that can't be read, or a token that would travel in plain text to another host.
 LUMO_EXPORT boost::shared_ptr<RpcChannel> openChannel(const ChannelOptions& options, std::string& error);
 
 } // namespace wirecall

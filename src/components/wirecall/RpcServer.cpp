@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -44,7 +45,7 @@ struct RpcServer::Impl
 {
     std::vector<google::protobuf::Service*> services;
     std::unique_ptr<ServerCalls> calls;
-    grpc::AsyncGenericService generic;
+    std::optional<grpc::AsyncGenericService> generic; ///< serves one server only, so each start makes its own
     std::unique_ptr<grpc::ServerCompletionQueue> queue;
     std::unique_ptr<grpc::Server> server;
     std::vector<std::thread> threads;
@@ -77,6 +78,10 @@ void RpcServer::add(google::protobuf::Service* service)
 
 bool RpcServer::start(const Options& options, std::string& error)
 {
+    if (m_Impl->server) {
+        error = "the server runs already";
+        return false;
+    }
     Address address;
     if (!parseAddress(options.address, address)) {
         error = "\"" + options.address + "\" is not an address of the form host:port";
@@ -89,7 +94,7 @@ bool RpcServer::start(const Options& options, std::string& error)
     grpc::ServerBuilder builder;
     int port = 0;
     builder.AddListeningPort(options.address, credentials, &port);
-    builder.RegisterAsyncGenericService(&m_Impl->generic);
+    builder.RegisterAsyncGenericService(&m_Impl->generic.emplace());
     builder.SetMaxReceiveMessageSize(kLargestMessage);
     builder.SetMaxSendMessageSize(kLargestMessage);
     builder.AddChannelArgument(GRPC_ARG_ALLOW_REUSEPORT, 0);
@@ -97,11 +102,15 @@ bool RpcServer::start(const Options& options, std::string& error)
     m_Impl->queue = builder.AddCompletionQueue();
     m_Impl->server = builder.BuildAndStart();
     if (!m_Impl->server || port == 0) {
-        m_Impl->server.reset();
+        if (m_Impl->server)
+            m_Impl->server->Shutdown();
         m_Impl->queue->Shutdown();
         m_Impl->serve();
+        m_Impl->server.reset();
         m_Impl->queue.reset();
-        error = "can't listen on " + options.address;
+        error = "can't listen on " + options.address + ": is the port taken, or the host not this machine?";
+        if (!options.tlsKey.empty())
+            error += " Does the certificate fit its key?";
         return false;
     }
     m_Impl->port = port;
@@ -109,7 +118,7 @@ bool RpcServer::start(const Options& options, std::string& error)
     for (google::protobuf::Service* service : m_Impl->services)
         m_Impl->calls->add(service);
     for (int i = 0; i < kCallsRequestedAhead; ++i)
-        m_Impl->calls->takeNext(m_Impl->generic, *m_Impl->queue);
+        m_Impl->calls->takeNext(*m_Impl->generic, *m_Impl->queue);
     const int threads =
         options.threads > 0 ? options.threads : 4 * std::max(1u, std::thread::hardware_concurrency());
     for (int i = 0; i < threads; ++i)

@@ -32,7 +32,7 @@ public:
 class LUMO_EXPORT RpcServer
 {
 public:
-    /// Judges a call before its method runs. False refuses it as unauthenticated, with the reason.
+    /// Judges a call before its request is read. False refuses it as unauthenticated, with the reason.
     using Authenticate = std::function<bool(const ServerCall& call, std::string& reason)>;
 
     struct Options
@@ -52,12 +52,13 @@ public:
 
     /// Adds a service before `start`. The server does not own it; it must outlive `stop`.
     void add(google::protobuf::Service* service);
-    /// Starts listening. False with the reason in `error` when it can't.
+    /// Starts listening; again after `stop`, too. False with the reason in `error` when it can't.
     bool start(const Options& options, std::string& error);
     /// The port listened on; 0 before `start`.
     int port() const;
     /// Takes no new calls, gives running ones `graceMilliseconds` to end, cancels the rest and
-    /// returns when all methods have answered. Closures that methods still hold must be run.
+    /// returns when all methods have answered. Closures that methods still hold must be run. Not to be
+    /// called by a method. What a method throws refuses its call.
     void stop(int graceMilliseconds = 2000);
 
 private:

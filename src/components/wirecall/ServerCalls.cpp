@@ -5,6 +5,7 @@
 #include <google/protobuf/descriptor.h>
 #include <grpcpp/impl/codegen/proto_utils.h>
 
+#include <exception>
 #include <memory>
 
 namespace wirecall {
@@ -15,6 +16,7 @@ using google::protobuf::Message;
 namespace {
 
 constexpr char kBearer[] = "Bearer ";
+constexpr std::size_t kLongestReason = 4096; // it travels in a header
 
 /// Hands one kind of event of a call to a member function.
 template <class Owner>
@@ -65,7 +67,11 @@ public:
 
     std::string peer() const override { return m_Context.peer(); }
 
-    void SetFailed(const std::string& reason) override { m_FailureText = reason; }
+    void SetFailed(const std::string& reason) override
+    {
+        m_Failed = true;
+        m_FailureText = reason.substr(0, kLongestReason);
+    }
 
     bool IsCanceled() const override { return m_Cancelled; }
 
@@ -83,7 +89,7 @@ public:
 
     // The caller's side of a controller has no meaning here.
     void Reset() override {}
-    bool Failed() const override { return !m_FailureText.empty(); }
+    bool Failed() const override { return m_Failed; }
     std::string ErrorText() const override { return m_FailureText; }
     void StartCancel() override {}
 
@@ -102,6 +108,12 @@ private:
             return;
         }
         m_Method = &found->second;
+        // Before the request is read: nobody without a token may make the server take 256 MiB.
+        std::string reason;
+        if (!isAuthentic(reason)) {
+            refuse(grpc::StatusCode::UNAUTHENTICATED, reason);
+            return;
+        }
         handOver(&m_Queue);
         m_Stream.Read(&m_Buffer, &m_Received);
     }
@@ -112,11 +124,25 @@ private:
             refuse(grpc::StatusCode::INTERNAL, "no request came");
             return;
         }
-        std::string reason;
-        if (m_Calls.m_Authenticate && !m_Calls.m_Authenticate(*this, reason)) {
-            refuse(grpc::StatusCode::UNAUTHENTICATED, reason);
-            return;
+        try {
+            runMethod();
+        } catch (const std::exception& exception) {
+            refuse(grpc::StatusCode::INTERNAL, exception.what());
         }
+    }
+
+    bool isAuthentic(std::string& reason) const
+    {
+        try {
+            return !m_Calls.m_Authenticate || m_Calls.m_Authenticate(*this, reason);
+        } catch (const std::exception& exception) {
+            reason = exception.what();
+            return false;
+        }
+    }
+
+    void runMethod()
+    {
         m_Request.reset(m_Method->service->GetRequestPrototype(m_Method->descriptor).New());
         m_Response.reset(m_Method->service->GetResponsePrototype(m_Method->descriptor).New());
         grpc::ProtoBufferReader reader(&m_Buffer);
@@ -130,7 +156,7 @@ private:
     /// The method's answer, on any thread.
     void Run() override
     {
-        if (!m_FailureText.empty()) {
+        if (m_Failed) {
             refuse(grpc::StatusCode::UNKNOWN, m_FailureText);
             return;
         }
@@ -142,12 +168,16 @@ private:
             refuse(status.error_code(), status.error_message());
             return;
         }
+        if (m_Concluded.exchange(true))
+            return;
         handOver(&m_Queue);
         m_Stream.WriteAndFinish(answer, grpc::WriteOptions(), grpc::Status::OK, &m_Answered);
     }
 
     void refuse(grpc::StatusCode code, const std::string& text)
     {
+        if (m_Concluded.exchange(true))
+            return;
         handOver(&m_Queue);
         m_Stream.Finish(grpc::Status(code, text), &m_Answered);
     }
@@ -189,7 +219,9 @@ private:
     grpc::ByteBuffer m_Buffer;
     std::unique_ptr<Message> m_Request;
     std::unique_ptr<Message> m_Response;
+    bool m_Failed = false;
     std::string m_FailureText;
+    std::atomic<bool> m_Concluded{false}; ///< an answer or a refusal is on its way
 
     std::mutex m_CancelMutex;
     Closure* m_OnCancel = nullptr;

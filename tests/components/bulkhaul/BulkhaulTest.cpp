@@ -38,7 +38,13 @@ TEST(Bulkhaul, EveryStatusLineComesOnAThreadOfTheClientBeforeTheEnd)
     EXPECT_EQ(lines, expected);
     EXPECT_TRUE(otherThread);
 
-    ASSERT_TRUE(bulkhaul::StartBulkhaul(1, 1, status)); // a client that ended starts again
+    const auto reckless = [&](int, const std::string& line) {
+        lines.push_back(line);
+        EXPECT_FALSE(bulkhaul::StartBulkhaul(1, 1, bulkhaul::StatusFunction()));
+        bulkhaul::EndBulkhaul(); // from its own thread: neither a hang nor an end
+        throw line;
+    };
+    ASSERT_TRUE(bulkhaul::StartBulkhaul(1, 1, reckless)); // a client that ended starts again
     bulkhaul::EndBulkhaul();
     EXPECT_EQ(lines.size(), 5u);
 }
