@@ -3,6 +3,7 @@
 #include "centre/ConnectionPool.h"
 #include "centre/Error.h"
 #include "centre/LedgerOperations.h"
+#include "centre/Schema.h"
 #include "centre/ServeLock.h"
 #include "components/wirecall/Address.h"
 #include "components/wirecall/RpcServer.h"
@@ -51,12 +52,19 @@ void setResult(Message& response, std::int32_t result)
                                        result);
 }
 
+/// Locks only what is a data folder, so that no lock file is left in any other.
+std::unique_ptr<ServeLock> lockDataFolder(const std::string& dataFolder)
+{
+    openDatabase(dataFolder);
+    return std::make_unique<ServeLock>(dataFolder);
+}
+
 } // namespace
 
 struct Centre::Impl
 {
     explicit Impl(const std::string& dataFolder)
-        : lock(std::make_unique<ServeLock>(dataFolder)),
+        : lock(lockDataFolder(dataFolder)),
           pool(dataFolder),
           ledger([this](const MethodDescriptor& method, RpcController* controller, const Message& request,
                         Message& response,

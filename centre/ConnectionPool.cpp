@@ -1,5 +1,6 @@
 #include "centre/ConnectionPool.h"
 
+#include "centre/ResetAtEnd.h"
 #include "centre/Schema.h"
 #include "centre/Token.h"
 
@@ -23,10 +24,9 @@ bool Connection::knowsToken(const std::string& token)
 {
     // Looked up anew for each call, so that a user who was just added can log in.
     const std::string hash = tokenHash(token);
+    const ResetAtEnd resetAtEnd(m_FindToken);
     m_FindToken.bind(1, hash.data(), static_cast<int>(hash.size()));
-    const bool known = m_FindToken.executeStep();
-    m_FindToken.reset();
-    return known;
+    return m_FindToken.executeStep();
 }
 
 std::unique_ptr<Connection> ConnectionPool::take()

@@ -83,8 +83,11 @@ private:
         fs::directory_iterator entry(path, error);
         for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
             const std::string name = entry->path().filename().string();
-            const fs::file_type type = entryType(*entry);
-            if (type != fs::file_type::regular && type != fs::file_type::directory)
+            std::error_code unread;
+            const fs::file_type type = entryType(*entry, unread);
+            if (unread)
+                tell(unread.message() + ": ", entry->path().string());
+            else if (type != fs::file_type::regular && type != fs::file_type::directory)
                 ++m_Report.skipped;
             else if (!isUtf8(name))
                 tell("the name is not UTF-8: ", entry->path().string());
@@ -97,14 +100,13 @@ private:
     }
 
     /// The type that came with the directory entry, which spares a look at each file.
-    static fs::file_type entryType(const fs::directory_entry& entry)
+    static fs::file_type entryType(const fs::directory_entry& entry, std::error_code& error)
     {
-        std::error_code error;
         if (entry.is_symlink(error))
             return fs::file_type::symlink;
-        if (entry.is_directory(error))
+        if (!error && entry.is_directory(error))
             return fs::file_type::directory;
-        return entry.is_regular_file(error) ? fs::file_type::regular : fs::file_type::unknown;
+        return !error && entry.is_regular_file(error) ? fs::file_type::regular : fs::file_type::unknown;
     }
 
     std::uint32_t folderId(std::uint32_t parentId, const std::string& name)

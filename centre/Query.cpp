@@ -1,5 +1,7 @@
 #include "centre/Query.h"
 
+#include "centre/ResetAtEnd.h"
+
 #include <SQLiteCpp/Column.h>
 #include <google/protobuf/reflection.h>
 
@@ -92,21 +94,6 @@ void requirePage(const Message& request)
         throw std::runtime_error("there is no page of " + std::to_string(size) + " records from " +
                                  std::to_string(start) + " on");
 }
-
-/// Ends the statement's read when an answer is done, however it ends: one left open would hold back
-/// the clean-up of the write-ahead log.
-class ResetAtEnd
-{
-public:
-    explicit ResetAtEnd(SQLite::Statement& statement) : m_Statement(statement) {}
-    ~ResetAtEnd() { m_Statement.tryReset(); }
-
-    ResetAtEnd(const ResetAtEnd&) = delete;
-    ResetAtEnd& operator=(const ResetAtEnd&) = delete;
-
-private:
-    SQLite::Statement& m_Statement;
-};
 
 } // namespace
 

@@ -2,6 +2,8 @@
 
 #include "centre/Error.h"
 
+#include <sqlite3.h>
+
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -93,6 +95,11 @@ int pragma(SQLite::Database& database, const std::string& name)
     return database.execAndGet("PRAGMA " + name).getInt();
 }
 
+Error notOurs(const std::string& path)
+{
+    return {ExitCode::NoDataFolder, path + " is not a database of lumo-centre"};
+}
+
 bool isComplete(SQLite::Database& database)
 {
     return pragma(database, "application_id") == kApplicationId && pragma(database, "user_version") > 0;
@@ -101,8 +108,15 @@ bool isComplete(SQLite::Database& database)
 void setUp(SQLite::Database& database)
 {
     database.setBusyTimeout(kBusyTimeoutMilliseconds);
-    database.exec("PRAGMA foreign_keys = ON");
-    database.exec("PRAGMA synchronous = FULL");
+    try {
+        database.exec("PRAGMA foreign_keys = ON");
+        database.exec("PRAGMA synchronous = FULL");
+        pragma(database, "application_id"); // the first that reads the file
+    } catch (const SQLite::Exception& exception) {
+        if (exception.getErrorCode() == SQLITE_NOTADB)
+            throw notOurs(database.getFilename());
+        throw;
+    }
 }
 
 } // namespace
@@ -116,7 +130,7 @@ std::unique_ptr<SQLite::Database> openDatabase(const std::string& dataFolder)
     auto database = std::make_unique<SQLite::Database>(path, SQLite::OPEN_READWRITE);
     setUp(*database);
     if (!isComplete(*database))
-        throw Error(ExitCode::NoDataFolder, path + " is not a database of lumo-centre");
+        throw notOurs(path);
     const int version = pragma(*database, "user_version");
     if (version > kSchemaVersion)
         throw Error(ExitCode::NoDataFolder, dataFolder + " has version " + std::to_string(version) +

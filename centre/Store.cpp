@@ -4,6 +4,7 @@
 #include "centre/Schema.h"
 #include "centre/Text.h"
 #include "centre/Token.h"
+#include "components/wirecall/Address.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <sqlite3.h>
@@ -89,7 +90,10 @@ std::string Store::addUser(const std::string& userName, const std::string& compa
 void Store::addBox(const std::string& code, const std::string& address)
 {
     requireName("the box code", code);
-    requireName("the box address", address);
+    wirecall::Address parsed;
+    if (!wirecall::parseAddress(address, parsed) || parsed.port == 0)
+        throw Error(ExitCode::WrongUse,
+                    "not an address of a box: " + escaped(address) + "; an address is HOST:PORT");
     SQLite::Statement statement(*m_Database, "INSERT INTO box(code, address) VALUES (?, ?)");
     statement.bind(1, code);
     statement.bind(2, address);

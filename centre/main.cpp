@@ -2,12 +2,14 @@
 #include "centre/Error.h"
 #include "centre/Import.h"
 #include "centre/Store.h"
+#include "centre/Text.h"
 #include "centre/Token.h"
 
 #include <CLI/CLI.hpp>
 
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <iomanip>
 #include <iostream>
 #include <pthread.h>
@@ -42,7 +44,9 @@ ExitCode handOver(const Arguments& arguments, const std::string& token)
             std::cerr << "lumo-centre: " << error.what() << "; it is shown instead\n";
         }
     }
-    std::cout << "token of user " << arguments.userName << ", shown only now: " << token << "\n";
+    const std::string shown = "token of user " + arguments.userName + ", shown only now: " + token + "\n";
+    if (!(std::cout << shown << std::flush))
+        std::cerr << shown;
     return arguments.tokenFile.empty() ? ExitCode::Success : ExitCode::Failed;
 }
 
@@ -165,24 +169,58 @@ void addServe(CLI::App& app, Arguments& arguments, ExitCode& result)
         ->take_all();
 }
 
+/// The result of a command whose output is written; what can't be written fails it.
+ExitCode flushed(ExitCode result)
+{
+    if (std::cout << std::flush)
+        return result;
+    std::cerr << "lumo-centre: can't write the output\n";
+    return ExitCode::Failed;
+}
+
+ExitCode tellWrongUse(const CLI::App& app, const CLI::ParseError& error)
+{
+    const auto chosen = app.get_subcommands();
+    const auto extras = app.remaining(true);
+    const std::string help =
+        chosen.empty() ? "lumo-centre --help" : "lumo-centre " + chosen.front()->get_name() + " --help";
+    std::string message = error.what();
+    if (!extras.empty() && extras.front().rfind('-', 0) == 0)
+        message = "there is no option '" + extras.front() + "'";
+    else if (!extras.empty() && !chosen.empty())
+        message = "'" + extras.front() + "' is one argument too many";
+    else if (chosen.empty())
+        message = (extras.empty() ? "which command?" : "there is no command '" + extras.front() + "';") +
+                  std::string(" the commands are init, add-company, add-user, add-box, import and serve");
+    std::cerr << "lumo-centre: " << centre::escaped(message) << " (see '" << help << "')\n";
+    return ExitCode::WrongUse;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
+    // What goes wrong is told in lumo-centre's own lines.
+    setenv("GRPC_VERBOSITY", "NONE", 0);
+    // A reader of the output that has gone must not end a command before its token is shown.
+    std::signal(SIGPIPE, SIG_IGN);
     CLI::App app(
         "A centre to develop against: a catalogue of real folders and files, served from one data folder.",
         "lumo-centre");
     app.require_subcommand(1);
-    app.failure_message(CLI::FailureMessage::help);
+    app.set_version_flag("--version", "lumo-centre " LUMO_VERSION);
     Arguments arguments;
     ExitCode result = ExitCode::Success;
     addCommands(app, arguments, result);
     addServe(app, arguments, result);
     try {
         app.parse(argc, argv);
-        return static_cast<int>(result);
+        return static_cast<int>(flushed(result));
+    } catch (const CLI::Success& answer) {
+        app.exit(answer);
+        return static_cast<int>(flushed(ExitCode::Success));
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::WrongUse);
+        return static_cast<int>(tellWrongUse(app, error));
     } catch (const centre::Error& error) {
         std::cerr << "lumo-centre: " << error.what() << "\n";
         return static_cast<int>(error.code());

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 using testing::HasSubstr;
+using testing::StartsWith;
 
 namespace {
 
@@ -107,6 +108,9 @@ TEST(Process, ExitCodesTellWhatIsWrong)
 {
     DataFolder data, newer;
     data.makeFile("tree/bad\xff");
+    const std::string foreign = data.below("foreign");
+    data.makeFile("foreign/centre.db");
+    std::ofstream(foreign + "/centre.db") << std::string(1000, 'x');
     centre::Store(newer.path()).database().exec("PRAGMA user_version = 99");
     const struct
     {
@@ -124,13 +128,20 @@ TEST(Process, ExitCodesTellWhatIsWrong)
         {arguments({"add-user", data.path(), "demo", "--company", "LUMO"}), 1, "already"},
         {arguments({"add-box", data.path(), "B1"}), 2, "ADDRESS"},
         {arguments({"init", data.path()}), 5, "already"},
-        {arguments({}), 2, "subcommand"},
+        {arguments({}), 2, "which command?"},
+        {arguments({"sevre"}), 2, "no command 'sevre'; the commands are init"},
+        {arguments({"serve", data.path(), "--lisen", "x"}), 2, "no option '--lisen'"},
+        {arguments({"serve", foreign, "--listen", "127.0.0.1:0"}), 5, "is not a database of lumo-centre"},
     };
     for (const auto& each : cases) {
         CentreProcess process(each.arguments);
         EXPECT_EQ(process.exitCode(), each.code) << each.reason;
-        EXPECT_THAT(process.errorOutput(), HasSubstr(each.reason));
+        const std::string errors = process.errorOutput();
+        EXPECT_THAT(errors, AllOf(StartsWith("lumo-centre: "), HasSubstr(each.reason)));
+        EXPECT_EQ(errors.find('\n'), errors.size() - 1) << errors;
     }
+    for (const std::string& folder : {data.below("tree"), foreign})
+        EXPECT_FALSE(std::filesystem::exists(folder + "/serve.lock"));
 }
 
 } // namespace

@@ -49,6 +49,7 @@ TEST(Store, RefusesNamesThatAreTakenOrCannotBe)
     expectError(ExitCode::Failed, "user demo already", [&] { store.addUser("demo", "LUMO"); });
     expectError(ExitCode::Failed, "box B1 already", [&] { store.addBox("B1", "127.0.0.1:2"); });
     expectError(ExitCode::Failed, "no company X", [&] { store.addUser("other", "X"); });
+    expectError(ExitCode::WrongUse, "HOST:PORT", [&] { store.addBox("B2", "host"); });
     expectError(ExitCode::WrongUse, "must not be empty", [&] { store.addCompany(""); });
     expectError(ExitCode::WrongUse, "a\\x0ab", [&] { store.addUser("a\nb", "LUMO"); });
 }
