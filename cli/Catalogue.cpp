@@ -50,7 +50,7 @@ Text marked(const char (&field)[Size])
 }
 
 /// In a listing a field that was left as it was shows the text of the record before, or nothing.
-/// Names are unique in one listing, so equal ones tell.
+/// Names are unique in one listing, so equal ones make it likely.
 Text listed(const char* field, const char* previous)
 {
     const bool leftOver = *field == '\0' || (previous != nullptr && std::strcmp(field, previous) == 0);
@@ -192,8 +192,13 @@ std::vector<Folder> Catalogue::foldersIn(unsigned int folderID)
     std::vector<Folder> folders;
     const char* previous = nullptr;
     for (const tagFolderTable& record : records) {
-        folders.push_back(
-            {record.folderID, record.diskID, record.parentID, listed(record.folderName, previous), {}, {}});
+        Text name = listed(record.folderName, previous);
+        // Two names may become the same text in the code page; the folder's own record tells.
+        if (!name) {
+            const auto own = folder(record.folderID);
+            name = own ? own->folderName : name;
+        }
+        folders.push_back({record.folderID, record.diskID, record.parentID, name, {}, {}});
         previous = record.folderName;
     }
     sortByName(folders, &Folder::folderName, &Folder::folderID);
@@ -207,7 +212,12 @@ std::vector<File> Catalogue::filesIn(unsigned int folderID)
     std::vector<File> files;
     const char* previous = nullptr;
     for (const tagFileTable& record : records) {
-        files.push_back({record.fileID, record.parentID, listed(record.fileName, previous), {}, {}});
+        Text name = listed(record.fileName, previous);
+        if (!name) {
+            const auto own = file(record.fileID);
+            name = own ? own->fileName : name;
+        }
+        files.push_back({record.fileID, record.parentID, name, {}, {}});
         previous = record.fileName;
     }
     sortByName(files, &File::fileName, &File::fileID);
@@ -278,6 +288,15 @@ Found Catalogue::findPath(const Place& place)
     return findBelow(*root, place);
 }
 
+void Catalogue::requireUnlisted(unsigned int parentID, const std::string& name, const std::string& path)
+{
+    for (const Folder& listedFolder : foldersIn(parentID)) {
+        if (listedFolder.folderName == name) {
+            throw Failure(ExitCode::CentreFailed, "the centre lists '" + path + "' but failed to look it up");
+        }
+    }
+}
+
 Found Catalogue::findBelow(const Disk& root, const Place& place)
 {
     const std::size_t count = place.components.size();
@@ -292,6 +311,7 @@ Found Catalogue::findBelow(const Disk& root, const Place& place)
         const auto record = file(parent, name);
         const std::string path = joined(place, i + 1);
         if (!record) {
+            requireUnlisted(parent, name, path);
             notFound("there is no '" + path + "'");
         }
         if (i + 1 < count || place.folderOnly) {

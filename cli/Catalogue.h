@@ -91,6 +91,9 @@ private:
     Found findPath(const Place& place);
     /// The place of a path of two components or more.
     Found findBelow(const Disk& root, const Place& place);
+    /// Throws for a folder that looking it up did not find although the centre has it: the look-up tells an
+    /// error of the centre and an unknown name alike.
+    void requireUnlisted(unsigned int parentID, const std::string& name, const std::string& path);
     Found findIdentifier(const Place& place);
     Text pathOf(Folder folderOnPath);
     /// Whether there is an answer; throws for a failed call.

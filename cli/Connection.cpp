@@ -10,6 +10,7 @@
 #include <QTextCodec>
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 
 namespace cli {
@@ -31,7 +32,11 @@ void checkAddress(const std::string& address)
     const std::string port = colon == std::string::npos ? std::string() : address.substr(colon + 1);
     const bool digits =
         !port.empty() && port.size() <= 5 && port.find_first_not_of("0123456789") == std::string::npos;
-    if (colon == 0 || !digits || std::stoul(port) == 0 || std::stoul(port) > 65535) {
+    const std::string host = address.substr(0, colon);
+    const bool bracketed = host.size() > 2 && host.front() == '[' && host.back() == ']';
+    const bool otherForm = host.find_first_of(" \t\r\n/") != std::string::npos ||
+                           (!bracketed && host.find(':') != std::string::npos);
+    if (host.empty() || otherForm || !digits || std::stoul(port) == 0 || std::stoul(port) > 65535) {
         throw Failure(ExitCode::WrongUse,
                       "'" + address + "' is no address of a centre: write HOST:PORT, as in localhost:7400");
     }
@@ -59,6 +64,25 @@ std::string readToken(const std::string& path)
                       "'" + path + "' holds no token: a token is one line of ASCII without blanks");
     }
     return token;
+}
+
+void checkCertificate(const std::string& path)
+{
+    if (path.empty()) {
+        return;
+    }
+    std::error_code ignored;
+    std::ifstream file(path);
+    if (!file || !std::filesystem::is_regular_file(path, ignored)) {
+        throw Failure(ExitCode::WrongUse, "can't read the certificate file '" + path + "'");
+    }
+    for (std::string line; std::getline(file, line);) {
+        if (line.find("BEGIN CERTIFICATE") != std::string::npos) {
+            return;
+        }
+    }
+    throw Failure(ExitCode::WrongUse,
+                  "'" + path + "' holds no certificate: give a PEM file, with a line BEGIN CERTIFICATE");
 }
 
 hubline::Security securityOf(const Options& options)
@@ -139,9 +163,7 @@ void Connection::open(const Options& options, const std::string& token, unsigned
     settings.security = securityOf(options);
     settings.rootCertificate = options.tlsCa;
     settings.timeout = timeout;
-    if (!options.tlsCa.empty() && !std::ifstream(options.tlsCa)) {
-        throw Failure(ExitCode::WrongUse, "can't read the certificate file '" + options.tlsCa + "'");
-    }
+    checkCertificate(options.tlsCa);
     std::string reason;
     const hubline::Code code = hubline::StartHubline(settings, reason);
     if (code != hubline::kOpened) {

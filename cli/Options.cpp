@@ -108,7 +108,8 @@ void applyProfile(CLI::App& app, Options& options)
         return;
     }
     std::ifstream file(path);
-    if (!file) {
+    std::error_code ignored;
+    if (!file || std::filesystem::is_directory(path, ignored)) {
         throw Failure(ExitCode::WrongUse, "can't read the profile '" + path + "'");
     }
     // A value is all that stands behind the '=', blanks, commas and '#' too.

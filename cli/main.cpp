@@ -113,7 +113,7 @@ Failure wrongUse(const CLI::App& app, const CLI::ParseError& error)
     const std::string help =
         chosen.empty() ? "lumo --help" : "lumo " + chosen.front()->get_name() + " --help";
     std::string message = error.what();
-    if (!extras.empty() && extras.front().front() == '-') {
+    if (!extras.empty() && extras.front().rfind('-', 0) == 0) {
         message = "there is no option '" + extras.front() + "'";
     } else if (!extras.empty() && !chosen.empty()) {
         message = "'" + extras.front() + "' is one argument too many";

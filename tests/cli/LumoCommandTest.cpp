@@ -139,6 +139,18 @@ TEST(Lumo, NameTooLongForItsRecordIsSaidSoAndNeverAnothersName)
     EXPECT_EQ(centre.lumo({"show", "/long/" + longName}).exitCode, 0);
 }
 
+TEST(Lumo, NamesThatTheCodePageMakesEqualAreNotTooLong)
+{
+    CentreProcess centre;
+    clitest::writeFile(centre.folder() / "tree" / "🌍", "");
+    clitest::writeFile(centre.folder() / "tree" / "🌎", "");
+    centre.import(centre.folder() / "tree", "odd");
+    centre.serve();
+    const json files = parsed(centre.lumo({"ls", "/odd", "--json", "--code-page", "gbk"}))["files"];
+    ASSERT_EQ(files.size(), 2U);
+    EXPECT_TRUE(files[1]["fileName"].is_string());
+}
+
 TEST(Lumo, LongListIsShownWholeOrNotAtAll)
 {
     CentreProcess centre;

@@ -57,12 +57,18 @@ TEST(LumoWrongUse, SaysWhatWouldBeRight)
         {{"disks", "--centre", "localhost"}, 2, "write HOST:PORT"},
         {{"disks", "--centre", "localhost:66000"}, 2, "write HOST:PORT"},
         {{"disks", "--centre", ":80"}, 2, "write HOST:PORT"},
+        {{"disks", "--centre", "http://host:80"}, 2, "write HOST:PORT"},
+        {{"disks", "--centre", "my host:80"}, 2, "write HOST:PORT"},
+        {{"disks", "--centre", "::1:80"}, 2, "write HOST:PORT"},
         {{"disks", "--token-file", "/nowhere"}, 2, "its one line is the token"},
         {{"disks", "--token-file", twoLines}, 2, "one line of ASCII without blanks"},
         {{"disks", "--token-file", blank}, 2, "one line of ASCII without blanks"},
         {{"disks", "--tls-ca", "/nowhere"}, 2, "can't read the certificate file '/nowhere'"},
+        {{"disks", "--tls-ca", "/"}, 2, "can't read the certificate file '/'"},
+        {{"disks", "--tls-ca", blank}, 2, "holds no certificate"},
         {{"disks", "--tls", "--plain-text"}, 2, "give one or the other"},
         {{"disks", "--profile", "/nowhere"}, 2, "can't read the profile '/nowhere'"},
+        {{"disks", "--profile", "/"}, 2, "can't read the profile '/'"},
         {{"disks", "--log", "/nowhere/log"}, 2, "can't write the log file '/nowhere/log'"},
     };
     for (const Failure& one : kCases) {
@@ -120,6 +126,7 @@ TEST(LumoFailure, CentreThatFailsOrStallsIsNotMistakenForAnUnknownName)
         {"queryDataAddress=stall", {"disks"}, "queryDataAddress: "},
         {"queryDataAddress=result:-2", {"disks"}, "queryDataAddress: the centre reported an error"},
         {"querySrcTableByUniqueness=refuse", {"ls", "/earth/a"}, "querySrcTableByUniqueness: "},
+        {"querySrcTableByUniqueness=result:-2", {"ls", "/earth/a"}, "the centre lists '/earth/a'"},
         {"queryFileTableByName=result:-2", {"ls", "/earth/none"}, "queryFileTableByName: the centre"},
     };
     CentreProcess centre;
