@@ -23,7 +23,7 @@ function(lumo_shared_library NAME)
     add_library(LumoDataMgr::${NAME} ALIAS ${NAME})
     set_target_properties(${NAME} PROPERTIES
         VERSION ${PROJECT_VERSION}
-        SOVERSION ${PROJECT_VERSION_MAJOR})
+        SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}) # before 1.0 a minor version may change the interface
     target_include_directories(${NAME} PUBLIC
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>
         $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/LumoDataMgr>)
@@ -36,7 +36,7 @@ function(lumo_shared_library NAME)
     endforeach()
 endfunction()
 
-# lumo_protobuf_sources(OUT FILE.proto ... [EXPORT_HEADER header macro])
+# lumo_protobuf_sources(OUT FILE.proto ...)
 # Generates the C++ of .proto files of the current source folder into the same place of the
 # build tree and puts the sources into OUT. Generated code is not ours to warn about.
 function(lumo_protobuf_sources OUT)
@@ -48,7 +48,7 @@ function(lumo_protobuf_sources OUT)
             OUTPUT ${BASE}.cc ${BASE}.h
             COMMAND protobuf::protoc --proto_path=${CMAKE_CURRENT_SOURCE_DIR}
                     --cpp_out=dllexport_decl=LUMO_EXPORT:${CMAKE_CURRENT_BINARY_DIR} ${PROTO}
-            DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${PROTO}
+            DEPENDS ${ARGN} # all: one may import another
             COMMENT "Generating ${STEM}.pb"
             VERBATIM)
         set_source_files_properties(${BASE}.cc PROPERTIES COMPILE_OPTIONS -w)

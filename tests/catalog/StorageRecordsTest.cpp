@@ -1,10 +1,22 @@
+#include "ledger_requests.pb.h"
 #include "ledger_storage.pb.h"
 #include "tests/support/TestManager.h"
 
 #include <google/protobuf/text_format.h>
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstring>
+
+// The layout of the records is the interface: an application was compiled against it.
+static_assert(sizeof(tagDiskTable) == 648 && offsetof(tagDiskTable, kestaCode) == 8 &&
+              offsetof(tagDiskTable, diskName) == 136 && offsetof(tagDiskTable, rootPath) == 392);
+static_assert(sizeof(tagFolderTable) == 364 && offsetof(tagFolderTable, diskID) == 4 &&
+              offsetof(tagFolderTable, parentID) == 8 && offsetof(tagFolderTable, folderName) == 12 &&
+              offsetof(tagFolderTable, shortText) == 268 && offsetof(tagFolderTable, longText) == 300);
+static_assert(sizeof(tagFileTable) == 360 && offsetof(tagFileTable, parentID) == 4 &&
+              offsetof(tagFileTable, fileName) == 8 && offsetof(tagFileTable, shortText) == 264 &&
+              offsetof(tagFileTable, longText) == 296);
 
 namespace {
 
@@ -67,6 +79,37 @@ TEST(StorageRecords, EachFieldComesFromItsOwn)
     EXPECT_STREQ(file.fileName, "\xd3\xb0") << "in GBK";
     EXPECT_STREQ(file.shortText, "short");
     EXPECT_STREQ(file.longText, "long");
+}
+
+TEST(StorageRecords, MessageFieldsStandAtTheirPlaces)
+{
+    using namespace ledgerserver;
+    const struct
+    {
+        const google::protobuf::Descriptor* message;
+        std::vector<std::pair<int, const char*>> fields;
+    } cases[] = {
+        {DataAddressBean::descriptor(),
+         {{0, "id"}, {1, "root_path"}, {2, "name"}, {4, "ref_id"}, {7, "kesta_code"}}},
+        {SrcTableBean::descriptor(),
+         {{0, "id"}, {1, "parent_id"}, {2, "name"}, {3, "long_text"}, {4, "short_text"}, {6, "disk_id"}}},
+        {FileTableBean::descriptor(),
+         {{0, "id"}, {1, "parent_id"}, {2, "name"}, {4, "short_text"}, {5, "long_text"}}},
+        {DataUtilBeanReq::descriptor(),
+         {{0, "project_id"},     {1, "type_id"},      {2, "record_id"},   {3, "file_id"},
+          {4, "src_id"},         {6, "data_type_id"}, {7, "page_start"},  {8, "page_size"},
+          {17, "bound_a"},       {18, "bound_b"},     {19, "bound_c"},    {20, "bound_d"},
+          {21, "use_bounds"},    {22, "dqcon_id"},    {26, "comment_id"}, {30, "parent_src_id"},
+          {40, "checkdatabean"}, {42, "area_id"},     {44, "comm_id"},    {54, "company_id"},
+          {55, "address_kind"}}},
+        {CheckDataBean::descriptor(), {{14, "dqcon_id"}, {17, "company_id"}, {18, "project_id"}}},
+    };
+    for (const auto& c : cases) {
+        for (const auto& [place, name] : c.fields) {
+            EXPECT_EQ(c.message->field(place)->name(), name);
+            EXPECT_EQ(c.message->field(place)->number(), place + 1);
+        }
+    }
 }
 
 TEST(StorageRecords, AnEmptyBeanGivesNoIdentifierAndZeroedTexts)

@@ -130,14 +130,13 @@ TEST_F(PagedQueries, CountsThenFetchesFromWhatWasReceived)
 
 TEST_F(PagedQueries, CornerCases)
 {
-    const std::string total = " Total";
     const struct
     {
         const char* what;
         std::vector<std::string> answers; ///< a leading '!' is a failed call
         ENUM_RET_TYPE result;
         Lines identifiers;
-        std::string line; ///< behind the operation's name; " Total" before it is the count call's
+        std::string line; ///< behind the page operation's name
         std::size_t calls;
     } cases[] = {
         {"an empty list is a success", {"result: 0 total: 0"}, RET_SUCCESS, {"99"}, "", 1},

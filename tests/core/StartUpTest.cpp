@@ -6,6 +6,9 @@
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <cstdlib>
+
 namespace {
 
 typedef std::vector<std::string> Lines;
@@ -16,6 +19,7 @@ struct Components
     bool bulkhaulStarts = true;
     Lines calls;
     bulkhaul::StatusFunction status;
+    bool endTells = false; ///< on standard error
     int code = 0;
     boost::shared_ptr<wirecall::RpcChannel> opened, current;
 };
@@ -53,6 +57,9 @@ bool bulkhaul::StartBulkhaul(int chunksInFlight, int filesInFlight, StatusFuncti
 
 void bulkhaul::EndBulkhaul()
 {
+    if (components.endTells)
+        std::fprintf(stderr, "ended while the object was %s",
+                     TestManager::m_Instance != nullptr ? "known" : "forgotten");
     components.calls.push_back("end");
 }
 
@@ -93,15 +100,47 @@ TEST_F(StartUp, StoresResolvesAndTellsOfItsSuccess)
 TEST_F(StartUp, ANullChannelChangesNothing)
 {
     for (const bool ledger : {true, false}) {
+        TestManager manager(m_Channel);
+        components.calls.clear();
         m_Log.clear();
-        TestManager manager;
-        EXPECT_EQ(manager.initDataMgr(ledger ? &m_Channel : nullptr, ledger ? nullptr : &m_Channel, "t",
-                                      "user", "no", 1),
-                  INIT_ERROR_CHANNEL_NULL);
-        EXPECT_EQ(manager.roleName(), "");
+        FakeChannel other;
+        EXPECT_EQ(
+            manager.initDataMgr(ledger ? &other : nullptr, ledger ? nullptr : &other, "t", "other", "no", 1),
+            INIT_ERROR_CHANNEL_NULL);
+        EXPECT_EQ(manager.roleName(), "user");
+        EXPECT_TRUE(components.calls.empty());
         EXPECT_EQ(m_Log.lines(), initLines({"wirecall::RpcChannel is NULL", kFailed}));
+        m_Channel.answer("result: 0 bean { id: 1 }");
+        EXPECT_EQ(manager.getFolderID(1, 0, "on the old channel"), 1u);
+        EXPECT_EQ(m_Channel.timeouts().back(), 4321);
     }
-    EXPECT_EQ(components.calls, (Lines{"end", "end"})) << "destroyed managers alone spoke to the client";
+}
+
+TEST_F(StartUp, TheEndOfTheProcessEndsTheTransferClientBeforeTheObjectIsForgotten)
+{
+    EXPECT_EXIT(
+        {
+            components.endTells = true;
+            CLumoDataMgr::GetSinglePton();
+            std::exit(0);
+        },
+        ::testing::ExitedWithCode(0), "ended while the object was known");
+}
+
+TEST_F(StartUp, TextsAreInTheCodePageAndTheForgeChannelIsLeftAlone)
+{
+    TestManager manager;
+    FakeChannel forge; // throws when called
+    m_Channel.answer("result: 0 bean { id: 7 }").answer("result: 0 bean { id: 8 }");
+    EXPECT_EQ(manager.initDataMgr(&m_Channel, &forge, "t", "\xd3\xb0", "\xd3\xb0", 0xFFFFFFFF), INIT_SUCCESS);
+    EXPECT_EQ(m_Channel.calls(), (Lines{"queryCompanyTableByCompanyNo {companyno: \"\\345\\275\\261\"}",
+                                        "queryUserTableByUserName {username: \"\\345\\275\\261\"}"}));
+    EXPECT_EQ(m_Channel.timeouts(), (std::vector<long long>{4294967295, 4294967295}))
+        << "widened without a sign";
+    EXPECT_EQ(manager.roleName(), QString::fromUtf8("影"));
+    components.calls.clear();
+    manager.newChannel(QString::fromUtf8("影:1"));
+    EXPECT_EQ(components.calls, Lines{"\xd3\xb0:1 t"});
 }
 
 TEST_F(StartUp, ATransferClientThatDoesNotStartEndsIt)

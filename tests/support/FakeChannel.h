@@ -44,6 +44,7 @@ public:
     {
         EXPECT_EQ(done, nullptr);
         wirecall::RpcController& call = *static_cast<wirecall::RpcController*>(controller);
+        EXPECT_FALSE(call.IsRequestSent()) << "a controller is reset between calls";
         m_Calls.push_back(method->name() + " {" + request->ShortDebugString() + "}");
         m_Timeouts.push_back(call.timeout());
         if (m_Answers.empty())
@@ -53,7 +54,9 @@ public:
         response->Clear();
         if (next.fails)
             call.setOutcome(wirecall::Failure::Other, next.text, true);
-        else if (!google::protobuf::TextFormat::ParseFromString(next.text, response))
+        else
+            call.setOutcome(wirecall::Failure::None, std::string(), true);
+        if (!next.fails && !google::protobuf::TextFormat::ParseFromString(next.text, response))
             throw std::logic_error("not a " + response->GetTypeName() + ": " + next.text);
     }
 

@@ -3,6 +3,7 @@
 #include "components/wirecall/PemFile.h"
 #include "components/wirecall/RpcChannel.h"
 #include "components/wirecall/RpcController.h"
+#include "components/wirecall/WireLimits.h"
 
 #include <boost/make_shared.hpp>
 #include <google/protobuf/descriptor.h>
@@ -27,8 +28,6 @@ using google::protobuf::Closure;
 using google::protobuf::Message;
 using google::protobuf::MethodDescriptor;
 
-/// A page of 10000 wide records passes gRPC's default of 4 MiB.
-constexpr int kLargestMessage = 256 * 1024 * 1024;
 /// A call without a time limit ends this long after the other side fell silent.
 constexpr int kKeepaliveTime = 20000;
 constexpr int kKeepaliveTimeout = 10000;
@@ -171,6 +170,8 @@ grpc::ChannelArguments channelArguments()
     arguments.SetInt(GRPC_ARG_KEEPALIVE_TIME_MS, kKeepaliveTime);
     arguments.SetInt(GRPC_ARG_KEEPALIVE_TIMEOUT_MS, kKeepaliveTimeout);
     arguments.SetInt(GRPC_ARG_HTTP2_MAX_PINGS_WITHOUT_DATA, 0); // no limit: an answer may take hours
+    arguments.SetInt(GRPC_ARG_HTTP2_BDP_PROBE, 0);
+    arguments.SetInt(GRPC_ARG_HTTP2_STREAM_LOOKAHEAD_BYTES, kFlowControlWindow);
     arguments.SetInt(GRPC_ARG_INITIAL_RECONNECT_BACKOFF_MS, 200);
     arguments.SetInt(GRPC_ARG_MAX_RECONNECT_BACKOFF_MS, 5000);
     // Nothing is retried, and no environment variable leads a call elsewhere.

@@ -6,6 +6,12 @@
 /// passed the object on. Otherwise both do nothing.
 namespace wirecall {
 
+#if defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define __SANITIZE_THREAD__ 1 // as GCC defines it
+#endif
+#endif
+
 #if defined(__SANITIZE_THREAD__)
 extern "C" void __tsan_acquire(void* address);
 extern "C" void __tsan_release(void* address);

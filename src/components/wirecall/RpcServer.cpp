@@ -4,6 +4,7 @@
 #include "components/wirecall/HandOver.h"
 #include "components/wirecall/PemFile.h"
 #include "components/wirecall/ServerCalls.h"
+#include "components/wirecall/WireLimits.h"
 
 #include <grpcpp/security/server_credentials.h>
 #include <grpcpp/server_builder.h>
@@ -18,7 +19,6 @@ namespace wirecall {
 
 namespace {
 
-constexpr int kLargestMessage = 256 * 1024 * 1024;
 constexpr int kShortestPingInterval = 5000;
 constexpr int kCallsRequestedAhead = 16;
 
@@ -98,6 +98,8 @@ bool RpcServer::start(const Options& options, std::string& error)
     builder.SetMaxReceiveMessageSize(kLargestMessage);
     builder.SetMaxSendMessageSize(kLargestMessage);
     builder.AddChannelArgument(GRPC_ARG_ALLOW_REUSEPORT, 0);
+    builder.AddChannelArgument(GRPC_ARG_HTTP2_BDP_PROBE, 0);
+    builder.AddChannelArgument(GRPC_ARG_HTTP2_STREAM_LOOKAHEAD_BYTES, kFlowControlWindow);
     builder.AddChannelArgument(GRPC_ARG_HTTP2_MIN_RECV_PING_INTERVAL_WITHOUT_DATA_MS, kShortestPingInterval);
     m_Impl->queue = builder.AddCompletionQueue();
     m_Impl->server = builder.BuildAndStart();
