@@ -67,8 +67,7 @@ std::string outcome(ENUM_RET_TYPE result, const QList<Record>& records, unsigned
 const std::vector<Method>& methods()
 {
     static const std::vector<Method> all = {
-        {"getDisk", "getDisk", kRecord, "queryDataAddressByID {record_id: -2}", "bean { id: 5 }",
-         "1:5",
+        {"getDisk", "getDisk", kRecord, "queryDataAddressByID {record_id: -2}", "bean { id: 5 }", "1:5",
          [](TestManager& manager) {
              tagDiskTable disk = {99, 0, "", "", ""};
              return outcome(manager.getDisk(4294967294u, disk), disk, &tagDiskTable::diskID);
