@@ -32,6 +32,21 @@ const FieldDescriptor* listOfBeans(const Descriptor& response)
     throw std::logic_error(response.name() + " has no list of beans");
 }
 
+/// Identifiers are unsigned, also where they travel as int32.
+bool isIdentifier(const FieldDescriptor& field)
+{
+    const std::string& name = field.name();
+    return name.size() > 3 && name.compare(name.size() - 3, 3, "_id") == 0;
+}
+
+void bindInt32(SQLite::Statement& statement, int place, std::int32_t value, bool identifier)
+{
+    if (identifier)
+        statement.bind(place, static_cast<std::uint32_t>(value));
+    else
+        statement.bind(place, value);
+}
+
 void bindField(SQLite::Statement& statement, int place, const Message& message, const FieldDescriptor* field)
 {
     const Reflection& reflection = *message.GetReflection();
@@ -39,7 +54,7 @@ void bindField(SQLite::Statement& statement, int place, const Message& message, 
         return statement.bind(place);
     switch (field->cpp_type()) {
     case FieldDescriptor::CPPTYPE_INT32:
-        return statement.bind(place, reflection.GetInt32(message, field));
+        return bindInt32(statement, place, reflection.GetInt32(message, field), isIdentifier(*field));
     case FieldDescriptor::CPPTYPE_UINT32:
         return statement.bind(place, reflection.GetUInt32(message, field));
     case FieldDescriptor::CPPTYPE_BOOL:

@@ -74,7 +74,7 @@ TEST_F(Operations, AnswerFromTheCatalogue)
         {"queryUserTableByUserName", "username: 'demo'", "result: 0 bean { id: 1 username: \"demo\" }"},
         {"queryUserTableByUserName", "", "result: -1"},
         {"queryDataAddressByID", "record_id: 1", north.c_str()},
-        {"queryDataAddressByID", "record_id: 4294967295", "result: -1"},
+        {"queryDataAddressByID", "record_id: -1", "result: -1"},
         {"queryDataAddressByName", "company_id: 1 name: 'north'", north.c_str()},
         {"queryDataAddressByName", "company_id: 2 name: 'north'", "result: -1"},
         {"queryDataAddress", "company_id: 1 address_kind: 1", both.c_str()},
@@ -122,6 +122,19 @@ TEST_F(Operations, AnswerFromTheCatalogue)
         unasked.erase(exchange.operation);
     }
     EXPECT_THAT(unasked, testing::IsEmpty()) << "operations of the service that no exchange covers";
+}
+
+TEST_F(Operations, FindIdentifiersBeyondTheSignedRange)
+{
+    centre::Store(m_Data.path())
+        .database()
+        .exec("INSERT INTO company(id, companyno) VALUES (3000000000, 'far');"
+              "INSERT INTO disk(id, root_path, name, company_id, address_kind)"
+              " VALUES (4294967294, '/far', 'far', 3000000000, 1)");
+    const std::string far = "id: 4294967294 root_path: \"/far\" name: \"far\"";
+    EXPECT_EQ(ask(*m_Channel, "queryDataAddressByID", "record_id: -2"), result("bean", {far}));
+    EXPECT_EQ(ask(*m_Channel, "queryDataAddress", "company_id: -1294967296 address_kind: 1"),
+              result("dataaddresss", {far}));
 }
 
 TEST_F(Operations, PagesOfALargeFolderAreCompleteAndInOrder)
