@@ -18,7 +18,10 @@
 #include <grpcpp/support/client_callback.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <memory>
+#include <mutex>
 
 namespace wirecall {
 
@@ -58,6 +61,9 @@ std::string methodPath(const MethodDescriptor* method)
     path.append("/").append(service).append("/").append(name);
     return path;
 }
+
+/// The first channel that was called with a closure.
+std::atomic<std::shared_ptr<grpc::Channel>*> keptForItsThreads{nullptr};
 
 class GrpcChannel final : public RpcChannel
 {
@@ -113,8 +119,8 @@ private:
         const grpc::internal::RpcMethod unary(call->path.c_str(), grpc::internal::RpcMethod::NORMAL_RPC);
         // gRPC ends the threads of its callbacks with the last channel that used them, which may be on
         // one of them. The first such channel stays for good, so that there is no last one.
-        static const auto* const keepsTheThreads = new std::shared_ptr<grpc::Channel>(m_Channel);
-        static_cast<void>(keepsTheThreads);
+        static std::once_flag once;
+        std::call_once(once, [this] { keptForItsThreads = new std::shared_ptr<grpc::Channel>(m_Channel); });
         handOver(call);
         grpc::internal::CallbackUnaryCall(
             m_Channel.get(), unary, &call->context, &request, &response,
