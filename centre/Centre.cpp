@@ -88,7 +88,7 @@ struct Centre::Impl
 
     void addFault(const std::string& text)
     {
-        const std::string operation = faults.add(text);
+        const std::string operation = faults.add(text).operation;
         const MethodDescriptor* method = ledger.GetDescriptor()->FindMethodByName(operation);
         if (!method)
             method = hub.GetDescriptor()->FindMethodByName(operation);

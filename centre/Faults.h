@@ -14,14 +14,17 @@ struct Fault
 {
     enum class Kind
     {
-        Stall,  ///< never answered
-        Exit,   ///< the process ends at once, as if killed
-        Refuse, ///< the call fails
-        Result  ///< answered with a result and nothing else
+        Stall,   ///< never answered
+        Exit,    ///< the process ends at once, as if killed
+        Refuse,  ///< the call fails
+        Result,  ///< answered with a result and nothing else
+        Corrupt, ///< a byte of the data that it moves is changed
+        Break    ///< the call fails, and every later one too
     };
 
     Kind kind;
-    std::int32_t result; ///< of Kind::Result
+    std::int32_t result = 0; ///< of Kind::Result
+    std::uint64_t after = 0; ///< of Kind::Break: the bytes that the operation moves before
 };
 
 /// How often a fault switch fired.
@@ -35,13 +38,23 @@ struct FaultCount
 class Faults
 {
 public:
-    /// Adds the switch OPERATION[@N]=stall|exit|refuse|result:R, where N is the one call, counted from 1,
-    /// that it fires for; without it, for every call. Throws Error(WrongUse) for any other text.
-    /// Returns the operation.
-    std::string add(const std::string& text);
+    struct Added
+    {
+        std::string operation;
+        Fault fault;
+    };
 
-    /// Counts a call; tells the first switch that fires for it.
+    /// Adds the switch OPERATION[@N]=stall|exit|refuse|result:R|corrupt or OPERATION=break:BYTES, where N is
+    /// the one call, counted from 1, that it fires for; without it, for every call. Throws Error(WrongUse)
+    /// for any other text.
+    Added add(const std::string& text);
+
+    /// Counts a call; tells the first switch that fires for it. Only faults of any call: stall, exit, refuse,
+    /// result.
     std::optional<Fault> fires(const std::string& operation);
+    /// Counts a call that moves so many bytes; tells the first switch that fires for it. Only faults of the
+    /// data: corrupt, break.
+    std::optional<Fault> firesOnData(const std::string& operation, std::uint64_t bytes);
 
     std::vector<FaultCount> counts() const;
 
@@ -52,9 +65,14 @@ private:
         std::string operation;
         std::uint64_t onlyCall; ///< 0: every call
         Fault fault;
-        std::uint64_t calls;
-        std::uint64_t fired;
+        std::uint64_t calls = 0;
+        std::uint64_t bytes = 0;
+        std::uint64_t fired = 0;
+
+        bool applies(std::uint64_t moved);
     };
+
+    std::optional<Fault> first(const std::string& operation, bool onData, std::uint64_t bytes);
 
     mutable std::mutex m_Mutex;
     std::vector<Switch> m_Switches;
