@@ -4,11 +4,17 @@
 #include "catalog/StorageRecords.h"
 #include "components/platform/Export.h"
 #include "core/LumoDataTypes.h"
+#include "directory/VersionRecords.h"
+#include "transfer/TransferCallback.h"
 
 #include <QList>
+#include <QMap>
 #include <QObject>
+#include <QPair>
 #include <QString>
+#include <QStringList>
 #include <QThreadPool>
+#include <QVector>
 #include <boost/shared_ptr.hpp>
 
 #include <atomic>
@@ -23,7 +29,14 @@ namespace ledgerserver {
 class DataAddressBean;
 class FileTableBean;
 class SrcTableBean;
+class VersionTableBean;
 } // namespace ledgerserver
+
+namespace google {
+namespace protobuf {
+class Message;
+}
+} // namespace google
 
 /// The client of a geospatial data centre, and the only way into this library.
 ///
@@ -90,6 +103,69 @@ public:
     ENUM_RET_TYPE getFileByDataAndComment(unsigned int dataID, unsigned int commentID,
                                           QList<tagFileTable>& files);
 
+    // Transfers
+    //
+    // Each looks up on the caller's thread what it needs, then starts a task of its own and returns; the
+    // transfer runs on the thread pool, over a channel of its own. False: nothing was started and the
+    // callback is not called. True promises no more than that the callback will be. A started transfer
+    // can't be cancelled; the process waits for it when it ends.
+    //
+    // A place is its kind, an ENUM_DATA_TYPE from disk to file, and its identifier. Local paths may have
+    // either kind of separator. `overwrite` replaces what exists at the target; otherwise that is kept.
+
+    /// Sends a local file or folder to a disk (its top folder) or a folder of the catalogue. `extraID` is
+    /// handed to the storage box; 0xFFFFFFFF for none.
+    bool upload(const QString& localPath, const QPair<int, unsigned int>& dest, unsigned int extraID,
+                bool overwrite, TransferCallback callback);
+    /// Fetches a disk, a folder with all below it, or a file into the local folder. Where convert.cfg says
+    /// how, files are copied from the path under which this machine sees them.
+    bool download(const QString& localDir, const QPair<int, unsigned int>& source, bool overwrite,
+                  TransferCallback callback);
+    /// Fetches the package of a version of a program or a module from the storage box at `address`
+    /// ("host:port"). The texts are in the code page of CLumoCStringCodec.
+    bool downloadBySoftID(const char* localDir, const char* address, const char* softID,
+                          const char* versionNo, bool overwrite, TransferCallback callback);
+    bool downloadByAppID(const char* localDir, const char* address, const char* appID, const char* versionNo,
+                         bool overwrite, TransferCallback callback);
+
+    // Transfer control, for a host with a channel of its own
+
+    /// Asks the data operations service on `channel` whether a transfer may go on, with 100 times the
+    /// usual time limit. False when it may not, and on any failure. The two values are passed through.
+    bool CheckTransfer(const boost::shared_ptr<wirecall::RpcChannel>& channel, const QString& taskID,
+                       const QString& servPath, int valueA, int valueB, const QStringList& filePaths,
+                       const QStringList& dirPaths, const QVector<char>& transMsg);
+    /// Tells the data operations service on `channel` how far a transfer has come.
+    void TransferProgress(const boost::shared_ptr<wirecall::RpcChannel>& channel, const QString& taskID,
+                          int valueA, int valueB, int valueC);
+    /// Replaces the content of `packed` by: the number of bytes that follow and the length of the type
+    /// name, both 32-bit in network byte order, the full type name, the serialised message. Always true.
+    bool PackProtobufMessage(const google::protobuf::Message* message, QVector<char>& packed);
+
+    // Company numbers and national areas
+
+    /// The number of a company by its identifier; empty on any failure.
+    QString getCompanyNo(unsigned int companyID);
+    /// Adds the areas that the centre gives for `areaID`, name by identifier; a known one is replaced.
+    ENUM_RET_TYPE getNationalArea(unsigned int areaID, QMap<unsigned int, QString>& areas);
+
+    // Storage boxes
+
+    /// Adds the storage boxes of the caller's company; a known key gets the new value.
+    bool getKestaList(QMap<QString, QString>& boxes);
+    /// The network address of the storage box of that code; empty on any failure.
+    QString getKestaIP(const QString& code);
+
+    // Versions
+    //
+    // A program goes by its SoftID, a module by its AppID. The texts are in the system code page and must
+    // not be null. A text that the centre does not send leaves its member of `info` as it was.
+
+    bool getVersionBySoftID(const char* softID, const char* versionNo, tagVersionInfo& info);
+    bool getVersionByAppID(const char* appID, const char* versionNo, tagVersionInfo& info);
+    bool getLatestVersionBySoftID(const char* softID, tagVersionInfo& info);
+    bool getLatestVersionByAppID(const char* appID, tagVersionInfo& info);
+
 protected:
     CLumoDataMgr();
     ~CLumoDataMgr() override;
@@ -102,11 +178,17 @@ protected:
     QString getFileFullPath(unsigned int fileID, QString& kestaCode);
     QString getFolderFullPath(unsigned int folderID, QString& kestaCode);
 
+    /// Path of a version's package on its storage box; empty on failure.
+    QString getAppFullPathBySoftID(const QString& softID, const QString& versionNo);
+    QString getAppFullPathByAppID(const QString& appID, const QString& versionNo);
+
     // Conversions: an absent integer becomes 0xFFFFFFFF, an absent text is zero-filled.
 
     static void getDiskFromBean(const ledgerserver::DataAddressBean& bean, tagDiskTable& disk);
     static void getFolderFromBean(const ledgerserver::SrcTableBean& bean, tagFolderTable& folder);
     static void getFileFromBean(const ledgerserver::FileTableBean& bean, tagFileTable& file);
+    /// An absent text leaves its member as it was.
+    static void getVersionInfoFromBean(const ledgerserver::VersionTableBean& bean, tagVersionInfo& info);
 
     static std::atomic<CLumoDataMgr*> m_Instance;
 
@@ -119,6 +201,11 @@ private:
     };
 
     friend class CallFrame;
+    friend class CLumoDownloadRunnable;
+    friend class CLumoUploadRunnable;
+
+    /// Reads convert.cfg of the working directory or of the folder above; true when both texts are set.
+    bool pathConvertParam();
 
     static void _Thread_Safe_Lock();
     static void _Thread_Safe_UnLock();
@@ -135,6 +222,9 @@ private:
     unsigned int m_RoleID;
     unsigned int m_CompanyID;
     QThreadPool m_ThreadPool;
+    bool m_PathConvert;
+    QString m_ConvertFrom; ///< regular expression for the head of a path on a storage box
+    QString m_ConvertTo;   ///< what this machine has in its place
 };
 
 #endif
