@@ -7,10 +7,17 @@ CallFrame::CallFrame(const CLumoDataMgr& manager, const char* method) : CallFram
 }
 
 CallFrame::CallFrame(const CLumoDataMgr& manager, const char* method, const char* loggedName)
+    : CallFrame(manager, method, loggedName, manager.m_ForgeChannel, manager.m_Timeout)
+{
+}
+
+CallFrame::CallFrame(const CLumoDataMgr& manager, const char* method, const char* loggedName,
+                     wirecall::RpcChannel* forgeChannel, unsigned int timeout)
     : m_Function(std::string("CLumoDataMgr::") + method),
       m_LoggedName(loggedName),
-      m_Timeout(manager.m_Timeout),
-      m_LedgerChannel(manager.m_LedgerChannel)
+      m_Timeout(timeout),
+      m_LedgerChannel(manager.m_LedgerChannel),
+      m_ForgeChannel(forgeChannel)
 {
     LUMO_LOG(m_Function.c_str(), "Enter Function : %s", m_LoggedName);
 }

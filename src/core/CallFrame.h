@@ -10,6 +10,13 @@
 
 #include <string>
 
+namespace Tavrel {
+class TavrelServer_Stub;
+}
+namespace forgeserver {
+class ForgeServices_Stub;
+}
+
 /// An operation of a service: its name for the log and its member of the stub.
 template <class Stub, class Request, class Response>
 struct Rpc
@@ -28,10 +35,22 @@ Rpc(const char*, void (Stub::*)(google::protobuf::RpcController*, const Request*
     {                                                                                                        \
 #operation, &ledgerserver::LedgerServices_Stub::operation                                            \
     }
+#define TAVREL(operation)                                                                                    \
+    Rpc                                                                                                      \
+    {                                                                                                        \
+#operation, &Tavrel::TavrelServer_Stub::operation                                                    \
+    }
+#define FORGE(operation)                                                                                     \
+    Rpc                                                                                                      \
+    {                                                                                                        \
+#operation, &forgeserver::ForgeServices_Stub::operation                                              \
+    }
 
 /// The frame of every synchronous remote method: the Enter line on construction; then one verb, which
 /// calls, judges the answer, hands it on and writes the Leave line. Leave is written on each path by
 /// hand, so that an exception of a component passes through without one.
+///
+/// A `read` takes the response of a success, ahead of the Leave line.
 ///
 /// The frame copies what it needs of the manager, so once its request is made a call may outlast the
 /// manager while the process ends.
@@ -41,21 +60,66 @@ public:
     /// `method` is the name in the Func slot, `loggedName` the one in the Enter and Leave lines.
     CallFrame(const CLumoDataMgr& manager, const char* method);
     CallFrame(const CLumoDataMgr& manager, const char* method, const char* loggedName);
+    /// A frame about the data operations service on a channel of the caller's, with a limit of its own.
+    CallFrame(const CLumoDataMgr& manager, const char* method, const char* loggedName,
+              wirecall::RpcChannel* forgeChannel, unsigned int timeout);
 
     CallFrame(const CallFrame&) = delete;
     CallFrame& operator=(const CallFrame&) = delete;
+
+    /// RET_SUCCESS unless the call failed or the result is -2 (RET_FAILED) or -1 (RET_NULL).
+    template <class Stub, class Request, class Response, class Read>
+    ENUM_RET_TYPE judged(const Rpc<Stub, Request, Response>& rpc, const Request& request, Read read)
+    {
+        Response response;
+        const ENUM_RET_TYPE verdict = callAndJudge(rpc, request, response);
+        if (verdict != RET_SUCCESS)
+            return verdict;
+        read(response);
+        return leave(RET_SUCCESS);
+    }
+
+    /// True only for result 0.
+    template <class Stub, class Request, class Response, class Read>
+    bool accepted(const Rpc<Stub, Request, Response>& rpc, const Request& request, Read read)
+    {
+        Response response;
+        if (!callAndAccept(rpc, request, response))
+            return false;
+        read(response);
+        return leave(true);
+    }
+
+    /// True only for status code 0, the verdict of the planning service.
+    template <class Stub, class Request, class Response, class Read>
+    bool planned(const Rpc<Stub, Request, Response>& rpc, const Request& request, Read read)
+    {
+        Response response;
+        if (!call(rpc, request, response))
+            return false;
+        if (response.status().status_code() != 0)
+            return refused(rpc.name) == RET_SUCCESS;
+        read(response);
+        return leave(true);
+    }
+
+    /// True unless the call failed, for a response without a verdict.
+    template <class Stub, class Request, class Response, class Read>
+    bool answered(const Rpc<Stub, Request, Response>& rpc, const Request& request, Read read)
+    {
+        Response response;
+        if (!call(rpc, request, response))
+            return false;
+        read(response);
+        return leave(true);
+    }
 
     /// One record: the answer's bean, or the default one where there is none.
     template <class Stub, class Request, class Response, class Bean, class Record>
     ENUM_RET_TYPE single(const Rpc<Stub, Request, Response>& rpc, const Request& request,
                          void (*convert)(const Bean&, Record&), Record& record)
     {
-        Response response;
-        const ENUM_RET_TYPE verdict = judged(rpc, request, response);
-        if (verdict != RET_SUCCESS)
-            return verdict;
-        convert(response.bean(), record);
-        return leave(RET_SUCCESS);
+        return judged(rpc, request, [&](const Response& response) { convert(response.bean(), record); });
     }
 
     /// A list in one call; its records come behind those that `records` holds.
@@ -64,13 +128,10 @@ public:
                        const google::protobuf::RepeatedPtrField<Bean>& (Response::*beans)() const,
                        void (*convert)(const Bean&, Record&), QList<Record>& records)
     {
-        Response response;
-        const ENUM_RET_TYPE verdict = judged(rpc, request, response);
-        if (verdict != RET_SUCCESS)
-            return verdict;
-        Record record = Record();
-        append((response.*beans)(), convert, record, records);
-        return leave(RET_SUCCESS);
+        return judged(rpc, request, [&](const Response& response) {
+            Record record = Record();
+            append((response.*beans)(), convert, record, records);
+        });
     }
 
     /// A list that may be long: its total, then pages. A page that fails empties `records`.
@@ -81,7 +142,7 @@ public:
                         void (*convert)(const Bean&, Record&), QList<Record>& records)
     {
         Response response;
-        if (!succeeded(totalRpc, request, response))
+        if (!callAndAccept(totalRpc, request, response))
             return RET_FAILED;
         m_Controller.Reset();
         const int total = response.total();
@@ -89,7 +150,7 @@ public:
         request.set_page_size(kPageSize);
         for (int received = 0; received < total;) {
             request.set_page_start(received);
-            ENUM_RET_TYPE verdict = judged(pageRpc, request, response);
+            ENUM_RET_TYPE verdict = callAndJudge(pageRpc, request, response);
             const int size = (response.*beans)().size();
             if (verdict == RET_SUCCESS && size == 0)
                 verdict = refused(pageRpc.name); // asking again would never end
@@ -108,32 +169,30 @@ public:
     template <class Stub, class Request, class Response>
     unsigned int identifier(const Rpc<Stub, Request, Response>& rpc, const Request& request)
     {
-        Response response;
-        if (!succeeded(rpc, request, response))
-            return kNoIdentifier;
-        return leave(response.bean().id());
+        unsigned int id = kNoIdentifier;
+        accepted(rpc, request, [&](const Response& response) { id = response.bean().id(); });
+        return id;
     }
 
     /// The same where only the results -1 and -2 are failures.
     template <class Stub, class Request, class Response>
     unsigned int lookedUpIdentifier(const Rpc<Stub, Request, Response>& rpc, const Request& request)
     {
-        Response response;
-        if (judged(rpc, request, response) != RET_SUCCESS)
-            return kNoIdentifier;
-        return leave(response.bean().id());
+        unsigned int id = kNoIdentifier;
+        judged(rpc, request, [&](const Response& response) { id = response.bean().id(); });
+        return id;
     }
 
     /// A path and the code of the storage box that it lies on.
     template <class Stub, class Request, class Response>
     QString fullPath(const Rpc<Stub, Request, Response>& rpc, const Request& request, QString& kestaCode)
     {
-        Response response;
-        if (!succeeded(rpc, request, response))
-            return QString();
-        leave(true);
-        kestaCode = QString::fromStdString(response.kesta_code());
-        return QString::fromStdString(response.full_path());
+        QString path;
+        accepted(rpc, request, [&](const Response& response) {
+            path = QString::fromStdString(response.full_path());
+            kestaCode = QString::fromStdString(response.kesta_code());
+        });
+        return path;
     }
 
 private:
@@ -142,7 +201,7 @@ private:
 
     /// Calls and waits. False when the call failed; the RPC error and Leave lines are written then.
     template <class Stub, class Request, class Response>
-    bool answered(const Rpc<Stub, Request, Response>& rpc, const Request& request, Response& response)
+    bool call(const Rpc<Stub, Request, Response>& rpc, const Request& request, Response& response)
     {
         Stub stub(channelOf(static_cast<Stub*>(nullptr)));
         m_Controller.SetTimeout(m_Timeout);
@@ -150,19 +209,17 @@ private:
         return !m_Controller.Failed() || failed(rpc.name);
     }
 
-    /// RET_SUCCESS unless the call failed or the result is -2 (RET_FAILED) or -1 (RET_NULL).
     template <class Stub, class Request, class Response>
-    ENUM_RET_TYPE judged(const Rpc<Stub, Request, Response>& rpc, const Request& request, Response& response)
+    ENUM_RET_TYPE callAndJudge(const Rpc<Stub, Request, Response>& rpc, const Request& request,
+                               Response& response)
     {
-        return answered(rpc, request, response) ? judge(rpc.name, response.result()) : RET_FAILED;
+        return call(rpc, request, response) ? judge(rpc.name, response.result()) : RET_FAILED;
     }
 
-    /// True only for result 0.
     template <class Stub, class Request, class Response>
-    bool succeeded(const Rpc<Stub, Request, Response>& rpc, const Request& request, Response& response)
+    bool callAndAccept(const Rpc<Stub, Request, Response>& rpc, const Request& request, Response& response)
     {
-        return answered(rpc, request, response) &&
-               (response.result() == 0 || refused(rpc.name) == RET_SUCCESS);
+        return call(rpc, request, response) && (response.result() == 0 || refused(rpc.name) == RET_SUCCESS);
     }
 
     /// `record` is one for the whole query: a text that does not fit leaves its predecessor's there.
@@ -184,6 +241,8 @@ private:
     }
 
     wirecall::RpcChannel* channelOf(ledgerserver::LedgerServices_Stub*) const { return m_LedgerChannel; }
+    wirecall::RpcChannel* channelOf(Tavrel::TavrelServer_Stub*) const { return m_LedgerChannel; }
+    wirecall::RpcChannel* channelOf(forgeserver::ForgeServices_Stub*) const { return m_ForgeChannel; }
 
     bool failed(const char* operation);
     ENUM_RET_TYPE refused(const char* operation);
@@ -194,6 +253,7 @@ private:
     const char* const m_LoggedName;
     const unsigned int m_Timeout;
     wirecall::RpcChannel* const m_LedgerChannel;
+    wirecall::RpcChannel* const m_ForgeChannel;
     wirecall::RpcController m_Controller;
 };
 

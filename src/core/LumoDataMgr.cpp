@@ -33,13 +33,17 @@ CLumoDataMgr::CLumoDataMgr()
       m_ForgeChannel(nullptr),
       m_RoleID(kNoIdentifier),
       m_CompanyID(kNoIdentifier),
-      m_ThreadPool(nullptr)
+      m_ThreadPool(nullptr),
+      m_PathConvert(false)
 {
+    m_PathConvert = pathConvertParam();
 }
 
 CLumoDataMgr::~CLumoDataMgr()
 {
     bulkhaul::EndBulkhaul();
+    // Running tasks read fields that are declared behind the pool, so its own destructor waits too late.
+    m_ThreadPool.waitForDone();
 }
 
 ENUM_INIT_ERROR_CODE CLumoDataMgr::initDataMgr(wirecall::RpcChannel* ledgerChannel,

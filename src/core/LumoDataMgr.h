@@ -204,6 +204,10 @@ private:
     friend class CLumoDownloadRunnable;
     friend class CLumoUploadRunnable;
 
+    /// Starts the download of a path on a storage box; false when it is empty.
+    bool downloadPath(const char* localDir, const char* address, const QString& path, bool overwrite,
+                      const TransferCallback& callback);
+
     /// Reads convert.cfg of the working directory or of the folder above; true when both texts are set.
     bool pathConvertParam();
 

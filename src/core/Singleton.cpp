@@ -1,5 +1,15 @@
 #include "core/LumoDataMgr.h"
 
+#include <QTextCodec>
+
+namespace {
+
+// Makes Qt's codecs before m_FreeSingleTon, so that they outlive the tasks that its destructor waits for:
+// without them local file names would lose all characters beyond Latin-1.
+[[maybe_unused]] const QTextCodec* const codecsFirst = QTextCodec::codecForName("UTF-8");
+
+} // namespace
+
 // Defined in this order, so that the mutex outlives the object that frees the singleton.
 std::mutex CLumoDataMgr::m_SafeMutex;
 std::atomic<CLumoDataMgr*> CLumoDataMgr::m_Instance{nullptr};

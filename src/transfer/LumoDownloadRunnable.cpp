@@ -1,0 +1,372 @@
+#include "transfer/LumoDownloadRunnable.h"
+
+#include "components/bulkhaul/Bulkhaul.h"
+#include "components/hubline/Hubline.h"
+#include "core/CStringCodec.h"
+#include "core/LogLine.h"
+#include "core/LumoDataMgr.h"
+#include "transfer/LogTexts.h"
+#include "transfer/TransferCodes.h"
+#include "transfer/TransferPaths.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QUuid>
+#include <boost/bind.hpp>
+
+#define DOWNLOAD_LOG(function, ...) writeLogLine("LumoDownloadRunnable", function, __LINE__, __VA_ARGS__)
+
+using namespace transferpaths;
+
+namespace {
+
+constexpr unsigned int kNoIdentifier = 0xFFFFFFFF;
+
+const char kFetch[] = "CLumoDownloadRunnable::fetchDownloadInformation";
+const char kRun[] = "CLumoDownloadRunnable::run";
+const char kDownload[] = "CLumoDownloadRunnable::download";
+const char kCopyFile[] = "CLumoDownloadRunnable::copyFile";
+const char kCopyDirectory[] = "CLumoDownloadRunnable::copyDirectory";
+
+CLumoDataMgr& manager()
+{
+    return *CLumoDataMgr::GetSinglePton();
+}
+
+/// A text of a catalogue record.
+QString recordText(const char* text)
+{
+    return CLumoCStringCodec::fromAscii(text);
+}
+
+std::string logText(const QString& text)
+{
+    return CLumoCStringCodec::toStdString(text);
+}
+
+} // namespace
+
+CLumoDownloadRunnable::CLumoDownloadRunnable(bool overwrite, TransferCallback callback, bool byCatalogue)
+    : m_Callback(std::move(callback)),
+      m_ByCatalogue(byCatalogue),
+      m_Overwrite(overwrite),
+      m_SourceKind(-1),
+      m_SourceID(kNoIdentifier)
+{
+    if (manager().m_PathConvert)
+        m_PathPattern = QRegExp(QLatin1Char('^') + manager().m_ConvertFrom);
+}
+
+CLumoDownloadRunnable::CLumoDownloadRunnable(const QString& localDir, const QString& sourcePath,
+                                             const QString& address, bool overwrite,
+                                             TransferCallback callback)
+    : CLumoDownloadRunnable(overwrite, std::move(callback), false)
+{
+    m_KestaIP = address;
+    m_LocalDir = withSlashes(localDir);
+    m_SourcePath = withSlashes(sourcePath);
+    m_Name = lastName(m_SourcePath);
+    m_AuthMsg.set_data_class(1);
+    m_AuthMsg.set_user_name(manager().roleName().toStdString());
+}
+
+bool CLumoDownloadRunnable::fetchDownloadInformation(const QString& localDir,
+                                                     const QPair<int, unsigned int>& source)
+{
+    switch (source.first) {
+    case DATA_TYPE_FILE:
+        if (!findFile(source.second))
+            return false;
+        break;
+    case DATA_TYPE_FOLDER:
+        if (!findFolder(source.second))
+            return false;
+        break;
+    case DATA_TYPE_DISK:
+        if (!findDisk(source.second))
+            return false;
+        break;
+    default:
+        DOWNLOAD_LOG(kFetch, logtexts::kSourceWrong);
+        return false;
+    }
+    m_KestaIP = manager().getKestaIP(m_KestaCode);
+    if (m_KestaIP.isEmpty()) {
+        DOWNLOAD_LOG(kFetch, logtexts::kBoxNotFound, logText(m_KestaCode).c_str());
+        return false;
+    }
+    m_LocalDir = withSlashes(localDir);
+    m_AuthMsg.set_data_class(0);
+    m_AuthMsg.set_user_name(manager().roleName().toStdString());
+    return true;
+}
+
+bool CLumoDownloadRunnable::findFile(unsigned int id)
+{
+    tagFileTable file = tagFileTable();
+    if (manager().getFile(id, file) == RET_SUCCESS)
+        m_SourcePath = manager().getFileFullPath(id, m_KestaCode);
+    if (m_SourcePath.isEmpty()) {
+        DOWNLOAD_LOG(kFetch, logtexts::kSourceNotFound, "File", static_cast<int>(id));
+        return false;
+    }
+    m_Name = recordText(file.fileName);
+    m_SourceKind = DATA_TYPE_FILE;
+    m_SourceID = id;
+    return true;
+}
+
+bool CLumoDownloadRunnable::findFolder(unsigned int id)
+{
+    tagFolderTable folder = tagFolderTable();
+    const bool found = manager().getFolder(id, folder) == RET_SUCCESS;
+    if (found && folder.parentID == 0) // the top folder of its disk
+        return findDisk(folder.diskID);
+    if (found)
+        m_SourcePath = manager().getFolderFullPath(id, m_KestaCode);
+    if (m_SourcePath.isEmpty()) {
+        DOWNLOAD_LOG(kFetch, logtexts::kSourceNotFound, "Folder", static_cast<int>(id));
+        return false;
+    }
+    m_Name = recordText(folder.folderName);
+    m_SourceKind = DATA_TYPE_FOLDER;
+    m_SourceID = id;
+    return true;
+}
+
+bool CLumoDownloadRunnable::findDisk(unsigned int id)
+{
+    tagDiskTable disk = tagDiskTable();
+    if (manager().getDisk(id, disk) != RET_SUCCESS) {
+        DOWNLOAD_LOG(kFetch, logtexts::kSourceNotFound, "Disk", static_cast<int>(id));
+        return false;
+    }
+    m_KestaCode = recordText(disk.kestaCode);
+    m_SourcePath = withSlashes(recordText(disk.rootPath));
+    m_Name = recordText(disk.diskName);
+    m_SourceKind = DATA_TYPE_DISK;
+    m_SourceID = id;
+    return true;
+}
+
+void CLumoDownloadRunnable::run()
+{
+    m_TaskID = m_Name + QUuid::createUuid().toString();
+    tell(0, 0);
+    m_Channel = manager().newChannel(m_KestaIP);
+    if (!m_Channel) {
+        tell(transfercodes::kNoChannel, 0);
+        return;
+    }
+    if (m_ByCatalogue)
+        walkCatalogue();
+    else if (manager().m_PathConvert)
+        copyConvertedPath();
+    else
+        downloadPath();
+    hubline::ReleaseChannel(CLumoCStringCodec::toStdString(m_KestaIP)); // as newChannel was asked for it
+}
+
+void CLumoDownloadRunnable::walkCatalogue()
+{
+    if (download(m_LocalDir, m_SourceKind, m_SourceID, m_Overwrite))
+        tell(0, 100);
+    else
+        DOWNLOAD_LOG(kRun, "download Failed!");
+}
+
+void CLumoDownloadRunnable::copyConvertedPath()
+{
+    m_SourcePath.replace(m_PathPattern, manager().m_ConvertTo);
+    const QFileInfo source(m_SourcePath);
+    int code = 0;
+    if (source.isFile()) {
+        if (!copyFile(m_SourcePath, m_LocalDir, m_Name, m_Overwrite))
+            code = transfercodes::kFileNotCopied;
+    } else if (source.isDir()) {
+        if (!copyDirectory(m_SourcePath, m_LocalDir, m_Name, m_Overwrite))
+            code = transfercodes::kFolderNotMade;
+    } else {
+        DOWNLOAD_LOG(kRun, "Copy File Failed : %s!", logText(m_SourcePath).c_str());
+        code = transfercodes::kFileNotCopied;
+    }
+    tell(code, code == 0 ? 100 : 0);
+}
+
+void CLumoDownloadRunnable::downloadPath()
+{
+    if (!m_LocalDir.endsWith(QLatin1Char('/')))
+        m_LocalDir += QLatin1Char('/');
+    const boost::function<void(const std::string&, int, int)> progress =
+        boost::bind(&downloadCallBack, _1, _2, _3, CLumoCStringCodec::toStdString(m_TaskID), m_Callback);
+    // An empty name, of a path that ends in "/", moves the folder's content into the local folder.
+    const bool safe = m_Name.isEmpty() || isSafeName(m_Name);
+    if (safe && bulkhaul::Download(m_Channel, m_SourcePath.toStdString(), (m_LocalDir + m_Name).toStdString(),
+                                   !m_Overwrite, progress, &m_AuthMsg, nullptr) == 0)
+        return;
+    tell(transfercodes::kTransferFailed, 0);
+    DOWNLOAD_LOG(kRun, "bulkhaul::Download Failed!");
+}
+
+bool CLumoDownloadRunnable::download(const QString& localDir, int kind, unsigned int id, bool overwrite)
+{
+    switch (kind) {
+    case DATA_TYPE_FILE:
+        return downloadFile(localDir, id, overwrite);
+    case DATA_TYPE_FOLDER:
+        return downloadFolder(localDir, id, overwrite);
+    default:
+        return downloadDisk(localDir, id, overwrite);
+    }
+}
+
+bool CLumoDownloadRunnable::downloadFile(const QString& localDir, unsigned int id, bool overwrite)
+{
+    QString kestaCode;
+    QString fullPath = manager().getFileFullPath(id, kestaCode);
+    if (fullPath.isEmpty())
+        return fail(transfercodes::kNotInCatalogue);
+    const QString name = lastName(fullPath);
+    if (manager().m_PathConvert) {
+        fullPath.replace(m_PathPattern, manager().m_ConvertTo);
+        return copyFile(fullPath, localDir, name, overwrite) || fail(transfercodes::kFileNotCopied);
+    }
+    const QString target = QDir(localDir).filePath(name);
+    const int result = isSafeName(name)
+                           ? bulkhaul::Download(m_Channel, fullPath.toStdString(), target.toStdString(),
+                                                !overwrite, bulkhaul::ProgressFunction(), &m_AuthMsg, nullptr)
+                           : transfercodes::kFileNotCopied;
+    if (result == 0)
+        return true;
+    DOWNLOAD_LOG(kDownload, "bulkhaul::Download Failed : %s", logText(target).c_str());
+    return fail(result);
+}
+
+bool CLumoDownloadRunnable::downloadFolder(const QString& localDir, unsigned int id, bool overwrite)
+{
+    tagFolderTable folder = tagFolderTable();
+    if (manager().getFolder(id, folder) != RET_SUCCESS) {
+        DOWNLOAD_LOG(kDownload, "getFolder Failed,ID(%d)", static_cast<int>(id));
+        return fail(transfercodes::kNotInCatalogue);
+    }
+    const QString name = recordText(folder.folderName);
+    return makeFolder(localDir, name) && downloadFolderContent(id, QDir(localDir).filePath(name), overwrite);
+}
+
+bool CLumoDownloadRunnable::downloadDisk(const QString& localDir, unsigned int id, bool overwrite)
+{
+    tagDiskTable disk = tagDiskTable();
+    if (manager().getDisk(id, disk) != RET_SUCCESS) {
+        DOWNLOAD_LOG(kDownload, "getDisk Failed,ID(%d)", static_cast<int>(id));
+        return fail(transfercodes::kNotInCatalogue);
+    }
+    const QString name = recordText(disk.diskName);
+    const unsigned int rootID = manager().getFolderID(disk.diskID, 0, name);
+    if (rootID == kNoIdentifier) {
+        DOWNLOAD_LOG(kDownload, "getFolderID Failed,DiskID(%d) ParentID(0) Name(%s)",
+                     static_cast<int>(disk.diskID), logText(name).c_str());
+        return fail(transfercodes::kNotInCatalogue);
+    }
+    return makeFolder(localDir, name) &&
+           downloadFolderContent(rootID, QDir(localDir).filePath(name), overwrite);
+}
+
+bool CLumoDownloadRunnable::makeFolder(const QString& localDir, const QString& name)
+{
+    const QDir folder(localDir);
+    if (isSafeName(name) && (folder.exists(name) || folder.mkdir(name)))
+        return true;
+    DOWNLOAD_LOG(kDownload, "Dist Dir doesn't exist and mkdir Failed : %s",
+                 logText(folder.filePath(name)).c_str());
+    return fail(transfercodes::kFolderNotMade);
+}
+
+bool CLumoDownloadRunnable::downloadFolderContent(unsigned int folderID, const QString& localPath,
+                                                  bool overwrite)
+{
+    QList<tagFileTable> files;
+    QList<tagFolderTable> folders;
+    if (manager().getFileByParentID(folderID, files) == RET_FAILED ||
+        manager().getFolderByParentID(folderID, folders) == RET_FAILED)
+        return fail(transfercodes::kNotInCatalogue);
+    for (const tagFileTable& file : qAsConst(files))
+        if (!download(localPath, DATA_TYPE_FILE, file.fileID, overwrite))
+            return false;
+    for (const tagFolderTable& folder : qAsConst(folders))
+        if (!download(localPath, DATA_TYPE_FOLDER, folder.folderID, overwrite))
+            return false;
+    return true;
+}
+
+bool CLumoDownloadRunnable::copyFile(const QString& sourcePath, const QString& destDir, const QString& name,
+                                     bool overwrite)
+{
+    const QString target = QDir(destDir).filePath(name);
+    if (isSafeName(name)) {
+        if (QFile::exists(target)) {
+            // The source itself, seen under the local folder, is not to be removed.
+            if (!overwrite ||
+                QFileInfo(target).canonicalFilePath() == QFileInfo(sourcePath).canonicalFilePath())
+                return true;
+            if (!QFile::remove(target)) {
+                DOWNLOAD_LOG(kCopyFile, "Remove File Failed : %s!", logText(target).c_str());
+                return false;
+            }
+        }
+        if (QFile::copy(sourcePath, target))
+            return true;
+    }
+    DOWNLOAD_LOG(kCopyFile, "Copy File Failed : %s!", logText(target).c_str());
+    return false;
+}
+
+bool CLumoDownloadRunnable::copyDirectory(const QString& sourcePath, const QString& destDir,
+                                          const QString& name, bool overwrite)
+{
+    const QDir source(sourcePath);
+    const QDir dest(destDir);
+    const QString next = dest.filePath(name);
+    if (!isSafeName(name) || !(dest.exists(name) || dest.mkdir(name))) {
+        DOWNLOAD_LOG(kCopyDirectory, "mkdir Failed : %s!", logText(next).c_str());
+        return false;
+    }
+    const QFileInfoList entries =
+        source.entryInfoList(QDir::Dirs | QDir::Files | QDir::NoDotAndDotDot, QDir::NoSort);
+    for (const QFileInfo& entry : entries) {
+        const bool copied = entry.isDir() ? copyDirectory(entry.filePath(), next, entry.fileName(), overwrite)
+                                          : copyFile(entry.filePath(), next, entry.fileName(), overwrite);
+        if (!copied)
+            return false;
+    }
+    return true;
+}
+
+void CLumoDownloadRunnable::tell(int code, int percent) const
+{
+    if (m_Callback)
+        m_Callback(CLumoCStringCodec::toStdString(m_TaskID).c_str(), transfercodes::kDownloading, code,
+                   percent);
+}
+
+bool CLumoDownloadRunnable::fail(int code) const
+{
+    tell(code, 0);
+    return false;
+}
+
+void downloadCallBack(const std::string& rpcTaskID, int code, int percent, const std::string& taskID,
+                      TransferCallback callback)
+{
+    static const char function[] = "downloadCallBack";
+    DOWNLOAD_LOG(function, "Upload RPC TaskID : %s, Inner TaskID : %s", rpcTaskID.c_str(), taskID.c_str());
+    if (callback)
+        callback(taskID.c_str(), transfercodes::kDownloading, code, percent);
+    else if (code != 0)
+        DOWNLOAD_LOG(function, "Download Task is Failed!");
+    else if (percent == 0)
+        DOWNLOAD_LOG(function, "Download Task is Started!");
+    else if (percent == 100)
+        DOWNLOAD_LOG(function, "Download Task is Successed!");
+    else
+        DOWNLOAD_LOG(function, "Download Task is Running!");
+}

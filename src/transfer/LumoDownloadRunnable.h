@@ -1,0 +1,88 @@
+#ifndef LUMO_TRANSFER_LUMODOWNLOADRUNNABLE_H
+#define LUMO_TRANSFER_LUMODOWNLOADRUNNABLE_H
+
+#include "kestaserver.pb.h"
+#include "transfer/TransferCallback.h"
+
+#include <QPair>
+#include <QRegExp>
+#include <QRunnable>
+#include <QString>
+#include <boost/shared_ptr.hpp>
+
+#include <string>
+
+namespace wirecall {
+class RpcChannel;
+}
+
+/// One download: of a place of the catalogue, walked record by record, or of one path on a storage box.
+/// With path conversion its files are copied from the path under which this machine sees them; otherwise
+/// the bulk transfer client moves them over a channel of the task's own.
+///
+/// Made and prepared on the caller's thread, run and deleted by the thread pool. Everything that it needs
+/// of the manager it asks of the singleton.
+class CLumoDownloadRunnable : public QRunnable
+{
+public:
+    /// A download by catalogue; fetchDownloadInformation finds the source.
+    CLumoDownloadRunnable(bool overwrite, TransferCallback callback, bool byCatalogue);
+    /// A download of `sourcePath` from the storage box at `address`.
+    CLumoDownloadRunnable(const QString& localDir, const QString& sourcePath, const QString& address,
+                          bool overwrite, TransferCallback callback);
+
+    /// Resolves a place of the catalogue and its storage box. False, with the reason in the log, when the
+    /// task can't be run.
+    bool fetchDownloadInformation(const QString& localDir, const QPair<int, unsigned int>& source);
+
+    void run() override;
+
+private:
+    bool findFile(unsigned int id);
+    bool findFolder(unsigned int id);
+    bool findDisk(unsigned int id);
+
+    /// The three ways to move the source; each has told the callback how it ended.
+    void walkCatalogue();
+    void copyConvertedPath();
+    void downloadPath();
+
+    /// Moves one place of the catalogue into `localDir`. A failure has been told to the callback.
+    bool download(const QString& localDir, int kind, unsigned int id, bool overwrite);
+    bool downloadFile(const QString& localDir, unsigned int id, bool overwrite);
+    bool downloadFolder(const QString& localDir, unsigned int id, bool overwrite);
+    bool downloadDisk(const QString& localDir, unsigned int id, bool overwrite);
+    /// The files of a folder, then its sub-folders.
+    bool downloadFolderContent(unsigned int folderID, const QString& localPath, bool overwrite);
+    bool makeFolder(const QString& localDir, const QString& name);
+
+    bool copyFile(const QString& sourcePath, const QString& destDir, const QString& name, bool overwrite);
+    bool copyDirectory(const QString& sourcePath, const QString& destDir, const QString& name,
+                       bool overwrite);
+
+    void tell(int code, int percent) const;
+    /// Tells the callback of a failure; gives false.
+    bool fail(int code) const;
+
+    TransferCallback m_Callback;
+    QString m_TaskID;
+    bool m_ByCatalogue;
+    bool m_Overwrite;
+    QRegExp m_PathPattern; ///< the head of a storage box path that path conversion replaces
+    kestaserver::DownloadAuthMsg m_AuthMsg;
+    int m_SourceKind;
+    unsigned int m_SourceID;
+    QString m_SourcePath;
+    QString m_LocalDir;
+    QString m_Name;
+    QString m_KestaIP;
+    QString m_KestaCode;
+    boost::shared_ptr<wirecall::RpcChannel> m_Channel;
+};
+
+/// Hands a report of the bulk transfer client on to the application, or into the log when `callback` is
+/// empty. All that it needs is bound by value, so it may outlive the task.
+void downloadCallBack(const std::string& rpcTaskID, int code, int percent, const std::string& taskID,
+                      TransferCallback callback);
+
+#endif

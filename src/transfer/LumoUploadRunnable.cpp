@@ -1,0 +1,135 @@
+#include "transfer/LumoUploadRunnable.h"
+
+#include "components/bulkhaul/Bulkhaul.h"
+#include "components/hubline/Hubline.h"
+#include "core/CStringCodec.h"
+#include "core/LogLine.h"
+#include "core/LumoDataMgr.h"
+#include "transfer/LogTexts.h"
+#include "transfer/TransferCodes.h"
+#include "transfer/TransferPaths.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QUuid>
+#include <boost/bind.hpp>
+
+#define UPLOAD_LOG(function, ...) writeLogLine("LumoUploadRunnable", function, __LINE__, __VA_ARGS__)
+
+using namespace transferpaths;
+
+namespace {
+
+constexpr unsigned int kNoIdentifier = 0xFFFFFFFF;
+
+const char kFetch[] = "CLumoUploadRunnable::fetchUploadInformation";
+
+CLumoDataMgr& manager()
+{
+    return *CLumoDataMgr::GetSinglePton();
+}
+
+} // namespace
+
+CLumoUploadRunnable::CLumoUploadRunnable(const QString& relativePath, bool overwrite, bool authFlag,
+                                         unsigned int extraID, TransferCallback callback)
+    : m_Callback(std::move(callback)),
+      m_AuthFlag(authFlag),
+      m_Overwrite(overwrite),
+      m_DestFolderID(kNoIdentifier),
+      m_ExtraID(extraID),
+      m_RelativePath(withoutTrailingSlash(withSlashes(relativePath)))
+{
+}
+
+bool CLumoUploadRunnable::fetchUploadInformation(const QString& localPath,
+                                                 const QPair<int, unsigned int>& dest)
+{
+    const int id = static_cast<int>(dest.second);
+    if (dest.first != DATA_TYPE_FOLDER && dest.first != DATA_TYPE_DISK) {
+        UPLOAD_LOG(kFetch, logtexts::kDestinationWrong, dest.first, id);
+        return false;
+    }
+    if (!(dest.first == DATA_TYPE_FOLDER ? findFolder(dest.second) : findDisk(dest.second))) {
+        UPLOAD_LOG(kFetch, logtexts::kDestinationNotFound, dest.first, id);
+        return false;
+    }
+    m_KestaIP = manager().getKestaIP(m_KestaCode);
+    if (m_KestaIP.isEmpty()) {
+        UPLOAD_LOG(kFetch, logtexts::kBoxNotFound, CLumoCStringCodec::toStdString(m_KestaCode).c_str());
+        return false;
+    }
+    m_LocalPath = withoutTrailingSlash(withSlashes(localPath));
+    fillAuthMsg();
+    return true;
+}
+
+bool CLumoUploadRunnable::findFolder(unsigned int id)
+{
+    const QString path = manager().getFolderFullPath(id, m_KestaCode);
+    m_DestPath = withoutTrailingSlash(withSlashes(path));
+    m_DestFolderID = id;
+    return !path.isEmpty();
+}
+
+bool CLumoUploadRunnable::findDisk(unsigned int id)
+{
+    tagDiskTable disk = tagDiskTable();
+    if (manager().getDisk(id, disk) != RET_SUCCESS)
+        return false;
+    m_KestaCode = CLumoCStringCodec::fromAscii(disk.kestaCode);
+    m_DestPath = withoutTrailingSlash(withSlashes(CLumoCStringCodec::fromAscii(disk.rootPath)));
+    m_DestFolderID = manager().getFolderID(disk.diskID, 0, CLumoCStringCodec::fromAscii(disk.diskName));
+    return m_DestFolderID != kNoIdentifier;
+}
+
+void CLumoUploadRunnable::fillAuthMsg()
+{
+    m_AuthMsg.set_data_class(0);
+    m_AuthMsg.set_user_name(manager().roleName().toStdString());
+    m_AuthMsg.set_auth_flag(m_AuthFlag);
+    m_AuthMsg.set_auth_mode(1);
+    m_AuthMsg.set_folder_id(m_DestFolderID);
+    if (m_ExtraID != kNoIdentifier)
+        m_AuthMsg.set_extra_id(m_ExtraID);
+    if (!m_RelativePath.isEmpty())
+        m_AuthMsg.set_relative_path(m_RelativePath.toStdString());
+}
+
+void CLumoUploadRunnable::run()
+{
+    const QString name = QFileInfo(m_LocalPath).fileName();
+    m_TaskID = name + QUuid::createUuid().toString();
+    tell(0, 0);
+    m_Channel = manager().newChannel(m_KestaIP);
+    if (!m_Channel) {
+        tell(transfercodes::kNoChannel, 0);
+        return;
+    }
+    const QString below = m_RelativePath.isEmpty() ? name : m_RelativePath + QLatin1Char('/') + name;
+    const QString target = QDir(m_DestPath).filePath(below);
+    const boost::function<void(const std::string&, int, int)> progress =
+        boost::bind(&uploadCallback, _1, _2, _3, CLumoCStringCodec::toStdString(m_TaskID), m_Callback);
+    if (bulkhaul::Upload(m_Channel, target.toStdString(), m_LocalPath.toStdString(), !m_Overwrite, progress,
+                         &m_AuthMsg, nullptr) != 0) {
+        tell(transfercodes::kTransferFailed, 0);
+        UPLOAD_LOG("CLumoUploadRunnable::run", "bulkhaul::Upload Failed!");
+    }
+    hubline::ReleaseChannel(CLumoCStringCodec::toStdString(m_KestaIP)); // as newChannel was asked for it
+}
+
+void CLumoUploadRunnable::tell(int code, int percent) const
+{
+    if (m_Callback)
+        m_Callback(CLumoCStringCodec::toStdString(m_TaskID).c_str(), transfercodes::kUploading, code,
+                   percent);
+}
+
+void uploadCallback(const std::string& rpcTaskID, int code, int percent, const std::string& taskID,
+                    TransferCallback callback)
+{
+    UPLOAD_LOG("uploadCallback", "Upload RPC TaskID : %s, Inner TaskID : %s", rpcTaskID.c_str(),
+               taskID.c_str());
+    if (callback)
+        callback(taskID.c_str(), transfercodes::kUploading, code, percent);
+}

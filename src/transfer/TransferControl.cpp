@@ -1,0 +1,65 @@
+#include "core/CallFrame.h"
+#include "core/LumoDataMgr.h"
+#include "forgeserver.pb.h"
+
+#include <QtEndian>
+
+#include <cstring>
+
+using forgeserver::CheckTransferReq;
+using forgeserver::CheckTransferRsp;
+using forgeserver::TransferProgressReq;
+using forgeserver::TransferProgressRsp;
+
+// Transfer control, for a host with a channel of its own
+
+bool CLumoDataMgr::CheckTransfer(const boost::shared_ptr<wirecall::RpcChannel>& channel,
+                                 const QString& taskID, const QString& servPath, int valueA, int valueB,
+                                 const QStringList& filePaths, const QStringList& dirPaths,
+                                 const QVector<char>& transMsg)
+{
+    CallFrame frame(*this, "CheckTransfer", "CheckTransfer!", channel.get(), m_Timeout * 100);
+    CheckTransferReq request;
+    request.set_task_id(taskID.toStdString());
+    request.set_serv_path(servPath.toStdString());
+    request.set_check_a(valueA);
+    request.set_check_b(valueB);
+    for (const QString& path : dirPaths)
+        request.add_dir_path(path.toStdString());
+    for (const QString& path : filePaths)
+        request.add_file_path(path.toStdString());
+    if (!transMsg.isEmpty())
+        request.set_trans_msg(transMsg.constData(), static_cast<std::size_t>(transMsg.size()));
+    bool passed = false;
+    frame.answered(FORGE(CheckTransfer), request,
+                   [&](const CheckTransferRsp& response) { passed = response.passed(); });
+    return passed;
+}
+
+void CLumoDataMgr::TransferProgress(const boost::shared_ptr<wirecall::RpcChannel>& channel,
+                                    const QString& taskID, int valueA, int valueB, int valueC)
+{
+    CallFrame frame(*this, "TransferProgress", "TransferProgress!", channel.get(), m_Timeout);
+    TransferProgressReq request;
+    request.set_task_id(taskID.toStdString());
+    request.set_progress_a(valueA);
+    request.set_progress_b(valueB);
+    request.set_progress_c(valueC);
+    frame.answered(FORGE(TransferProgress), request, [](const TransferProgressRsp&) {});
+}
+
+bool CLumoDataMgr::PackProtobufMessage(const google::protobuf::Message* message, QVector<char>& packed)
+{
+    const std::string typeName = message->GetTypeName();
+    const std::string body = message->SerializeAsString();
+    constexpr std::size_t lengthSize = sizeof(quint32);
+    const std::size_t following = lengthSize + typeName.size() + body.size();
+    packed.resize(static_cast<int>(lengthSize + following));
+    char* place = packed.data();
+    qToBigEndian(static_cast<quint32>(following), place);
+    qToBigEndian(static_cast<quint32>(typeName.size()), place + lengthSize);
+    place += 2 * lengthSize;
+    std::memcpy(place, typeName.data(), typeName.size());
+    std::memcpy(place + typeName.size(), body.data(), body.size());
+    return true;
+}

@@ -1,0 +1,37 @@
+#ifndef LUMO_TRANSFER_TRANSFERPATHS_H
+#define LUMO_TRANSFER_TRANSFERPATHS_H
+
+#include <QString>
+
+/// The paths of transfers: "/" separates, here and on the storage boxes.
+namespace transferpaths {
+
+/// With "/" for "\": the interface takes both on every system, QDir::fromNativeSeparators on one.
+inline QString withSlashes(QString path)
+{
+    return path.replace(QLatin1Char('\\'), QLatin1Char('/'));
+}
+
+inline QString withoutTrailingSlash(QString path)
+{
+    if (path.endsWith(QLatin1Char('/')))
+        path.chop(1);
+    return path;
+}
+
+/// What follows the last "/".
+inline QString lastName(const QString& path)
+{
+    return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
+}
+
+/// Whether `name`, which comes from the centre, stays within the folder that it is put into.
+inline bool isSafeName(const QString& name)
+{
+    return !name.isEmpty() && name != QLatin1String(".") && name != QLatin1String("..") &&
+           !name.contains(QLatin1Char('/')) && !name.contains(QChar(0));
+}
+
+} // namespace transferpaths
+
+#endif
