@@ -1,111 +1,72 @@
 #include "components/bulkhaul/Bulkhaul.h"
 
-#include <condition_variable>
-#include <deque>
-#include <mutex>
-#include <system_error>
-#include <thread>
-#include <utility>
+#include "components/bulkhaul/FileFailure.h"
+#include "components/bulkhaul/StatusLines.h"
+#include "components/bulkhaul/Transfer.h"
+
+#include <boost/uuid/random_generator.hpp>
+#include <boost/uuid/uuid_io.hpp>
+
+#include <atomic>
 
 namespace bulkhaul {
 
 namespace {
 
-enum Level
+/// The client of the process. Never destroyed: a transfer may still report while the process ends.
+struct Client
 {
-    kInformation = 0
+    StatusLines lines;
+    std::atomic<int> chunksInFlight{5};
+    std::atomic<int> filesInFlight{5};
+    std::atomic<long long> stallLimit{60000};
 };
 
-/// True on the client's status thread, where the client can't be started or ended.
-thread_local bool onStatusThread = false;
-
-/// The running client. Status lines wait in a queue for its one status thread, so that nobody who
-/// reports waits for the application's function.
-class Client
-{
-public:
-    bool start(int chunksInFlight, int filesInFlight, StatusFunction status)
-    {
-        if (onStatusThread)
-            return false;
-        const std::lock_guard<std::mutex> lifecycle(m_LifecycleMutex);
-        const std::lock_guard<std::mutex> lock(m_Mutex);
-        if (!m_Thread.joinable()) {
-            m_Ending = false;
-            try {
-                m_Thread = std::thread([this] { deliver(); });
-            } catch (const std::system_error&) {
-                return false;
-            }
-        }
-        m_Status = std::move(status);
-        m_Lines.emplace_back(kInformation, "bulk transfer client started, " + std::to_string(chunksInFlight) +
-                                               " chunks and " + std::to_string(filesInFlight) +
-                                               " files in flight");
-        m_Wake.notify_one();
-        return true;
-    }
-
-    void end()
-    {
-        if (onStatusThread)
-            return;
-        const std::lock_guard<std::mutex> lifecycle(m_LifecycleMutex);
-        if (!m_Thread.joinable())
-            return;
-        {
-            const std::lock_guard<std::mutex> lock(m_Mutex);
-            m_Lines.emplace_back(kInformation, "bulk transfer client ended");
-            m_Ending = true;
-            m_Wake.notify_one();
-        }
-        m_Thread.join();
-        m_Status.clear();
-    }
-
-private:
-    /// Ends only when every line was delivered.
-    void deliver()
-    {
-        onStatusThread = true;
-        std::unique_lock<std::mutex> lock(m_Mutex);
-        for (;;) {
-            m_Wake.wait(lock, [this] { return m_Ending || !m_Lines.empty(); });
-            if (m_Lines.empty())
-                return;
-            const auto line = std::move(m_Lines.front());
-            m_Lines.pop_front();
-            const StatusFunction status = m_Status;
-            lock.unlock();
-            tell(status, line.first, line.second);
-            lock.lock();
-        }
-    }
-
-    static void tell(const StatusFunction& status, int level, const std::string& line)
-    {
-        try {
-            if (status)
-                status(level, line);
-        } catch (...) {
-            // The application's function must not end the process.
-        }
-    }
-
-    std::mutex m_LifecycleMutex; ///< one start or end at a time
-    std::mutex m_Mutex;          ///< guards what follows
-    std::condition_variable m_Wake;
-    std::deque<std::pair<int, std::string>> m_Lines;
-    StatusFunction m_Status;
-    bool m_Ending = false;
-    std::thread m_Thread;
-};
-
-/// Never destroyed: a transfer may still report while the process ends.
 Client& client()
 {
     static Client* const theClient = new Client;
     return *theClient;
+}
+
+typedef void (*Mover)(const Transfer& transfer, const std::string& boxPath, const std::string& localPath);
+
+Code failed(const std::string& what, Code code, const std::string& reason)
+{
+    client().lines.write(kError, what + " failed with " + std::to_string(code) + ", " + reason);
+    return code;
+}
+
+/// Calls `work` and tells what it threw as a Code and a status line.
+template <class Work>
+Code judged(const std::string& what, Work work)
+{
+    try {
+        work();
+        return kDone;
+    } catch (const TransferFailure& failure) {
+        return failed(what, failure.code(), failure.what());
+    } catch (const FileFailure& failure) {
+        return failed(what, codeOf(failure.status()), failure.what());
+    } catch (const std::exception& exception) {
+        return failed(what, kNotWritable, exception.what());
+    }
+}
+
+int move(const char* direction, Mover mover, const boost::shared_ptr<wirecall::RpcChannel>& channel,
+         const std::string& boxPath, const std::string& localPath, bool keepExisting,
+         ProgressFunction progressFunction, const google::protobuf::Message* message)
+{
+    const std::string transferID = to_string(boost::uuids::random_generator()());
+    const std::string what = std::string(direction) + " " + transferID + " of " + boxPath;
+    Code code = kDone;
+    const Code begun = judged(what, [&] {
+        Progress progress(std::move(progressFunction), transferID);
+        BoxClient box(*channel, message, client().stallLimit);
+        const Transfer transfer{box, progress, client().chunksInFlight, client().filesInFlight, keepExisting};
+        code = judged(what, [&] { mover(transfer, boxPath, localPath); });
+        progress.setResult(code);
+    });
+    return begun == kDone ? code : begun;
 }
 
 } // namespace
@@ -114,12 +75,38 @@ bool StartBulkhaul(int chunksInFlight, int filesInFlight, StatusFunction status)
 {
     if (chunksInFlight < 1 || filesInFlight < 1)
         return false;
-    return client().start(chunksInFlight, filesInFlight, std::move(status));
+    const std::string line = "bulk transfer client started, " + std::to_string(chunksInFlight) +
+                             " chunks and " + std::to_string(filesInFlight) + " files in flight";
+    if (!client().lines.start(line, std::move(status)))
+        return false;
+    client().chunksInFlight = chunksInFlight;
+    client().filesInFlight = filesInFlight;
+    return true;
 }
 
 void EndBulkhaul()
 {
-    client().end();
+    client().lines.end("bulk transfer client ended");
+}
+
+void setStallLimit(long long milliseconds)
+{
+    client().stallLimit = std::max(1LL, milliseconds);
+}
+
+int Download(const boost::shared_ptr<wirecall::RpcChannel>& channel, const std::string& boxPath,
+             const std::string& localPath, bool keepExisting, ProgressFunction progress,
+             const google::protobuf::Message* message, google::protobuf::Message*)
+{
+    return move("download", &download, channel, boxPath, localPath, keepExisting, std::move(progress),
+                message);
+}
+
+int Upload(const boost::shared_ptr<wirecall::RpcChannel>& channel, const std::string& boxPath,
+           const std::string& localPath, bool keepExisting, ProgressFunction progress,
+           const google::protobuf::Message* message, google::protobuf::Message*)
+{
+    return move("upload", &upload, channel, boxPath, localPath, keepExisting, std::move(progress), message);
 }
 
 } // namespace bulkhaul

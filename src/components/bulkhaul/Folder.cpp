@@ -1,0 +1,184 @@
+#include "components/bulkhaul/Folder.h"
+
+#include "components/bulkhaul/FileFailure.h"
+#include "components/bulkhaul/IncomingFile.h"
+
+#include <google/protobuf/stubs/common.h>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <memory>
+
+namespace bulkhaul {
+
+namespace {
+
+constexpr std::size_t kLongestName = 255;
+constexpr mode_t kFolderMode = 0777;
+
+haulbox::Status statusOf(int error, haulbox::Status otherwise)
+{
+    switch (error) {
+    case ENOENT:
+        return otherwise == haulbox::UNREADABLE ? haulbox::NOT_FOUND : otherwise;
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG:
+        return haulbox::NO_SPACE;
+    case ELOOP:
+    case ENOTDIR:
+    case EISDIR:
+        return haulbox::WRONG_KIND;
+    default:
+        return otherwise;
+    }
+}
+
+bool isUtf8(const std::string& text)
+{
+    return google::protobuf::internal::IsStructurallyValidUTF8(text.data(), static_cast<int>(text.size()));
+}
+
+} // namespace
+
+void throwErrno(haulbox::Status otherwise, const std::string& name)
+{
+    const int error = errno;
+    throw FileFailure(statusOf(error, otherwise), name + ": " + std::strerror(error));
+}
+
+FileHandle::~FileHandle()
+{
+    if (m_Descriptor >= 0)
+        ::close(m_Descriptor);
+}
+
+bool isSafeName(const std::string& name)
+{
+    return !name.empty() && name.size() <= kLongestName && name != "." && name != ".." &&
+           name.find('/') == std::string::npos && name.find('\0') == std::string::npos && isUtf8(name) &&
+           !isPartialName(name);
+}
+
+std::vector<std::string> splitBelow(const std::string& below)
+{
+    std::vector<std::string> components;
+    for (std::size_t begin = 0; !below.empty() && begin <= below.size();) {
+        const std::size_t end = std::min(below.find('/', begin), below.size());
+        components.push_back(below.substr(begin, end - begin));
+        if (!isSafeName(components.back()))
+            throw FileFailure(haulbox::UNSAFE_NAME, "not a name of a file or folder: " + below);
+        begin = end + 1;
+    }
+    return components;
+}
+
+std::pair<std::string, std::string> splitPath(const std::string& path)
+{
+    const std::size_t slash = path.rfind('/');
+    const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
+    if (!isSafeName(name))
+        throw FileFailure(haulbox::UNSAFE_NAME, "not a path of a file or folder: " + path);
+    if (slash == std::string::npos)
+        return {".", name};
+    return {path.substr(0, std::max<std::size_t>(slash, 1)), name};
+}
+
+Folder Folder::open(const std::string& path, haulbox::Status otherwise)
+{
+    FileHandle handle(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!handle)
+        throwErrno(otherwise, path);
+    return Folder(std::move(handle));
+}
+
+Folder Folder::below(const std::string& name, Missing missing) const
+{
+    const int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+    FileHandle handle(::openat(get(), name.c_str(), flags));
+    if (!handle && errno == ENOENT && missing == Missing::Make) {
+        if (::mkdirat(get(), name.c_str(), kFolderMode) != 0 && errno != EEXIST)
+            throwErrno(haulbox::NOT_WRITABLE, name);
+        handle = FileHandle(::openat(get(), name.c_str(), flags));
+    }
+    if (!handle)
+        throwErrno(missing == Missing::Make ? haulbox::NOT_WRITABLE : haulbox::UNREADABLE, name);
+    return Folder(std::move(handle));
+}
+
+Folder Folder::below(const std::vector<std::string>& components, Missing missing) const
+{
+    Folder folder(FileHandle(::fcntl(get(), F_DUPFD_CLOEXEC, 0)));
+    if (!folder.m_Handle)
+        throwErrno(haulbox::FAILED, "a folder");
+    for (const std::string& component : components)
+        folder = folder.below(component, missing);
+    return folder;
+}
+
+bool Folder::find(const std::string& name, struct stat& status) const
+{
+    if (::fstatat(get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0)
+        return true;
+    if (errno != ENOENT)
+        throwErrno(haulbox::UNREADABLE, name);
+    return false;
+}
+
+std::vector<Folder::Entry> Folder::entries() const
+{
+    // A description of its own, whose position nobody else moves.
+    const int descriptor = ::openat(get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    std::unique_ptr<DIR, int (*)(DIR*)> stream(descriptor < 0 ? nullptr : ::fdopendir(descriptor),
+                                               &::closedir);
+    if (!stream)
+        throwErrno(haulbox::UNREADABLE, "a folder");
+    std::vector<Entry> found;
+    errno = 0;
+    while (const dirent* entry = ::readdir(stream.get())) {
+        const std::string name = entry->d_name;
+        if (name == "." || name == ".." || isPartialName(name))
+            continue;
+        unsigned char type = entry->d_type;
+        if (type == DT_UNKNOWN) {
+            struct stat status;
+            if (find(name, status))
+                type = IFTODT(status.st_mode);
+        }
+        found.push_back({name, type == DT_DIR, type == DT_REG});
+        errno = 0;
+    }
+    if (errno != 0)
+        throwErrno(haulbox::UNREADABLE, "a folder");
+    std::sort(found.begin(), found.end(), [](const Entry& a, const Entry& b) { return a.name < b.name; });
+    return found;
+}
+
+void Folder::flush() const
+{
+    if (::fsync(get()) != 0)
+        throwErrno(haulbox::NOT_WRITABLE, "a folder");
+}
+
+const Folder& FolderCache::parentOf(const std::string& below, std::string& name)
+{
+    std::vector<std::string> path = splitBelow(below);
+    if (path.empty())
+        throw FileFailure(haulbox::UNSAFE_NAME, "a file without a name");
+    name = std::move(path.back());
+    path.pop_back();
+    if (path.empty())
+        return m_Root;
+    if (!m_Last || path != m_Path) {
+        m_Last = m_Root.below(path, m_Missing);
+        m_Path = std::move(path);
+    }
+    return *m_Last;
+}
+
+} // namespace bulkhaul

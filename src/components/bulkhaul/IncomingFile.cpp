@@ -1,0 +1,287 @@
+#include "components/bulkhaul/IncomingFile.h"
+
+#include "components/bulkhaul/FileFailure.h"
+#include "components/bulkhaul/SourceFile.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+
+namespace bulkhaul {
+
+namespace {
+
+const std::string kPartialEnding = ".lumo-part";
+constexpr std::size_t kLongestName = 255;
+constexpr mode_t kFileMode = 0666;
+
+/// A name too long to be lengthened is replaced by its digest.
+std::string partialName(const std::string& name)
+{
+    if (name.size() + kPartialEnding.size() < kLongestName)
+        return "." + name + kPartialEnding;
+    std::string hex;
+    for (const char byte : digestOf(name)) {
+        char two[3];
+        std::snprintf(two, sizeof two, "%02x", static_cast<unsigned char>(byte));
+        hex += two;
+    }
+    return "." + hex + kPartialEnding;
+}
+
+/// Whether the partial file is still the one behind `handle`, not renamed by the one who had it locked.
+bool isCurrent(const Folder& folder, const std::string& name, const FileHandle& handle)
+{
+    struct stat named;
+    struct stat opened;
+    return folder.find(name, named) && ::fstat(handle.get(), &opened) == 0 && named.st_ino == opened.st_ino;
+}
+
+/// The partial file of `target`, locked against others; without one unless `create`.
+FileHandle openPartial(const Folder& folder, const std::string& target, bool create)
+{
+    const std::string name = partialName(target);
+    for (;;) {
+        FileHandle handle(::openat(folder.get(), name.c_str(),
+                                   O_RDWR | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | (create ? O_CREAT : 0),
+                                   kFileMode));
+        if (!handle && errno == ENOENT && !create)
+            return handle;
+        if (!handle)
+            throwErrno(haulbox::NOT_WRITABLE, name);
+        struct stat status;
+        if (::fstat(handle.get(), &status) != 0)
+            throwErrno(haulbox::NOT_WRITABLE, name);
+        if (!S_ISREG(status.st_mode) || status.st_nlink > 1)
+            throw FileFailure(haulbox::WRONG_KIND, name + ": not a partial file");
+        if (::flock(handle.get(), LOCK_EX | LOCK_NB) != 0)
+            throw FileFailure(haulbox::BUSY, target + ": another transfer writes to it");
+        if (isCurrent(folder, name, handle))
+            return handle;
+    }
+}
+
+void resize(const FileHandle& file, std::uint64_t size, const std::string& name)
+{
+    if (::ftruncate(file.get(), static_cast<off_t>(size)) != 0)
+        throwErrno(haulbox::NOT_WRITABLE, name);
+}
+
+void writeAll(int file, const std::string& data, std::uint64_t offset, const std::string& name)
+{
+    for (std::size_t written = 0; written < data.size();) {
+        const ssize_t count =
+            ::pwrite(file, &data[written], data.size() - written, static_cast<off_t>(offset + written));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            throwErrno(haulbox::NOT_WRITABLE, name);
+        written += static_cast<std::size_t>(count);
+    }
+    // The disk works while more arrives, so that the flush at the end has little left to do. Where the
+    // system can't, the flush does it all.
+    ::sync_file_range(file, static_cast<off_t>(offset), static_cast<off_t>(data.size()),
+                      SYNC_FILE_RANGE_WRITE);
+}
+
+Digest digestAt(int file, std::uint64_t offset, std::size_t length, const std::string& name)
+{
+    std::string data(length, '\0');
+    std::size_t filled = 0;
+    while (filled < length) {
+        const ssize_t count =
+            ::pread(file, &data[filled], length - filled, static_cast<off_t>(offset + filled));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            throwErrno(haulbox::NOT_WRITABLE, name);
+        if (count == 0)
+            break; // the digest of what is there is that of no whole chunk
+        filled += static_cast<std::size_t>(count);
+    }
+    return digestOf(data.data(), filled);
+}
+
+void flush(const FileHandle& file, const std::string& name)
+{
+    if (::fdatasync(file.get()) != 0)
+        throwErrno(haulbox::NOT_WRITABLE, name);
+}
+
+void giveName(const Folder& folder, const std::string& name)
+{
+    if (::renameat(folder.get(), partialName(name).c_str(), folder.get(), name.c_str()) != 0)
+        throwErrno(haulbox::NOT_WRITABLE, name);
+}
+
+/// Whether there is a file of that name; throws for anything that a file can't replace.
+bool findFile(const Folder& folder, const std::string& name, struct stat& status)
+{
+    if (!folder.find(name, status))
+        return false;
+    if (S_ISREG(status.st_mode))
+        return true;
+    if (S_ISLNK(status.st_mode))
+        return false; // replaced, not followed
+    throw FileFailure(haulbox::WRONG_KIND, name + ": there is something else of that name");
+}
+
+} // namespace
+
+bool isPartialName(const std::string& name)
+{
+    return name.size() > kPartialEnding.size() + 1 && name.front() == '.' &&
+           name.compare(name.size() - kPartialEnding.size(), kPartialEnding.size(), kPartialEnding) == 0;
+}
+
+IncomingFile::IncomingFile(Folder folder, const std::string& name, std::uint64_t size)
+    : m_Folder(std::move(folder)), m_Name(name), m_Size(size)
+{
+    if (size > static_cast<std::uint64_t>(INT64_MAX))
+        throw FileFailure(haulbox::NO_SPACE, name + ": no file can be that large");
+    struct stat target;
+    const bool exists = findFile(m_Folder, name, target);
+    m_Partial = openPartial(m_Folder, name, false);
+    struct stat status;
+    if (m_Partial && ::fstat(m_Partial.get(), &status) == 0 && status.st_size > 0) {
+        m_FirstFound = m_Found = Found::Partial;
+        m_FoundSize = std::min(size, static_cast<std::uint64_t>(status.st_size));
+        return;
+    }
+    if (!exists || static_cast<std::uint64_t>(target.st_size) != size)
+        return;
+    m_OldTarget = FileHandle(::openat(m_Folder.get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    if (m_OldTarget) {
+        m_FirstFound = m_Found = Found::Target;
+        m_FoundSize = size;
+    }
+}
+
+Digest IncomingFile::foundDigest(std::uint64_t chunk)
+{
+    const int file = foundFile();
+    return digestAt(file, chunk * kChunkSize, chunkLength(m_FoundSize, chunk), m_Name);
+}
+
+int IncomingFile::foundFile()
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    if (m_Found == Found::Nothing)
+        throw FileFailure(haulbox::FAILED, m_Name + ": what was found is gone");
+    return m_Found == Found::Target ? m_OldTarget.get() : m_Partial.get();
+}
+
+void IncomingFile::keep(std::uint64_t chunk, const Digest& digest)
+{
+    note(chunk, digest);
+}
+
+void IncomingFile::note(std::uint64_t chunk, const Digest& digest)
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    if (m_Digests.size() <= chunk)
+        m_Digests.resize(chunk + 1);
+    m_Digests[chunk] = digest;
+}
+
+int IncomingFile::partial()
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    if (!m_Partial)
+        m_Partial = openPartial(m_Folder, m_Name, true);
+    if (m_Found == Found::Target) { // its chunks can't be kept any more
+        m_Found = Found::Nothing;
+        m_Digests.clear();
+    }
+    return m_Partial.get();
+}
+
+void IncomingFile::write(std::uint64_t chunk, const std::string& data, const Digest& digest)
+{
+    writeAll(partial(), data, chunk * kChunkSize, m_Name);
+    note(chunk, digest);
+}
+
+Digest IncomingFile::wholeDigest() const
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    std::vector<Digest> digests;
+    digests.reserve(m_Digests.size());
+    for (const std::optional<Digest>& digest : m_Digests)
+        if (digest)
+            digests.push_back(*digest);
+    if (digests.size() != chunkCount(m_Size))
+        throw FileFailure(haulbox::FAILED, m_Name + ": not all of it has come");
+    return digestOf(digests);
+}
+
+void IncomingFile::finish()
+{
+    wholeDigest(); // throws while something is missing
+    {
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        if (m_Found == Found::Target)
+            return; // it is what should come
+    }
+    partial();
+    resize(m_Partial, m_Size, m_Name); // an earlier attempt may have been longer
+    flush(m_Partial, m_Name);
+    giveName(m_Folder, m_Name);
+}
+
+bool IncomingSmallFiles::exists(const std::string& below)
+{
+    std::string name;
+    const Folder& folder = m_Folders.parentOf(below, name);
+    struct stat status;
+    return findFile(folder, name, status);
+}
+
+std::optional<Digest> IncomingSmallFiles::existingDigest(const std::string& below, std::uint64_t size)
+{
+    std::string name;
+    const Folder& folder = m_Folders.parentOf(below, name);
+    struct stat status;
+    if (size > kChunkSize || !findFile(folder, name, status) ||
+        static_cast<std::uint64_t>(status.st_size) != size)
+        return std::nullopt;
+    std::string data;
+    const SourceFile file(folder, name);
+    if (file.size() != size)
+        return std::nullopt;
+    file.read(0, data);
+    return digestOf(data);
+}
+
+void IncomingSmallFiles::add(const std::string& below, const std::string& data)
+{
+    std::string name;
+    const Folder& folder = m_Folders.parentOf(below, name);
+    struct stat status;
+    findFile(folder, name, status);
+    const FileHandle handle = openPartial(folder, name, true);
+    resize(handle, data.size(), name);
+    writeAll(handle.get(), data, 0, name);
+    m_Files.push_back(below);
+}
+
+void IncomingSmallFiles::finish()
+{
+    // Opened again, file by file, so that few are open at once. The one that another transfer has put in
+    // the place of ours meanwhile is as whole.
+    std::string name;
+    for (const std::string& below : m_Files) {
+        const Folder& folder = m_Folders.parentOf(below, name);
+        const FileHandle handle = openPartial(folder, name, false);
+        if (!handle)
+            throw FileFailure(haulbox::BUSY, below + ": another transfer has written it");
+        flush(handle, name);
+        giveName(folder, name);
+    }
+    m_Files.clear();
+}
+
+} // namespace bulkhaul

@@ -1,0 +1,93 @@
+#ifndef LUMO_BULKHAUL_INCOMINGFILE_H
+#define LUMO_BULKHAUL_INCOMINGFILE_H
+
+#include "components/bulkhaul/Chunks.h"
+#include "components/bulkhaul/Folder.h"
+
+#include <cstdint>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace bulkhaul {
+
+/// Whether a name is that of a partial file, ".NAME.lumo-part".
+bool isPartialName(const std::string& name);
+
+/// A file on its way in. Its bytes go to a partial file beside the target, which takes the target's name
+/// when it is whole and flushed. A partial file that is left over is found by the next attempt. One object
+/// at a time, of any process, can write to a target. All functions throw FileFailure; foundDigest, keep and
+/// write are safe from several threads.
+class IncomingFile
+{
+public:
+    /// What stands here already and may be kept where its digests are right.
+    enum class Found
+    {
+        Nothing,
+        Partial, ///< of an earlier attempt: chunk by chunk
+        Target   ///< the old target: as a whole
+    };
+
+    IncomingFile(Folder folder, const std::string& name, std::uint64_t size);
+
+    /// As it was when nothing had been written yet.
+    Found found() const { return m_FirstFound; }
+    std::uint64_t foundSize() const { return m_FoundSize; }
+    /// The digest of a chunk of what was found, below foundSize.
+    Digest foundDigest(std::uint64_t chunk);
+    /// Chunk `chunk` need not come: what was found has `digest` there.
+    void keep(std::uint64_t chunk, const Digest& digest);
+
+    /// Writes a chunk whose digest is `digest`.
+    void write(std::uint64_t chunk, const std::string& data, const Digest& digest);
+
+    /// The whole file's digest; FAILED while a chunk is missing.
+    Digest wholeDigest() const;
+    /// Gives the target its name. All chunks must be there.
+    void finish();
+
+    const Folder& folder() const { return m_Folder; }
+
+private:
+    int foundFile();
+    void note(std::uint64_t chunk, const Digest& digest);
+    int partial();
+
+    Folder m_Folder;
+    const std::string m_Name;
+    const std::uint64_t m_Size;
+    Found m_FirstFound = Found::Nothing;
+    std::uint64_t m_FoundSize = 0;
+    FileHandle m_OldTarget;
+    mutable std::mutex m_Mutex; ///< guards what follows
+    Found m_Found = Found::Nothing;
+    FileHandle m_Partial;
+    std::vector<std::optional<Digest>> m_Digests; ///< of the chunks that are there
+};
+
+/// Files of at most one chunk on their way in, flushed together: much cheaper than one by one.
+class IncomingSmallFiles
+{
+public:
+    /// Below `root`, where missing folders are made.
+    explicit IncomingSmallFiles(const Folder& root) : m_Folders(root, Folder::Missing::Make) {}
+
+    /// Whether there is something of that name that a file can replace.
+    bool exists(const std::string& below);
+    /// The digest of the file that is there; none unless it is one of `size` bytes.
+    std::optional<Digest> existingDigest(const std::string& below, std::uint64_t size);
+    /// Writes the partial file.
+    void add(const std::string& below, const std::string& data);
+    /// Flushes all, then gives all their names.
+    void finish();
+
+private:
+    FolderCache m_Folders;
+    std::vector<std::string> m_Files;
+};
+
+} // namespace bulkhaul
+
+#endif

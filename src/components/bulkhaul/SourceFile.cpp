@@ -1,0 +1,77 @@
+#include "components/bulkhaul/SourceFile.h"
+
+#include "components/bulkhaul/Chunks.h"
+#include "components/bulkhaul/FileFailure.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+
+namespace bulkhaul {
+
+namespace {
+
+struct stat statusOf(const FileHandle& file, const std::string& name)
+{
+    struct stat status;
+    if (::fstat(file.get(), &status) != 0)
+        throwErrno(haulbox::UNREADABLE, name);
+    return status;
+}
+
+} // namespace
+
+std::string versionOf(const struct stat& status)
+{
+    char version[128];
+    std::snprintf(version, sizeof version, "%llx-%llx-%llx.%lx-%llx.%lx",
+                  static_cast<unsigned long long>(status.st_ino),
+                  static_cast<unsigned long long>(status.st_size),
+                  static_cast<unsigned long long>(status.st_mtim.tv_sec),
+                  static_cast<unsigned long>(status.st_mtim.tv_nsec),
+                  static_cast<unsigned long long>(status.st_ctim.tv_sec),
+                  static_cast<unsigned long>(status.st_ctim.tv_nsec));
+    return version;
+}
+
+SourceFile::SourceFile(const Folder& folder, const std::string& name, Links links)
+    // Without waiting, so that a pipe does not hold the opening.
+    : m_File(::openat(folder.get(), name.c_str(),
+                      O_RDONLY | O_CLOEXEC | O_NONBLOCK | (links == Links::Refuse ? O_NOFOLLOW : 0))),
+      m_Name(name)
+{
+    if (!m_File)
+        throwErrno(haulbox::UNREADABLE, name);
+    const struct stat status = statusOf(m_File, name);
+    if (!S_ISREG(status.st_mode))
+        throw FileFailure(haulbox::WRONG_KIND, name + ": not a file");
+    m_Size = static_cast<std::uint64_t>(status.st_size);
+    m_Version = versionOf(status);
+}
+
+void SourceFile::read(std::uint64_t chunk, std::string& data) const
+{
+    data.resize(chunkLength(m_Size, chunk));
+    for (std::size_t filled = 0; filled < data.size();) {
+        const ssize_t count = ::pread(m_File.get(), &data[filled], data.size() - filled,
+                                      static_cast<off_t>(chunk * kChunkSize + filled));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            throwErrno(haulbox::UNREADABLE, m_Name);
+        if (count == 0)
+            throw FileFailure(haulbox::CHANGED, m_Name + ": became shorter while it was read");
+        filled += static_cast<std::size_t>(count);
+    }
+    requireUnchanged();
+}
+
+void SourceFile::requireUnchanged() const
+{
+    if (versionOf(statusOf(m_File, m_Name)) != m_Version)
+        throw FileFailure(haulbox::CHANGED, m_Name + ": changed while it was read");
+}
+
+} // namespace bulkhaul

@@ -1,0 +1,88 @@
+#include "components/bulkhaul/StatusLines.h"
+
+#include <system_error>
+
+namespace bulkhaul {
+
+namespace {
+
+/// True on the thread of the lines, where the client can't be started or ended.
+thread_local bool onStatusThread = false;
+
+void tell(const StatusFunction& status, int level, const std::string& line)
+{
+    try {
+        if (status)
+            status(level, line);
+    } catch (...) {
+        // The application's function must not end the process.
+    }
+}
+
+} // namespace
+
+bool StatusLines::start(const std::string& firstLine, StatusFunction status)
+{
+    if (onStatusThread)
+        return false;
+    const std::lock_guard<std::mutex> lifecycle(m_LifecycleMutex);
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    if (!m_Thread.joinable()) {
+        m_Ending = false;
+        try {
+            m_Thread = std::thread([this] { deliver(); });
+        } catch (const std::system_error&) {
+            return false;
+        }
+    }
+    m_Status = std::move(status);
+    m_Lines.emplace_back(kInformation, firstLine);
+    m_Wake.notify_one();
+    return true;
+}
+
+void StatusLines::end(const std::string& lastLine)
+{
+    if (onStatusThread)
+        return;
+    const std::lock_guard<std::mutex> lifecycle(m_LifecycleMutex);
+    if (!m_Thread.joinable())
+        return;
+    {
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        m_Lines.emplace_back(kInformation, lastLine);
+        m_Ending = true;
+        m_Wake.notify_one();
+    }
+    m_Thread.join();
+    m_Status.clear();
+}
+
+void StatusLines::write(int level, const std::string& line)
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    if (!m_Thread.joinable() || m_Ending)
+        return;
+    m_Lines.emplace_back(level, line);
+    m_Wake.notify_one();
+}
+
+/// Ends only when every line was delivered.
+void StatusLines::deliver()
+{
+    onStatusThread = true;
+    std::unique_lock<std::mutex> lock(m_Mutex);
+    for (;;) {
+        m_Wake.wait(lock, [this] { return m_Ending || !m_Lines.empty(); });
+        if (m_Lines.empty())
+            return;
+        const auto line = std::move(m_Lines.front());
+        m_Lines.pop_front();
+        const StatusFunction status = m_Status;
+        lock.unlock();
+        tell(status, line.first, line.second);
+        lock.lock();
+    }
+}
+
+} // namespace bulkhaul

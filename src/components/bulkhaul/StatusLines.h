@@ -1,0 +1,45 @@
+#ifndef LUMO_BULKHAUL_STATUSLINES_H
+#define LUMO_BULKHAUL_STATUSLINES_H
+
+#include "components/bulkhaul/Bulkhaul.h"
+
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+namespace bulkhaul {
+
+enum Level
+{
+    kInformation = 0,
+    kError = 2
+};
+
+/// The status lines of the running client. They wait in a queue for one thread, so that nobody who reports
+/// waits for the application's function.
+class StatusLines
+{
+public:
+    /// False when no thread can be had, or on the thread of the lines itself.
+    bool start(const std::string& firstLine, StatusFunction status);
+    void end(const std::string& lastLine);
+    /// Dropped while the client does not run.
+    void write(int level, const std::string& line);
+
+private:
+    void deliver();
+
+    std::mutex m_LifecycleMutex; ///< one start or end at a time
+    std::mutex m_Mutex;          ///< guards what follows
+    std::condition_variable m_Wake;
+    std::deque<std::pair<int, std::string>> m_Lines;
+    StatusFunction m_Status;
+    bool m_Ending = false;
+    std::thread m_Thread;
+};
+
+} // namespace bulkhaul
+
+#endif

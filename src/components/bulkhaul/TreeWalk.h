@@ -1,0 +1,36 @@
+#ifndef LUMO_BULKHAUL_TREEWALK_H
+#define LUMO_BULKHAUL_TREEWALK_H
+
+#include "components/bulkhaul/Folder.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace bulkhaul {
+
+/// A file or folder below the root of a tree.
+struct TreeItem
+{
+    std::string below; ///< its path from the root
+    bool folder;
+    std::uint64_t size;  ///< of a file, in bytes
+    std::string version; ///< of a file, as SourceFile gives it
+};
+
+/// What is made of links, special files and names that are not UTF-8.
+enum class Strange
+{
+    Skip, ///< they are not there
+    Fail  ///< a link to a file is that file, anything else a FileFailure
+};
+
+/// Visits what lies below `root` until `visit` returns false, a folder ahead of what it holds, otherwise in
+/// the order of names; only what comes behind the path `after`, unless that is empty. Memory grows with the
+/// largest folder, not with the tree. False when it was stopped. Throws FileFailure.
+bool walkTree(const Folder& root, Strange strange, const std::string& after,
+              const std::function<bool(const TreeItem&)>& visit);
+
+} // namespace bulkhaul
+
+#endif
