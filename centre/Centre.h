@@ -2,6 +2,7 @@
 #define LUMO_CENTRE_CENTRE_H
 
 #include "centre/Faults.h"
+#include "centre/ListenOptions.h"
 
 #include <memory>
 #include <string>
@@ -9,13 +10,17 @@
 
 namespace centre {
 
-struct ServeOptions
+/// A storage box by its code, and where it listens.
+struct BoxPlace
 {
-    std::string address = "127.0.0.1:0"; ///< "host:port"; port 0 takes a free one
-    std::string tlsCertificate;          ///< PEM file; empty with the key: plain text
-    std::string tlsKey;                  ///< PEM file
-    bool plainText = false;              ///< plain text on an address that is not loopback, too
-    std::vector<std::string> faults;     ///< switches as Faults::add takes them
+    std::string code;
+    std::string address; ///< "host:port"; port 0 takes a free one; empty: the one that the data folder has
+};
+
+struct ServeOptions : ListenOptions
+{
+    std::vector<std::string> faults; ///< switches as Faults::add takes them; for the boxes, too
+    std::vector<BoxPlace> boxes;     ///< storage boxes to serve as well, in the same way
 };
 
 /// A development centre: serves one data folder until it is stopped or destroyed.
@@ -24,7 +29,8 @@ class Centre
 {
 public:
     /// Serves from the return of the constructor on. Throws Error: a folder that is served already or is
-    /// no data folder, an address that can't be listened on, plain text beyond this machine, wrong faults.
+    /// no data folder, an address that can't be listened on, plain text beyond this machine, wrong faults,
+    /// what Box throws.
     Centre(const std::string& dataFolder, const ServeOptions& options);
     ~Centre();
 
@@ -34,7 +40,9 @@ public:
     int port() const;
     /// "host:port", with the port that was taken.
     std::string address() const;
-    /// Ends running calls, then gives the folder free. May be called again.
+    /// The boxes that are served, in the order of the options, with the ports that were taken.
+    std::vector<BoxPlace> boxes() const;
+    /// Ends running calls, then gives the folder and the boxes free. May be called again.
     void stop();
     std::vector<FaultCount> faultCounts() const;
 

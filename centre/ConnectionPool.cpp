@@ -6,9 +6,13 @@
 
 namespace centre {
 
-Connection::Connection(const std::string& dataFolder)
-    : m_Database(openDatabase(dataFolder)),
-      m_FindToken(*m_Database, "SELECT 1 FROM user WHERE token_hash = ?")
+namespace {
+
+constexpr char kUserOfToken[] = "SELECT username, company_id, may_write FROM user WHERE token_hash = ?";
+
+} // namespace
+
+Connection::Connection(const std::string& dataFolder) : m_Database(openDatabase(dataFolder))
 {
 }
 
@@ -20,13 +24,28 @@ Query& Connection::query(const Operation& operation, const google::protobuf::Met
     return *query;
 }
 
-bool Connection::knowsToken(const std::string& token)
+SQLite::Statement& Connection::statement(const char* sql)
 {
-    // Looked up anew for each call, so that a user who was just added can log in.
+    const auto known = m_Statements.find(sql);
+    return known != m_Statements.end()
+               ? known->second
+               : m_Statements.emplace(sql, SQLite::Statement(*m_Database, sql)).first->second;
+}
+
+Registration& Connection::registration()
+{
+    return m_Registration ? *m_Registration : m_Registration.emplace(*m_Database);
+}
+
+std::optional<User> Connection::user(const std::string& token)
+{
     const std::string hash = tokenHash(token);
-    const ResetAtEnd resetAtEnd(m_FindToken);
-    m_FindToken.bind(1, hash.data(), static_cast<int>(hash.size()));
-    return m_FindToken.executeStep();
+    SQLite::Statement& row = statement(kUserOfToken);
+    const ResetAtEnd resetAtEnd(row);
+    row.bind(1, hash.data(), static_cast<int>(hash.size()));
+    if (!row.executeStep())
+        return std::nullopt;
+    return User{row.getColumn(0).getString(), row.getColumn(1).getUInt(), row.getColumn(2).getInt() != 0};
 }
 
 std::unique_ptr<Connection> ConnectionPool::take()

@@ -2,18 +2,29 @@
 #define LUMO_CENTRE_CONNECTIONPOOL_H
 
 #include "centre/Query.h"
+#include "centre/Registration.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
+#include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 namespace centre {
 
-/// A connection to the database with its prepared operations; used by one thread at a time.
+struct User
+{
+    std::string name;
+    std::uint32_t companyId;
+    bool mayWrite;
+};
+
+/// A connection to the database with what is prepared on it; used by one thread at a time. All throw
+/// SQLite::Exception.
 class Connection
 {
 public:
@@ -21,11 +32,18 @@ public:
 
     /// The operation prepared on this connection; kept for the next call.
     Query& query(const Operation& operation, const google::protobuf::MethodDescriptor& method);
-    bool knowsToken(const std::string& token);
+    /// The statement prepared on this connection; kept for the next call, by the address of `sql`.
+    SQLite::Statement& statement(const char* sql);
+    Registration& registration();
+    SQLite::Database& database() { return *m_Database; }
+
+    /// Whose token it is. Looked up anew each time, so that a user who was just added can log in.
+    std::optional<User> user(const std::string& token);
 
 private:
     std::unique_ptr<SQLite::Database> m_Database;
-    SQLite::Statement m_FindToken;
+    std::optional<Registration> m_Registration;
+    std::unordered_map<const char*, SQLite::Statement> m_Statements;
     std::unordered_map<const Operation*, std::unique_ptr<Query>> m_Queries;
 };
 
@@ -46,6 +64,7 @@ public:
         Lease& operator=(const Lease&) = delete;
 
         Connection* operator->() { return m_Connection.get(); }
+        Connection& operator*() { return *m_Connection; }
 
     private:
         ConnectionPool& m_Pool;

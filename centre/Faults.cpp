@@ -25,12 +25,12 @@ Fault parse(const QRegularExpressionMatch& parts)
     return {Fault::Kind::Result, parts.captured("result").toInt()};
 }
 
+} // namespace
+
 bool isOnData(const Fault& fault)
 {
     return fault.kind == Fault::Kind::Corrupt || fault.kind == Fault::Kind::Break;
 }
-
-} // namespace
 
 Faults::Added Faults::add(const std::string& text)
 {

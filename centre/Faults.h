@@ -27,6 +27,9 @@ struct Fault
     std::uint64_t after = 0; ///< of Kind::Break: the bytes that the operation moves before
 };
 
+/// Whether the fault is one of the data that a call moves.
+bool isOnData(const Fault& fault);
+
 /// How often a fault switch fired.
 struct FaultCount
 {

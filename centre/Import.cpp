@@ -1,6 +1,7 @@
 #include "centre/Import.h"
 
 #include "centre/Error.h"
+#include "centre/Registration.h"
 #include "centre/Store.h"
 #include "centre/Text.h"
 
@@ -26,13 +27,7 @@ class Importer
 {
 public:
     Importer(Store& store, ImportReport& report, const std::function<void(const std::string&)>& problem)
-        : m_Database(store.database()),
-          m_Report(report),
-          m_Problem(problem),
-          m_FindFolder(m_Database, "SELECT id FROM folder WHERE disk_id = ? AND parent_id = ? AND name = ?"),
-          m_AddFolder(m_Database, "INSERT INTO folder(disk_id, parent_id, name) VALUES (?, ?, ?)"),
-          m_AddFile(m_Database, "INSERT INTO file(parent_id, name) VALUES (?, ?)"
-                                " ON CONFLICT (parent_id, name) DO NOTHING")
+        : m_Database(store.database()), m_Report(report), m_Problem(problem), m_Registration(m_Database)
     {
     }
 
@@ -111,35 +106,19 @@ private:
 
     std::uint32_t folderId(std::uint32_t parentId, const std::string& name)
     {
-        bind(m_FindFolder, parentId, name);
-        if (m_FindFolder.executeStep()) {
-            const std::uint32_t id = m_FindFolder.getColumn(0).getUInt();
-            m_FindFolder.reset();
+        if (const auto known = m_Registration.findFolder(m_DiskId, parentId, name)) {
             ++m_Report.knownFolders;
-            return id;
+            return *known;
         }
-        bind(m_AddFolder, parentId, name);
-        m_AddFolder.exec();
+        const std::uint32_t id = m_Registration.addFolder(m_DiskId, parentId, name);
         ++m_Report.newFolders;
-        const auto id = static_cast<std::uint32_t>(m_Database.getLastInsertRowid());
         countRow();
         return id;
     }
 
-    void bind(SQLite::Statement& statement, std::uint32_t parentId, const std::string& name)
-    {
-        statement.reset();
-        statement.bind(1, m_DiskId);
-        statement.bind(2, parentId);
-        statement.bind(3, name);
-    }
-
     void addFile(std::uint32_t folderId, const std::string& name)
     {
-        m_AddFile.reset();
-        m_AddFile.bind(1, folderId);
-        m_AddFile.bind(2, name);
-        ++(m_AddFile.exec() > 0 ? m_Report.newFiles : m_Report.knownFiles);
+        ++(m_Registration.addFile(folderId, name) ? m_Report.newFiles : m_Report.knownFiles);
         countRow();
     }
 
@@ -160,10 +139,6 @@ private:
     {
         if (++m_Rows < kBatchRows && std::chrono::steady_clock::now() - m_Begun < kBatchTime)
             return;
-        // A statement that is still under way would keep the transaction open.
-        m_FindFolder.reset();
-        m_AddFolder.reset();
-        m_AddFile.reset();
         m_Transaction->commit();
         m_Transaction.reset();
         begin();
@@ -172,9 +147,7 @@ private:
     SQLite::Database& m_Database;
     ImportReport& m_Report;
     const std::function<void(const std::string&)>& m_Problem;
-    SQLite::Statement m_FindFolder;
-    SQLite::Statement m_AddFolder;
-    SQLite::Statement m_AddFile;
+    Registration m_Registration;
     std::optional<SQLite::Transaction> m_Transaction;
     std::vector<Folder> m_Pending;
     std::uint32_t m_DiskId = 0;
@@ -222,14 +195,6 @@ void setBox(Store& store, std::uint32_t diskId, const std::string& boxCode)
     statement.exec();
 }
 
-void requireBox(Store& store, const std::string& code)
-{
-    SQLite::Statement statement(store.database(), "SELECT 1 FROM box WHERE code = ?");
-    statement.bind(1, code);
-    if (!statement.executeStep())
-        throw Error(ExitCode::Failed, "there is no box " + escaped(code) + "; add-box adds one");
-}
-
 } // namespace
 
 ImportReport importTree(Store& store, const ImportOptions& options,
@@ -238,7 +203,7 @@ ImportReport importTree(Store& store, const ImportOptions& options,
     ImportReport report;
     report.rootPath = absoluteFolder(options.folder);
     if (!options.boxCode.empty())
-        requireBox(store, options.boxCode);
+        store.boxAddress(options.boxCode); // throws if there is no such box
     auto disk = findDisk(store, options, report.rootPath);
     report.diskIsNew = !disk;
     if (!disk) {

@@ -24,6 +24,13 @@ const std::string kFilesOfProject =
     " JOIN comment_record ON comment_id = :comment_id AND data_type_id = 2 AND record_id = file_id"
     " WHERE project_id = :project_id";
 
+const std::string kVersion =
+    "SELECT name AS version_text_1, versionno AS version_text_2, app_full_path, released AS version_text_4,"
+    " kesta_code AS version_text_5, notes AS version_text_6 FROM version ";
+const std::string kOfProgram = "WHERE kind = 1 AND number = :programno ";
+const std::string kOfModule = "WHERE kind = 2 AND number = :moduleno ";
+const std::string kLatest = "ORDER BY place DESC LIMIT 1";
+
 /// The path of a place, from the folder it is in (`folder_id`) and what stands below that folder (`below`).
 std::string fullPath(const std::string& start)
 {
@@ -74,6 +81,19 @@ const std::vector<Operation>& ledgerOperations()
          kFileColumns + kFilesOfProject + " ORDER BY file_id" + kPage},
         {"getFileFullPath", Shape::Values,
          fullPath("SELECT parent_id, '/' || name FROM file WHERE id = :file_id")},
+
+        {"queryCompanyTableByCompanyID", Shape::Record,
+         "SELECT id, companyno FROM company WHERE id = :company_id"},
+        {"queryNationalAreaByAreaID", Shape::List,
+         "SELECT area_id, area_name FROM national_area WHERE area_id = :area_id OR parent_id = :area_id"
+         " ORDER BY area_id <> :area_id, area_id"},
+
+        {"queryVersionByVersionNoAndProgramNo", Shape::Record,
+         kVersion + kOfProgram + "AND versionno = :versionno"},
+        {"queryVersionByVersionNoAndModuleNo", Shape::Record,
+         kVersion + kOfModule + "AND versionno = :versionno"},
+        {"checkNewVersion", Shape::Record, kVersion + kOfProgram + kLatest},
+        {"checkNewVersionByModuleNo", Shape::Record, kVersion + kOfModule + kLatest},
     };
     return operations;
 }

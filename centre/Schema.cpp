@@ -2,24 +2,25 @@
 
 #include "centre/Error.h"
 
+#include <SQLiteCpp/Transaction.h>
 #include <sqlite3.h>
 
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <iterator>
 #include <sys/stat.h>
 
 namespace centre {
 
 namespace {
 
-constexpr int kSchemaVersion = 1;
 constexpr int kApplicationId = 0x4C554D4F; // "LUMO", so that a foreign database is never taken for ours
 constexpr int kBusyTimeoutMilliseconds = 10000;
 
 // A column that goes into a bean bears the bean's field name. An empty place is NULL: the field is then
 // absent. 0xFFFFFFFF means "none" to the clients, so no record may have it.
-constexpr const char* kSchema = R"sql(
+constexpr const char* kVersion1 = R"sql(
 CREATE TABLE company (
     id INTEGER PRIMARY KEY CHECK (id BETWEEN 1 AND 4294967294),
     companyno TEXT NOT NULL UNIQUE);
@@ -85,6 +86,40 @@ CREATE TABLE comment_record (
     PRIMARY KEY (comment_id, data_type_id, record_id)) WITHOUT ROWID;
 )sql";
 
+// A disk or a package is found by the paths that lead to a place.
+constexpr const char* kVersion2 = R"sql(
+ALTER TABLE user ADD COLUMN may_write INTEGER NOT NULL DEFAULT 1;
+
+CREATE INDEX disk_root ON disk(root_path);
+
+CREATE TABLE national_area (
+    area_id INTEGER PRIMARY KEY CHECK (area_id BETWEEN 1 AND 4294967294),
+    area_name TEXT NOT NULL,
+    parent_id INTEGER REFERENCES national_area(area_id));
+
+CREATE INDEX national_area_parent ON national_area(parent_id);
+
+-- kind: 1 of a program, 2 of a module; place sorts the versions of one number from the first to the latest
+CREATE TABLE version (
+    kind INTEGER NOT NULL CHECK (kind IN (1, 2)),
+    number TEXT NOT NULL,
+    place BLOB NOT NULL,
+    versionno TEXT NOT NULL,
+    name TEXT NOT NULL,
+    kesta_code TEXT NOT NULL REFERENCES box(code),
+    app_full_path TEXT NOT NULL,
+    released TEXT NOT NULL,
+    notes TEXT,
+    PRIMARY KEY (kind, number, place)) WITHOUT ROWID;
+
+CREATE INDEX version_box ON version(kesta_code);
+CREATE INDEX version_path ON version(app_full_path);
+)sql";
+
+/// What leads from each version of the tables to the next.
+constexpr const char* kSteps[] = {kVersion1, kVersion2};
+constexpr int kSchemaVersion = std::size(kSteps);
+
 std::string databasePath(const std::string& dataFolder)
 {
     return dataFolder + "/centre.db";
@@ -103,6 +138,21 @@ Error notOurs(const std::string& path)
 bool isComplete(SQLite::Database& database)
 {
     return pragma(database, "application_id") == kApplicationId && pragma(database, "user_version") > 0;
+}
+
+void takeSteps(SQLite::Database& database, int from)
+{
+    for (int version = from; version < kSchemaVersion; ++version) {
+        database.exec(kSteps[version]);
+        database.exec("PRAGMA user_version = " + std::to_string(version + 1));
+    }
+}
+
+void migrate(SQLite::Database& database)
+{
+    SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
+    takeSteps(database, pragma(database, "user_version")); // another process may have been faster
+    transaction.commit();
 }
 
 void setUp(SQLite::Database& database)
@@ -136,6 +186,8 @@ std::unique_ptr<SQLite::Database> openDatabase(const std::string& dataFolder)
         throw Error(ExitCode::NoDataFolder, dataFolder + " has version " + std::to_string(version) +
                                                 " of the tables; this lumo-centre knows " +
                                                 std::to_string(kSchemaVersion) + ": use a newer lumo-centre");
+    if (version < kSchemaVersion)
+        migrate(*database);
     return database;
 }
 
@@ -160,9 +212,8 @@ std::unique_ptr<SQLite::Database> createDatabase(const std::string& dataFolder)
 
 void createSchema(SQLite::Database& database)
 {
-    database.exec(kSchema);
     database.exec("PRAGMA application_id = " + std::to_string(kApplicationId));
-    database.exec("PRAGMA user_version = " + std::to_string(kSchemaVersion));
+    takeSteps(database, 0);
 }
 
 } // namespace centre

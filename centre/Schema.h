@@ -10,6 +10,7 @@ namespace centre {
 
 /// Opens the database of a data folder for reading and writing, ready for use by one thread at a time:
 /// foreign keys on, every commit flushed to the disk, waiting for other writers instead of failing.
+/// Tables of an older version are brought to this one first, in one transaction.
 /// Throws Error(NoDataFolder) if there is none or it is of a newer version.
 std::unique_ptr<SQLite::Database> openDatabase(const std::string& dataFolder);
 

@@ -22,17 +22,16 @@ std::string holder(int file)
 
 } // namespace
 
-ServeLock::ServeLock(const std::string& dataFolder)
+ServeLock::ServeLock(const std::string& path, const std::string& what)
 {
-    const std::string path = dataFolder + "/serve.lock";
     m_File = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (m_File < 0)
         throw Error(ExitCode::Failed, "can't open " + path + ": " + std::strerror(errno));
     if (::flock(m_File, LOCK_EX | LOCK_NB) != 0) {
         const int reason = errno;
-        const std::string message =
-            reason == EWOULDBLOCK ? dataFolder + " is being served by " + holder(m_File) + "; stop that first"
-                                  : "can't lock " + path + ": " + std::strerror(reason);
+        const std::string message = reason == EWOULDBLOCK
+                                        ? what + " is being served by " + holder(m_File) + "; stop that first"
+                                        : "can't lock " + path + ": " + std::strerror(reason);
         ::close(m_File);
         throw Error(reason == EWOULDBLOCK ? ExitCode::InUse : ExitCode::Failed, message);
     }

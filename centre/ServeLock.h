@@ -5,13 +5,14 @@
 
 namespace centre {
 
-/// The right to serve a data folder, held by one process at a time while the object lives. The system
-/// gives it back when the process ends, however it ends.
+/// The right to serve something, held by one process at a time while the object lives. The system gives
+/// it back when the process ends, however it ends.
 class ServeLock
 {
 public:
-    /// Throws Error(InUse), which names the process, when the folder is served already.
-    explicit ServeLock(const std::string& dataFolder);
+    /// Throws Error(InUse), which names the process, when `what` is served already. `path` is of the file
+    /// that is locked.
+    ServeLock(const std::string& path, const std::string& what);
     ~ServeLock();
 
     ServeLock(const ServeLock&) = delete;

@@ -7,31 +7,35 @@
 #include "components/wirecall/Address.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
+#include <SQLiteCpp/VariadicBind.h>
 #include <sqlite3.h>
 
-#include <filesystem>
+#include <cstdint>
 
 namespace centre {
 
 namespace {
 
-/// Runs one insertion; a name that is there already becomes the error `taken`.
-std::uint32_t insert(SQLite::Database& database, SQLite::Statement& statement, const std::string& taken)
+std::uint32_t lastId(SQLite::Database& database)
+{
+    return static_cast<std::uint32_t>(database.getLastInsertRowid());
+}
+
+} // namespace
+
+void insert(SQLite::Statement& statement, const std::string& taken, const std::string& missing)
 {
     try {
         statement.exec();
     } catch (const SQLite::Exception& exception) {
         const int code = exception.getExtendedErrorCode();
         if (code == SQLITE_CONSTRAINT_FOREIGNKEY)
-            throw Error(ExitCode::Failed, "there is no such box; add-box adds one");
+            throw Error(ExitCode::Failed, missing);
         if (code == SQLITE_CONSTRAINT_UNIQUE || code == SQLITE_CONSTRAINT_PRIMARYKEY)
             throw Error(ExitCode::Failed, taken);
         throw;
     }
-    return static_cast<std::uint32_t>(database.getLastInsertRowid());
 }
-
-} // namespace
 
 void requireName(const std::string& what, const std::string& name)
 {
@@ -70,20 +74,20 @@ std::uint32_t Store::addCompany(const std::string& companyNo)
     requireName("the company number", companyNo);
     SQLite::Statement statement(*m_Database, "INSERT INTO company(companyno) VALUES (?)");
     statement.bind(1, companyNo);
-    return insert(*m_Database, statement, "there is a company " + companyNo + " already");
+    insert(statement, "there is a company " + companyNo + " already");
+    return lastId(*m_Database);
 }
 
-std::string Store::addUser(const std::string& userName, const std::string& companyNo)
+std::string Store::addUser(const std::string& userName, const std::string& companyNo, bool mayWrite)
 {
     requireName("the user name", userName);
     std::string token = newToken();
     const std::string hash = tokenHash(token);
-    SQLite::Statement statement(*m_Database,
-                                "INSERT INTO user(username, company_id, token_hash) VALUES (?, ?, ?)");
-    statement.bind(1, userName);
-    statement.bind(2, companyId(companyNo));
-    statement.bind(3, hash.data(), static_cast<int>(hash.size()));
-    insert(*m_Database, statement, "there is a user " + userName + " already");
+    SQLite::Statement statement(
+        *m_Database, "INSERT INTO user(username, company_id, may_write, token_hash) VALUES (?, ?, ?, ?)");
+    SQLite::bind(statement, userName, companyId(companyNo), mayWrite ? 1 : 0);
+    statement.bind(4, hash.data(), static_cast<int>(hash.size()));
+    insert(statement, "there is a user " + userName + " already");
     return token;
 }
 
@@ -97,7 +101,37 @@ void Store::addBox(const std::string& code, const std::string& address)
     SQLite::Statement statement(*m_Database, "INSERT INTO box(code, address) VALUES (?, ?)");
     statement.bind(1, code);
     statement.bind(2, address);
-    insert(*m_Database, statement, "there is a box " + code + " already");
+    insert(statement, "there is a box " + code + " already");
+}
+
+std::string Store::boxAddress(const std::string& code)
+{
+    SQLite::Statement statement(*m_Database, "SELECT address FROM box WHERE code = ?");
+    statement.bind(1, code);
+    if (!statement.executeStep())
+        throw Error(ExitCode::Failed, "there is no box " + escaped(code) + "; add-box adds one");
+    return statement.getColumn(0).getString();
+}
+
+void Store::setBoxAddress(const std::string& code, const std::string& address)
+{
+    SQLite::Statement statement(*m_Database, "UPDATE box SET address = ? WHERE code = ?");
+    SQLite::bind(statement, address, code);
+    statement.exec();
+}
+
+void Store::addArea(std::uint32_t id, const std::string& name, std::optional<std::uint32_t> parentId)
+{
+    requireName("the area's name", name);
+    if (id == 0 || id == UINT32_MAX)
+        throw Error(ExitCode::WrongUse, "an area's identifier is a number from 1 to 4294967294");
+    SQLite::Statement statement(*m_Database,
+                                "INSERT INTO national_area(area_id, area_name, parent_id) VALUES (?, ?, ?)");
+    SQLite::bind(statement, id, name);
+    if (parentId)
+        statement.bind(3, *parentId);
+    insert(statement, "there is an area " + std::to_string(id) + " already",
+           "there is no area to be its parent");
 }
 
 std::uint32_t Store::companyId(const std::string& companyNo)
@@ -123,12 +157,13 @@ std::uint32_t Store::addDisk(const std::string& name, const std::string& rootPat
     disk.bind(2, name);
     disk.bind(3, boxCode);
     disk.bind(4, companyId(companyNo));
-    const std::uint32_t diskId = insert(*m_Database, disk, "there is a disk " + name + " already");
+    insert(disk, "there is a disk " + name + " already");
+    const std::uint32_t diskId = lastId(*m_Database);
     SQLite::Statement folder(*m_Database, "INSERT INTO folder(parent_id, name, disk_id) VALUES (0, ?, ?)");
     folder.bind(1, name);
     folder.bind(2, diskId);
     folder.exec();
-    const auto folderId = static_cast<std::uint32_t>(m_Database->getLastInsertRowid());
+    const std::uint32_t folderId = lastId(*m_Database);
     transaction.commit();
     return folderId;
 }

@@ -3,16 +3,18 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace SQLite {
 class Database;
-}
+class Statement;
+} // namespace SQLite
 
 namespace centre {
 
-/// Writes to a data folder: companies, users, boxes, disks. May be used while another process serves the
-/// folder, by one thread at a time. What a function returns from has reached the disk. All throw Error;
+/// Writes to a data folder: companies, users, boxes, areas, disks. May be used while another process serves
+/// the folder, by one thread at a time. What a function returns from has reached the disk. All throw Error;
 /// names are UTF-8, and one that is taken already is an error.
 class Store
 {
@@ -27,9 +29,16 @@ public:
 
     std::uint32_t addCompany(const std::string& companyNo);
     /// Returns the user's token, which can't be had again: only its hash is kept.
-    std::string addUser(const std::string& userName, const std::string& companyNo);
+    /// One who may not write may still download.
+    std::string addUser(const std::string& userName, const std::string& companyNo, bool mayWrite = true);
     /// Storage box `code` can be reached at `address`, "host:port".
     void addBox(const std::string& code, const std::string& address);
+
+    std::string boxAddress(const std::string& code);
+    void setBoxAddress(const std::string& code, const std::string& address);
+
+    /// A national area, below another if it has a parent.
+    void addArea(std::uint32_t id, const std::string& name, std::optional<std::uint32_t> parentId = {});
 
     std::uint32_t companyId(const std::string& companyNo);
 
@@ -50,6 +59,11 @@ private:
 /// Throws Error(WrongUse) unless `name` can be a name: not empty, UTF-8, without control characters.
 /// `what` says whose name it is.
 void requireName(const std::string& what, const std::string& name);
+
+/// Runs one insertion. Throws Error with `taken` if the record is there already, with `missing` if one that
+/// it refers to is not there.
+void insert(SQLite::Statement& statement, const std::string& taken,
+            const std::string& missing = "there is no such box; add-box adds one");
 
 } // namespace centre
 

@@ -1,9 +1,12 @@
+#include "centre/Box.h"
 #include "centre/Centre.h"
 #include "centre/Error.h"
+#include "centre/FaultyService.h"
 #include "centre/Import.h"
 #include "centre/Store.h"
 #include "centre/Text.h"
 #include "centre/Token.h"
+#include "centre/Version.h"
 
 #include <CLI/CLI.hpp>
 
@@ -12,6 +15,7 @@
 #include <cstdlib>
 #include <iomanip>
 #include <iostream>
+#include <optional>
 #include <pthread.h>
 
 namespace {
@@ -24,10 +28,18 @@ struct Arguments
     std::string companyNo = "LUMO";
     std::string userName = "demo";
     std::string tokenFile;
+    bool readOnly = false;
     std::string boxCode;
     std::string boxAddress;
+    std::uint32_t areaId = 0;
+    std::string areaName;
+    std::optional<std::uint32_t> areaParent;
+    std::string programNo;
+    std::string moduleNo;
+    centre::Version version;
     centre::ImportOptions import;
     centre::ServeOptions serve;
+    std::vector<std::string> boxes;
 };
 
 /// Gives a new user's token to whom it concerns. A token that can't be written to its file is shown, since
@@ -59,8 +71,9 @@ ExitCode init(const Arguments& arguments)
 
 ExitCode addUser(const Arguments& arguments)
 {
-    return handOver(arguments,
-                    centre::Store(arguments.data).addUser(arguments.userName, arguments.companyNo));
+    return handOver(
+        arguments,
+        centre::Store(arguments.data).addUser(arguments.userName, arguments.companyNo, !arguments.readOnly));
 }
 
 ExitCode addCompany(const Arguments& arguments)
@@ -72,6 +85,22 @@ ExitCode addCompany(const Arguments& arguments)
 ExitCode addBox(const Arguments& arguments)
 {
     centre::Store(arguments.data).addBox(arguments.boxCode, arguments.boxAddress);
+    return ExitCode::Success;
+}
+
+ExitCode addArea(const Arguments& arguments)
+{
+    centre::Store(arguments.data).addArea(arguments.areaId, arguments.areaName, arguments.areaParent);
+    return ExitCode::Success;
+}
+
+ExitCode addVersion(const Arguments& arguments)
+{
+    centre::Version version = arguments.version;
+    version.kind = arguments.moduleNo.empty() ? centre::VersionKind::Program : centre::VersionKind::Module;
+    version.number = arguments.programNo + arguments.moduleNo; // one of them alone is given
+    centre::Store store(arguments.data);
+    centre::addVersion(store, version);
     return ExitCode::Success;
 }
 
@@ -93,22 +122,76 @@ ExitCode importTree(const Arguments& arguments)
     return report.problems == 0 ? ExitCode::Success : ExitCode::Incomplete;
 }
 
+/// SIGTERM and SIGINT, blocked before any thread starts, so that only `wait` sees them.
+class StopSignals
+{
+public:
+    StopSignals()
+    {
+        sigemptyset(&m_Signals);
+        sigaddset(&m_Signals, SIGTERM);
+        sigaddset(&m_Signals, SIGINT);
+        pthread_sigmask(SIG_BLOCK, &m_Signals, nullptr);
+    }
+
+    void wait() const
+    {
+        int signal = 0;
+        sigwait(&m_Signals, &signal);
+    }
+
+private:
+    sigset_t m_Signals;
+};
+
+void tellBox(const std::string& code, const std::string& address)
+{
+    std::cout << "lumo-centre: box " << code << " on " << address << std::endl;
+}
+
+void tellFaults(const std::vector<centre::FaultCount>& counts)
+{
+    for (const centre::FaultCount& count : counts)
+        std::cout << "lumo-centre: fault " << count.text << " fired " << count.fired << " times\n";
+}
+
+/// CODE or CODE=HOST:PORT.
+centre::BoxPlace parseBox(const std::string& text)
+{
+    const std::size_t separator = text.rfind('=');
+    if (separator == std::string::npos)
+        return {text, ""};
+    return {text.substr(0, separator), text.substr(separator + 1)};
+}
+
 ExitCode serve(const Arguments& arguments)
 {
-    // Blocked before any thread starts, so that only sigwait sees them.
-    sigset_t stopSignals;
-    sigemptyset(&stopSignals);
-    sigaddset(&stopSignals, SIGTERM);
-    sigaddset(&stopSignals, SIGINT);
-    pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
-
-    centre::Centre centre(arguments.data, arguments.serve);
+    const StopSignals stopSignals;
+    centre::ServeOptions options = arguments.serve;
+    for (const std::string& box : arguments.boxes)
+        options.boxes.push_back(parseBox(box));
+    centre::Centre centre(arguments.data, options);
+    for (const centre::BoxPlace& box : centre.boxes())
+        tellBox(box.code, box.address);
     std::cout << "lumo-centre: serving " << arguments.data << " on " << centre.address() << std::endl;
-    int signal = 0;
-    sigwait(&stopSignals, &signal);
+    stopSignals.wait();
     centre.stop();
-    for (const centre::FaultCount& count : centre.faultCounts())
-        std::cout << "lumo-centre: fault " << count.text << " fired " << count.fired << " times\n";
+    tellFaults(centre.faultCounts());
+    return ExitCode::Success;
+}
+
+ExitCode serveBox(const Arguments& arguments)
+{
+    const StopSignals stopSignals;
+    centre::Faults faults;
+    centre::addFaults(faults, arguments.serve.faults, centre::Box::services());
+    centre::ListenOptions listen = arguments.serve;
+    listen.address = arguments.boxAddress;
+    centre::Box box(arguments.data, arguments.boxCode, listen, faults);
+    tellBox(box.code(), box.address());
+    stopSignals.wait();
+    box.stop();
+    tellFaults(faults.counts());
     return ExitCode::Success;
 }
 
@@ -122,14 +205,19 @@ CLI::App* command(CLI::App& app, Arguments& arguments, ExitCode& result, const s
     return command;
 }
 
-void addCommands(CLI::App& app, Arguments& arguments, ExitCode& result)
+void addTokenFile(CLI::App* command, Arguments& arguments)
+{
+    command->add_option("--token-file", arguments.tokenFile,
+                        "write the user's token there instead of showing it");
+}
+
+void addAdministration(CLI::App& app, Arguments& arguments, ExitCode& result)
 {
     CLI::App* each =
         command(app, arguments, result, "init", "make a data folder with a company and a user", init);
     each->add_option("--company", arguments.companyNo, "the company's number")->capture_default_str();
     each->add_option("--user", arguments.userName, "the user's name")->capture_default_str();
-    each->add_option("--token-file", arguments.tokenFile,
-                     "write the user's token there instead of showing it");
+    addTokenFile(each, arguments);
 
     each = command(app, arguments, result, "add-company", "add a company", addCompany);
     each->add_option("NO", arguments.companyNo, "its number")->required();
@@ -137,36 +225,75 @@ void addCommands(CLI::App& app, Arguments& arguments, ExitCode& result)
     each = command(app, arguments, result, "add-user", "add a user of a company", addUser);
     each->add_option("NAME", arguments.userName, "the user's name")->required();
     each->add_option("--company", arguments.companyNo, "the company's number")->required();
-    each->add_option("--token-file", arguments.tokenFile,
-                     "write the user's token there instead of showing it");
+    each->add_flag("--read-only", arguments.readOnly, "the user may download, not upload");
+    addTokenFile(each, arguments);
 
     each = command(app, arguments, result, "add-box", "add a storage box", addBox);
     each->add_option("CODE", arguments.boxCode, "its code")->required();
     each->add_option("ADDRESS", arguments.boxAddress, "its address, HOST:PORT")->required();
 
-    each = command(app, arguments, result, "import", "register the content of a real folder as a disk",
-                   importTree);
+    each = command(app, arguments, result, "add-area", "add a national area", addArea);
+    each->add_option("ID", arguments.areaId, "its identifier")->required();
+    each->add_option("NAME", arguments.areaName, "its name")->required();
+    each->add_option("--parent", arguments.areaParent, "identifier of the area that it is part of");
+}
+
+void addContent(CLI::App& app, Arguments& arguments, ExitCode& result)
+{
+    CLI::App* each = command(app, arguments, result, "import",
+                             "register the content of a real folder as a disk", importTree);
     each->add_option("DIR", arguments.import.folder, "the folder")->required();
     each->add_option("--disk", arguments.import.diskName, "the disk's name")->required();
     each->add_option("--company", arguments.companyNo, "whose disk it is")->capture_default_str();
     each->add_option("--box", arguments.import.boxCode, "code of the storage box that holds the disk");
+
+    each =
+        command(app, arguments, result, "add-version", "add a version of a program or a module", addVersion);
+    CLI::Option_group* number = each->add_option_group("number");
+    number->add_option("--program", arguments.programNo, "the program's number");
+    number->add_option("--module", arguments.moduleNo, "the module's number");
+    number->require_option(1);
+    centre::Version& version = arguments.version;
+    each->add_option("--version", version.version, "the version number")->required();
+    each->add_option("--path", version.path, "its package, a file or a folder")->required();
+    each->add_option("--box", version.boxCode, "code of the storage box that holds it")->required();
+    each->add_option("--name", version.name, "a name; otherwise the number of the program or module");
+    each->add_option("--date", version.released, "day of the release, YYYY-MM-DD; otherwise today");
+    each->add_option("--notes", version.notes, "what there is to say about it");
 }
 
-void addServe(CLI::App& app, Arguments& arguments, ExitCode& result)
+void addListening(CLI::App* command, Arguments& arguments)
+{
+    CLI::Option* certificate =
+        command->add_option("--tls-cert", arguments.serve.tlsCertificate, "certificate, PEM file");
+    CLI::Option* key = command->add_option("--tls-key", arguments.serve.tlsKey, "its key, PEM file");
+    certificate->needs(key);
+    key->needs(certificate);
+    command->add_flag("--plain-text", arguments.serve.plainText, "plain text beyond this machine, too")
+        ->excludes(certificate);
+    command
+        ->add_option("--fault", arguments.serve.faults,
+                     "a fault for tests: OPERATION[@N]=stall|exit|refuse|result:R|corrupt or"
+                     " OPERATION=break:BYTES; may be given again")
+        ->take_all();
+}
+
+void addServing(CLI::App& app, Arguments& arguments, ExitCode& result)
 {
     CLI::App* each =
         command(app, arguments, result, "serve", "serve a data folder until SIGTERM or SIGINT", serve);
     each->add_option("--listen", arguments.serve.address, "HOST:PORT; port 0 takes a free one")->required();
-    CLI::Option* certificate =
-        each->add_option("--tls-cert", arguments.serve.tlsCertificate, "certificate, PEM file");
-    CLI::Option* key = each->add_option("--tls-key", arguments.serve.tlsKey, "its key, PEM file");
-    certificate->needs(key);
-    key->needs(certificate);
-    each->add_flag("--plain-text", arguments.serve.plainText, "plain text beyond this machine, too")
-        ->excludes(certificate);
-    each->add_option("--fault", arguments.serve.faults,
-                     "a fault for tests: OPERATION[@N]=stall|exit|refuse|result:R; may be given again")
+    each->add_option("--box", arguments.boxes,
+                     "CODE[=HOST:PORT]: a storage box to serve as well; may be given again")
         ->take_all();
+    addListening(each, arguments);
+
+    each =
+        command(app, arguments, result, "serve-box", "serve a storage box until SIGTERM or SIGINT", serveBox);
+    each->add_option("CODE", arguments.boxCode, "its code")->required();
+    each->add_option("--listen", arguments.boxAddress,
+                     "HOST:PORT; port 0 takes a free one; otherwise where it was last");
+    addListening(each, arguments);
 }
 
 /// The result of a command whose output is written; what can't be written fails it.
@@ -191,7 +318,8 @@ ExitCode tellWrongUse(const CLI::App& app, const CLI::ParseError& error)
         message = "'" + extras.front() + "' is one argument too many";
     else if (chosen.empty())
         message = (extras.empty() ? "which command?" : "there is no command '" + extras.front() + "';") +
-                  std::string(" the commands are init, add-company, add-user, add-box, import and serve");
+                  std::string(" the commands are init, add-company, add-user, add-box, add-area, import,"
+                              " add-version, serve and serve-box");
     std::cerr << "lumo-centre: " << centre::escaped(message) << " (see '" << help << "')\n";
     return ExitCode::WrongUse;
 }
@@ -211,8 +339,9 @@ int main(int argc, char** argv)
     app.set_version_flag("--version", "lumo-centre " LUMO_VERSION);
     Arguments arguments;
     ExitCode result = ExitCode::Success;
-    addCommands(app, arguments, result);
-    addServe(app, arguments, result);
+    addAdministration(app, arguments, result);
+    addContent(app, arguments, result);
+    addServing(app, arguments, result);
     try {
         app.parse(argc, argv);
         return static_cast<int>(flushed(result));

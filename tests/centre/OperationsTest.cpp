@@ -172,8 +172,8 @@ TEST_F(Operations, PagesOfALargeFolderAreCompleteAndInOrder)
 
 TEST_F(Operations, AnErrorOfTheDatabaseIsResultMinusTwo)
 {
-    centre::Store(m_Data.path()).database().exec("ALTER TABLE user RENAME COLUMN username TO other");
-    EXPECT_EQ(ask(*m_Channel, "queryUserTableByUserName", "username: 'demo'"), "result: -2");
+    centre::Store(m_Data.path()).database().exec("ALTER TABLE company RENAME COLUMN companyno TO other");
+    EXPECT_EQ(ask(*m_Channel, "queryCompanyTableByCompanyNo", "companyno: 'LUMO'"), "result: -2");
 }
 
 TEST(Query, RefusesSqlThatDoesNotFitTheMessages)

@@ -1,0 +1,183 @@
+#include "centre/CatalogueOfBox.h"
+
+#include "centre/BoxPath.h"
+#include "centre/ResetAtEnd.h"
+#include "centre/Text.h"
+#include "haulbox.pb.h"
+#include "kestaserver.pb.h"
+
+#include <unordered_map>
+
+namespace centre {
+
+namespace {
+
+constexpr char kDisksAt[] = "SELECT id FROM disk WHERE root_path = ? AND kesta_code = ?";
+
+template <class AuthMsg>
+bool parse(const haulbox::Carried& carried, AuthMsg& message, std::string& reason)
+{
+    const std::string& wanted = AuthMsg::descriptor()->full_name();
+    if (carried.type_name() != wanted)
+        reason = "the request carries " +
+                 (carried.type_name().empty() ? "no message" : "a " + escaped(carried.type_name())) +
+                 " where a " + wanted + " is needed";
+    else if (!message.ParseFromString(carried.body()))
+        reason = "the " + wanted + " that the request carries can't be read";
+    return reason.empty();
+}
+
+/// What a message says about the use that is asked for.
+struct Claim
+{
+    std::string userName;
+    std::optional<std::uint32_t> folderId;
+};
+
+std::optional<Claim> readClaim(const haulbox::Carried& carried, BoxCatalogue::Use use, std::string& reason)
+{
+    if (use == BoxCatalogue::Use::Read) {
+        kestaserver::DownloadAuthMsg message;
+        return parse(carried, message, reason) ? std::optional(Claim{message.user_name(), std::nullopt})
+                                               : std::nullopt;
+    }
+    kestaserver::UploadAuthMsg message;
+    if (!parse(carried, message, reason))
+        return std::nullopt;
+    return Claim{message.user_name(),
+                 message.has_folder_id() ? std::optional(message.folder_id()) : std::nullopt};
+}
+
+/// Whether the folder is the one that `path` is in, or one above that, on the disk.
+bool leadsTo(std::uint32_t folderId, Registration& registration, const Ground& disk, const std::string& path)
+{
+    if (path == disk.root)
+        return false;
+    const std::string folders = pathBelow(disk.root, folderAbove(path));
+    std::optional<std::uint32_t> folder = registration.topFolder(*disk.diskId);
+    for (std::size_t start = 0; folder && folder != folderId && start < folders.size();) {
+        const std::size_t end = std::min(folders.find('/', start), folders.size());
+        folder = registration.findFolder(*disk.diskId, *folder, folders.substr(start, end - start));
+        start = end + 1;
+    }
+    return folder == folderId;
+}
+
+bool mayWrite(Connection& connection, const User& user, const Claim& claim, const Ground& ground,
+              const std::string& path, std::string& reason)
+{
+    if (!user.mayWrite)
+        reason = "user " + user.name + " may only read";
+    else if (!ground.diskId)
+        reason = escaped(path) + " belongs to a version, which is not written to";
+    else if (claim.folderId && !leadsTo(*claim.folderId, connection.registration(), ground, path))
+        reason =
+            "folder " + std::to_string(*claim.folderId) + " of the catalogue does not hold " + escaped(path);
+    return reason.empty();
+}
+
+/// Registers entries on the disks of a box, inside one transaction.
+class Recorder
+{
+public:
+    Recorder(Connection& connection, const std::string& boxCode)
+        : m_Connection(connection), m_Registration(connection.registration()), m_BoxCode(boxCode)
+    {
+    }
+
+    void add(const BoxCatalogue::Entry& entry)
+    {
+        if (!isBoxPath(entry.path))
+            throw std::runtime_error(escaped(entry.path) + " is not a path to register");
+        const std::vector<Folder>& there = folders(entry.folder ? entry.path : folderAbove(entry.path));
+        if (there.empty())
+            throw std::runtime_error("no disk of box " + m_BoxCode + " shows " + escaped(entry.path));
+        if (!entry.folder)
+            for (const Folder& folder : there)
+                m_Registration.addFile(folder.id, lastName(entry.path));
+    }
+
+private:
+    struct Folder
+    {
+        std::uint32_t diskId;
+        std::uint32_t id;
+    };
+
+    /// A folder of the box on each disk that shows it, registered with the folders above it.
+    const std::vector<Folder>& folders(const std::string& path)
+    {
+        const auto known = m_Folders.find(path);
+        if (known != m_Folders.end())
+            return known->second;
+        std::vector<Folder> found = rootsAt(path);
+        if (path != "/")
+            for (const Folder& parent : folders(folderAbove(path)))
+                found.push_back({parent.diskId, folderIn(parent, lastName(path))});
+        return m_Folders.emplace(path, std::move(found)).first->second;
+    }
+
+    std::vector<Folder> rootsAt(const std::string& path)
+    {
+        SQLite::Statement& disks = m_Connection.statement(kDisksAt);
+        const ResetAtEnd resetAtEnd(disks);
+        SQLite::bind(disks, path, m_BoxCode);
+        std::vector<Folder> roots;
+        while (disks.executeStep()) {
+            const std::uint32_t diskId = disks.getColumn(0).getUInt();
+            roots.push_back({diskId, m_Registration.topFolder(diskId).value()});
+        }
+        return roots;
+    }
+
+    std::uint32_t folderIn(const Folder& parent, const std::string& name)
+    {
+        const auto known = m_Registration.findFolder(parent.diskId, parent.id, name);
+        return known ? *known : m_Registration.addFolder(parent.diskId, parent.id, name);
+    }
+
+    Connection& m_Connection;
+    Registration& m_Registration;
+    const std::string& m_BoxCode;
+    std::unordered_map<std::string, std::vector<Folder>> m_Folders;
+};
+
+} // namespace
+
+std::optional<BoxCatalogue::Place> CatalogueOfBox::admit(const std::string& token,
+                                                         const haulbox::Carried& carried,
+                                                         const std::string& path, Use use,
+                                                         std::string& reason)
+{
+    reason.clear();
+    const std::optional<Claim> claim = readClaim(carried, use, reason);
+    if (!claim)
+        return std::nullopt;
+    ConnectionPool::Lease connection(m_Pool);
+    const std::optional<User> user = connection->user(token);
+    std::optional<Ground> ground;
+    if (!user)
+        reason = "the token is not that of a user of this centre";
+    else if (claim->userName != user->name)
+        reason = "the token is not that of user " + escaped(claim->userName);
+    else if (!isBoxPath(path))
+        reason = escaped(path) + " is not a path on a storage box";
+    else if (!(ground = findGround(*connection, user->companyId, m_BoxCode, path)))
+        reason =
+            escaped(path) + " is on no disk of box " + m_BoxCode + " that user " + user->name + " may use";
+    else if (use == Use::Read || mayWrite(*connection, *user, *claim, *ground, path, reason))
+        return Place{ground->root, pathBelow(ground->root, path)};
+    return std::nullopt;
+}
+
+void CatalogueOfBox::record(const std::vector<Entry>& entries)
+{
+    ConnectionPool::Lease connection(m_Pool);
+    SQLite::Transaction transaction(connection->database(), SQLite::TransactionBehavior::IMMEDIATE);
+    Recorder recorder(*connection, m_BoxCode);
+    for (const Entry& entry : entries)
+        recorder.add(entry);
+    transaction.commit();
+}
+
+} // namespace centre
