@@ -131,7 +131,7 @@ void Store::addArea(std::uint32_t id, const std::string& name, std::optional<std
     if (parentId)
         statement.bind(3, *parentId);
     insert(statement, "there is an area " + std::to_string(id) + " already",
-           "there is no area to be its parent");
+           "there is no area " + std::to_string(parentId.value_or(0)) + " to be its parent");
 }
 
 std::uint32_t Store::companyId(const std::string& companyNo)

@@ -6,7 +6,10 @@
 #include "centre/Store.h"
 #include "components/wirecall/RpcChannel.h"
 #include "components/wirecall/RpcController.h"
+#include "forgeserver.pb.h"
+#include "haulbox.pb.h"
 #include "ledgerserver.pb.h"
+#include "tavrel.pb.h"
 
 #include <QProcess>
 #include <QStringList>
@@ -57,17 +60,30 @@ inline boost::shared_ptr<wirecall::RpcChannel> channelTo(const std::string& addr
     return channel;
 }
 
-/// Calls an operation of the catalogue with a request in protobuf's text format; the answer in the same,
-/// on one line, or "failed: " with the reason.
+/// The operation of that name, of whatever service of a centre or a box has one.
+inline const google::protobuf::MethodDescriptor& findOperation(const std::string& name)
+{
+    for (const google::protobuf::ServiceDescriptor* service :
+         {ledgerserver::LedgerServices::descriptor(), Tavrel::TavrelServer::descriptor(),
+          forgeserver::ForgeServices::descriptor(), haulbox::BoxServices::descriptor()})
+        if (const auto* method = service->FindMethodByName(name))
+            return *method;
+    throw std::logic_error("no operation " + name);
+}
+
+/// Calls an operation with a request in protobuf's text format; the answer in the same, on one line, or
+/// "failed: " with the reason.
 inline std::string ask(wirecall::RpcChannel& channel, const std::string& operation,
                        const std::string& requestText, wirecall::RpcController& controller)
 {
-    ledgerserver::LedgerServices_Stub stub(&channel);
-    const auto* method = stub.GetDescriptor()->FindMethodByName(operation);
-    const std::unique_ptr<google::protobuf::Message> request(stub.GetRequestPrototype(method).New());
-    const std::unique_ptr<google::protobuf::Message> response(stub.GetResponsePrototype(method).New());
+    const auto& method = findOperation(operation);
+    auto& factory = *google::protobuf::MessageFactory::generated_factory();
+    const std::unique_ptr<google::protobuf::Message> request(
+        factory.GetPrototype(method.input_type())->New());
+    const std::unique_ptr<google::protobuf::Message> response(
+        factory.GetPrototype(method.output_type())->New());
     EXPECT_TRUE(google::protobuf::TextFormat::ParseFromString(requestText, request.get())) << requestText;
-    stub.CallMethod(method, &controller, request.get(), response.get(), nullptr);
+    channel.CallMethod(&method, &controller, request.get(), response.get(), nullptr);
     if (controller.Failed())
         return "failed: " + controller.ErrorText();
     std::string text;

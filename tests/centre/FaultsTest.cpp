@@ -16,11 +16,29 @@ TEST(Faults, RefuseWhatIsNoFault)
     for (const char* text :
          {"", "queryDataAddress", "queryDataAddress=", "queryDataAddress@0=stall", "queryDataAddress@=stall",
           "queryDataAddress=result:", "queryDataAddress=result:x", "queryDataAddress=burn",
-          "noSuchOperation=stall", "hello=result:1", " queryDataAddress=stall"}) {
+          "noSuchOperation=stall", "hello=result:1", " queryDataAddress=stall", "queryDataAddress=corrupt",
+          "queryDataAddress@2=break:1", "queryDataAddress=break:", "getKestaInfo=result:1", "read=stall"}) {
         centre::ServeOptions options;
         options.faults = {text};
         EXPECT_THROW(centre::Centre(data.path(), options), centre::Error) << text;
     }
+}
+
+TEST(Faults, OfTheDataCountBytesAndAreApartFromThoseOfCalls)
+{
+    centre::Faults faults;
+    for (const char* text : {"read@2=corrupt", "read=break:10", "read=refuse"})
+        faults.add(text);
+    std::vector<int> kinds;
+    for (const std::uint64_t bytes : {4, 4, 2, 1, 0}) {
+        const auto fault = faults.firesOnData("read", bytes);
+        kinds.push_back(fault ? static_cast<int>(fault->kind) : -1);
+    }
+    const int corrupt = static_cast<int>(centre::Fault::Kind::Corrupt);
+    const int broken = static_cast<int>(centre::Fault::Kind::Break);
+    EXPECT_THAT(kinds, testing::ElementsAre(-1, corrupt, -1, broken, broken));
+    EXPECT_EQ(faults.fires("read")->kind, centre::Fault::Kind::Refuse);
+    EXPECT_FALSE(faults.firesOnData("write", 100));
 }
 
 class FaultyCentre : public testing::Test

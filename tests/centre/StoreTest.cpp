@@ -1,4 +1,5 @@
 #include "centre/Token.h"
+#include "centre/Version.h"
 #include "tests/centre/CentreSupport.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -76,6 +77,85 @@ TEST(Store, RefusesAnotherProgramsOrANewerVersionsDatabase)
     expectError(ExitCode::NoDataFolder, "not a database of", [&] { centre::Store again(data.path()); });
     expectError(ExitCode::NoDataFolder, "another program's",
                 [&] { centre::Store::create(data.path(), "LUMO", "demo"); });
+}
+
+TEST(Store, BringsAnOlderDataFolderToItsTablesOrLeavesItAsItWas)
+{
+    DataFolder data;
+    const std::string makeOld = "DROP TABLE version; DROP TABLE national_area; DROP INDEX disk_root;"
+                                "ALTER TABLE user DROP COLUMN may_write; PRAGMA user_version = 1;";
+    centre::Store(data.path()).database().exec(makeOld);
+    centre::Store store(data.path());
+    EXPECT_EQ(store.database().execAndGet("PRAGMA user_version").getInt(), 2);
+    EXPECT_EQ(store.database().execAndGet("SELECT username || may_write FROM user").getString(), "demo1");
+    store.addArea(1, "area");
+
+    store.database().exec(makeOld + "CREATE TABLE version(in_the_way)");
+    EXPECT_THROW(centre::Store(data.path()), SQLite::Exception);
+    EXPECT_EQ(store.database().execAndGet("PRAGMA user_version").getInt(), 1);
+    EXPECT_THROW(store.database().execAndGet("SELECT may_write FROM user"), SQLite::Exception);
+}
+
+TEST(Version, NumbersAreInTheirNaturalOrder)
+{
+    const std::vector<std::string> order = {"r1",       "r2",
+                                            "中",       "0.9",
+                                            "1-beta",   "1",
+                                            "1.2-rc1",  "1.2-rc2",
+                                            "1.2-rc10", "1.2",
+                                            "1.2a",     "1.2b",
+                                            "1.2.x",    "1.2.1",
+                                            "1.9",      "1.10",
+                                            "2",        "2.0",
+                                            "2.0.1",    "10",
+                                            "2026.1",   "20260101000000000000000"};
+    std::vector<std::string> places;
+    for (const std::string& version : order)
+        places.push_back(centre::versionPlace(version));
+    for (std::size_t i = 1; i < places.size(); ++i)
+        EXPECT_LT(places[i - 1], places[i]) << order[i - 1] << " and " << order[i];
+    EXPECT_EQ(centre::versionPlace("01.002"), centre::versionPlace("1.2"));
+}
+
+TEST(Version, RefusesWhatCannotBeOne)
+{
+    DataFolder data;
+    data.makeFile("package");
+    centre::Store store(data.path());
+    store.addBox("B1", "127.0.0.1:1");
+    const centre::Version good{
+        centre::VersionKind::Program, "P", "1.0", data.below("package"), "B1", "", "", ""};
+    addVersion(store, good);
+    const struct
+    {
+        std::string centre::Version::*member;
+        std::string value;
+        const char* reason;
+    } cases[] = {
+        {&centre::Version::version, "1.00", "or an equal one, already"},
+        {&centre::Version::version, "", "must not be empty"},
+        {&centre::Version::version, std::string(201, '1'), "too long"},
+        {&centre::Version::number, "\n", "\\x0a"},
+        {&centre::Version::path, data.below("missing"), "No such file"},
+        {&centre::Version::path, "/dev/null", "a file or a folder"},
+        {&centre::Version::path, "/", "not a path"},
+        {&centre::Version::boxCode, "B2", "no such box"},
+        {&centre::Version::released, "2026-02-30", "YYYY-MM-DD"},
+        {&centre::Version::notes, "\xff", "UTF-8"},
+    };
+    for (const auto& each : cases) {
+        centre::Version version = good;
+        if (each.member != &centre::Version::version)
+            version.version = "2.0";
+        version.*each.member = each.value;
+        try {
+            addVersion(store, version);
+            ADD_FAILURE() << each.reason;
+        } catch (const centre::Error& error) {
+            EXPECT_THAT(error.what(), HasSubstr(each.reason));
+        }
+    }
+    EXPECT_EQ(store.database().execAndGet("SELECT count(*) FROM version").getInt(), 1);
 }
 
 TEST(Token, FileIsForItsOwnerAlone)

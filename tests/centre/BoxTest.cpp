@@ -1,0 +1,260 @@
+#include "centre/Box.h"
+#include "centre/CatalogueOfBox.h"
+#include "centre/Version.h"
+#include "kestaserver.pb.h"
+#include "tests/centre/CentreSupport.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+using centre::BoxCatalogue;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+haulbox::Carried carried(const google::protobuf::Message& message)
+{
+    haulbox::Carried carried;
+    carried.set_type_name(message.GetTypeName());
+    carried.set_body(message.SerializeAsString());
+    return carried;
+}
+
+haulbox::Carried download(const std::string& user)
+{
+    kestaserver::DownloadAuthMsg message;
+    message.set_user_name(user);
+    return carried(message);
+}
+
+haulbox::Carried upload(const std::string& user, std::optional<std::uint32_t> folderId = {})
+{
+    kestaserver::UploadAuthMsg message;
+    message.set_user_name(user);
+    if (folderId)
+        message.set_folder_id(*folderId);
+    return carried(message);
+}
+
+haulbox::Carried broken()
+{
+    haulbox::Carried carried = download("demo");
+    carried.set_body("\xff");
+    return carried;
+}
+
+/// Box B1 with disk "disk" of demo's company at /srv/disk (folders 1 disk, 4 disk/a, 5 disk/a/b), disk
+/// "theirs" of another company at /srv/disk/theirs, and a version's package.
+class BoxCatalogueTest : public testing::Test
+{
+protected:
+    BoxCatalogueTest()
+    {
+        store.addBox("B1", "127.0.0.1:1");
+        store.addBox("B2", "127.0.0.1:2");
+        store.addCompany("OTHER");
+        reader = store.addUser("reader", "LUMO", false);
+        other = store.addUser("other", "OTHER");
+        store.addDisk("disk", "/srv/disk", "LUMO", "B1");
+        store.addDisk("theirs", "/srv/disk/theirs", "OTHER", "B1");
+        store.addDisk("elsewhere", "/srv/elsewhere", "LUMO", "B2");
+        store.database().exec("INSERT INTO folder(parent_id, name, disk_id) VALUES (1, 'a', 1), (4, 'b', 1)");
+        data.makeFile("package/app/file");
+        packages = std::filesystem::canonical(data.below("package")).string();
+        addVersion(store, {centre::VersionKind::Program, "P", "1", packages + "/app", "B1", "", "", ""});
+    }
+
+    /// Every place of the catalogue, by its disk.
+    std::vector<std::string> places()
+    {
+        std::vector<std::string> found;
+        SQLite::Statement rows(
+            store.database(),
+            "WITH RECURSIVE tree(id, path) AS (SELECT id, name || '/' FROM folder WHERE parent_id = 0"
+            " UNION ALL SELECT folder.id, path || name || '/' FROM tree JOIN folder ON parent_id = tree.id)"
+            " SELECT path FROM tree UNION ALL"
+            " SELECT path || name FROM tree JOIN file ON parent_id = tree.id ORDER BY path");
+        while (rows.executeStep())
+            found.push_back(rows.getColumn(0).getString());
+        return found;
+    }
+
+    DataFolder data;
+    centre::Store store{data.path()};
+    std::string reader, other, packages;
+    centre::ConnectionPool pool{data.path()};
+    centre::CatalogueOfBox catalogue{pool, "B1"};
+};
+
+TEST_F(BoxCatalogueTest, AdmitsWhatTheTokenTheMessageAndThePathAllow)
+{
+    const auto read = BoxCatalogue::Use::Read;
+    const auto write = BoxCatalogue::Use::Write;
+    const std::string demo = data.token();
+    const struct
+    {
+        std::string token;
+        haulbox::Carried carried;
+        BoxCatalogue::Use use;
+        std::string path;
+        std::string outcome; ///< root and what is below, or a part of the reason
+    } cases[] = {
+        {demo, download("demo"), read, "/srv/disk", "/srv/disk|"},
+        {demo, download("demo"), read, "/srv/disk/a/名 字", "/srv/disk|a/名 字"},
+        {demo, download("demo"), read, "/srv/disk/theirs/x", "/srv/disk|theirs/x"},
+        {other, download("other"), read, "/srv/disk/theirs/x", "/srv/disk/theirs|x"},
+        {reader, download("reader"), read, "/srv/disk/a", "/srv/disk|a"},
+        {other, download("other"), read, packages + "/app/file", packages + "|app/file"},
+        {demo, upload("demo"), write, "/srv/disk/x/y", "/srv/disk|x/y"},
+        {demo, upload("demo", 1), write, "/srv/disk/x", "/srv/disk|x"},
+        {demo, upload("demo", 5), write, "/srv/disk/a/b/new/x", "/srv/disk|a/b/new/x"},
+        {demo, upload("demo", 4), write, "/srv/disk/a/b/x", "/srv/disk|a/b/x"},
+
+        {demo, upload("demo", 5), write, "/srv/disk/a/x", "folder 5 of the catalogue does not hold"},
+        {demo, upload("demo", 5), write, "/srv/disk/a/b", "does not hold"},
+        {demo, upload("demo", 1), write, "/srv/disk", "does not hold"},
+        {demo, upload("demo", 2), write, "/srv/disk/theirs/x", "does not hold"},
+        {demo, upload("demo", 0xFFFFFFFF), write, "/srv/disk/x", "does not hold"},
+        {demo, upload("demo"), write, packages + "/app/file", "belongs to a version"},
+        {reader, upload("reader"), write, "/srv/disk/x", "user reader may only read"},
+        {"", download("demo"), read, "/srv/disk", "not that of a user"},
+        {demo, download("reader"), read, "/srv/disk", "not that of user reader"},
+        {demo, download("demo"), write, "/srv/disk/x", "DownloadAuthMsg where a kestaserver.UploadAuthMsg"},
+        {demo, upload("demo"), read, "/srv/disk/x", "where a kestaserver.DownloadAuthMsg"},
+        {demo, haulbox::Carried(), read, "/srv/disk", "no message"},
+        {demo, broken(), read, "/srv/disk", "can't be read"},
+        {other, download("other"), read, "/srv/disk/a", "on no disk of box B1 that user other may use"},
+        {demo, download("demo"), read, "/srv/disks", "on no disk"},
+        {demo, download("demo"), read, "/srv", "on no disk"},
+        {demo, download("demo"), read, "/", "on no disk"},
+        {demo, download("demo"), read, "/srv/elsewhere", "on no disk"},
+        {demo, download("demo"), read, packages + "/app2", "on no disk"},
+        {demo, download("demo"), read, "", "not a path"},
+        {demo, download("demo"), read, "srv/disk", "not a path"},
+        {demo, download("demo"), read, "/srv/disk/../x", "not a path"},
+        {demo, download("demo"), read, "/srv/disk/./x", "not a path"},
+        {demo, download("demo"), read, "/srv//disk", "not a path"},
+        {demo, download("demo"), read, "/srv/disk/", "not a path"},
+        {demo, download("demo"), read, "/srv/disk/x\xff", "not a path"},
+        {demo, download("demo"), read, std::string("/srv/disk/x\0y", 13), "not a path"},
+        {demo, download("demo"), read, "/srv/disk/" + std::string(5000, 'x'), "not a path"},
+    };
+    for (const auto& each : cases) {
+        std::string reason;
+        const auto place = catalogue.admit(each.token, each.carried, each.path, each.use, reason);
+        EXPECT_EQ(place.has_value(), reason.empty()) << each.path;
+        EXPECT_THAT(place ? place->root + "|" + place->below : reason, HasSubstr(each.outcome)) << each.path;
+    }
+}
+
+TEST_F(BoxCatalogueTest, RegistersOnEveryDiskThatShowsThePlaceAllOrNothing)
+{
+    const auto before = places();
+    EXPECT_THROW(catalogue.record({{"/srv/disk/x", false}, {"/srv/elsewhere/x", false}}), std::runtime_error);
+    EXPECT_THROW(catalogue.record({{"/srv/disk/../x", false}}), std::runtime_error);
+    EXPECT_EQ(places(), before);
+
+    catalogue.record({{"/srv/disk/a/b/deep/er/f", false}, {"/srv/disk/空", true}, {"/srv/disk/a", true}});
+    catalogue.record({{"/srv/disk/theirs/both", false}, {"/srv/disk/a/b/deep/er/f", false}});
+    EXPECT_THAT(places(), ElementsAre("disk/", "disk/a/", "disk/a/b/", "disk/a/b/deep/", "disk/a/b/deep/er/",
+                                      "disk/a/b/deep/er/f", "disk/theirs/", "disk/theirs/both", "disk/空/",
+                                      "elsewhere/", "theirs/", "theirs/both"));
+    EXPECT_EQ(store.database().execAndGet("SELECT id FROM file WHERE name = 'f'").getInt(), 1);
+
+    std::vector<BoxCatalogue::Entry> many;
+    for (int i = 0; i < 10000; ++i)
+        many.push_back({"/srv/disk/many/" + std::to_string(i % 100) + "/" + std::to_string(i), false});
+    catalogue.record(many);
+    EXPECT_EQ(store.database().execAndGet("SELECT count(*) FROM file").getInt(), 10003);
+}
+
+/// Box B1 with a disk of one file.
+class ServedBox : public testing::Test
+{
+protected:
+    ServedBox()
+    {
+        data.makeFile("tree/file");
+        std::ofstream(data.below("tree/file")) << "content";
+        centre::Store store(data.path());
+        store.addBox("B1", "127.0.0.1:1");
+        root = std::filesystem::canonical(data.below("tree")).string();
+        store.addDisk("disk", root, "LUMO", "B1");
+    }
+
+    std::string read(const std::string& address, const std::string& token)
+    {
+        haulbox::ReadReq request;
+        *request.mutable_carried() = download("demo");
+        request.set_path(root + "/file");
+        return ask(*channelTo(address, token), "read", request.ShortDebugString());
+    }
+
+    std::string addressByCentre(const centre::Centre& centre)
+    {
+        return ask(*channelTo(centre.address(), data.token()), "getKestaInfo", "code: 'B1'");
+    }
+
+    DataFolder data;
+    std::string root;
+};
+
+TEST_F(ServedBox, IsFoundWhereverItWasServedLast)
+{
+    centre::ServeOptions options;
+    options.boxes = {{"B1", "127.0.0.1:0"}};
+    centre::Centre centre(data.path(), options);
+    const std::string first = centre.boxes().at(0).address;
+    EXPECT_THAT(addressByCentre(centre), HasSubstr("\"" + first + "\""));
+    EXPECT_THAT(read(first, data.token()), HasSubstr("data: \"content\""));
+    EXPECT_THAT(read(first, "wrong"), HasSubstr("not that of a user"));
+
+    CentreProcess taken({"serve-box", QString::fromStdString(data.path()), "B1"});
+    EXPECT_EQ(taken.exitCode(), 4);
+    centre.stop();
+    centre::Centre alone(data.path(), {});
+    CentreProcess again({"serve-box", QString::fromStdString(data.path()), "B1"});
+    EXPECT_EQ(again.servingAddress(), first);
+    again.killNow();
+    CentreProcess moved({"serve-box", QString::fromStdString(data.path()), "B1", "--listen", "127.0.0.1:0",
+                         "--fault", "read@1=corrupt"});
+    const std::string second = moved.servingAddress();
+    EXPECT_THAT(addressByCentre(alone), HasSubstr("\"" + second + "\""));
+    EXPECT_THAT(read(second, data.token()), testing::Not(HasSubstr("\"content\"")));
+    EXPECT_THAT(read(second, data.token()), HasSubstr("\"content\""));
+    moved.terminate();
+    EXPECT_EQ(moved.exitCode(), 0);
+    EXPECT_THAT(moved.output(), HasSubstr("read@1=corrupt fired 1 times"));
+}
+
+TEST_F(ServedBox, RefusesCodesAndAddressesThatCannotBe)
+{
+    const struct
+    {
+        const char* code;
+        const char* address;
+        const char* fault;
+        const char* reason;
+    } cases[] = {
+        {"B2", "127.0.0.1:0", "hello=stall", "no box B2"},
+        {"B1", "nowhere", "hello=stall", "HOST:PORT"},
+        {"B1", "0.0.0.0:0", "hello=stall", "not 0.0.0.0"},
+        {"B1", "[::]:0", "hello=stall", "not ::"},
+        {"B1", "127.0.0.1:0", "list=corrupt", "moves no data"},
+        {"B1", "127.0.0.1:0", "read=result:1", "no result to fault"},
+    };
+    for (const auto& each : cases) {
+        centre::ServeOptions options;
+        options.boxes = {{each.code, each.address}};
+        options.faults = {each.fault};
+        try {
+            centre::Centre centre(data.path(), options);
+            ADD_FAILURE() << each.reason;
+        } catch (const centre::Error& error) {
+            EXPECT_THAT(error.what(), HasSubstr(each.reason));
+        }
+    }
+    EXPECT_EQ(centre::Store(data.path()).boxAddress("B1"), "127.0.0.1:1");
+}
+
+} // namespace
