@@ -75,6 +75,27 @@ File fromRecord(const tagFileTable& record)
             marked(record.longText)};
 }
 
+/// What a listing tells, but the name.
+Folder namelessRow(const tagFolderTable& record)
+{
+    return {record.folderID, record.diskID, record.parentID, {}, {}, {}};
+}
+
+File namelessRow(const tagFileTable& record)
+{
+    return {record.fileID, record.parentID, {}, {}, {}};
+}
+
+const char* nameField(const tagFolderTable& record)
+{
+    return record.folderName;
+}
+
+const char* nameField(const tagFileTable& record)
+{
+    return record.fileName;
+}
+
 /// By name, then identifier; names that are not known come last.
 template <class Record>
 void sortByName(std::vector<Record>& records, Text Record::*name, unsigned int Record::*id)
@@ -100,6 +121,30 @@ std::string joined(const Place& place, std::size_t count)
 }
 
 } // namespace
+
+const Text& nameOf(const Found& found)
+{
+    switch (found.kind) {
+    case Place::Kind::Disk:
+        return found.disk.diskName;
+    case Place::Kind::Folder:
+        return found.folder.folderName;
+    default:
+        return found.file.fileName;
+    }
+}
+
+QPair<int, unsigned int> placeOf(const Found& found)
+{
+    switch (found.kind) {
+    case Place::Kind::Disk:
+        return {DATA_TYPE_DISK, found.disk.diskID};
+    case Place::Kind::Folder:
+        return {DATA_TYPE_FOLDER, found.folder.folderID};
+    default:
+        return {DATA_TYPE_FILE, found.file.fileID};
+    }
+}
 
 Catalogue::Catalogue(CLumoDataMgr& manager, Journal& journal) : m_Manager(manager), m_Journal(journal)
 {
@@ -185,43 +230,40 @@ std::vector<Disk> Catalogue::disks()
     return disks;
 }
 
+template <class Row, class Record>
+std::vector<Row> Catalogue::listing(ENUM_RET_TYPE (CLumoDataMgr::*query)(unsigned int, QList<Record>&),
+                                    unsigned int folderID, Text Row::*name, unsigned int Row::*id,
+                                    std::optional<Row> (Catalogue::*own)(unsigned int))
+{
+    QList<Record> records;
+    answered((m_Manager.*query)(folderID, records));
+    std::vector<Row> rows;
+    const Record* previous = nullptr;
+    for (const Record& record : records) {
+        Row row = namelessRow(record);
+        row.*name = listed(nameField(record), previous ? nameField(*previous) : nullptr);
+        // Two names may become the same text in the code page; the record itself tells.
+        if (!(row.*name)) {
+            const auto whole = (this->*own)(row.*id);
+            row.*name = whole ? (*whole).*name : Text();
+        }
+        rows.push_back(std::move(row));
+        previous = &record;
+    }
+    sortByName(rows, name, id);
+    return rows;
+}
+
 std::vector<Folder> Catalogue::foldersIn(unsigned int folderID)
 {
-    QList<tagFolderTable> records;
-    answered(m_Manager.getFolderByParentID(folderID, records));
-    std::vector<Folder> folders;
-    const char* previous = nullptr;
-    for (const tagFolderTable& record : records) {
-        Text name = listed(record.folderName, previous);
-        // Two names may become the same text in the code page; the folder's own record tells.
-        if (!name) {
-            const auto own = folder(record.folderID);
-            name = own ? own->folderName : name;
-        }
-        folders.push_back({record.folderID, record.diskID, record.parentID, name, {}, {}});
-        previous = record.folderName;
-    }
-    sortByName(folders, &Folder::folderName, &Folder::folderID);
-    return folders;
+    return listing(&CLumoDataMgr::getFolderByParentID, folderID, &Folder::folderName, &Folder::folderID,
+                   &Catalogue::folder);
 }
 
 std::vector<File> Catalogue::filesIn(unsigned int folderID)
 {
-    QList<tagFileTable> records;
-    answered(m_Manager.getFileByParentID(folderID, records));
-    std::vector<File> files;
-    const char* previous = nullptr;
-    for (const tagFileTable& record : records) {
-        Text name = listed(record.fileName, previous);
-        if (!name) {
-            const auto own = file(record.fileID);
-            name = own ? own->fileName : name;
-        }
-        files.push_back({record.fileID, record.parentID, name, {}, {}});
-        previous = record.fileName;
-    }
-    sortByName(files, &File::fileName, &File::fileID);
-    return files;
+    return listing(&CLumoDataMgr::getFileByParentID, folderID, &File::fileName, &File::fileID,
+                   &Catalogue::file);
 }
 
 unsigned int Catalogue::topFolder(const Disk& disk)
@@ -237,6 +279,26 @@ unsigned int Catalogue::topFolder(const Disk& disk)
         }
     }
     notFound("disk " + std::to_string(disk.diskID) + " has no top folder");
+}
+
+unsigned int Catalogue::folderOf(const Found& found)
+{
+    return found.kind == Place::Kind::Disk ? topFolder(found.disk) : found.folder.folderID;
+}
+
+std::optional<Disk> Catalogue::diskOf(const Found& found)
+{
+    if (found.kind == Place::Kind::Disk) {
+        return found.disk;
+    }
+    const auto parent =
+        found.kind == Place::Kind::Folder ? std::optional(found.folder) : folder(found.file.parentID);
+    return parent ? disk(parent->diskID) : std::nullopt;
+}
+
+bool Catalogue::hasFile(unsigned int folderID, const std::string& name)
+{
+    return file(folderID, name).has_value();
 }
 
 Found Catalogue::find(const Place& place)

@@ -6,6 +6,8 @@
 
 #include "core/LumoDataTypes.h"
 
+#include <QPair>
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -59,6 +61,11 @@ struct Found
     File file{};
 };
 
+/// The name of a disk, a folder or a file.
+const Text& nameOf(const Found& found);
+/// Kind and identifier of a disk, a folder or a file, as the library takes them.
+QPair<int, unsigned int> placeOf(const Found& found);
+
 /// The catalogue as the commands see it: UTF-8, and every failure of a call thrown as Failure
 /// (CentreFailed) with the reason.
 class Catalogue
@@ -77,6 +84,12 @@ public:
     /// The top folder of a disk; throws Failure (PlaceNotFound).
     unsigned int topFolder(const Disk& disk);
 
+    /// The folder that a disk (its top folder) or a folder is.
+    unsigned int folderOf(const Found& found);
+    /// The disk on which it lies.
+    std::optional<Disk> diskOf(const Found& found);
+    bool hasFile(unsigned int folderID, const std::string& name);
+
     /// The path of what was found, empty when a name on it is not known.
     Text pathOf(const Found& found);
 
@@ -87,6 +100,12 @@ private:
     std::optional<File> file(unsigned int id);
     std::optional<File> file(unsigned int parentID, const std::string& name);
     unsigned int folderID(unsigned int diskID, unsigned int parentID, const std::string& name);
+
+    /// A listing by name; `own` reads the record of one.
+    template <class Row, class Record>
+    std::vector<Row> listing(ENUM_RET_TYPE (CLumoDataMgr::*query)(unsigned int, QList<Record>&),
+                             unsigned int folderID, Text Row::*name, unsigned int Row::*id,
+                             std::optional<Row> (Catalogue::*own)(unsigned int));
 
     Found findPath(const Place& place);
     /// The place of a path of two components or more.

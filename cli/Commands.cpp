@@ -20,8 +20,7 @@ Listing listingOf(Catalogue& catalogue, const Found& found)
     if (found.kind == Place::Kind::File) {
         return {{}, {found.file}};
     }
-    const unsigned int folderID =
-        found.kind == Place::Kind::Disk ? catalogue.topFolder(found.disk) : found.folder.folderID;
+    const unsigned int folderID = catalogue.folderOf(found);
     return {catalogue.foldersIn(folderID), catalogue.filesIn(folderID)};
 }
 
@@ -79,10 +78,10 @@ Json recordJson(const Found& found)
 
 } // namespace
 
-void listDisks(Catalogue& catalogue, bool json)
+void listDisks(Session& session)
 {
-    const std::vector<Disk> disks = catalogue.disks();
-    if (json) {
+    const std::vector<Disk> disks = session.catalogue.disks();
+    if (session.json) {
         print(jsonText(listedJson(disks)));
         return;
     }
@@ -94,15 +93,15 @@ void listDisks(Catalogue& catalogue, bool json)
     printTable(table, disks.empty(), "(the company has no disks)");
 }
 
-void listPlace(Catalogue& catalogue, const Place& place, bool json)
+void listPlace(Session& session, const Place& place)
 {
-    const Found found = catalogue.find(place);
+    const Found found = session.catalogue.find(place);
     if (found.kind == Place::Kind::Path) {
-        listDisks(catalogue, json);
+        listDisks(session);
         return;
     }
-    const Listing listing = listingOf(catalogue, found);
-    if (json) {
+    const Listing listing = listingOf(session.catalogue, found);
+    if (session.json) {
         print(jsonText({{"folders", listedJson(listing.folders)}, {"files", listedJson(listing.files)}}));
         return;
     }
@@ -116,16 +115,16 @@ void listPlace(Catalogue& catalogue, const Place& place, bool json)
     printTable(table, listing.folders.empty() && listing.files.empty(), "(no folders or files)");
 }
 
-void showRecord(Catalogue& catalogue, const Place& place, bool json)
+void showRecord(Session& session, const Place& place)
 {
-    const Found found = catalogue.find(place);
+    const Found found = session.catalogue.find(place);
     if (found.kind == Place::Kind::Path) {
         throw Failure(ExitCode::WrongUse,
                       "'/' stands for all disks and has no record: name a disk, a folder or a "
                       "file; 'lumo disks' lists the disks");
     }
-    const Text path = catalogue.pathOf(found);
-    if (json) {
+    const Text path = session.catalogue.pathOf(found);
+    if (session.json) {
         Json record = recordJson(found);
         record["path"] = textJson(path);
         print(jsonText(record));

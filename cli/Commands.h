@@ -1,17 +1,62 @@
 #ifndef LUMO_CLI_COMMANDS_H
 #define LUMO_CLI_COMMANDS_H
 
-#include "cli/Catalogue.h"
+#include "cli/Session.h"
+
+#include "directory/VersionRecords.h"
+
+#include <string>
+#include <vector>
 
 namespace cli {
 
-/// One command: prints to standard output, as a table or as JSON; throws Failure.
+// Browsing the catalogue.
 
-void listDisks(Catalogue& catalogue, bool json);
-void listPlace(Catalogue& catalogue, const Place& place, bool json);
+void listDisks(Session& session);
+void listPlace(Session& session, const Place& place);
 /// `depth` is the number of levels below the place.
-void showTree(Catalogue& catalogue, const Place& place, unsigned int depth, bool json);
-void showRecord(Catalogue& catalogue, const Place& place, bool json);
+void showTree(Session& session, const Place& place, unsigned int depth);
+void showRecord(Session& session, const Place& place);
+
+// Asking about boxes, areas and versions.
+
+/// A program or a module by its number.
+struct Product
+{
+    enum class Kind
+    {
+        Program,
+        Module
+    };
+    Kind kind = Kind::Program;
+    std::string number;
+};
+
+/// How a message names a version; the latest one when `version` is empty.
+std::string shownVersion(const Product& product, const std::string& version);
+/// Throws Failure when there is no such version.
+tagVersionInfo versionInfo(Session& session, const Product& product, const std::string& version);
+void listBoxes(Session& session);
+void listAreas(Session& session, unsigned int areaID);
+/// The latest version when `version` is empty.
+void showVersion(Session& session, const Product& product, const std::string& version);
+
+// Moving files. What the user typed is checked on the local side first, before there is a connection;
+// the action that is returned moves the files and throws Failure (TransferFailed) unless all arrived.
+
+/// `places` and, with `folder` empty and two or more of them, the local folder as the last one.
+Action getPlaces(std::vector<std::string> places, std::string folder, bool overwrite);
+Action putPaths(const std::vector<std::string>& paths, const std::string& place, bool overwrite);
+
+struct PackageRequest
+{
+    Product product;
+    std::string version;
+    std::string folder = ".";
+    std::string box; ///< its code; empty: the one that the version names, or the only one
+    bool overwrite = false;
+};
+Action getPackage(const PackageRequest& request);
 
 } // namespace cli
 

@@ -118,6 +118,8 @@ std::string describe(const Reason& reason)
     switch (reason.kind) {
     case Reason::Kind::CallFailed:
         return reason.operation + ": " + reason.text;
+    case Reason::Kind::NoChannel:
+        return reason.text;
     case Reason::Kind::ErrorResult:
         return reason.operation + ": the centre reported an error";
     case Reason::Kind::NullResult:
@@ -140,6 +142,8 @@ Connection::Connection(const Options& options, Journal& journal)
     platform::setSystemCodePage(options.codePage == "gbk" ? platform::kGbkCodePage : platform::kUtf8CodePage);
     // What the user types is UTF-8, whatever the records are in.
     CLumoCStringCodec::setCodec(QTextCodec::codecForName("UTF-8"));
+    // Names of local files are UTF-8 too, even where the locale says nothing.
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
 
     open(options, token, timeout);
     logIn(options, token, timeout, journal);

@@ -134,6 +134,23 @@ std::size_t displayWidth(const std::string& text)
     return width;
 }
 
+std::string clipped(const std::string& text, std::size_t columns)
+{
+    if (columns == 0 || displayWidth(text) <= columns) {
+        return columns == 0 ? std::string() : text;
+    }
+    std::size_t head = 0;
+    for (std::size_t end = 0; end < text.size() && displayWidth(text.substr(0, end)) <= (columns - 1) / 2;) {
+        head = end;
+        nextCharacter(text, end);
+    }
+    std::size_t tail = head;
+    while (displayWidth(text.substr(tail)) > columns - 1 - displayWidth(text.substr(0, head))) {
+        nextCharacter(text, tail);
+    }
+    return text.substr(0, head) + "…" + text.substr(tail);
+}
+
 Table::Table(std::vector<std::string> headings)
 {
     add(std::move(headings));

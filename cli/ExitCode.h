@@ -17,7 +17,8 @@ enum class ExitCode
     UnknownCompany = 5,
     UnknownUser = 6,
     PlaceNotFound = 7,
-    CentreFailed = 8
+    CentreFailed = 8,
+    TransferFailed = 9
 };
 
 /// Ends the command: what to tell the user, and the exit code.

@@ -12,6 +12,12 @@
 
 namespace cli {
 
+namespace {
+
+constexpr int kErrorLevel = 2; // of hubline's lines
+
+} // namespace
+
 Reason reasonOf(const std::string& entry)
 {
     static const std::string kLevel = " [INFO] ";
@@ -55,16 +61,11 @@ Journal::Journal(const std::string& path)
     }
     CLumoLogger::GetSinglePton()->toCallback([this](const char* text, int length) {
         const std::string entry(text, static_cast<std::size_t>(length));
-        const Reason reason = reasonOf(entry);
-        const std::lock_guard<std::mutex> lock(m_Mutex);
-        if (reason.kind != Reason::Kind::None) {
-            m_Last = reason;
-        }
-        write(entry);
+        take(reasonOf(entry), entry);
     });
-    hubline::Logger::Instance(true)->toCallback([this](int, const std::string& text) {
-        const std::lock_guard<std::mutex> lock(m_Mutex);
-        write(text + "\r\n");
+    hubline::Logger::Instance(true)->toCallback([this](int level, const std::string& text) {
+        const auto kind = level == kErrorLevel ? Reason::Kind::NoChannel : Reason::Kind::None;
+        take({kind, {}, text}, text + "\r\n");
     });
 }
 
@@ -80,7 +81,23 @@ Journal::~Journal()
 Reason Journal::lastReason() const
 {
     const std::lock_guard<std::mutex> lock(m_Mutex);
-    return m_Last;
+    const auto last = m_Last.find(std::this_thread::get_id());
+    return last == m_Last.end() ? Reason() : last->second;
+}
+
+void Journal::forget()
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    m_Last.erase(std::this_thread::get_id());
+}
+
+void Journal::take(const Reason& reason, const std::string& entry)
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    if (reason.kind != Reason::Kind::None) {
+        m_Last[std::this_thread::get_id()] = reason;
+    }
+    write(entry);
 }
 
 void Journal::write(const std::string& entry)

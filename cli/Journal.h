@@ -2,8 +2,10 @@
 #define LUMO_CLI_JOURNAL_H
 
 #include <cstdio>
+#include <map>
 #include <mutex>
 #include <string>
+#include <thread>
 
 namespace cli {
 
@@ -14,19 +16,21 @@ struct Reason
     {
         None,       ///< no call has failed
         CallFailed, ///< no answer: the connection, the time limit, a refusal
+        NoChannel,  ///< a channel could not be opened
         ErrorResult,
         NullResult
     };
 
     Kind kind = Kind::None;
     std::string operation;
-    std::string text; ///< of CallFailed
+    std::string text; ///< of CallFailed and NoChannel
 };
 
 /// Reads the reason out of one entry; Kind::None when it tells none.
 Reason reasonOf(const std::string& entry);
 
-/// Takes the library's log while it lives: keeps the last reason and passes the entries on to a file.
+/// Takes the library's log while it lives: keeps the last reason of each thread and passes the entries on to
+/// a file.
 class Journal
 {
 public:
@@ -36,15 +40,18 @@ public:
     Journal(const Journal&) = delete;
     Journal& operator=(const Journal&) = delete;
 
+    /// Of the calls of this thread, since it has last forgotten.
     Reason lastReason() const;
+    void forget();
 
 private:
+    void take(const Reason& reason, const std::string& entry);
     void write(const std::string& entry);
 
     mutable std::mutex m_Mutex;
     std::FILE* m_File = nullptr;
     bool m_Lost = false; ///< the file could not take an entry; nothing more is written
-    Reason m_Last;
+    std::map<std::thread::id, Reason> m_Last;
 };
 
 } // namespace cli

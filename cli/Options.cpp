@@ -92,7 +92,8 @@ void addOptions(CLI::App& app, Options& options)
     add("--profile", options.profile, "LUMO_PROFILE", kConnection,
         "Settings file (default ~/.config/lumo/profile.ini)")
         ->option_text("FILE");
-    flag("--json", options.json, "LUMO_JSON", kOutput, "One JSON document instead of a table");
+    flag("--json", options.json, "LUMO_JSON", kOutput,
+         "JSON instead of text: a document, or events of transfers");
     add("--log", options.log, "LUMO_LOG", kOutput, "Append the library's log to this file")
         ->option_text("FILE");
     add("--code-page", options.codePage, "LUMO_CODE_PAGE", kOutput,

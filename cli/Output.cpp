@@ -1,10 +1,12 @@
 #include "cli/Output.h"
 
+#include "cli/DisplayText.h"
 #include "cli/ExitCode.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <iostream>
 
 namespace cli {
 
@@ -18,11 +20,9 @@ namespace {
                                        : std::string("can't write the output: ") + std::strerror(error));
 }
 
-} // namespace
-
-std::string jsonText(const Json& document)
+std::string dumped(const Json& document, int indent)
 {
-    const std::string text = document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    const std::string text = document.dump(indent, ' ', false, Json::error_handler_t::replace) + "\n";
     std::string result;
     result.reserve(text.size());
     // JSON itself lets DEL and the C1 controls (C2 80 to C2 9F in UTF-8) stand; a terminal acts on them.
@@ -42,6 +42,18 @@ std::string jsonText(const Json& document)
     return result;
 }
 
+} // namespace
+
+std::string jsonText(const Json& document)
+{
+    return dumped(document, 2);
+}
+
+std::string jsonLine(const Json& document)
+{
+    return dumped(document, -1);
+}
+
 void print(const std::string& text)
 {
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
@@ -54,6 +66,11 @@ void flushOutput()
     if (std::fflush(stdout) != 0) {
         failToWrite();
     }
+}
+
+void complain(const std::string& message)
+{
+    std::cerr << "lumo: " + escaped(message) + "\n";
 }
 
 } // namespace cli

@@ -12,12 +12,17 @@ using Json = nlohmann::ordered_json;
 
 /// The document as text: indented, UTF-8, no control character raw.
 std::string jsonText(const Json& document);
+/// The same in one line.
+std::string jsonLine(const Json& document);
 
 /// Writes to standard output; throws Failure when that fails, without a message when nobody reads any more.
 void print(const std::string& text);
 
 /// Writes out what is still buffered; throws as print does.
 void flushOutput();
+
+/// One line on standard error, escaped: what went wrong, said by lumo.
+void complain(const std::string& message);
 
 } // namespace cli
 

@@ -180,11 +180,11 @@ Json Walk::json(const Found& start)
 
 } // namespace
 
-void showTree(Catalogue& catalogue, const Place& place, unsigned int depth, bool json)
+void showTree(Session& session, const Place& place, unsigned int depth)
 {
-    Walk walk(catalogue, depth);
-    const Found start = catalogue.find(place);
-    if (json) {
+    Walk walk(session.catalogue, depth);
+    const Found start = session.catalogue.find(place);
+    if (session.json) {
         print(jsonText(walk.json(start)));
     } else {
         walk.print(start);

@@ -1,0 +1,21 @@
+#ifndef LUMO_CLI_INTERRUPT_H
+#define LUMO_CLI_INTERRUPT_H
+
+namespace cli {
+
+/// While it lives, SIGINT and SIGTERM end the process at once with 128 + their number, after saying that
+/// the transfers can be gone on with. A signal that the parent has the process ignore stays ignored. One
+/// at a time.
+class Interrupt
+{
+public:
+    /// `json`: an event on standard output tells it, too.
+    explicit Interrupt(bool json);
+    ~Interrupt();
+    Interrupt(const Interrupt&) = delete;
+    Interrupt& operator=(const Interrupt&) = delete;
+};
+
+} // namespace cli
+
+#endif

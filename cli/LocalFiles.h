@@ -1,0 +1,33 @@
+#ifndef LUMO_CLI_LOCALFILES_H
+#define LUMO_CLI_LOCALFILES_H
+
+#include <cstdint>
+#include <string>
+
+namespace cli {
+
+/// A local file or folder to send.
+struct LocalSource
+{
+    std::string path; ///< without a trailing '/'
+    std::string name; ///< its own, also for "." and ".."
+    bool folder = false;
+    std::uint64_t bytes = 0; ///< of all files in it
+};
+
+/// Throws Failure (WrongUse) when there is no such file or folder, or it can't be sent.
+LocalSource localSource(const std::string& path);
+
+/// Makes a local folder where there is none, with those above it; throws Failure (WrongUse).
+void makeFolder(const std::string& path);
+
+bool isFolder(const std::string& path);
+bool isFile(const std::string& path);
+/// A file's size in bytes.
+std::uint64_t sizeOf(const std::string& path);
+/// `name` in `folder`, as short as it can be written.
+std::string below(const std::string& folder, const std::string& name);
+
+} // namespace cli
+
+#endif

@@ -1,0 +1,59 @@
+#ifndef LUMO_CLI_PROGRAM_H
+#define LUMO_CLI_PROGRAM_H
+
+#include "cli/Commands.h"
+#include "cli/ExitCode.h"
+#include "cli/Options.h"
+
+#include <CLI/CLI.hpp>
+
+#include <limits>
+
+namespace cli {
+
+/// The command line: options, commands and what they were given.
+class Program
+{
+public:
+    Program();
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+
+    /// The command that was given; none when it was help or the version, which is printed. Throws Failure
+    /// (WrongUse) that says what would be right.
+    Action parse(int argc, const char* const* argv);
+
+    /// As the command line, the environment and the profile set them.
+    const Options& options() const { return m_Options; }
+
+private:
+    /// What becomes the action once options and arguments are read.
+    using Prepare = std::function<Action()>;
+
+    CLI::App* add(const char* name, const char* description, const Prepare& prepare);
+    /// A command that moves files.
+    CLI::App* addMoving(const char* name, const char* description, const Prepare& prepare);
+    void addBrowsing();
+    void addLookups();
+    void addTransfers();
+    void addPackage(const char* name, const char* description, Product::Kind kind, const char* number);
+    Failure wrongUse(const CLI::ParseError& error) const;
+    std::string commandList() const;
+
+    CLI::App m_App;
+    Options m_Options;
+    Prepare m_Prepare;
+    std::string m_Place = "/";
+    unsigned int m_Depth = std::numeric_limits<unsigned int>::max();
+    unsigned int m_AreaID = 0;
+    std::vector<std::string> m_Arguments;
+    std::string m_Folder;
+    bool m_Keep = false;
+    std::string m_Program;
+    std::string m_Module;
+    PackageRequest m_Package;
+};
+
+} // namespace cli
+
+#endif
