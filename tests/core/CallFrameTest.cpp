@@ -1,41 +1,11 @@
-#include "tests/support/LogCapture.h"
-#include "tests/support/TestManager.h"
-
-#include <gtest/gtest.h>
-
-#include <functional>
+#include "tests/support/MethodTable.h"
 
 namespace {
-
-typedef std::vector<std::string> Lines;
-
-/// How a method ends on each kind of answer, told in one word each.
-struct Variant
-{
-    const char* failed;
-    const char* minusTwo;
-    const char* minusOne;
-    bool minusOneIsNull; ///< the line says Result NULL, not Result Error
-    bool fiveSucceeds;
-};
 
 const Variant kRecord = {"0", "0", "2", true, true};
 const Variant kIdentifierPlain = {"none", "none", "none", false, false};
 const Variant kIdentifierLookedUp = {"none", "none", "none", true, true};
 const Variant kText = {"kept", "kept", "kept", false, false};
-
-struct Method
-{
-    const char* name;
-    const char* loggedName;
-    Variant variant;
-    const char* call;    ///< operation and request
-    const char* answer;  ///< beside the result
-    const char* success; ///< outcome on success
-    std::function<std::string(TestManager&)> invoke;
-
-    std::string operation() const { return std::string(call).substr(0, std::string(call).find(' ')); }
-};
 
 std::string identifier(unsigned int id)
 {
@@ -138,63 +108,25 @@ const std::vector<Method>& methods()
     return all;
 }
 
-class CallFrames : public ::testing::Test
+class CallFrames : public MethodTable
 {
-protected:
-    /// Runs a method after the answers that the channel got, and checks what lies between Enter and Leave.
-    void check(const Method& method, const std::string& outcome, const Lines& between)
-    {
-        SCOPED_TRACE(method.call);
-        m_Log.clear();
-        m_Channel.forgetCalls();
-        EXPECT_EQ(method.invoke(m_Manager), outcome);
-        EXPECT_EQ(m_Channel.calls(), Lines{method.call});
-        EXPECT_EQ(m_Channel.timeouts().back(), 4321);
-        Lines expected = {managerLine(std::string("Enter Function : ") + method.loggedName, method.name)};
-        for (const std::string& message : between)
-            expected.push_back(managerLine(message, method.name));
-        expected.push_back(managerLine(std::string("Leave Function : ") + method.loggedName, method.name));
-        EXPECT_EQ(m_Log.lines(), expected);
-    }
-
-    LogCapture m_Log;
-    FakeChannel m_Channel;
-    TestManager m_Manager{m_Channel};
 };
 
 } // namespace
 
 TEST_F(CallFrames, ASuccessHandsOnTheAnswerAndWritesTwoLines)
 {
-    for (const Method& method : methods()) {
-        m_Channel.answer(std::string("result: 0 ") + method.answer);
-        check(method, method.success, {});
-    }
+    succeeds(methods());
 }
 
 TEST_F(CallFrames, AFailedCallWritesItsErrorText)
 {
-    for (const Method& method : methods()) {
-        m_Channel.fail("100% gone: %s");
-        check(method, method.variant.failed, {method.operation() + " Error : 100% gone: %s"});
-    }
+    tellsOfAFailedCall(methods());
 }
 
 TEST_F(CallFrames, EachResultIsJudgedByTheMethodsVariant)
 {
-    for (const Method& method : methods()) {
-        const Lines error = {method.operation() + " Result Error"};
-        const Lines null = {method.operation() + " Result NULL"};
-        m_Channel.answer(std::string("result: -2 ") + method.answer);
-        check(method, method.variant.minusTwo, error);
-        m_Channel.answer(std::string("result: -1 ") + method.answer);
-        check(method, method.variant.minusOne, method.variant.minusOneIsNull ? null : error);
-        m_Channel.answer(std::string("result: 5 ") + method.answer);
-        if (method.variant.fiveSucceeds)
-            check(method, method.success, {});
-        else
-            check(method, method.variant.failed, error);
-    }
+    judgesTheResult(methods());
 }
 
 TEST_F(CallFrames, ASuccessWithoutABeanGivesTheDefaultsOfEachField)

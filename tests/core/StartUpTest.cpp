@@ -1,5 +1,5 @@
-#include "components/bulkhaul/Bulkhaul.h"
 #include "components/hubline/Hubline.h"
+#include "tests/support/FakeComponents.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TestManager.h"
 
@@ -13,19 +13,6 @@ namespace {
 
 typedef std::vector<std::string> Lines;
 
-/// What the fakes below were asked and shall answer.
-struct Components
-{
-    bool bulkhaulStarts = true;
-    Lines calls;
-    bulkhaul::StatusFunction status;
-    bool endTells = false; ///< on standard error
-    int code = 0;
-    boost::shared_ptr<wirecall::RpcChannel> opened, current;
-};
-
-Components components;
-
 Lines initLines(const Lines& messages)
 {
     Lines lines;
@@ -37,7 +24,7 @@ Lines initLines(const Lines& messages)
 class StartUp : public ::testing::Test
 {
 protected:
-    StartUp() { components = Components(); }
+    StartUp() { forgetComponents(); }
 
     FakeChannel m_Channel;
     LogCapture m_Log;
@@ -46,35 +33,6 @@ protected:
 const char kFailed[] = "CLumoDataMgr::initDataMgrByChannel Failed";
 
 } // namespace
-
-bool bulkhaul::StartBulkhaul(int chunksInFlight, int filesInFlight, StatusFunction status)
-{
-    components.calls.push_back("start " + std::to_string(chunksInFlight) + " " +
-                               std::to_string(filesInFlight));
-    components.status = status;
-    return components.bulkhaulStarts;
-}
-
-void bulkhaul::EndBulkhaul()
-{
-    if (components.endTells)
-        std::fprintf(stderr, "ended while the object was %s",
-                     TestManager::m_Instance != nullptr ? "known" : "forgotten");
-    components.calls.push_back("end");
-}
-
-boost::shared_ptr<wirecall::RpcChannel> hubline::NewChannel(const std::string& address,
-                                                            const std::string& token, int& code)
-{
-    components.calls.push_back(address + " " + token);
-    code = components.code;
-    return components.opened;
-}
-
-boost::shared_ptr<wirecall::RpcChannel> hubline::GetCurrentChannelExt()
-{
-    return components.current;
-}
 
 TEST_F(StartUp, StoresResolvesAndTellsOfItsSuccess)
 {
@@ -86,7 +44,7 @@ TEST_F(StartUp, StoresResolvesAndTellsOfItsSuccess)
     EXPECT_EQ(m_Channel.timeouts(), (std::vector<long long>{0, 0})) << "a limit of 0 is no default";
     EXPECT_EQ(manager.companyID(), 7u);
     EXPECT_EQ(manager.roleName(), "user");
-    EXPECT_EQ(components.calls, Lines{"start 5 5"});
+    EXPECT_EQ(components().calls, Lines{"start 5 5"});
     Lines expected;
     for (const char* name : {"getCompanyID", "getRoleID"}) {
         const std::string logged = name == std::string("getRoleID") ? "getRole" : name;
@@ -101,14 +59,14 @@ TEST_F(StartUp, ANullChannelChangesNothing)
 {
     for (const bool ledger : {true, false}) {
         TestManager manager(m_Channel);
-        components.calls.clear();
+        components().calls.clear();
         m_Log.clear();
         FakeChannel other;
         EXPECT_EQ(
             manager.initDataMgr(ledger ? &other : nullptr, ledger ? nullptr : &other, "t", "other", "no", 1),
             INIT_ERROR_CHANNEL_NULL);
         EXPECT_EQ(manager.roleName(), "user");
-        EXPECT_TRUE(components.calls.empty());
+        EXPECT_TRUE(components().calls.empty());
         EXPECT_EQ(m_Log.lines(), initLines({"wirecall::RpcChannel is NULL", kFailed}));
         m_Channel.answer("result: 0 bean { id: 1 }");
         EXPECT_EQ(manager.getFolderID(1, 0, "on the old channel"), 1u);
@@ -120,7 +78,10 @@ TEST_F(StartUp, TheEndOfTheProcessEndsTheTransferClientBeforeTheObjectIsForgotte
 {
     EXPECT_EXIT(
         {
-            components.endTells = true;
+            components().onEnd = [] {
+                std::fprintf(stderr, "ended while the object was %s",
+                             TestManager::m_Instance != nullptr ? "known" : "forgotten");
+            };
             CLumoDataMgr::GetSinglePton();
             std::exit(0);
         },
@@ -138,14 +99,14 @@ TEST_F(StartUp, TextsAreInTheCodePageAndTheForgeChannelIsLeftAlone)
     EXPECT_EQ(m_Channel.timeouts(), (std::vector<long long>{4294967295, 4294967295}))
         << "widened without a sign";
     EXPECT_EQ(manager.roleName(), QString::fromUtf8("影"));
-    components.calls.clear();
+    components().calls.clear();
     manager.newChannel(QString::fromUtf8("影:1"));
-    EXPECT_EQ(components.calls, Lines{"\xd3\xb0:1 t"});
+    EXPECT_EQ(components().calls, Lines{"open \xd3\xb0:1 t"});
 }
 
 TEST_F(StartUp, ATransferClientThatDoesNotStartEndsIt)
 {
-    components.bulkhaulStarts = false;
+    components().bulkhaulStarts = false;
     TestManager manager;
     EXPECT_EQ(manager.initDataMgr(&m_Channel, &m_Channel, "t", "user", "no", 1), INIT_ERROR_TRANSFER_CLIENT);
     EXPECT_EQ(m_Log.lines(), initLines({"bulkhaul::StartBulkhaul Failed", kFailed}));
@@ -175,7 +136,7 @@ TEST_F(StartUp, StatusLinesOfTheTransferClientReachTheChannelClientsLogger)
     hubline::Logger::Instance(true)->toCallback(
         [&](int level, const std::string& text) { seen.push_back(std::to_string(level) + text); });
     m_Log.clear();
-    components.status(2, "unchanged");
+    components().status(2, "unchanged");
     hubline::Logger::Instance(true)->toCallback(hubline::Logger::Callback());
     EXPECT_EQ(seen, Lines{"2unchanged"});
     EXPECT_TRUE(m_Log.lines().empty());
@@ -184,8 +145,8 @@ TEST_F(StartUp, StatusLinesOfTheTransferClientReachTheChannelClientsLogger)
 TEST_F(StartUp, ANewChannelIsJudgedByItsCode)
 {
     TestManager manager(m_Channel);
-    components.opened = boost::make_shared<FakeChannel>();
-    components.current = boost::make_shared<FakeChannel>();
+    components().opened = boost::make_shared<FakeChannel>();
+    components().current = boost::make_shared<FakeChannel>();
     const struct
     {
         int code;
@@ -198,10 +159,10 @@ TEST_F(StartUp, ANewChannelIsJudgedByItsCode)
     };
     for (const auto& c : cases) {
         m_Log.clear();
-        components.calls.clear();
-        components.code = c.code;
-        EXPECT_EQ(manager.newChannel("box:1"), c.code == 2 ? components.current : components.opened);
+        components().calls.clear();
+        components().code = c.code;
+        EXPECT_EQ(manager.newChannel("box:1"), c.code == 2 ? components().current : components().opened);
         EXPECT_EQ(m_Log.lines(), Lines{managerLine(c.line, "newChannel")});
-        EXPECT_EQ(components.calls, Lines{"box:1 t0ken"});
+        EXPECT_EQ(components().calls, Lines{"open box:1 t0ken"});
     }
 }

@@ -16,6 +16,8 @@ public:
         channel.forgetCalls();
     }
 
+    using CLumoDataMgr::getAppFullPathByAppID;
+    using CLumoDataMgr::getAppFullPathBySoftID;
     using CLumoDataMgr::getDiskFromBean;
     using CLumoDataMgr::getFileFromBean;
     using CLumoDataMgr::getFileFullPath;

@@ -1,0 +1,98 @@
+#include "kestaserver.pb.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/TestManager.h"
+
+#include <boost/make_shared.hpp>
+#include <google/protobuf/descriptor.pb.h>
+#include <google/protobuf/dynamic_message.h>
+
+namespace {
+
+typedef std::vector<std::string> Lines;
+
+class TransferControl : public ::testing::Test
+{
+protected:
+    QByteArray packed(const google::protobuf::Message& message)
+    {
+        QVector<char> buffer(100, 'x');
+        EXPECT_TRUE(m_Manager.PackProtobufMessage(&message, buffer));
+        return QByteArray(buffer.constData(), buffer.size());
+    }
+
+    LogCapture m_Log;
+    boost::shared_ptr<FakeChannel> m_Channel = boost::make_shared<FakeChannel>();
+    FakeChannel m_Unused;
+    TestManager m_Manager;
+};
+
+} // namespace
+
+TEST_F(TransferControl, APackedMessageIsItsLengthsItsTypeNameAndItsBody)
+{
+    google::protobuf::FileDescriptorProto file;
+    file.set_name("abc.proto");
+    auto* const type = file.add_message_type();
+    type->set_name("Abc");
+    auto* const field = type->add_field();
+    field->set_name("a");
+    field->set_number(1);
+    field->set_type(google::protobuf::FieldDescriptorProto::TYPE_INT32);
+    field->set_label(google::protobuf::FieldDescriptorProto::LABEL_OPTIONAL);
+    google::protobuf::DescriptorPool pool;
+    const google::protobuf::Descriptor* const descriptor = pool.BuildFile(file)->message_type(0);
+    google::protobuf::DynamicMessageFactory factory;
+    const std::unique_ptr<google::protobuf::Message> message(factory.GetPrototype(descriptor)->New());
+    EXPECT_EQ(packed(*message).toHex(), "0000000700000003416263") << "an empty body";
+    message->GetReflection()->SetInt32(message.get(), descriptor->field(0), 1);
+    EXPECT_EQ(packed(*message).toHex(), "00000009000000034162630801");
+    EXPECT_EQ(packed(kestaserver::DownloadAuthMsg()).mid(8), "kestaserver.DownloadAuthMsg");
+}
+
+TEST_F(TransferControl, AsksAndTellsOnTheChannelOfTheHost)
+{
+    const auto line = [](const std::string& message, const std::string& method) {
+        return managerLine(message, method);
+    };
+    const struct
+    {
+        const char* answer; ///< null: the call fails
+        bool passed;
+    } cases[] = {{"passed: true", true}, {"passed: false", false}, {"", false}, {nullptr, false}};
+    for (const auto& c : cases) {
+        m_Log.clear();
+        m_Channel->forgetCalls();
+        c.answer ? m_Channel->answer(c.answer).answer("") : m_Channel->fail("gone").fail("gone");
+        EXPECT_EQ(m_Manager.CheckTransfer(m_Channel, "t", QString::fromUtf8("一"), -1, 2, {"f"}, {"d", "e"},
+                                          {'\0', 'x'}),
+                  c.passed);
+        m_Manager.TransferProgress(m_Channel, "t", -1, 2, 3);
+        EXPECT_EQ(
+            m_Channel->calls(),
+            (Lines{"CheckTransfer {task_id: \"t\" serv_path: \"\\344\\270\\200\" check_a: -1 check_b: 2 "
+                   "dir_path: \"d\" dir_path: \"e\" file_path: \"f\" trans_msg: \"\\000x\"}",
+                   "TransferProgress {task_id: \"t\" progress_a: -1 progress_b: 2 progress_c: 3}"}));
+        Lines lines;
+        for (const std::string method : {"CheckTransfer", "TransferProgress"}) {
+            lines.push_back(line("Enter Function : " + method + "!", method));
+            if (!c.answer)
+                lines.push_back(line(method + " Error : gone", method));
+            lines.push_back(line("Leave Function : " + method + "!", method));
+        }
+        EXPECT_EQ(m_Log.lines(), lines);
+    }
+    EXPECT_EQ(m_Channel->timeouts()[0], 1000000);
+    EXPECT_EQ(m_Channel->timeouts()[1], 10000);
+    m_Channel->answer("").forgetCalls();
+    m_Manager.CheckTransfer(m_Channel, "", "", 0, 0, {}, {}, {});
+    EXPECT_EQ(m_Channel->calls()[0], "CheckTransfer {task_id: \"\" serv_path: \"\" check_a: 0 check_b: 0}");
+}
+
+TEST_F(TransferControl, TheLimitOfACheckWrapsAt32Bits)
+{
+    m_Unused.answer("bean { id: 1 }").answer("bean { id: 1 }");
+    ASSERT_EQ(m_Manager.initDataMgr(&m_Unused, &m_Unused, "t", "u", "c", 0xFFFFFFFF), INIT_SUCCESS);
+    m_Channel->answer("");
+    m_Manager.CheckTransfer(m_Channel, "", "", 0, 0, {}, {}, {});
+    EXPECT_EQ(m_Channel->timeouts()[0], 4294967196);
+}
