@@ -154,6 +154,7 @@ std::optional<BoxCatalogue::Place> CatalogueOfBox::admit(const std::string& toke
     if (!claim)
         return std::nullopt;
     ConnectionPool::Lease connection(m_Pool);
+    const SQLite::Transaction oneRead(connection->database()); // spares each query one of its own
     const std::optional<User> user = connection->user(token);
     std::optional<Ground> ground;
     if (!user)
@@ -172,6 +173,7 @@ std::optional<BoxCatalogue::Place> CatalogueOfBox::admit(const std::string& toke
 
 void CatalogueOfBox::record(const std::vector<Entry>& entries)
 {
+    const std::lock_guard<std::mutex> lock(m_Recording);
     ConnectionPool::Lease connection(m_Pool);
     SQLite::Transaction transaction(connection->database(), SQLite::TransactionBehavior::IMMEDIATE);
     Recorder recorder(*connection, m_BoxCode);

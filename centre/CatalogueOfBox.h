@@ -4,6 +4,8 @@
 #include "centre/ConnectionPool.h"
 #include "centre/box/BoxCatalogue.h"
 
+#include <mutex>
+
 namespace centre {
 
 /// The catalogue of a data folder, as one of its storage boxes asks it. A user may read and write what lies
@@ -24,6 +26,7 @@ public:
 private:
     ConnectionPool& m_Pool;
     const std::string m_BoxCode;
+    std::mutex m_Recording; ///< threads that wait here follow at once, those that wait in SQLite sleep
 };
 
 } // namespace centre
