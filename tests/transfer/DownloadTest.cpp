@@ -20,18 +20,6 @@ class Download : public TransferFixture
 {
 };
 
-std::string fetchLine(const std::string& message)
-{
-    return gbk(message) + " Func:CLumoDownloadRunnable::fetchDownloadInformation";
-}
-
-std::string walkLine(const std::string& message)
-{
-    return message + " Func:CLumoDownloadRunnable::download";
-}
-
-const char kWalkFailed[] = "download Failed! Func:CLumoDownloadRunnable::run";
-
 } // namespace
 
 TEST_F(Download, ASourceThatIsNotFoundStartsNothing)
@@ -56,7 +44,8 @@ TEST_F(Download, ASourceThatIsNotFoundStartsNothing)
     for (const auto& c : cases) {
         answer(c.answers);
         EXPECT_FALSE(manager().download("DIR", qMakePair(c.kind, 4294967294u), true, callback()));
-        EXPECT_EQ(taskLines("LumoDownloadRunnable"), Lines{fetchLine(c.line)});
+        EXPECT_EQ(taskLines("LumoDownloadRunnable"),
+                  Lines{gbk(c.line) + " Func:CLumoDownloadRunnable::fetchDownloadInformation"});
         EXPECT_TRUE(m_Events.empty() && components().calls.empty());
         again();
     }
@@ -69,79 +58,52 @@ TEST_F(Download, ASourceThatIsNotFoundStartsNothing)
 
 TEST_F(Download, TheWalkTellsItsEndOrOneFailureAndReleasesItsChannel)
 {
-    const Lines fetchFile = {kFile, kFilePath, kBox};
-    const Lines fetchFolder = {kFolder, kFolderPath, kBox};
-    const Lines fetchDisk = {kDisk, kBox};
-    const std::string moved = std::string("download /r/a.tif DIR/here/a.tif keep untold") + kMessage;
-    const std::string notMoved = walkLine("bulkhaul::Download Failed : DIR/here/a.tif");
+    const Lines fetches[] = {{kDisk, kBox}, {kFolder, kFolderPath, kBox}, {kFile, kFilePath, kBox}};
+    const char noFolder[] = "Dist Dir doesn't exist and mkdir Failed : ";
     const struct
     {
         int kind;
-        Lines fetch, walk; ///< answers
+        Lines walk;        ///< answers
         int result;        ///< of bulkhaul
         std::string event; ///< behind the start
-        Lines lines, calls;
+        std::string line;  ///< of a failure, "" for none
     } cases[] = {
-        {2, fetchFile, {kFilePath}, 0, "0 0 100", {}, {moved}},
-        {2, fetchFile, {kFilePath}, -7, "0 -7 0", {notMoved, kWalkFailed}, {moved}},
-        {2, fetchFile, {"result: 1"}, 0, "0 10 0", {kWalkFailed}, {}},
-        {2,
-         fetchFile,
-         {"full_path: '/r/..'"},
-         0,
-         "0 8 0",
-         {walkLine("bulkhaul::Download Failed : DIR/here/.."), kWalkFailed},
-         {}},
-        {1, fetchFolder, {"result: -1"}, 0, "0 10 0", {walkLine("getFolder Failed,ID(7)"), kWalkFailed}, {}},
-        {1, fetchFolder, {kFolder, "result: -2"}, 0, "0 10 0", {kWalkFailed}, {}},
-        {1, fetchFolder, {kFolder, "total: 0", "result: 1"}, 0, "0 10 0", {kWalkFailed}, {}},
-        {1, fetchFolder, {kFolder, "total: 0", "total: 0"}, 0, "0 0 100", {}, {}}, // an empty folder
-        {1, fetchFolder, {kFolder, "total: 1", "result: -1", "total: 0"}, 0, "0 0 100", {}, {}},
-        {1,
-         fetchFolder,
-         {"bean { name: '..' }"},
-         0,
-         "0 6 0",
-         {walkLine("Dist Dir doesn't exist and mkdir Failed : DIR/here/.."), kWalkFailed},
-         {}},
-        {1,
-         fetchFolder,
-         {"bean { name: '/tmp/x' }"},
-         0,
-         "0 6 0",
-         {walkLine("Dist Dir doesn't exist and mkdir Failed : /tmp/x"), kWalkFailed},
-         {}},
-        {0, fetchDisk, {"result: -1"}, 0, "0 10 0", {walkLine("getDisk Failed,ID(7)"), kWalkFailed}, {}},
-        {0,
-         fetchDisk,
-         {kDisk, "result: -1"},
-         0,
-         "0 10 0",
-         {walkLine("getFolderID Failed,DiskID(3) ParentID(0) Name(d)"), kWalkFailed},
-         {}},
-        {0,
-         fetchDisk,
-         {"bean { id: 3 name: 'no/d' }", "bean { id: 8 }"},
-         0,
-         "0 6 0",
-         {walkLine("Dist Dir doesn't exist and mkdir Failed : DIR/here/no/d"), kWalkFailed},
-         {}},
-        {0, fetchDisk, {kDisk, "bean { id: 8 }", "total: 0", "total: 0"}, 0, "0 0 100", {}, {}},
+        {2, {kFilePath}, 0, "0 0 100", ""},
+        {2, {kFilePath}, -7, "0 -7 0", "bulkhaul::Download Failed : DIR/here/a.tif"},
+        {2, {"result: 1"}, 0, "0 10 0", ""},
+        {2, {"full_path: '/r/..'"}, 0, "0 8 0", "bulkhaul::Download Failed : DIR/here/.."},
+        {1, {"result: -1"}, 0, "0 10 0", "getFolder Failed,ID(7)"},
+        {1, {kFolder, "result: -2"}, 0, "0 10 0", ""},
+        {1, {kFolder, "total: 0", "result: 1"}, 0, "0 10 0", ""},
+        {1, {kFolder, "total: 0", "total: 0"}, 0, "0 0 100", ""}, // an empty folder
+        {1, {kFolder, "total: 1", "result: -1", "total: 0"}, 0, "0 0 100", ""},
+        {1, {"bean { name: '..' }"}, 0, "0 6 0", noFolder + std::string("DIR/here/..")},
+        {1, {"bean { name: '/tmp/x' }"}, 0, "0 6 0", noFolder + std::string("/tmp/x")},
+        {0, {"result: -1"}, 0, "0 10 0", "getDisk Failed,ID(7)"},
+        {0, {kDisk, "result: -1"}, 0, "0 10 0", "getFolderID Failed,DiskID(3) ParentID(0) Name(d)"},
+        {0, {"bean { name: 'n/d' }", "bean {}"}, 0, "0 6 0", noFolder + std::string("DIR/here/n/d")},
+        {0, {kDisk, "bean { id: 8 }", "total: 0", "total: 0"}, 0, "0 0 100", ""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.event + " " + c.walk.back());
         for (const bool told : {true, false}) {
-            answer(c.fetch);
+            answer(fetches[c.kind]);
             answer(c.walk);
             components().results = {c.result};
             const TransferCallback listener = told ? callback() : TransferCallback();
             EXPECT_TRUE(manager().download(path("here"), qMakePair(c.kind, 7u), false, listener));
             end();
             EXPECT_EQ(m_Events, told ? (Lines{"0 0 0", c.event}) : Lines());
-            EXPECT_EQ(taskLines("LumoDownloadRunnable"), c.lines);
-            Lines calls = {kOpen};
-            calls.insert(calls.end(), c.calls.begin(), c.calls.end());
-            calls.push_back(kRelease);
+            Lines lines;
+            if (!c.line.empty())
+                lines.push_back(c.line + " Func:CLumoDownloadRunnable::download");
+            if (c.event != "0 0 100")
+                lines.push_back("download Failed! Func:CLumoDownloadRunnable::run");
+            EXPECT_EQ(taskLines("LumoDownloadRunnable"), lines);
+            Lines calls = {kOpen, kRelease};
+            if (c.walk[0] == kFilePath)
+                calls.insert(calls.begin() + 1,
+                             std::string("download /r/a.tif DIR/here/a.tif keep untold") + kMessage);
             EXPECT_EQ(maskedCalls(), calls);
             again();
         }
@@ -152,22 +114,13 @@ TEST_F(Download, TheWalkTellsItsEndOrOneFailureAndReleasesItsChannel)
 
 TEST_F(Download, AFoldersFilesComeBeforeItsSubFoldersAndTheFirstFailureEndsTheWalk)
 {
-    const Lines fetch = {"bean { id: 5 parent_id: 0 disk_id: 3 }", kDisk, kBox}; // the disk's top folder
-    const Lines walk = {kDisk,
-                        "bean { id: 8 }",
-                        "total: 2",
-                        "filetabs { id: 1 } filetabs { id: 2 }",
-                        "total: 1",
-                        "srctabs { id: 9 }",
-                        "full_path: '/r/1'",
-                        "full_path: '/q/\xe4\xb8\x80'",
-                        "bean { id: 9 name: '\xe4\xb8\x80' }",
-                        "total: 2",
-                        "filetabs { id: 3 } filetabs { id: 4 }",
-                        "total: 0",
-                        "full_path: '/r/s/3'"};
-    answer(fetch);
-    answer(walk);
+    // Prepared as the disk whose top folder it is: files 1 and 2, then the folder with files 3 and 4.
+    for (const char* next :
+         {"bean { id: 5 parent_id: 0 disk_id: 3 }", kDisk, kBox, kDisk, "bean { id: 8 }", "total: 2",
+          "filetabs { id: 1 } filetabs { id: 2 }", "total: 1", "srctabs { id: 9 }", "full_path: '/r/1'",
+          "full_path: '/q/\xe4\xb8\x80'", "bean { id: 9 name: '\xe4\xb8\x80' }", "total: 2",
+          "filetabs { id: 3 } filetabs { id: 4 }", "total: 0", "full_path: '/r/s/3'"})
+        answer({next});
     components().results = {0, 0, 209};
     EXPECT_TRUE(manager().download(path("here") + "\\", qMakePair(1, 5u), true, callback()));
     end();
