@@ -53,7 +53,7 @@ private:
         requireChunk(first, first.size(), 0, m_BoxPath);
         IncomingSmallFiles file(folder);
         file.add(name, first.data());
-        file.finish();
+        file.finish(IncomingSmallFiles::Names::Given);
     }
 
     static Digest requireChunk(const haulbox::ReadRsp& response, std::uint64_t size, std::uint64_t chunk,
@@ -222,7 +222,7 @@ private:
             throw TransferFailure(kNotUnderstood, "the box sent another number of files than asked for");
         for (int i = 0; i < std::min(response.contents_size(), request.entries_size()); ++i)
             take(files, request.entries(i), response.contents(i));
-        files.finish(); // what came is kept, also when the next one failed
+        files.finish(IncomingSmallFiles::Names::Given); // what came is kept, also when the next one failed
         BoxClient::require(response);
     }
 

@@ -8,7 +8,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
+#include <set>
+#include <thread>
 
 namespace bulkhaul {
 
@@ -17,6 +20,8 @@ namespace {
 const std::string kPartialEnding = ".lumo-part";
 constexpr std::size_t kLongestName = 255;
 constexpr mode_t kFileMode = 0666;
+constexpr std::chrono::seconds kLongestWait(3);
+constexpr std::chrono::milliseconds kPause(5);
 
 /// A name too long to be lengthened is replaced by its digest.
 std::string partialName(const std::string& name)
@@ -40,6 +45,20 @@ bool isCurrent(const Folder& folder, const std::string& name, const FileHandle& 
     return folder.find(name, named) && ::fstat(handle.get(), &opened) == 0 && named.st_ino == opened.st_ino;
 }
 
+/// Waits a while: a transfer that was cut off may still be writing what had arrived. The system has no lock
+/// with a time limit.
+void lockPartial(const FileHandle& file, const std::string& target)
+{
+    const auto end = std::chrono::steady_clock::now() + kLongestWait;
+    while (::flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EWOULDBLOCK && errno != EINTR)
+            throwErrno(haulbox::NOT_WRITABLE, target);
+        if (std::chrono::steady_clock::now() > end)
+            throw FileFailure(haulbox::BUSY, target + ": another transfer writes to it");
+        std::this_thread::sleep_for(kPause);
+    }
+}
+
 /// The partial file of `target`, locked against others; without one unless `create`.
 FileHandle openPartial(const Folder& folder, const std::string& target, bool create)
 {
@@ -57,8 +76,7 @@ FileHandle openPartial(const Folder& folder, const std::string& target, bool cre
             throwErrno(haulbox::NOT_WRITABLE, name);
         if (!S_ISREG(status.st_mode) || status.st_nlink > 1)
             throw FileFailure(haulbox::WRONG_KIND, name + ": not a partial file");
-        if (::flock(handle.get(), LOCK_EX | LOCK_NB) != 0)
-            throw FileFailure(haulbox::BUSY, target + ": another transfer writes to it");
+        lockPartial(handle, target);
         if (isCurrent(folder, name, handle))
             return handle;
     }
@@ -265,21 +283,29 @@ void IncomingSmallFiles::add(const std::string& below, const std::string& data)
     const FileHandle handle = openPartial(folder, name, true);
     resize(handle, data.size(), name);
     writeAll(handle.get(), data, 0, name);
-    m_Files.push_back(below);
+    m_Files.push_back({below, data.size(), digestOf(data)});
 }
 
-void IncomingSmallFiles::finish()
+void IncomingSmallFiles::finish(Names names)
 {
-    // Opened again, file by file, so that few are open at once. The one that another transfer has put in
-    // the place of ours meanwhile is as whole.
+    // Opened again, file by file, so that few are open at once.
     std::string name;
-    for (const std::string& below : m_Files) {
-        const Folder& folder = m_Folders.parentOf(below, name);
+    for (const File& file : m_Files) {
+        const Folder& folder = m_Folders.parentOf(file.below, name);
         const FileHandle handle = openPartial(folder, name, false);
-        if (!handle)
-            throw FileFailure(haulbox::BUSY, below + ": another transfer has written it");
-        flush(handle, name);
-        giveName(folder, name);
+        if (handle) {
+            flush(handle, name);
+            giveName(folder, name);
+        } else if (existingDigest(file.below, file.size) != file.digest) { // not even given by another
+            throw FileFailure(haulbox::BUSY, file.below + ": another transfer has written it");
+        }
+    }
+    std::set<std::string> flushed;
+    for (const File& file : m_Files) {
+        const Folder& folder = m_Folders.parentOf(file.below, name);
+        const std::string path = file.below.substr(0, file.below.size() - name.size());
+        if (names == Names::Flushed && flushed.insert(path).second)
+            folder.flush();
     }
     m_Files.clear();
 }

@@ -80,12 +80,27 @@ public:
     std::optional<Digest> existingDigest(const std::string& below, std::uint64_t size);
     /// Writes the partial file.
     void add(const std::string& below, const std::string& data);
+    /// Whether a name that was given has reached the disk, too. Before that, a machine that stops shows the
+    /// old target.
+    enum class Names
+    {
+        Flushed,
+        Given
+    };
+
     /// Flushes all, then gives all their names.
-    void finish();
+    void finish(Names names);
 
 private:
+    struct File
+    {
+        std::string below;
+        std::uint64_t size;
+        Digest digest;
+    };
+
     FolderCache m_Folders;
-    std::vector<std::string> m_Files;
+    std::vector<File> m_Files;
 };
 
 } // namespace bulkhaul

@@ -1,0 +1,198 @@
+#ifndef LUMO_TESTS_TESTBOX_H
+#define LUMO_TESTS_TESTBOX_H
+
+#include "centre/Faults.h"
+#include "centre/FaultyService.h"
+#include "centre/box/BoxService.h"
+#include "components/bulkhaul/Bulkhaul.h"
+#include "components/wirecall/RpcChannel.h"
+#include "components/wirecall/RpcServer.h"
+
+#include <google/protobuf/wrappers.pb.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+inline std::string content(std::size_t size, unsigned seed)
+{
+    std::mt19937 random(seed);
+    std::string bytes(size, '\0');
+    for (char& byte : bytes)
+        byte = static_cast<char>(random());
+    return bytes;
+}
+
+/// The bytes themselves, or of many their number and hash: a mismatch must not print megabytes.
+inline std::string summary(const std::string& bytes)
+{
+    if (bytes.size() < 100)
+        return bytes;
+    return std::to_string(bytes.size()) + " bytes, hash " + std::to_string(std::hash<std::string>()(bytes));
+}
+
+inline void writeFile(const fs::path& path, const std::string& bytes)
+{
+    fs::create_directories(path.parent_path());
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+inline std::string readFile(const fs::path& path)
+{
+    std::ostringstream bytes;
+    bytes << std::ifstream(path, std::ios::binary).rdbuf();
+    return summary(bytes.str());
+}
+
+/// What lies below a folder: each path with its bytes, a folder with "/" behind it.
+inline std::map<std::string, std::string> treeOf(const fs::path& root)
+{
+    std::map<std::string, std::string> tree;
+    for (const auto& entry : fs::recursive_directory_iterator(root)) {
+        const std::string below = fs::relative(entry.path(), root).string();
+        if (entry.is_directory())
+            tree[below + "/"];
+        else
+            tree[below] = readFile(entry.path());
+    }
+    return tree;
+}
+
+/// A catalogue that admits everything below one folder and records what comes.
+class TestCatalogue : public centre::BoxCatalogue
+{
+public:
+    explicit TestCatalogue(std::string root) : m_Root(std::move(root)) {}
+
+    std::optional<Place> admit(const std::string&, const haulbox::Carried& carried, const std::string& path,
+                               Use, std::string& reason) override
+    {
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        lastMessage = carried.type_name() + ":" + carried.body();
+        if (onAdmit)
+            onAdmit(++m_Admitted);
+        if (path.rfind(m_Root + "/", 0) != 0) {
+            reason = path + " is not on this box";
+            return std::nullopt;
+        }
+        return Place{m_Root, path.substr(m_Root.size() + 1)};
+    }
+
+    void record(const std::vector<Entry>& entries) override
+    {
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        for (const Entry& entry : entries)
+            recorded[entry.path] = entry.folder;
+    }
+
+    std::function<void(int)> onAdmit; ///< called with the number of the request, from 1
+    std::string lastMessage;
+    std::map<std::string, bool> recorded;
+
+private:
+    const std::string m_Root;
+    std::mutex m_Mutex;
+    int m_Admitted = 0;
+};
+
+/// The file service of a real box, or another service in its place, on a free loopback port.
+class TestBox
+{
+public:
+    explicit TestBox(centre::BoxCatalogue& catalogue, const std::vector<std::string>& faults = {},
+                     google::protobuf::Service* instead = nullptr)
+        : m_Service(catalogue, m_Faults), m_Faulty(instead ? *instead : m_Service, m_Faults)
+    {
+        centre::addFaults(m_Faults, faults, {haulbox::BoxServices::descriptor()});
+        wirecall::RpcServer::Options options;
+        options.address = "127.0.0.1:0";
+        options.threads = 4;
+        options.authenticate = [](const wirecall::ServerCall& call, std::string& reason) {
+            reason = "wrong token";
+            return call.token() == "right";
+        };
+        m_Server.add(&m_Faulty);
+        std::string error;
+        EXPECT_TRUE(m_Server.start(options, error)) << error;
+    }
+
+    int port() const { return m_Server.port(); }
+
+    boost::shared_ptr<wirecall::RpcChannel> channel(int port, const std::string& token = "right") const
+    {
+        std::string error;
+        wirecall::ChannelOptions options;
+        options.address = "127.0.0.1:" + std::to_string(port);
+        options.token = token;
+        return wirecall::openChannel(options, error);
+    }
+    boost::shared_ptr<wirecall::RpcChannel> channel() const { return channel(port()); }
+
+    void stop() { m_Server.stop(0); }
+    centre::Faults& faults() { return m_Faults; }
+
+private:
+    centre::Faults m_Faults;
+    centre::BoxService m_Service;
+    centre::FaultyService m_Faulty;
+    wirecall::RpcServer m_Server;
+};
+
+enum class Way
+{
+    Down,
+    Up
+};
+
+/// A folder "box" and a folder "here", and transfers between "box/NAME" and "here/NAME".
+class TransferTest : public ::testing::Test
+{
+protected:
+    TransferTest() : m_Folder(fs::temp_directory_path() / "lumo-haul-XXXXXX")
+    {
+        std::string pattern = m_Folder.string();
+        m_Folder = fs::canonical(::mkdtemp(pattern.data()));
+        fs::create_directories(box());
+        fs::create_directories(here());
+        catalogue = std::make_unique<TestCatalogue>(box().string());
+        bulkhaul::setStallLimit(60000);
+    }
+    ~TransferTest() override { fs::remove_all(m_Folder); }
+
+    fs::path box() const { return m_Folder / "box"; }
+    fs::path here() const { return m_Folder / "here"; }
+    fs::path source(Way way) const { return way == Way::Down ? box() : here(); }
+    fs::path target(Way way) const { return way == Way::Down ? here() : box(); }
+
+    int move(Way way, const boost::shared_ptr<wirecall::RpcChannel>& channel, const std::string& name,
+             bool keepExisting = false, const bulkhaul::ProgressFunction& progress = {})
+    {
+        google::protobuf::StringValue message;
+        message.set_value("ada");
+        const auto mover = way == Way::Down ? &bulkhaul::Download : &bulkhaul::Upload;
+        return mover(channel, (box() / name).string(), (here() / name).string(), keepExisting, progress,
+                     &message, nullptr);
+    }
+
+    int move(Way way, TestBox& testBox, const std::string& name, bool keepExisting = false,
+             const bulkhaul::ProgressFunction& progress = {})
+    {
+        return move(way, testBox.channel(), name, keepExisting, progress);
+    }
+
+    std::unique_ptr<TestCatalogue> catalogue;
+
+private:
+    fs::path m_Folder;
+};
+
+#endif

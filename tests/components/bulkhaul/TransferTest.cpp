@@ -1,0 +1,402 @@
+#include "tests/components/bulkhaul/TestBox.h"
+#include "tests/support/CuttingProxy.h"
+
+#include <atomic>
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <thread>
+
+using namespace bulkhaul;
+
+namespace {
+
+constexpr std::size_t kMiB = 1024 * 1024;
+const Way kBothWays[] = {Way::Down, Way::Up};
+
+} // namespace
+
+TEST_F(TransferTest, FoldersAndFilesOfEverySizeArriveAsTheyAreBothWays)
+{
+    TestBox testBox(*catalogue);
+    for (const Way way : kBothWays) {
+        const std::string name = way == Way::Down ? "down" : "up";
+        const fs::path root = source(way) / name;
+        unsigned seed = 0;
+        for (const std::size_t size :
+             {std::size_t(0), std::size_t(1), std::size_t(4096), kMiB - 1, kMiB, kMiB + 1, 3 * kMiB + 5})
+            writeFile(root / "尺寸" / std::to_string(size), content(size, ++seed));
+        for (int i = 0; i < 150; ++i) // more than one batch
+            writeFile(root / ("d" + std::to_string(i % 7)) / std::to_string(i), content(100, ++seed));
+        fs::create_directories(root / "空文件夹" / "empty");
+
+        std::vector<std::pair<int, int>> told;
+        ASSERT_EQ(move(way, testBox, name, false,
+                       [&](const std::string& id, int code, int percent) {
+                           EXPECT_EQ(id.size(), 36u);
+                           told.emplace_back(code, percent);
+                           if (percent == 100) {
+                               EXPECT_EQ(treeOf(target(way) / name), treeOf(root));
+                           }
+                       }),
+                  kDone);
+        EXPECT_EQ(treeOf(target(way) / name), treeOf(root));
+        EXPECT_EQ(told.front(), std::make_pair(0, 0));
+        EXPECT_EQ(told.back(), std::make_pair(0, 100));
+        EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
+    }
+    EXPECT_EQ(catalogue->lastMessage, std::string("google.protobuf.StringValue:\n\x03"
+                                                  "ada"));
+    for (const auto& [below, bytes] : treeOf(box() / "up")) {
+        const bool folder = below.back() == '/';
+        const std::string path = (box() / "up" / below.substr(0, below.size() - folder)).string();
+        ASSERT_EQ(catalogue->recorded.count(path), 1u) << path;
+        EXPECT_EQ(catalogue->recorded[path], folder) << path;
+    }
+}
+
+TEST_F(TransferTest, AnExistingTargetIsReplacedOrKept)
+{
+    TestBox testBox(*catalogue);
+    for (const Way way : kBothWays)
+        for (const std::size_t size : {std::size_t(10), 2 * kMiB}) {
+            for (const std::string file : {"file", "tree/file"}) {
+                writeFile(source(way) / file, content(size, 1));
+                writeFile(target(way) / file, content(size, 2));
+            }
+            const std::string fresh = summary(content(size, 1));
+            const std::string old = summary(content(size, 2));
+            for (const std::string name : {"file", "tree"}) {
+                EXPECT_EQ(move(way, testBox, name, true), kDone);
+                EXPECT_EQ(readFile(target(way) / (name == "file" ? name : "tree/file")), old);
+                EXPECT_EQ(move(way, testBox, name, false), kDone);
+                EXPECT_EQ(readFile(target(way) / (name == "file" ? name : "tree/file")), fresh);
+            }
+            writeFile(target(way) / "file", content(1, 3)); // of another size
+            EXPECT_EQ(move(way, testBox, "file"), kDone);
+            EXPECT_EQ(readFile(target(way) / "file"), fresh);
+        }
+}
+
+TEST_F(TransferTest, EachFaultFailsWithItsCodeLeavesTheOldTargetAndIsMendedByTheNextAttempt)
+{
+    struct Row
+    {
+        Way way;
+        std::string name;
+        std::string fault;
+        int code;
+    };
+    const Row rows[] = {
+        {Way::Down, "small", "read=refuse", kBoxFailed},
+        {Way::Down, "small", "read=corrupt", kCorrupted},
+        {Way::Down, "small", "read=stall", kStalled},
+        {Way::Down, "large", "read@3=refuse", kBoxFailed},
+        {Way::Down, "large", "read@4=corrupt", kCorrupted},
+        {Way::Down, "large", "read=break:2500000", kBoxFailed},
+        {Way::Down, "large", "read@3=stall", kStalled},
+        {Way::Down, "large", "digests=refuse", kBoxFailed},
+        {Way::Down, "tree", "list=refuse", kBoxFailed},
+        {Way::Down, "tree", "fetch@2=refuse", kBoxFailed},
+        {Way::Down, "tree", "fetch@2=corrupt", kCorrupted},
+        {Way::Down, "tree", "fetch=break:5000", kBoxFailed},
+        {Way::Up, "small", "store=refuse", kBoxFailed},
+        {Way::Up, "small", "store=corrupt", kCorrupted},
+        {Way::Up, "large", "begin=refuse", kBoxFailed},
+        {Way::Up, "large", "write@3=corrupt", kCorrupted},
+        {Way::Up, "large", "write=break:2500000", kBoxFailed},
+        {Way::Up, "large", "write@2=stall", kStalled},
+        {Way::Up, "large", "finish=refuse", kBoxFailed},
+        {Way::Up, "tree", "store@3=corrupt", kCorrupted},
+        {Way::Up, "tree", "store=break:5000", kBoxFailed},
+        {Way::Up, "tree", "write@2=refuse", kBoxFailed},
+    };
+    for (const Way way : kBothWays) {
+        writeFile(source(way) / "small", content(5000, 1));
+        writeFile(source(way) / "large", content(5 * kMiB + 7, 2));
+        for (int i = 0; i < 200; ++i)
+            writeFile(source(way) / "tree" / std::to_string(i), content(100, 3));
+        writeFile(source(way) / "tree/zz/large", content(3 * kMiB, 4));
+    }
+    for (const Row& row : rows) {
+        SCOPED_TRACE((row.way == Way::Down ? "down " : "up ") + row.name + " " + row.fault);
+        fs::remove_all(target(row.way) / row.name);
+        if (row.name != "tree")
+            writeFile(target(row.way) / row.name, "the old target");
+        int last = -1;
+        int percent = -1;
+        {
+            TestBox faulty(*catalogue, {row.fault});
+            setStallLimit(row.code == kStalled ? 300 : 60000);
+            EXPECT_EQ(move(row.way, faulty, row.name, false,
+                           [&](const std::string&, int code, int told) {
+                               last = code;
+                               percent = told;
+                           }),
+                      row.code);
+            setStallLimit(60000);
+        }
+        EXPECT_EQ(last, row.code);
+        EXPECT_LT(percent, 100);
+        if (row.name != "tree") {
+            EXPECT_EQ(readFile(target(row.way) / row.name), "the old target");
+        }
+        TestBox sound(*catalogue);
+        EXPECT_EQ(move(row.way, sound, row.name), kDone);
+        if (row.name == "tree") {
+            EXPECT_EQ(treeOf(target(row.way) / "tree"), treeOf(source(row.way) / "tree"));
+        } else {
+            EXPECT_EQ(readFile(target(row.way) / row.name), readFile(source(row.way) / row.name));
+        }
+    }
+}
+
+TEST_F(TransferTest, ACutConnectionCostsOnlyWhatHadNotMoved)
+{
+    TestBox testBox(*catalogue);
+    for (const Way way : kBothWays) {
+        writeFile(source(way) / "large", content(24 * kMiB, 1));
+        for (int i = 0; i < 600; ++i)
+            writeFile(source(way) / "tree" / std::to_string(i), content(20000, static_cast<unsigned>(i)));
+        for (const std::string name : {"large", "tree"}) {
+            const std::uint64_t whole = name == "large" ? 24 * kMiB : 600 * 20000;
+            {
+                CuttingProxy cable(testBox.port(), whole / 2);
+                EXPECT_EQ(move(way, testBox.channel(cable.port()), name), kNoConnection);
+            }
+            CuttingProxy cable(testBox.port());
+            EXPECT_EQ(move(way, testBox.channel(cable.port()), name), kDone);
+            EXPECT_LT(cable.moved(), whole * 8 / 10) << name; // what was on its way is lost
+            CuttingProxy idle(testBox.port()); // all is there: digests alone travel
+            EXPECT_EQ(move(way, testBox.channel(idle.port()), name), kDone);
+            EXPECT_LT(idle.moved(), whole / 10) << name;
+        }
+        EXPECT_EQ(treeOf(target(way)), treeOf(source(way)));
+        fs::remove_all(source(way));
+        fs::remove_all(target(way));
+        fs::create_directories(box());
+        fs::create_directories(here());
+    }
+}
+
+TEST_F(TransferTest, ASourceThatChangesWhileItIsReadIsAFailureThatSaysSo)
+{
+    TestBox testBox(*catalogue);
+    writeFile(box() / "down", content(8 * kMiB, 1));
+    catalogue->onAdmit = [this](int request) {
+        if (request == 3)
+            std::ofstream(box() / "down", std::ios::app) << "more";
+    };
+    EXPECT_EQ(move(Way::Down, testBox, "down"), kSourceChanged);
+    EXPECT_FALSE(fs::exists(here() / "down"));
+
+    writeFile(here() / "up", content(8 * kMiB, 1));
+    catalogue->onAdmit = [this](int) { fs::resize_file(here() / "up", 3 * kMiB); };
+    EXPECT_EQ(move(Way::Up, testBox, "up"), kSourceChanged);
+    EXPECT_FALSE(fs::exists(box() / "up"));
+    catalogue->onAdmit = nullptr;
+    EXPECT_EQ(move(Way::Down, testBox, "down"), kDone);
+    EXPECT_EQ(move(Way::Up, testBox, "up"), kDone);
+    EXPECT_EQ(treeOf(box()), treeOf(here()));
+}
+
+TEST_F(TransferTest, AFullDiskIsAFailureThatSaysSoAndWhatArrivedIsKept)
+{
+    std::signal(SIGXFSZ, SIG_IGN);
+    TestBox testBox(*catalogue);
+    for (const Way way : kBothWays) {
+        writeFile(source(way) / "large", content(8 * kMiB, 1));
+        rlimit before;
+        ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+        const rlimit full = {4 * kMiB, before.rlim_max};
+        ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &full), 0);
+        EXPECT_EQ(move(way, testBox, "large"), kNoSpace);
+        ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+        EXPECT_FALSE(fs::exists(target(way) / "large"));
+        EXPECT_TRUE(fs::exists(target(way) / ".large.lumo-part"));
+        CuttingProxy cable(testBox.port());
+        EXPECT_EQ(move(way, testBox.channel(cable.port()), "large"), kDone);
+        EXPECT_LT(cable.moved(), 7 * kMiB);
+        EXPECT_EQ(treeOf(target(way)), treeOf(source(way)));
+        fs::remove(box() / "large");
+        fs::remove(here() / "large");
+    }
+}
+
+TEST_F(TransferTest, SourcesAndTargetsThatCanNotBeUsedHaveCodesOfTheirOwn)
+{
+    TestBox testBox(*catalogue);
+    writeFile(box() / "file", "f");
+    writeFile(here() / "file2", "f");
+    fs::create_directories(here() / "folder");
+    fs::create_directories(box() / "folder2");
+    fs::create_symlink("/etc/hostname", box() / "link");
+    ::mkfifo((here() / "pipe").c_str(), 0600);
+    fs::create_directories(here() / "strange");
+    ::mkfifo((here() / "strange/pipe").c_str(), 0600);
+    const std::string outside = (box().parent_path() / "outside").string();
+    const auto download = [&](const std::string& from, const fs::path& to) {
+        return Download(testBox.channel(), from, to.string(), false, {}, nullptr, nullptr);
+    };
+    const auto upload = [&](const fs::path& from, const std::string& to) {
+        return Upload(testBox.channel(), to, from.string(), false, {}, nullptr, nullptr);
+    };
+    const std::string root = box().string() + "/";
+    EXPECT_EQ(download(root + "none", here() / "x"), kNotFound);
+    EXPECT_EQ(download(outside, here() / "x"), kRefused);
+    EXPECT_EQ(download(root + "../outside", here() / "x"), kUnsafeName);
+    EXPECT_EQ(download(root + "link", here() / "x"), kWrongKind);
+    EXPECT_EQ(download(root + "file", here() / "folder"), kWrongKind);
+    EXPECT_EQ(download(root + "folder2", here() / "file2"), kWrongKind);
+    EXPECT_EQ(download(root + "file", here() / "none/x"), kNotWritable);
+    EXPECT_EQ(download(root + "file", here() / ".."), kUnsafeName);
+    EXPECT_EQ(upload(here() / "none", root + "x"), kNotFound);
+    EXPECT_EQ(upload(here() / "pipe", root + "x"), kWrongKind);
+    EXPECT_EQ(upload(here() / "strange", root + "x"), kWrongKind);
+    EXPECT_EQ(upload(here() / "file2", outside), kRefused);
+    EXPECT_EQ(upload(here() / "file2", root + "folder2"), kWrongKind);
+    EXPECT_EQ(upload(here() / "file2", root + "../x"), kUnsafeName);
+    EXPECT_EQ(Download(testBox.channel(testBox.port(), "wrong"), root + "file", (here() / "x").string(), false,
+                       {}, nullptr, nullptr),
+              kRefused);
+    EXPECT_FALSE(fs::exists(here() / "x"));
+    EXPECT_FALSE(fs::exists(box() / "x"));
+    testBox.stop();
+    EXPECT_EQ(download(root + "file", here() / "x"), kNoConnection);
+}
+
+TEST_F(TransferTest, NothingIsWrittenThroughALinkThatIsPlantedInTheTarget)
+{
+    TestBox testBox(*catalogue);
+    const fs::path outside = box().parent_path() / "outside";
+    fs::create_directories(outside);
+    for (const Way way : kBothWays) {
+        writeFile(source(way) / "tree/sub/file", "new");
+        fs::create_directories(target(way) / "tree");
+        fs::create_symlink(outside, target(way) / "tree/sub");
+        EXPECT_EQ(move(way, testBox, "tree"), kWrongKind);
+        EXPECT_TRUE(fs::is_empty(outside));
+        writeFile(source(way) / "file", "new");
+        writeFile(outside / "victim", "old");
+        fs::create_symlink(outside / "victim", target(way) / "file");
+        fs::create_symlink(outside / "victim", target(way) / ".other.lumo-part");
+        writeFile(source(way) / "other", "new");
+        EXPECT_EQ(move(way, testBox, "file"), kDone);
+        EXPECT_EQ(move(way, testBox, "other"), kWrongKind);
+        EXPECT_EQ(readFile(outside / "victim"), "old");
+        EXPECT_EQ(readFile(target(way) / "file"), "new");
+        fs::remove_all(outside / "victim");
+        fs::remove_all(source(way));
+        fs::remove_all(target(way));
+        fs::create_directories(box());
+        fs::create_directories(here());
+    }
+}
+
+TEST_F(TransferTest, HostileNamesFromTheBoxAreRefusedBeforeAnythingIsWritten)
+{
+    struct HostileBox : haulbox::BoxServices
+    {
+        std::string name;
+        bool folder = false;
+        void read(google::protobuf::RpcController*, const haulbox::ReadReq*, haulbox::ReadRsp* response,
+                  google::protobuf::Closure* done) override
+        {
+            response->set_folder(true);
+            done->Run();
+        }
+        void list(google::protobuf::RpcController*, const haulbox::ListReq*, haulbox::ListRsp* response,
+                  google::protobuf::Closure* done) override
+        {
+            haulbox::Entry& entry = *response->add_entries();
+            entry.set_below(name);
+            entry.set_folder(folder);
+            done->Run();
+        }
+    } hostile;
+    TestBox testBox(*catalogue, {}, &hostile);
+    for (const std::string name : {"../evil", "/tmp/evil", "a/../../evil", "..", ".", "", "a//b", "a/",
+                                   ".x.lumo-part"})
+        for (const bool folder : {false, true}) {
+            hostile.name = name;
+            hostile.folder = folder;
+            if (name.empty() && folder)
+                continue; // the target itself
+            EXPECT_EQ(move(Way::Down, testBox, "tree"), kUnsafeName) << name;
+            EXPECT_TRUE(fs::is_empty(here() / "tree")) << name;
+        }
+}
+
+TEST_F(TransferTest, TransfersToOneTargetNeverMix)
+{
+    TestBox testBox(*catalogue);
+    for (const Way way : kBothWays) {
+        const std::string both[] = {content(6 * kMiB, 1), content(6 * kMiB, 2)};
+        const fs::path aside = source(way) / "aside";
+        writeFile(aside / "0", both[0]);
+        writeFile(aside / "1", both[1]);
+        std::vector<std::thread> threads;
+        std::atomic<int> done{0};
+        for (int i = 0; i < 2; ++i)
+            threads.emplace_back([&, i] {
+                const std::string from = (aside / std::to_string(i)).string();
+                const std::string to = (target(way) / "one").string();
+                const auto channel = testBox.channel();
+                const int code = way == Way::Down
+                                     ? Download(channel, from, to, false, {}, nullptr, nullptr)
+                                     : Upload(channel, to, from, false, {}, nullptr, nullptr);
+                EXPECT_TRUE(code == kDone || code == kBusy || code == kCorrupted) << code;
+                done += code == kDone;
+            });
+        for (std::thread& thread : threads)
+            thread.join();
+        const std::string result = readFile(target(way) / "one");
+        EXPECT_TRUE(result == summary(both[0]) || result == summary(both[1]));
+        EXPECT_GE(done, 1);
+    }
+}
+
+TEST_F(TransferTest, ThousandsOfMixedTransfersEndWithBoundedMemory)
+{
+    TestBox testBox(*catalogue);
+    writeFile(box() / "small", content(3000, 1));
+    writeFile(box() / "large", content(2 * kMiB + 1, 2));
+    for (int i = 0; i < 5; ++i)
+        writeFile(box() / "tree" / std::to_string(i), content(50, 3));
+    const auto resident = [] {
+        std::ifstream status("/proc/self/statm");
+        long pages = 0;
+        status >> pages >> pages;
+        return pages * ::sysconf(_SC_PAGESIZE);
+    };
+    long warm = 0;
+    const auto rounds = [&](int count) {
+        std::vector<std::thread> threads;
+        for (int thread = 0; thread < 4; ++thread)
+            threads.emplace_back([&, thread] {
+                const auto channel = testBox.channel();
+                const char* const names[] = {"small", "tree", "small", "large"};
+                for (int i = 0; i < count; ++i) {
+                    const std::string name = names[i % 4];
+                    const std::string here = (this->here() / (name + std::to_string(thread))).string();
+                    const std::string back = (box() / (name + std::to_string(thread))).string();
+                    ASSERT_EQ(Download(channel, (box() / name).string(), here, false, {}, nullptr, nullptr),
+                              kDone);
+                    ASSERT_EQ(Upload(channel, back, here, false, {}, nullptr, nullptr), kDone);
+                    if (i % 4 == 3) {
+                        ASSERT_EQ(readFile(back), readFile(box() / name));
+                        fs::remove(back);
+                        fs::remove(here);
+                    }
+                }
+            });
+        for (std::thread& thread : threads)
+            thread.join();
+    };
+    rounds(60);
+    warm = resident();
+    rounds(200);
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    EXPECT_LT(resident() - warm, 64L << 20);
+#endif
+}
