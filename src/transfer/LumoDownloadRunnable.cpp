@@ -44,6 +44,14 @@ std::string logText(const QString& text)
     return CLumoCStringCodec::toStdString(text);
 }
 
+/// Whether a link, planted in the target folder `root`, makes `path` a place outside it.
+bool leadsOutside(const QString& path, const QString& root)
+{
+    const QString rootPath = QDir(root).canonicalPath();
+    return !(QFileInfo(path).canonicalFilePath() + QLatin1Char('/'))
+                .startsWith(withoutTrailingSlash(rootPath) + QLatin1Char('/'));
+}
+
 } // namespace
 
 CLumoDownloadRunnable::CLumoDownloadRunnable(bool overwrite, TransferCallback callback, bool byCatalogue)
@@ -273,12 +281,17 @@ bool CLumoDownloadRunnable::downloadDisk(const QString& localDir, unsigned int i
 
 bool CLumoDownloadRunnable::makeFolder(const QString& localDir, const QString& name)
 {
-    const QDir folder(localDir);
-    if (isSafeName(name) && (folder.exists(name) || folder.mkdir(name)))
+    if (haveFolder(QDir(localDir), name))
         return true;
     DOWNLOAD_LOG(kDownload, "Dist Dir doesn't exist and mkdir Failed : %s",
-                 logText(folder.filePath(name)).c_str());
+                 logText(QDir(localDir).filePath(name)).c_str());
     return fail(transfercodes::kFolderNotMade);
+}
+
+bool CLumoDownloadRunnable::haveFolder(const QDir& parent, const QString& name) const
+{
+    return isSafeName(name) && (parent.exists(name) || parent.mkdir(name)) &&
+           !leadsOutside(parent.filePath(name), m_LocalDir);
 }
 
 bool CLumoDownloadRunnable::downloadFolderContent(unsigned int folderID, const QString& localPath,
@@ -326,7 +339,7 @@ bool CLumoDownloadRunnable::copyDirectory(const QString& sourcePath, const QStri
     const QDir source(sourcePath);
     const QDir dest(destDir);
     const QString next = dest.filePath(name);
-    if (!isSafeName(name) || !(dest.exists(name) || dest.mkdir(name))) {
+    if (!haveFolder(dest, name)) {
         DOWNLOAD_LOG(kCopyDirectory, "mkdir Failed : %s!", logText(next).c_str());
         return false;
     }

@@ -4,6 +4,7 @@
 #include "kestaserver.pb.h"
 #include "transfer/TransferCallback.h"
 
+#include <QDir>
 #include <QPair>
 #include <QRegExp>
 #include <QRunnable>
@@ -54,7 +55,10 @@ private:
     bool downloadDisk(const QString& localDir, unsigned int id, bool overwrite);
     /// The files of a folder, then its sub-folders.
     bool downloadFolderContent(unsigned int folderID, const QString& localPath, bool overwrite);
+    /// haveFolder, whose failure is told to the callback.
     bool makeFolder(const QString& localDir, const QString& name);
+    /// Makes the folder unless it exists. False, too, for a name that leads out of the target folder.
+    bool haveFolder(const QDir& parent, const QString& name) const;
 
     bool copyFile(const QString& sourcePath, const QString& destDir, const QString& name, bool overwrite);
     bool copyDirectory(const QString& sourcePath, const QString& destDir, const QString& name,

@@ -21,7 +21,7 @@
 /// reports, and 999 behind a failure.
 ///
 /// Called on threads of the library, never on the one that started the transfer; calls for different
-/// transfers may overlap. It must not throw.
+/// transfers may overlap. It must neither throw nor end the process, which waits for the transfer.
 typedef boost::function<void(const char*, int, int, int)> TransferCallback;
 
 #endif

@@ -58,6 +58,7 @@ TEST_F(Download, ASourceThatIsNotFoundStartsNothing)
 
 TEST_F(Download, TheWalkTellsItsEndOrOneFailureAndReleasesItsChannel)
 {
+    QFile::link(path("."), path("here/link"));
     const Lines fetches[] = {{kDisk, kBox}, {kFolder, kFolderPath, kBox}, {kFile, kFilePath, kBox}};
     const char noFolder[] = "Dist Dir doesn't exist and mkdir Failed : ";
     const struct
@@ -79,6 +80,7 @@ TEST_F(Download, TheWalkTellsItsEndOrOneFailureAndReleasesItsChannel)
         {1, {kFolder, "total: 1", "result: -1", "total: 0"}, 0, "0 0 100", ""},
         {1, {"bean { name: '..' }"}, 0, "0 6 0", noFolder + std::string("DIR/here/..")},
         {1, {"bean { name: '/tmp/x' }"}, 0, "0 6 0", noFolder + std::string("/tmp/x")},
+        {1, {"bean { name: 'link' }"}, 0, "0 6 0", noFolder + std::string("DIR/here/link")},
         {0, {"result: -1"}, 0, "0 10 0", "getDisk Failed,ID(7)"},
         {0, {kDisk, "result: -1"}, 0, "0 10 0", "getFolderID Failed,DiskID(3) ParentID(0) Name(d)"},
         {0, {"bean { name: 'n/d' }", "bean {}"}, 0, "0 6 0", noFolder + std::string("DIR/here/n/d")},
