@@ -5,6 +5,7 @@
 #include "tests/centre/CentreSupport.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
+#include <signal.h>
 
 using centre::BoxCatalogue;
 using testing::ElementsAre;
@@ -209,22 +210,26 @@ TEST_F(ServedBox, IsFoundWhereverItWasServedLast)
     EXPECT_THAT(read(first, data.token()), HasSubstr("data: \"content\""));
     EXPECT_THAT(read(first, "wrong"), HasSubstr("not that of a user"));
 
-    CentreProcess taken({"serve-box", QString::fromStdString(data.path()), "B1"});
-    EXPECT_EQ(taken.exitCode(), 4);
+    const auto serveBox = [this](std::vector<std::string> more) {
+        std::vector<std::string> arguments = {"serve-box", data.path(), "B1"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return centreCommand(arguments);
+    };
+    EXPECT_EQ(run(serveBox({})).exitCode, 4);
     centre.stop();
     centre::Centre alone(data.path(), {});
-    CentreProcess again({"serve-box", QString::fromStdString(data.path()), "B1"});
-    EXPECT_EQ(again.servingAddress(), first);
-    again.killNow();
-    CentreProcess moved({"serve-box", QString::fromStdString(data.path()), "B1", "--listen", "127.0.0.1:0",
-                         "--fault", "read@1=corrupt"});
-    const std::string second = moved.servingAddress();
+    {
+        Process again(serveBox({}));
+        EXPECT_EQ(servingAddress(again), first);
+    }
+    Process moved(serveBox({"--listen", "127.0.0.1:0", "--fault", "read@1=corrupt"}));
+    const std::string second = servingAddress(moved);
     EXPECT_THAT(addressByCentre(alone), HasSubstr("\"" + second + "\""));
     EXPECT_THAT(read(second, data.token()), testing::Not(HasSubstr("\"content\"")));
     EXPECT_THAT(read(second, data.token()), HasSubstr("\"content\""));
-    moved.terminate();
-    EXPECT_EQ(moved.exitCode(), 0);
-    EXPECT_THAT(moved.output(), HasSubstr("read@1=corrupt fired 1 times"));
+    moved.signal(SIGTERM);
+    EXPECT_EQ(moved.wait(), 0);
+    EXPECT_THAT(moved.readLine(), HasSubstr("read@1=corrupt fired 1 times"));
 }
 
 TEST_F(ServedBox, RefusesCodesAndAddressesThatCannotBe)

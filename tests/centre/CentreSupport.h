@@ -10,9 +10,8 @@
 #include "haulbox.pb.h"
 #include "ledgerserver.pb.h"
 #include "tavrel.pb.h"
+#include "tests/support/Process.h"
 
-#include <QProcess>
-#include <QStringList>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
@@ -22,6 +21,7 @@
 #include <fstream>
 #include <memory>
 #include <string>
+#include <vector>
 
 /// A temporary folder with a data folder in it, of company LUMO and user demo.
 class DataFolder
@@ -102,53 +102,18 @@ inline std::string ask(wirecall::RpcChannel& channel, const std::string& operati
     return ask(channel, operation, requestText, controller);
 }
 
-/// A run of the real program; killed when the test is done with it.
-class CentreProcess
+/// The real program with arguments.
+inline std::vector<std::string> centreCommand(std::vector<std::string> arguments)
 {
-public:
-    explicit CentreProcess(const QStringList& arguments) { m_Process.start(LUMO_CENTRE_PROGRAM, arguments); }
+    arguments.insert(arguments.begin(), LUMO_CENTRE_PROGRAM);
+    return arguments;
+}
 
-    ~CentreProcess()
-    {
-        m_Process.kill();
-        m_Process.waitForFinished();
-    }
-
-    /// Waits for the serving line; the address in it. Empty when the program ended instead.
-    std::string servingAddress()
-    {
-        while (!m_Process.canReadLine())
-            if (!m_Process.waitForReadyRead(kPatience))
-                return {};
-        const std::string line = m_Process.readLine().trimmed().toStdString();
-        return line.substr(line.rfind(' ') + 1);
-    }
-
-    bool waitForErrorOutput()
-    {
-        m_Process.setReadChannel(QProcess::StandardError);
-        return m_Process.waitForReadyRead(kPatience);
-    }
-
-    int exitCode()
-    {
-        EXPECT_TRUE(m_Process.waitForFinished(kPatience) || m_Process.state() == QProcess::NotRunning);
-        return m_Process.exitStatus() == QProcess::NormalExit ? m_Process.exitCode() : -1;
-    }
-
-    void terminate() { m_Process.terminate(); }
-    void killNow()
-    {
-        m_Process.kill();
-        m_Process.waitForFinished(kPatience);
-    }
-
-    std::string output() { return m_Process.readAllStandardOutput().toStdString(); }
-    std::string errorOutput() { return m_Process.readAllStandardError().toStdString(); }
-
-private:
-    static constexpr int kPatience = 60000;
-    QProcess m_Process;
-};
+/// Waits for a line that ends with an address; empty when the program ended instead.
+inline std::string servingAddress(Process& process)
+{
+    const std::string line = process.readLine();
+    return line.substr(line.rfind(' ') + 1);
+}
 
 #endif

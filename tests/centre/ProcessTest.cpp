@@ -3,23 +3,16 @@
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <gmock/gmock.h>
+#include <signal.h>
 
 using testing::HasSubstr;
 using testing::StartsWith;
 
 namespace {
 
-QStringList arguments(std::initializer_list<std::string> words)
+std::vector<std::string> serve(const DataFolder& data, const std::string& fault = "hello@99=refuse")
 {
-    QStringList list;
-    for (const std::string& word : words)
-        list << QString::fromStdString(word);
-    return list;
-}
-
-QStringList serve(const DataFolder& data, const std::string& fault = "hello@99=refuse")
-{
-    return arguments({"serve", data.path(), "--listen", "127.0.0.1:0", "--fault", fault});
+    return centreCommand({"serve", data.path(), "--listen", "127.0.0.1:0", "--fault", fault});
 }
 
 constexpr char kKnown[] = "result: 0 bean { id: 1 companyno: \"LUMO\" }";
@@ -32,45 +25,46 @@ std::string askCompany(const std::string& address, const std::string& token)
 TEST(Process, EndsCleanlyOnASignalAndTellsItsFaults)
 {
     DataFolder data;
-    CentreProcess process(serve(data, "queryCompanyTableByCompanyNo@2=refuse"));
-    const std::string address = process.servingAddress();
+    Process process(serve(data, "queryCompanyTableByCompanyNo@2=refuse"));
+    const std::string address = servingAddress(process);
     EXPECT_EQ(askCompany(address, data.token()), kKnown);
     EXPECT_THAT(askCompany(address, data.token()), HasSubstr("fault switch"));
-    process.terminate();
-    EXPECT_EQ(process.exitCode(), 0);
-    EXPECT_THAT(process.output(), HasSubstr("queryCompanyTableByCompanyNo@2=refuse fired 1 times"));
+    process.signal(SIGTERM);
+    EXPECT_EQ(process.wait(), 0);
+    EXPECT_THAT(process.readLine(), HasSubstr("queryCompanyTableByCompanyNo@2=refuse fired 1 times"));
 }
 
 TEST(Process, DiesInTheMiddleOfACallWhenToldTo)
 {
     DataFolder data;
-    CentreProcess process(serve(data, "queryCompanyTableByCompanyNo=exit"));
-    EXPECT_THAT(askCompany(process.servingAddress(), data.token()), HasSubstr("failed: "));
-    EXPECT_EQ(process.exitCode(), 137);
+    Process process(serve(data, "queryCompanyTableByCompanyNo=exit"));
+    EXPECT_THAT(askCompany(servingAddress(process), data.token()), HasSubstr("failed: "));
+    EXPECT_EQ(process.wait(), 137);
 }
 
 TEST(Process, WhatWasAcknowledgedSurvivesAKill)
 {
     DataFolder data;
     data.makeFile("tree/file");
-    CentreProcess first(serve(data));
-    ASSERT_NE(first.servingAddress(), "");
-    CentreProcess second(serve(data));
-    EXPECT_EQ(second.exitCode(), 4);
-    EXPECT_THAT(second.errorOutput(), HasSubstr("is being served by process"));
+    Process first(serve(data));
+    ASSERT_NE(servingAddress(first), "");
+    const Outcome second = run(serve(data));
+    EXPECT_EQ(second.exitCode, 4);
+    EXPECT_THAT(second.errors, HasSubstr("is being served by process"));
 
-    CentreProcess import(arguments({"import", data.path(), data.below("tree"), "--disk", "disk"}));
-    ASSERT_EQ(import.exitCode(), 0);
     const std::string tokenFile = data.below("token");
-    CentreProcess addUser(
-        arguments({"add-user", data.path(), "new", "--company", "LUMO", "--token-file", tokenFile}));
-    ASSERT_EQ(addUser.exitCode(), 0);
-    first.killNow();
+    ASSERT_EQ(run(centreCommand({"import", data.path(), data.below("tree"), "--disk", "disk"})).exitCode, 0);
+    ASSERT_EQ(
+        run(centreCommand({"add-user", data.path(), "new", "--company", "LUMO", "--token-file", tokenFile}))
+            .exitCode,
+        0);
+    first.signal(SIGKILL);
+    first.wait();
 
     std::string token;
     std::ifstream(tokenFile) >> token;
-    CentreProcess third(serve(data));
-    const std::string address = third.servingAddress();
+    Process third(serve(data));
+    const std::string address = servingAddress(third);
     EXPECT_EQ(askCompany(address, token), kKnown);
     EXPECT_THAT(ask(*channelTo(address, token), "queryFileTableByFileId", "file_id: 1"),
                 HasSubstr("\"file\""));
@@ -87,9 +81,12 @@ TEST(Process, AnImportThatWasKilledIsCompletedByAnother)
     constexpr int kBadNames = 2000;
     for (int i = 0; i < kBadNames; ++i)
         data.makeFile("tree/b/bad\xff" + std::to_string(i) + std::string(100, '-'));
-    CentreProcess killed(arguments({"import", data.path(), data.below("tree"), "--disk", "disk"}));
-    ASSERT_TRUE(killed.waitForErrorOutput());
-    killed.killNow();
+    const auto import = centreCommand({"import", data.path(), data.below("tree"), "--disk", "disk"});
+    Process killed({"/bin/sh", "-c", "exec \"$@\" 2>&1", "sh", import[0], import[1], import[2], import[3],
+                    import[4], import[5]});
+    ASSERT_THAT(killed.readLine(), HasSubstr("not imported"));
+    killed.signal(SIGKILL);
+    killed.wait();
 
     centre::Store store(data.path());
     EXPECT_EQ(store.database().execAndGet("PRAGMA integrity_check").getString(), "ok");
@@ -114,29 +111,29 @@ TEST(Process, ExitCodesTellWhatIsWrong)
     centre::Store(newer.path()).database().exec("PRAGMA user_version = 99");
     const struct
     {
-        QStringList arguments;
+        std::vector<std::string> arguments;
         int code;
         const char* reason;
     } cases[] = {
-        {arguments({"import", data.path(), data.below("tree"), "--disk", "disk"}), 3, "tree/bad\\xff"},
-        {arguments({"serve", newer.path(), "--listen", "127.0.0.1:0"}), 5, "newer lumo-centre"},
-        {arguments({"serve", data.below("tree"), "--listen", "127.0.0.1:0"}), 5, "lumo-centre init"},
-        {arguments({"serve", data.path(), "--listen", "0.0.0.0:0"}), 2, "--tls-cert"},
-        {arguments({"serve", data.path(), "--listen", "127.0.0.1:0", "--tls-cert", "x"}), 2, "--tls-key"},
-        {arguments({"serve", data.path(), "--listen", "127.0.0.1:0", "--tls-cert", "x", "--tls-key", "x"}), 1,
-         "x"},
-        {arguments({"add-user", data.path(), "demo", "--company", "LUMO"}), 1, "already"},
-        {arguments({"add-box", data.path(), "B1"}), 2, "ADDRESS"},
-        {arguments({"init", data.path()}), 5, "already"},
-        {arguments({}), 2, "which command?"},
-        {arguments({"sevre"}), 2, "no command 'sevre'; the commands are init"},
-        {arguments({"serve", data.path(), "--lisen", "x"}), 2, "no option '--lisen'"},
-        {arguments({"serve", foreign, "--listen", "127.0.0.1:0"}), 5, "is not a database of lumo-centre"},
+        {{"import", data.path(), data.below("tree"), "--disk", "disk"}, 3, "tree/bad\\xff"},
+        {{"serve", newer.path(), "--listen", "127.0.0.1:0"}, 5, "newer lumo-centre"},
+        {{"serve", data.below("tree"), "--listen", "127.0.0.1:0"}, 5, "lumo-centre init"},
+        {{"serve", data.path(), "--listen", "0.0.0.0:0"}, 2, "--tls-cert"},
+        {{"serve", data.path(), "--listen", "127.0.0.1:0", "--tls-cert", "x"}, 2, "--tls-key"},
+        {{"serve", data.path(), "--listen", "127.0.0.1:0", "--tls-cert", "x", "--tls-key", "x"}, 1, "x"},
+        {{"add-user", data.path(), "demo", "--company", "LUMO"}, 1, "already"},
+        {{"add-box", data.path(), "B1"}, 2, "ADDRESS"},
+        {{"add-area", data.path(), "2", "area", "--parent", "1"}, 1, "no area 1 to be its parent"},
+        {{"add-version", data.path(), "--version", "1", "--path", "/etc", "--box", "B1"}, 2, "--module"},
+        {{"init", data.path()}, 5, "already"},
+        {{}, 2, "which command?"},
+        {{"sevre"}, 2, "no command 'sevre'; the commands are init"},
+        {{"serve", data.path(), "--lisen", "x"}, 2, "no option '--lisen'"},
+        {{"serve", foreign, "--listen", "127.0.0.1:0"}, 5, "is not a database of lumo-centre"},
     };
     for (const auto& each : cases) {
-        CentreProcess process(each.arguments);
-        EXPECT_EQ(process.exitCode(), each.code) << each.reason;
-        const std::string errors = process.errorOutput();
+        const auto [exitCode, output, errors] = run(centreCommand(each.arguments));
+        EXPECT_EQ(exitCode, each.code) << each.reason;
         EXPECT_THAT(errors, AllOf(StartsWith("lumo-centre: "), HasSubstr(each.reason)));
         EXPECT_EQ(errors.find('\n'), errors.size() - 1) << errors;
     }
