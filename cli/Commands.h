@@ -44,9 +44,10 @@ void showVersion(Session& session, const Product& product, const std::string& ve
 // Moving files. What the user typed is checked on the local side first, before there is a connection;
 // the action that is returned moves the files and throws Failure (TransferFailed) unless all arrived.
 
-/// `places` and, with `folder` empty and two or more of them, the local folder as the last one.
+/// Places and, with `folder` empty and two or more of them, the local folder as the last one.
 Action getPlaces(std::vector<std::string> places, std::string folder, bool overwrite);
-Action putPaths(const std::vector<std::string>& paths, const std::string& place, bool overwrite);
+/// Local paths, and the place to put them as the last one.
+Action putPaths(std::vector<std::string> paths, bool overwrite);
 
 struct PackageRequest
 {

@@ -73,7 +73,7 @@ LocalSource localSource(const std::string& path)
     if (access(source.path.c_str(), source.folder ? R_OK | X_OK : R_OK) != 0) {
         refuse("can't read '" + path + "': " + std::strerror(errno));
     }
-    source.bytes = source.folder ? bytesBelow(plain) : fs::file_size(plain, error);
+    source.bytes = bytesOf(source.path);
     return source;
 }
 
@@ -103,9 +103,12 @@ bool isFile(const std::string& path)
     return fs::is_regular_file(path, ignored);
 }
 
-std::uint64_t sizeOf(const std::string& path)
+std::uint64_t bytesOf(const std::string& path)
 {
     std::error_code error;
+    if (isFolder(path)) {
+        return bytesBelow(path);
+    }
     const std::uint64_t size = fs::file_size(path, error);
     return error ? 0 : size;
 }

@@ -23,8 +23,8 @@ void makeFolder(const std::string& path);
 
 bool isFolder(const std::string& path);
 bool isFile(const std::string& path);
-/// A file's size in bytes.
-std::uint64_t sizeOf(const std::string& path);
+/// The size of a file, or of all files in a folder.
+std::uint64_t bytesOf(const std::string& path);
 /// `name` in `folder`, as short as it can be written.
 std::string below(const std::string& folder, const std::string& name);
 

@@ -70,10 +70,10 @@ std::string clockText(double seconds)
 
 std::string durationText(double seconds)
 {
-    if (seconds < 59.5) {
-        return formatted(seconds < 9.95 ? "%.1f s" : "%.0f s", seconds);
+    if (seconds >= 59.5) {
+        return clockText(seconds);
     }
-    return clockText(seconds);
+    return formatted(seconds < 0.995 ? "%.2f s" : seconds < 9.95 ? "%.1f s" : "%.0f s", seconds);
 }
 
 std::optional<std::uint64_t> writtenBytes()

@@ -30,7 +30,7 @@ std::string bytesText(double bytes);
 /// "0:07", "12:34", "1:02:03".
 std::string clockText(double seconds);
 
-/// "0.4 s", "12 s", "12:34".
+/// "0.42 s", "4.2 s", "42 s", "12:34".
 std::string durationText(double seconds);
 
 /// Bytes that this process has written to files, sockets not among them; none where the system does not tell.

@@ -109,7 +109,7 @@ void Program::addTransfers()
 {
     CLI::App* const get = addMoving("get", "Fetch disks, folders and files into a local folder",
                                     [this] { return getPlaces(m_Arguments, m_Folder, m_Package.overwrite); });
-    get->add_option("PLACE", m_Arguments, "What to fetch; the last of several is the local folder")
+    get->add_option("PLACE", m_Arguments, "What to fetch; the last of several arguments is the local folder")
         ->option_text(" ")
         ->required();
     get->add_option("--to", m_Folder, "The local folder; all arguments are places then")->option_text("DIR");
@@ -119,9 +119,10 @@ void Program::addTransfers()
 
     CLI::App* const put =
         addMoving("put", "Send local files and folders to a disk or a folder of the catalogue",
-                  [this] { return putPaths(m_Arguments, m_Place, m_Package.overwrite); });
-    put->add_option("PATH", m_Arguments, "What to send")->option_text(" ")->required();
-    put->add_option("PLACE", m_Place, "The disk or folder to put it in")->option_text(" ")->required();
+                  [this] { return putPaths(m_Arguments, m_Package.overwrite); });
+    put->add_option("PATH", m_Arguments, "What to send; the last argument is the PLACE to put it in")
+        ->option_text(" ")
+        ->required();
     put->footer(std::string(kPlaceHelp) + "\n\n" + kCommandFooter);
 
     addPackage("get-program", "Fetch the package of a version of a program", Product::Kind::Program, "SOFT");

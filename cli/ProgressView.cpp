@@ -226,12 +226,11 @@ std::string BarView::line(const Totals& totals, std::size_t width)
     char percent[16];
     static_cast<void>(std::snprintf(percent, sizeof percent, "%3d %%", static_cast<int>(*fraction * 100)));
     const std::string name = clipped(head, width / 3);
-    const std::size_t taken = displayWidth(name) + displayWidth(figures) + sizeof "  [] 100 %";
-    std::string bar;
-    if (taken + 5 < width) {
-        const std::size_t room = std::min<std::size_t>(width - taken, 40);
-        const auto filled = static_cast<std::size_t>(*fraction * static_cast<double>(room));
-        bar = "[" + std::string(filled, '#') + std::string(room - filled, '.') + "] ";
+    const std::size_t room = std::min<std::size_t>(width / 4, 40);
+    const auto filled = static_cast<std::size_t>(*fraction * static_cast<double>(room));
+    std::string bar = "[" + std::string(filled, '#') + std::string(room - filled, '.') + "] ";
+    if (displayWidth(name + bar + percent + figures) + 2 > width) {
+        bar.clear();
     }
     return clipped(name + "  " + bar + percent + figures, width);
 }

@@ -22,7 +22,7 @@ Transfer transferOf(Session& session, const LocalSource& source, const std::stri
     transfer.tellsProgress = true;
     transfer.overwrite = overwrite;
     transfer.bytes = source.bytes;
-    transfer.existed = !overwrite && !source.folder &&
+    transfer.wasFile = !overwrite && !source.folder &&
                        session.catalogue.hasFile(session.catalogue.folderOf(found), source.name);
     transfer.start = [&session, source, found, overwrite](const TransferCallback& callback) {
         return session.manager.upload(QString::fromStdString(source.path), placeOf(found), kNone, overwrite,
@@ -50,8 +50,13 @@ void runPut(Session& session, const std::vector<LocalSource>& sources, const std
 
 } // namespace
 
-Action putPaths(const std::vector<std::string>& paths, const std::string& placeText, bool overwrite)
+Action putPaths(std::vector<std::string> paths, bool overwrite)
 {
+    if (paths.size() < 2) {
+        throw Failure(ExitCode::WrongUse, "put takes what to send and where to: lumo put PATH... PLACE");
+    }
+    const std::string placeText = paths.back();
+    paths.pop_back();
     const Place place = parsePlace(placeText);
     if (place.kind == Place::Kind::Path && place.components.empty()) {
         throw Failure(ExitCode::WrongUse, "files can't be put beside the disks: name one, as in /disk");

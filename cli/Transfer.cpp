@@ -33,7 +33,8 @@ struct News
     int percent = 0;
     int code = 0;         ///< of Ended
     std::string text;     ///< of Began the task's identifier, of Ended what the log told of a failure
-    bool existed = false; ///< of Began
+    bool wasFile = false; ///< of Began, like the next
+    bool wasFolder = false;
 };
 
 class NewsQueue
@@ -101,7 +102,10 @@ public:
             m_Journal.forget();
             News news = about(News::Kind::Began);
             news.text = taskID;
-            news.existed = !m_Folder.empty() && isFile(below(m_Folder, nameOfTask(taskID)));
+            // Before the task touches it.
+            const std::string target = m_Folder.empty() ? m_Folder : below(m_Folder, nameOfTask(taskID));
+            news.wasFile = isFile(target);
+            news.wasFolder = isFolder(target);
             m_Queue.push(std::move(news));
         }
         if (code != 0 && m_Code == 0) {
@@ -231,7 +235,8 @@ void Run::take(const News& news)
         transfer.begin = news.when;
         transfer.taskID = news.text;
         if (!transfer.folder.empty()) {
-            transfer.existed = news.existed;
+            transfer.wasFile = news.wasFile;
+            transfer.wasFolder = news.wasFolder;
             transfer.target = below(transfer.folder, nameOfTask(news.text));
         }
         m_View->began(transfer);
@@ -259,9 +264,9 @@ void Run::finish(Transfer& transfer, const News& news)
         return;
     }
     transfer.phase = Phase::Done;
-    // Of a folder that was there, nobody knows how much has come anew.
-    if (transfer.get && isFile(transfer.target)) {
-        transfer.bytes = sizeOf(transfer.target);
+    // How much has come into a folder that was there is not known.
+    if (transfer.get && !transfer.wasFolder) {
+        transfer.bytes = bytesOf(transfer.target);
     }
     m_View->ended(transfer);
 }

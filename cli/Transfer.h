@@ -41,7 +41,8 @@ struct Transfer
     std::size_t number = 0; ///< from 1
     Phase phase = Phase::Waiting;
     std::string taskID;
-    bool existed = false; ///< a file stood at the target before
+    bool wasFile = false; ///< what stood at the target before
+    bool wasFolder = false;
     int percent = 0;
     int code = 0;
     std::string failure;
@@ -50,7 +51,7 @@ struct Transfer
 
     bool ended() const { return phase == Phase::Done || phase == Phase::Failed; }
     /// Done because the file was there already.
-    bool kept() const { return phase == Phase::Done && existed && !overwrite; }
+    bool kept() const { return phase == Phase::Done && wasFile && !overwrite; }
 };
 
 /// Runs transfers side by side, as many at once as the library does, and shows how they go. Throws
