@@ -1,6 +1,7 @@
 #include "centre/CatalogueOfBox.h"
 
 #include "centre/BoxPath.h"
+#include "centre/LedgerOperations.h"
 #include "centre/ResetAtEnd.h"
 #include "centre/Text.h"
 #include "haulbox.pb.h"
@@ -48,29 +49,30 @@ std::optional<Claim> readClaim(const haulbox::Carried& carried, BoxCatalogue::Us
                  message.has_folder_id() ? std::optional(message.folder_id()) : std::nullopt};
 }
 
-/// Whether the folder is the one that `path` is in, or one above that, on the disk.
-bool leadsTo(std::uint32_t folderId, Registration& registration, const Ground& disk, const std::string& path)
+/// Whether the folder, on a disk of the box and the company, is the one that `path` is in or one above that.
+bool holds(Connection& connection, std::uint32_t folderId, const User& user, const std::string& boxCode,
+           const std::string& path)
 {
-    if (path == disk.root)
+    static const std::string query =
+        fullPath("SELECT :folder, ''") + " WHERE company_id = :company AND kesta_code = :box";
+    SQLite::Statement& folder = connection.statement(query.c_str());
+    const ResetAtEnd resetAtEnd(folder);
+    SQLite::bind(folder, folderId, user.companyId, boxCode);
+    if (!folder.executeStep())
         return false;
-    const std::string folders = pathBelow(disk.root, folderAbove(path));
-    std::optional<std::uint32_t> folder = registration.topFolder(*disk.diskId);
-    for (std::size_t start = 0; folder && folder != folderId && start < folders.size();) {
-        const std::size_t end = std::min(folders.find('/', start), folders.size());
-        folder = registration.findFolder(*disk.diskId, *folder, folders.substr(start, end - start));
-        start = end + 1;
-    }
-    return folder == folderId;
+    const std::string root = folder.getColumn(0).getString();
+    const std::string start = root == "/" ? root : root + "/";
+    return path.compare(0, start.size(), start) == 0;
 }
 
-bool mayWrite(Connection& connection, const User& user, const Claim& claim, const Ground& ground,
-              const std::string& path, std::string& reason)
+bool mayWrite(Connection& connection, const User& user, const Claim& claim, const std::string& boxCode,
+              const Ground& ground, const std::string& path, std::string& reason)
 {
     if (!user.mayWrite)
         reason = "user " + user.name + " may only read";
     else if (!ground.diskId)
         reason = escaped(path) + " belongs to a version, which is not written to";
-    else if (claim.folderId && !leadsTo(*claim.folderId, connection.registration(), ground, path))
+    else if (claim.folderId && !holds(connection, *claim.folderId, user, boxCode, path))
         reason =
             "folder " + std::to_string(*claim.folderId) + " of the catalogue does not hold " + escaped(path);
     return reason.empty();
@@ -166,7 +168,7 @@ std::optional<BoxCatalogue::Place> CatalogueOfBox::admit(const std::string& toke
     else if (!(ground = findGround(*connection, user->companyId, m_BoxCode, path)))
         reason =
             escaped(path) + " is on no disk of box " + m_BoxCode + " that user " + user->name + " may use";
-    else if (use == Use::Read || mayWrite(*connection, *user, *claim, *ground, path, reason))
+    else if (use == Use::Read || mayWrite(*connection, *user, *claim, m_BoxCode, *ground, path, reason))
         return Place{ground->root, pathBelow(ground->root, path)};
     return std::nullopt;
 }

@@ -31,7 +31,8 @@ const std::string kOfProgram = "WHERE kind = 1 AND number = :programno ";
 const std::string kOfModule = "WHERE kind = 2 AND number = :moduleno ";
 const std::string kLatest = "ORDER BY place DESC LIMIT 1";
 
-/// The path of a place, from the folder it is in (`folder_id`) and what stands below that folder (`below`).
+} // namespace
+
 std::string fullPath(const std::string& start)
 {
     return "WITH RECURSIVE up(folder_id, below) AS (" + start +
@@ -41,8 +42,6 @@ std::string fullPath(const std::string& start)
            " kesta_code FROM up JOIN folder ON folder.id = folder_id AND parent_id = 0"
            " JOIN disk ON disk.id = disk_id";
 }
-
-} // namespace
 
 const std::vector<Operation>& ledgerOperations()
 {

@@ -3,12 +3,17 @@
 
 #include "centre/Query.h"
 
+#include <string>
 #include <vector>
 
 namespace centre {
 
 /// The operations of ledgerserver.LedgerServices, in the order of the service.
 const std::vector<Operation>& ledgerOperations();
+
+/// The SQL that tells `full_path` and `kesta_code` of a place on a disk. `start` selects the folder that the
+/// place is in (`folder_id`) and what stands below that folder (`below`). It may be followed by a WHERE.
+std::string fullPath(const std::string& start);
 
 } // namespace centre
 

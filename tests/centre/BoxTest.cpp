@@ -44,8 +44,8 @@ haulbox::Carried broken()
     return carried;
 }
 
-/// Box B1 with disk "disk" of demo's company at /srv/disk (folders 1 disk, 4 disk/a, 5 disk/a/b), disk
-/// "theirs" of another company at /srv/disk/theirs, and a version's package.
+/// Box B1 with disk "disk" of demo's company at /srv/disk (folders 1 disk, 5 disk/a, 6 disk/a/b), disk
+/// "theirs" of another company at /srv/disk/theirs, "inner" of demo's in the same way, a version's package.
 class BoxCatalogueTest : public testing::Test
 {
 protected:
@@ -59,7 +59,8 @@ protected:
         store.addDisk("disk", "/srv/disk", "LUMO", "B1");
         store.addDisk("theirs", "/srv/disk/theirs", "OTHER", "B1");
         store.addDisk("elsewhere", "/srv/elsewhere", "LUMO", "B2");
-        store.database().exec("INSERT INTO folder(parent_id, name, disk_id) VALUES (1, 'a', 1), (4, 'b', 1)");
+        store.addDisk("inner", "/srv/disk/inner", "LUMO", "B1");
+        store.database().exec("INSERT INTO folder(parent_id, name, disk_id) VALUES (1, 'a', 1), (5, 'b', 1)");
         data.makeFile("package/app/file");
         packages = std::filesystem::canonical(data.below("package")).string();
         addVersion(store, {centre::VersionKind::Program, "P", "1", packages + "/app", "B1", "", "", ""});
@@ -108,11 +109,14 @@ TEST_F(BoxCatalogueTest, AdmitsWhatTheTokenTheMessageAndThePathAllow)
         {other, download("other"), read, packages + "/app/file", packages + "|app/file"},
         {demo, upload("demo"), write, "/srv/disk/x/y", "/srv/disk|x/y"},
         {demo, upload("demo", 1), write, "/srv/disk/x", "/srv/disk|x"},
-        {demo, upload("demo", 5), write, "/srv/disk/a/b/new/x", "/srv/disk|a/b/new/x"},
-        {demo, upload("demo", 4), write, "/srv/disk/a/b/x", "/srv/disk|a/b/x"},
+        {demo, upload("demo", 6), write, "/srv/disk/a/b/new/x", "/srv/disk|a/b/new/x"},
+        {demo, upload("demo", 5), write, "/srv/disk/a/b/x", "/srv/disk|a/b/x"},
+        {demo, upload("demo", 1), write, "/srv/disk/inner/x", "/srv/disk/inner|x"},
+        {demo, upload("demo", 4), write, "/srv/disk/inner/x", "/srv/disk/inner|x"},
 
-        {demo, upload("demo", 5), write, "/srv/disk/a/x", "folder 5 of the catalogue does not hold"},
-        {demo, upload("demo", 5), write, "/srv/disk/a/b", "does not hold"},
+        {demo, upload("demo", 4), write, "/srv/disk/inner2", "does not hold"},
+        {demo, upload("demo", 6), write, "/srv/disk/a/x", "folder 6 of the catalogue does not hold"},
+        {demo, upload("demo", 6), write, "/srv/disk/a/b", "does not hold"},
         {demo, upload("demo", 1), write, "/srv/disk", "does not hold"},
         {demo, upload("demo", 2), write, "/srv/disk/theirs/x", "does not hold"},
         {demo, upload("demo", 0xFFFFFFFF), write, "/srv/disk/x", "does not hold"},
@@ -159,7 +163,7 @@ TEST_F(BoxCatalogueTest, RegistersOnEveryDiskThatShowsThePlaceAllOrNothing)
     catalogue.record({{"/srv/disk/theirs/both", false}, {"/srv/disk/a/b/deep/er/f", false}});
     EXPECT_THAT(places(), ElementsAre("disk/", "disk/a/", "disk/a/b/", "disk/a/b/deep/", "disk/a/b/deep/er/",
                                       "disk/a/b/deep/er/f", "disk/theirs/", "disk/theirs/both", "disk/空/",
-                                      "elsewhere/", "theirs/", "theirs/both"));
+                                      "elsewhere/", "inner/", "theirs/", "theirs/both"));
     EXPECT_EQ(store.database().execAndGet("SELECT id FROM file WHERE name = 'f'").getInt(), 1);
 
     std::vector<BoxCatalogue::Entry> many;
