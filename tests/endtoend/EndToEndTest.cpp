@@ -9,12 +9,16 @@
 
 #include <QProcess>
 #include <QTemporaryDir>
+#include <QTextCodec>
 
 #include <gtest/gtest.h>
 
+#include <condition_variable>
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <mutex>
+#include <utility>
 
 namespace {
 
@@ -24,6 +28,7 @@ typedef std::vector<std::string> Lines;
 class EndToEnd : public ::testing::Test
 {
 protected:
+    EndToEnd() { QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8")); } // for local names
     ~EndToEnd() override { hubline::StopHubline(); }
 
     void makeTree()
@@ -41,6 +46,7 @@ protected:
         options.companyNo = "LUMO";
         store.addBox("box-1", "127.0.0.1:1");
         options.boxCode = "box-1";
+        m_HasBox = true;
         centre::importTree(store, options, [](const std::string& problem) { ADD_FAILURE() << problem; });
     }
 
@@ -48,6 +54,8 @@ protected:
     {
         centre::ServeOptions options;
         options.faults = faults;
+        if (m_HasBox)
+            options.boxes = {{"box-1", "127.0.0.1:0"}};
         hubline::Options hub;
         if (certificate != nullptr) {
             options.tlsCertificate = certificate->certificate();
@@ -68,6 +76,20 @@ protected:
 
     std::string below(const std::string& name) const { return m_Folder.filePath("").toStdString() + name; }
 
+    /// Runs the program that ends while work is under way; it must end cleanly.
+    void endingProgram(const QStringList& arguments)
+    {
+        QProcess program;
+        program.setProcessChannelMode(QProcess::MergedChannels);
+        program.start(ENDING_PROGRAM,
+                      QStringList{QString::fromStdString(m_Centre->address()), QString::fromStdString(m_Token),
+                                  "demo", "LUMO"} +
+                          arguments);
+        ASSERT_TRUE(program.waitForFinished(60000));
+        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(program.exitCode(), 0) << program.readAll().toStdString();
+    }
+
     /// Everything below a folder, files first, each as its path.
     void walk(unsigned int folderID, const std::string& path, Lines& found)
     {
@@ -84,10 +106,15 @@ protected:
     }
 
     QTemporaryDir m_Folder;
+    bool m_HasBox = false;
     LogCapture m_Log;
     const std::string m_Token = centre::Store::create(below("data"), "LUMO", "demo");
     std::unique_ptr<centre::Centre> m_Centre;
     boost::shared_ptr<wirecall::RpcChannel> m_Channel;
+    struct Instance
+    {
+        ~Instance() { TestManager::m_Instance = nullptr; }
+    } m_Instance; ///< what transfers ask for, until the manager has waited for them
     TestManager m_Manager;
 };
 
@@ -170,11 +197,59 @@ TEST_F(EndToEnd, AProcessThatEndsWhileCallsRunEndsCleanly)
 {
     makeTree();
     serve({"querySrcTableBySrcId=stall"});
-    QProcess program;
-    program.setProcessChannelMode(QProcess::MergedChannels);
-    program.start(ENDING_PROGRAM, {QString::fromStdString(m_Centre->address()),
-                                   QString::fromStdString(m_Token), "demo", "LUMO"});
-    ASSERT_TRUE(program.waitForFinished(60000));
-    EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(program.exitCode(), 0) << program.readAll().toStdString();
+    endingProgram({});
+}
+
+TEST_F(EndToEnd, AProcessThatEndsWhileTransfersRunWaitsForThem)
+{
+    makeTree();
+    serve();
+    for (int i = 0; i < 4; ++i) {
+        std::filesystem::create_directories(below("local/" + std::to_string(i) + "/down"));
+        std::ofstream(below("local/" + std::to_string(i) + "/large")) << std::string(5000000, 'x');
+    }
+    endingProgram({QString::fromStdString(below("local"))});
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_TRUE(std::filesystem::exists(
+            below("local/" + std::to_string(i) + "/down/盘/影像/sub/deep.txt")));
+        EXPECT_EQ(std::filesystem::file_size(below("tree/" + std::to_string(i) + "/large")), 5000000u);
+    }
+}
+
+/// With names in the code page, as an application has them that sets nothing.
+TEST_F(EndToEnd, WhatWasUploadedIsInTheCatalogueAndComesBackTheSame)
+{
+    makeTree();
+    serve();
+    TestManager::m_Instance = &m_Manager; // the tasks ask for it
+    std::filesystem::create_directories(below("local/新的/empty"));
+    std::filesystem::create_directories(below("back"));
+    std::ofstream(below("local/新的/大.bin")) << std::string(3000000, 'y');
+    std::mutex mutex;
+    std::condition_variable ended;
+    int last = -1;
+    const auto told = [&](const char*, int, int code, int percent) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        if (code != 0 || percent == 100)
+            last = code;
+        ended.notify_one();
+    };
+    const auto result = [&] {
+        std::unique_lock<std::mutex> lock(mutex);
+        ended.wait(lock, [&] { return last != -1; });
+        return std::exchange(last, -1);
+    };
+    ASSERT_TRUE(m_Manager.upload(QString::fromStdString(below("local/新的")), {0, 1}, 0xFFFFFFFF, false, told));
+    EXPECT_EQ(result(), 0);
+    const unsigned int top = m_Manager.getFolderID(1, 0, "盘");
+    const unsigned int uploaded = m_Manager.getFolderID(1, top, "新的");
+    ASSERT_NE(uploaded, 0xFFFFFFFF);
+    Lines found;
+    walk(uploaded, "", found);
+    EXPECT_EQ(found, Lines({"大.bin", "empty/"}));
+    ASSERT_TRUE(m_Manager.download(QString::fromStdString(below("back")), {1, uploaded}, false, told));
+    EXPECT_EQ(result(), 0);
+    EXPECT_TRUE(std::filesystem::is_directory(below("back/新的/empty")));
+    std::ifstream back(below("back/新的/大.bin"));
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(back), {}), std::string(3000000, 'y'));
 }

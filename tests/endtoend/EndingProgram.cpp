@@ -1,9 +1,12 @@
-// Ends while eight threads are in a call that is not answered, after calls that were.
-// Arguments: the centre's address, token, user, company.
+// Ends while work is under way. Arguments: the centre's address, token, user, company; then nothing, for
+// eight threads in a call that is not answered, after calls that were; or a folder with the folders "0", "1"
+// and so on, for downloads of disk 1 into them and uploads of them to it.
 
 #include "components/hubline/Hubline.h"
 #include "components/logger/LumoLogger.h"
 #include "core/LumoDataMgr.h"
+
+#include <QTextCodec>
 
 #include <atomic>
 #include <cstdio>
@@ -22,12 +25,38 @@ void countEntries(const char* text, int length)
         ++waiting;
 }
 
+void call(CLumoDataMgr& manager)
+{
+    for (int i = 0; i < 8; ++i) {
+        std::thread([&manager] {
+            tagDiskTable disk;
+            manager.getDisk(1u, disk);
+            tagFolderTable folder;
+            manager.getFolder(1, folder);
+        }).detach();
+    }
+    while (waiting < 8)
+        std::this_thread::yield();
+}
+
+bool startTransfers(CLumoDataMgr& manager, const QString& folder)
+{
+    for (int i = 0; i < 4; ++i) {
+        const QString each = folder + "/" + QString::number(i);
+        if (!manager.download(each + "/down", {0, 1}, true, TransferCallback()) ||
+            !manager.upload(each, {0, 1}, 0xFFFFFFFF, true, TransferCallback()))
+            return false;
+    }
+    return true;
+}
+
 } // namespace
 
 int main(int count, char** arguments)
 {
-    if (count != 5)
+    if (count != 5 && count != 6)
         return 2;
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8")); // for local names
     CLumoLogger::GetSinglePton()->toCallback(countEntries);
     hubline::Options options;
     options.address = arguments[1];
@@ -43,15 +72,8 @@ int main(int count, char** arguments)
         INIT_SUCCESS)
         return 4;
 
-    for (int i = 0; i < 8; ++i) {
-        std::thread([&manager] {
-            tagDiskTable disk;
-            manager.getDisk(1u, disk);
-            tagFolderTable folder;
-            manager.getFolder(1, folder);
-        }).detach();
-    }
-    while (waiting < 8)
-        std::this_thread::yield();
+    if (count == 6)
+        return startTransfers(manager, arguments[5]) ? 0 : 5;
+    call(manager);
     return 0;
 }
