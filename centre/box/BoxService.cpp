@@ -240,8 +240,8 @@ void BoxService::fetch(Controller* call, const haulbox::FetchReq* request, haulb
     });
 }
 
-void BoxService::digests(Controller* call, const haulbox::DigestsReq* request,
-                         haulbox::DigestsRsp* response, Closure* done)
+void BoxService::digests(Controller* call, const haulbox::DigestsReq* request, haulbox::DigestsRsp* response,
+                         Closure* done)
 {
     answer(call, *response, done, [&] {
         if (!request->has_upload()) {
@@ -311,8 +311,8 @@ void BoxService::begin(Controller* call, const haulbox::BeginReq* request, haulb
             return;
         }
         const std::string name = m_Uploads.begin(tokenOf(call), path, request->size(), [&] {
-            auto file = std::make_unique<IncomingFile>(std::move(located.folder), located.name,
-                                                       request->size());
+            auto file =
+                std::make_unique<IncomingFile>(std::move(located.folder), located.name, request->size());
             response->set_found_size(file->foundSize());
             response->set_found_whole(file->found() == IncomingFile::Found::Target);
             return file;

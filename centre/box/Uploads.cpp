@@ -47,8 +47,7 @@ std::map<std::string, Uploads::Kept> Uploads::takeStale(const std::string& path)
     return stale;
 }
 
-void Uploads::use(const std::string& name, const std::string& token,
-                  const std::function<void(Upload&)>& work)
+void Uploads::use(const std::string& name, const std::string& token, const std::function<void(Upload&)>& work)
 {
     std::shared_ptr<Upload> upload;
     {

@@ -17,12 +17,12 @@ namespace centre {
 /// One large file on its way into a box.
 struct Upload
 {
-    std::string token;   ///< of the user who began it
-    std::string path;    ///< on the box
-    std::uint64_t size;  ///< of the whole file, in bytes
+    std::string token;  ///< of the user who began it
+    std::string path;   ///< on the box
+    std::uint64_t size; ///< of the whole file, in bytes
 
-    std::shared_mutex inUse;                         ///< shared by calls, alone when it is given up
-    std::unique_ptr<bulkhaul::IncomingFile> file;    ///< empty once it is given up
+    std::shared_mutex inUse;                      ///< shared by calls, alone when it is given up
+    std::unique_ptr<bulkhaul::IncomingFile> file; ///< empty once it is given up
 };
 
 /// The uploads of large files that are under way. Safe from any thread; functions throw FileFailure.

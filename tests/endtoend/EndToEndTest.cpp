@@ -81,10 +81,9 @@ protected:
     {
         QProcess program;
         program.setProcessChannelMode(QProcess::MergedChannels);
-        program.start(ENDING_PROGRAM,
-                      QStringList{QString::fromStdString(m_Centre->address()), QString::fromStdString(m_Token),
-                                  "demo", "LUMO"} +
-                          arguments);
+        program.start(ENDING_PROGRAM, QStringList{QString::fromStdString(m_Centre->address()),
+                                                  QString::fromStdString(m_Token), "demo", "LUMO"} +
+                                          arguments);
         ASSERT_TRUE(program.waitForFinished(60000));
         EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
         EXPECT_EQ(program.exitCode(), 0) << program.readAll().toStdString();
@@ -210,8 +209,8 @@ TEST_F(EndToEnd, AProcessThatEndsWhileTransfersRunWaitsForThem)
     }
     endingProgram({QString::fromStdString(below("local"))});
     for (int i = 0; i < 4; ++i) {
-        EXPECT_TRUE(std::filesystem::exists(
-            below("local/" + std::to_string(i) + "/down/盘/影像/sub/deep.txt")));
+        EXPECT_TRUE(
+            std::filesystem::exists(below("local/" + std::to_string(i) + "/down/盘/影像/sub/deep.txt")));
         EXPECT_EQ(std::filesystem::file_size(below("tree/" + std::to_string(i) + "/large")), 5000000u);
     }
 }
@@ -239,7 +238,8 @@ TEST_F(EndToEnd, WhatWasUploadedIsInTheCatalogueAndComesBackTheSame)
         ended.wait(lock, [&] { return last != -1; });
         return std::exchange(last, -1);
     };
-    ASSERT_TRUE(m_Manager.upload(QString::fromStdString(below("local/新的")), {0, 1}, 0xFFFFFFFF, false, told));
+    ASSERT_TRUE(
+        m_Manager.upload(QString::fromStdString(below("local/新的")), {0, 1}, 0xFFFFFFFF, false, told));
     EXPECT_EQ(result(), 0);
     const unsigned int top = m_Manager.getFolderID(1, 0, "盘");
     const unsigned int uploaded = m_Manager.getFolderID(1, top, "新的");

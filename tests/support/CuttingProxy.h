@@ -92,8 +92,7 @@ private:
                 if (count <= 0)
                     return;
                 for (ssize_t sent = 0; sent < count;) {
-                    const ssize_t each =
-                        ::send(ends[1 - i].fd, &buffer[sent], count - sent, MSG_NOSIGNAL);
+                    const ssize_t each = ::send(ends[1 - i].fd, &buffer[sent], count - sent, MSG_NOSIGNAL);
                     if (each < 0)
                         return;
                     sent += each;

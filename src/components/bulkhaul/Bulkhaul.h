@@ -25,20 +25,20 @@ namespace bulkhaul {
 enum Code
 {
     kDone = 0,
-    kNoConnection = 201,   ///< the box was not reached, or the connection broke
-    kStalled = 202,        ///< nothing moved within the stall limit
-    kRefused = 203,        ///< the box does not let this user do that
-    kNotFound = 204,       ///< there is no such source
-    kSourceChanged = 205,  ///< the source changed while it was read
-    kUnreadable = 206,     ///< the source, or something below it, can't be read
-    kNotWritable = 207,    ///< the target can't be made or written
-    kNoSpace = 208,        ///< a disk or a quota is full; what arrived is kept for the next attempt
-    kCorrupted = 209,      ///< what arrived is not what was sent
-    kUnsafeName = 210,     ///< a name that is not a single path component, or not UTF-8
-    kWrongKind = 211,      ///< a folder where a file is needed or the reverse; a link or a special file
-    kBusy = 212,           ///< another transfer writes to the target
-    kBoxFailed = 213,      ///< the box failed for a reason of its own
-    kNotUnderstood = 214   ///< the other side does not follow the protocol
+    kNoConnection = 201,  ///< the box was not reached, or the connection broke
+    kStalled = 202,       ///< nothing moved within the stall limit
+    kRefused = 203,       ///< the box does not let this user do that
+    kNotFound = 204,      ///< there is no such source
+    kSourceChanged = 205, ///< the source changed while it was read
+    kUnreadable = 206,    ///< the source, or something below it, can't be read
+    kNotWritable = 207,   ///< the target can't be made or written
+    kNoSpace = 208,       ///< a disk or a quota is full; what arrived is kept for the next attempt
+    kCorrupted = 209,     ///< what arrived is not what was sent
+    kUnsafeName = 210,    ///< a name that is not a single path component, or not UTF-8
+    kWrongKind = 211,     ///< a folder where a file is needed or the reverse; a link or a special file
+    kBusy = 212,          ///< another transfer writes to the target
+    kBoxFailed = 213,     ///< the box failed for a reason of its own
+    kNotUnderstood = 214  ///< the other side does not follow the protocol
 };
 
 /// Receives the client's status lines, a level (0 information, 1 warning, 2 error) and a text, on a

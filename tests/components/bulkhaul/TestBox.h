@@ -77,9 +77,9 @@ public:
                                Use, std::string& reason) override
     {
         const std::lock_guard<std::mutex> lock(m_Mutex);
-        lastMessage = carried.type_name() + ":" + carried.body();
-        if (onAdmit)
-            onAdmit(++m_Admitted);
+        m_LastMessage = carried.type_name() + ":" + carried.body();
+        if (m_OnAdmit)
+            m_OnAdmit(++m_Admitted);
         if (path.rfind(m_Root + "/", 0) != 0) {
             reason = path + " is not on this box";
             return std::nullopt;
@@ -91,17 +91,37 @@ public:
     {
         const std::lock_guard<std::mutex> lock(m_Mutex);
         for (const Entry& entry : entries)
-            recorded[entry.path] = entry.folder;
+            m_Recorded[entry.path] = entry.folder;
     }
 
-    std::function<void(int)> onAdmit; ///< called with the number of the request, from 1
-    std::string lastMessage;
-    std::map<std::string, bool> recorded;
+    /// Called at each request with its number from now on, from 1.
+    void onAdmit(std::function<void(int)> function)
+    {
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        m_OnAdmit = std::move(function);
+        m_Admitted = 0;
+    }
+
+    std::string lastMessage()
+    {
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        return m_LastMessage;
+    }
+
+    /// Each path, and whether it is a folder.
+    std::map<std::string, bool> recorded()
+    {
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        return m_Recorded;
+    }
 
 private:
     const std::string m_Root;
-    std::mutex m_Mutex;
+    std::mutex m_Mutex; ///< guards what follows
+    std::function<void(int)> m_OnAdmit;
     int m_Admitted = 0;
+    std::string m_LastMessage;
+    std::map<std::string, bool> m_Recorded;
 };
 
 /// The file service of a real box, or another service in its place, on a free loopback port.

@@ -50,13 +50,14 @@ TEST_F(TransferTest, FoldersAndFilesOfEverySizeArriveAsTheyAreBothWays)
         EXPECT_EQ(told.back(), std::make_pair(0, 100));
         EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
     }
-    EXPECT_EQ(catalogue->lastMessage, std::string("google.protobuf.StringValue:\n\x03"
-                                                  "ada"));
+    EXPECT_EQ(catalogue->lastMessage(), std::string("google.protobuf.StringValue:\n\x03"
+                                                    "ada"));
+    std::map<std::string, bool> recorded = catalogue->recorded();
     for (const auto& [below, bytes] : treeOf(box() / "up")) {
         const bool folder = below.back() == '/';
         const std::string path = (box() / "up" / below.substr(0, below.size() - folder)).string();
-        ASSERT_EQ(catalogue->recorded.count(path), 1u) << path;
-        EXPECT_EQ(catalogue->recorded[path], folder) << path;
+        ASSERT_EQ(recorded.count(path), 1u) << path;
+        EXPECT_EQ(recorded[path], folder) << path;
     }
 }
 
@@ -172,7 +173,7 @@ TEST_F(TransferTest, ACutConnectionCostsOnlyWhatHadNotMoved)
             CuttingProxy cable(testBox.port());
             EXPECT_EQ(move(way, testBox.channel(cable.port()), name), kDone);
             EXPECT_LT(cable.moved(), whole * 8 / 10) << name; // what was on its way is lost
-            CuttingProxy idle(testBox.port()); // all is there: digests alone travel
+            CuttingProxy idle(testBox.port());                // all is there: digests alone travel
             EXPECT_EQ(move(way, testBox.channel(idle.port()), name), kDone);
             EXPECT_LT(idle.moved(), whole / 10) << name;
         }
@@ -188,18 +189,18 @@ TEST_F(TransferTest, ASourceThatChangesWhileItIsReadIsAFailureThatSaysSo)
 {
     TestBox testBox(*catalogue);
     writeFile(box() / "down", content(8 * kMiB, 1));
-    catalogue->onAdmit = [this](int request) {
+    catalogue->onAdmit([this](int request) {
         if (request == 3)
             std::ofstream(box() / "down", std::ios::app) << "more";
-    };
+    });
     EXPECT_EQ(move(Way::Down, testBox, "down"), kSourceChanged);
     EXPECT_FALSE(fs::exists(here() / "down"));
 
     writeFile(here() / "up", content(8 * kMiB, 1));
-    catalogue->onAdmit = [this](int) { fs::resize_file(here() / "up", 3 * kMiB); };
+    catalogue->onAdmit([this](int) { fs::resize_file(here() / "up", 3 * kMiB); });
     EXPECT_EQ(move(Way::Up, testBox, "up"), kSourceChanged);
     EXPECT_FALSE(fs::exists(box() / "up"));
-    catalogue->onAdmit = nullptr;
+    catalogue->onAdmit(nullptr);
     EXPECT_EQ(move(Way::Down, testBox, "down"), kDone);
     EXPECT_EQ(move(Way::Up, testBox, "up"), kDone);
     EXPECT_EQ(treeOf(box()), treeOf(here()));
@@ -261,8 +262,8 @@ TEST_F(TransferTest, SourcesAndTargetsThatCanNotBeUsedHaveCodesOfTheirOwn)
     EXPECT_EQ(upload(here() / "file2", outside), kRefused);
     EXPECT_EQ(upload(here() / "file2", root + "folder2"), kWrongKind);
     EXPECT_EQ(upload(here() / "file2", root + "../x"), kUnsafeName);
-    EXPECT_EQ(Download(testBox.channel(testBox.port(), "wrong"), root + "file", (here() / "x").string(), false,
-                       {}, nullptr, nullptr),
+    EXPECT_EQ(Download(testBox.channel(testBox.port(), "wrong"), root + "file", (here() / "x").string(),
+                       false, {}, nullptr, nullptr),
               kRefused);
     EXPECT_FALSE(fs::exists(here() / "x"));
     EXPECT_FALSE(fs::exists(box() / "x"));
@@ -302,6 +303,7 @@ TEST_F(TransferTest, HostileNamesFromTheBoxAreRefusedBeforeAnythingIsWritten)
 {
     struct HostileBox : haulbox::BoxServices
     {
+        std::mutex mutex;
         std::string name;
         bool folder = false;
         void read(google::protobuf::RpcController*, const haulbox::ReadReq*, haulbox::ReadRsp* response,
@@ -313,18 +315,24 @@ TEST_F(TransferTest, HostileNamesFromTheBoxAreRefusedBeforeAnythingIsWritten)
         void list(google::protobuf::RpcController*, const haulbox::ListReq*, haulbox::ListRsp* response,
                   google::protobuf::Closure* done) override
         {
-            haulbox::Entry& entry = *response->add_entries();
-            entry.set_below(name);
-            entry.set_folder(folder);
+            {
+                const std::lock_guard<std::mutex> lock(mutex);
+                haulbox::Entry& entry = *response->add_entries();
+                entry.set_below(name);
+                entry.set_folder(folder);
+            }
             done->Run();
         }
     } hostile;
     TestBox testBox(*catalogue, {}, &hostile);
-    for (const std::string name : {"../evil", "/tmp/evil", "a/../../evil", "..", ".", "", "a//b", "a/",
-                                   ".x.lumo-part"})
+    for (const std::string name :
+         {"../evil", "/tmp/evil", "a/../../evil", "..", ".", "", "a//b", "a/", ".x.lumo-part"})
         for (const bool folder : {false, true}) {
-            hostile.name = name;
-            hostile.folder = folder;
+            {
+                const std::lock_guard<std::mutex> lock(hostile.mutex);
+                hostile.name = name;
+                hostile.folder = folder;
+            }
             if (name.empty() && folder)
                 continue; // the target itself
             EXPECT_EQ(move(Way::Down, testBox, "tree"), kUnsafeName) << name;
@@ -347,9 +355,8 @@ TEST_F(TransferTest, TransfersToOneTargetNeverMix)
                 const std::string from = (aside / std::to_string(i)).string();
                 const std::string to = (target(way) / "one").string();
                 const auto channel = testBox.channel();
-                const int code = way == Way::Down
-                                     ? Download(channel, from, to, false, {}, nullptr, nullptr)
-                                     : Upload(channel, to, from, false, {}, nullptr, nullptr);
+                const int code = way == Way::Down ? Download(channel, from, to, false, {}, nullptr, nullptr)
+                                                  : Upload(channel, to, from, false, {}, nullptr, nullptr);
                 EXPECT_TRUE(code == kDone || code == kBusy || code == kCorrupted) << code;
                 done += code == kDone;
             });
