@@ -119,6 +119,7 @@ std::string describe(const Reason& reason)
     case Reason::Kind::CallFailed:
         return reason.operation + ": " + reason.text;
     case Reason::Kind::NoChannel:
+    case Reason::Kind::FileFailed:
         return reason.text;
     case Reason::Kind::ErrorResult:
         return reason.operation + ": the centre reported an error";

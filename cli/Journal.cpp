@@ -16,12 +16,10 @@ namespace {
 
 constexpr int kErrorLevel = 2; // of hubline's lines
 
-} // namespace
-
-Reason reasonOf(const std::string& entry)
+/// What stands between the level and the place in the code.
+std::string messageOf(const std::string& entry)
 {
     static const std::string kLevel = " [INFO] ";
-    static const std::string kError = "Error : ";
     const std::size_t level = entry.find(kLevel);
     if (level == std::string::npos) {
         return {};
@@ -29,7 +27,31 @@ Reason reasonOf(const std::string& entry)
     const std::size_t begin = level + kLevel.size();
     // An entry that was cut at its limit has lost its end.
     const std::size_t end = std::min(entry.rfind(" File:"), entry.size());
-    const std::string message = end > begin ? entry.substr(begin, end - begin) : std::string();
+    return end > begin ? entry.substr(begin, end - begin) : std::string();
+}
+
+/// What stands between the two texts, or behind the first where there is no second; else empty.
+std::string between(const std::string& text, const std::string& before, const std::string& after)
+{
+    const std::size_t begin = text.find(before);
+    if (begin == std::string::npos) {
+        return {};
+    }
+    const std::string rest = text.substr(begin + before.size());
+    return rest.substr(0, rest.find(after));
+}
+
+} // namespace
+
+std::string clientTransferOf(const std::string& entry)
+{
+    return between(messageOf(entry), "RPC TaskID : ", ",");
+}
+
+Reason reasonOf(const std::string& entry)
+{
+    static const std::string kError = "Error : ";
+    const std::string message = messageOf(entry);
     const std::size_t blank = message.find(' ');
     if (blank == std::string::npos) {
         return {};
@@ -44,7 +66,15 @@ Reason reasonOf(const std::string& entry)
     } else if (rest == "Result NULL") {
         reason.kind = Reason::Kind::NullResult;
     } else {
-        return {};
+        // Some of these lines end in an exclamation mark.
+        reason.text = convertToUtf8(between(message, "Failed : ", "\n"));
+        if (reason.text.empty()) {
+            return {};
+        }
+        if (reason.text.back() == '!') {
+            reason.text.pop_back();
+        }
+        reason.kind = Reason::Kind::FileFailed;
     }
     reason.operation = message.substr(0, blank);
     return reason;
@@ -59,14 +89,10 @@ Journal::Journal(const std::string& path)
                           "can't write the log file '" + path + "': " + std::strerror(errno));
         }
     }
-    CLumoLogger::GetSinglePton()->toCallback([this](const char* text, int length) {
-        const std::string entry(text, static_cast<std::size_t>(length));
-        take(reasonOf(entry), entry);
-    });
-    hubline::Logger::Instance(true)->toCallback([this](int level, const std::string& text) {
-        const auto kind = level == kErrorLevel ? Reason::Kind::NoChannel : Reason::Kind::None;
-        take({kind, {}, text}, text + "\r\n");
-    });
+    CLumoLogger::GetSinglePton()->toCallback(
+        [this](const char* text, int length) { take(std::string(text, static_cast<std::size_t>(length))); });
+    hubline::Logger::Instance(true)->toCallback(
+        [this](int level, const std::string& text) { takeStatus(level, text); });
 }
 
 Journal::~Journal()
@@ -91,13 +117,54 @@ void Journal::forget()
     m_Last.erase(std::this_thread::get_id());
 }
 
-void Journal::take(const Reason& reason, const std::string& entry)
+void Journal::take(const std::string& entry)
 {
+    const Reason reason = reasonOf(entry);
+    const std::string transfer = clientTransferOf(entry);
     const std::lock_guard<std::mutex> lock(m_Mutex);
     if (reason.kind != Reason::Kind::None) {
         m_Last[std::this_thread::get_id()] = reason;
     }
+    if (!transfer.empty()) {
+        m_ClientTransfers[std::this_thread::get_id()] = transfer;
+    }
     write(entry);
+}
+
+void Journal::takeStatus(int level, const std::string& line)
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    if (level == kErrorLevel) {
+        m_Last[std::this_thread::get_id()] = {Reason::Kind::NoChannel, {}, line};
+        m_ClientFailures.push_back(line);
+        m_ClientFailed.notify_all();
+    }
+    write(line + "\r\n");
+}
+
+std::string Journal::clientTransfer() const
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    const auto last = m_ClientTransfers.find(std::this_thread::get_id());
+    return last == m_ClientTransfers.end() ? std::string() : last->second;
+}
+
+std::string Journal::clientReason(const std::string& clientTransfer)
+{
+    if (clientTransfer.empty()) {
+        return {};
+    }
+    std::string reason;
+    std::unique_lock<std::mutex> lock(m_Mutex);
+    m_ClientFailed.wait_for(lock, std::chrono::milliseconds(500), [&] {
+        for (const std::string& line : m_ClientFailures) {
+            if (line.find(" " + clientTransfer + " ") != std::string::npos) {
+                reason = between(between(line, " failed with ", "\n"), ", ", "\n");
+            }
+        }
+        return !reason.empty();
+    });
+    return reason;
 }
 
 void Journal::write(const std::string& entry)

@@ -1,11 +1,13 @@
 #ifndef LUMO_CLI_JOURNAL_H
 #define LUMO_CLI_JOURNAL_H
 
+#include <condition_variable>
 #include <cstdio>
 #include <map>
 #include <mutex>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace cli {
 
@@ -17,17 +19,21 @@ struct Reason
         None,       ///< no call has failed
         CallFailed, ///< no answer: the connection, the time limit, a refusal
         NoChannel,  ///< a channel could not be opened
+        FileFailed, ///< a local file or folder could not be made or fetched
         ErrorResult,
         NullResult
     };
 
     Kind kind = Kind::None;
     std::string operation;
-    std::string text; ///< of CallFailed and NoChannel
+    std::string text; ///< of CallFailed and NoChannel; of FileFailed the file's path
 };
 
 /// Reads the reason out of one entry; Kind::None when it tells none.
 Reason reasonOf(const std::string& entry);
+
+/// The identifier that the bulk transfer client gave a transfer, from an entry that tells it; else empty.
+std::string clientTransferOf(const std::string& entry);
 
 /// Takes the library's log while it lives: keeps the last reason of each thread and passes the entries on to
 /// a file.
@@ -44,14 +50,24 @@ public:
     Reason lastReason() const;
     void forget();
 
+    /// The bulk transfer client's identifier of the transfer that this thread has last logged about.
+    std::string clientTransfer() const;
+    /// Why that transfer failed, as the client's status line tells it, which comes on a thread of its own:
+    /// waits for it a moment. Empty when it does not come.
+    std::string clientReason(const std::string& clientTransfer);
+
 private:
-    void take(const Reason& reason, const std::string& entry);
+    void take(const std::string& entry);
+    void takeStatus(int level, const std::string& line);
     void write(const std::string& entry);
 
     mutable std::mutex m_Mutex;
     std::FILE* m_File = nullptr;
     bool m_Lost = false; ///< the file could not take an entry; nothing more is written
     std::map<std::thread::id, Reason> m_Last;
+    std::map<std::thread::id, std::string> m_ClientTransfers;
+    std::vector<std::string> m_ClientFailures;
+    std::condition_variable m_ClientFailed;
 };
 
 } // namespace cli

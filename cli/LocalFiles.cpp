@@ -60,9 +60,6 @@ LocalSource localSource(const std::string& path)
         refuse("'" + path +
                "' can't be sent: " + (error ? error.message() : "there is no such file or folder"));
     }
-    if (fs::is_symlink(fs::symlink_status(plain, error))) {
-        refuse("'" + path + "' is a symbolic link: name what it leads to");
-    }
     LocalSource source{plain.string(), plain.filename().string(), fs::is_directory(status), 0};
     if (!source.folder && !fs::is_regular_file(status)) {
         refuse("'" + path + "' is neither a file nor a folder");

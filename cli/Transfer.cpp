@@ -31,9 +31,10 @@ struct News
     std::size_t transfer = 0; ///< its index
     Clock::time_point when = Clock::now();
     int percent = 0;
-    int code = 0;         ///< of Ended
-    std::string text;     ///< of Began the task's identifier, of Ended what the log told of a failure
-    bool wasFile = false; ///< of Began, like the next
+    int code = 0;               ///< of Ended
+    std::string text;           ///< of Began the task's identifier, of Ended what the log told of a failure
+    std::string clientTransfer; ///< of Ended
+    bool wasFile = false;       ///< of Began, like the next
     bool wasFolder = false;
 };
 
@@ -90,6 +91,7 @@ public:
             news.percent = m_Percent;
             news.code = m_Code;
             news.text = m_Reason;
+            news.clientTransfer = m_ClientTransfer;
             m_Queue.push(std::move(news));
         }
     }
@@ -110,11 +112,10 @@ public:
         }
         if (code != 0 && m_Code == 0) {
             m_Code = code;
-            // The task itself reports these, on the thread that failed.
-            if (code == kLookupFailed || code == kNoChannel) {
-                const Reason reason = m_Journal.lastReason();
-                m_Reason = reason.kind == Reason::Kind::None ? std::string() : describe(reason);
-            }
+            // A task that fails tells it on the thread that has just logged why.
+            const Reason reason = m_Journal.lastReason();
+            m_Reason = reason.kind == Reason::Kind::None ? std::string() : describe(reason);
+            m_ClientTransfer = m_Journal.clientTransfer();
         }
         if (code == 0 && percent > m_Percent) {
             m_Percent = percent;
@@ -142,6 +143,7 @@ private:
     int m_Percent = 0;
     int m_Code = 0;
     std::string m_Reason;
+    std::string m_ClientTransfer;
 };
 
 class Run
@@ -256,7 +258,8 @@ void Run::finish(Transfer& transfer, const News& news)
 {
     transfer.end = news.when;
     if (news.code != 0) {
-        fail(transfer, news.code, failureText(news.code, news.text));
+        const std::string reason = m_Journal.clientReason(news.clientTransfer);
+        fail(transfer, news.code, failureText(news.code, reason.empty() ? news.text : reason));
         return;
     }
     if (news.percent < 100) {

@@ -25,7 +25,7 @@ std::string failureText(int code, const std::string& reason)
         {bulkhaul::kNoConnection, "the storage box was not reached, or the connection broke", true},
         {bulkhaul::kStalled, "nothing moved any more", true},
         {bulkhaul::kRefused, "the storage box does not let you do that", false},
-        {bulkhaul::kNotFound, "the source is not there any more", false},
+        {bulkhaul::kNotFound, "the source, or something below it, is not there", false},
         {bulkhaul::kSourceChanged, "the source changed while it was read", false},
         {bulkhaul::kUnreadable, "the source, or something below it, can't be read", false},
         {bulkhaul::kNotWritable, "the target can't be made or written", false},

@@ -2,6 +2,7 @@
 
 #include <signal.h>
 
+#include <algorithm>
 #include <fstream>
 #include <stdexcept>
 
@@ -31,30 +32,36 @@ TemporaryFolder::~TemporaryFolder()
 
 CentreProcess::CentreProcess()
 {
-    mustRun({"init", (m_Folder.path / "data").string(), "--token-file", tokenFile()});
+    administrate("init", {"--token-file", tokenFile()});
+    administrate("add-box", {"B1", "127.0.0.1:1"});
 }
 
-void CentreProcess::mustRun(std::vector<std::string> command) const
+void CentreProcess::administrate(const std::string& command, const std::vector<std::string>& arguments) const
 {
-    command.insert(command.begin(), CENTRE_PROGRAM);
-    const Outcome outcome = run(command);
+    std::vector<std::string> whole{CENTRE_PROGRAM, command, (m_Folder.path / "data").string()};
+    whole.insert(whole.end(), arguments.begin(), arguments.end());
+    const Outcome outcome = run(whole);
     if (outcome.exitCode != 0) {
-        throw std::runtime_error(command[1] + " failed: " + outcome.errors);
+        throw std::runtime_error(command + " failed: " + outcome.errors);
     }
 }
 
 void CentreProcess::import(const std::filesystem::path& folder, const std::string& disk)
 {
-    mustRun({"import", (m_Folder.path / "data").string(), folder.string(), "--disk", disk});
+    administrate("import", {folder.string(), "--disk", disk, "--box", "B1"});
 }
 
 void CentreProcess::serve(const std::vector<std::string>& arguments)
 {
-    std::vector<std::string> command{CENTRE_PROGRAM, "serve", (m_Folder.path / "data").string(), "--listen",
-                                     "127.0.0.1:0"};
+    std::vector<std::string> command{CENTRE_PROGRAM,  "serve",       (m_Folder.path / "data").string(),
+                                     "--listen",      "127.0.0.1:0", "--box",
+                                     "B1=127.0.0.1:0"};
     command.insert(command.end(), arguments.begin(), arguments.end());
     m_Process = std::make_unique<Process>(command);
-    const std::string line = m_Process->readLine();
+    std::string line = m_Process->readLine();
+    while (line.find(": box ") != std::string::npos) {
+        line = m_Process->readLine();
+    }
     m_Address = line.substr(line.rfind(' ') + 1);
     if (m_Address.find(':') == std::string::npos) {
         throw std::runtime_error("the centre does not serve: " + line);
@@ -67,21 +74,40 @@ int CentreProcess::stop()
     return m_Process->wait();
 }
 
+std::vector<std::string> CentreProcess::lumoCommand(const std::vector<std::string>& arguments) const
+{
+    std::vector<std::string> command{LUMO_PROGRAM};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    const auto login = [&command](const char* option, const std::string& value) {
+        if (std::find(command.begin(), command.end(), option) == command.end()) {
+            command.insert(command.begin() + 1, {option, value});
+        }
+    };
+    login("--centre", m_Address);
+    login("--token-file", tokenFile());
+    login("--company", "LUMO");
+    login("--user", "demo");
+    return command;
+}
+
 Outcome CentreProcess::lumo(const std::vector<std::string>& arguments,
                             const std::vector<std::string>& environment) const
 {
-    std::vector<std::string> variables{"LUMO_CENTRE=" + m_Address, "LUMO_TOKEN_FILE=" + tokenFile(),
-                                       "LUMO_COMPANY=LUMO", "LUMO_USER=demo", "XDG_CONFIG_HOME=/nonexistent"};
+    std::vector<std::string> variables{"XDG_CONFIG_HOME=/nonexistent"};
     variables.insert(variables.end(), environment.begin(), environment.end());
-    std::vector<std::string> command{LUMO_PROGRAM};
-    command.insert(command.end(), arguments.begin(), arguments.end());
-    return run(command, variables);
+    return run(lumoCommand(arguments), variables);
 }
 
 void writeFile(const std::filesystem::path& path, const std::string& content)
 {
     std::filesystem::create_directories(path.parent_path());
     std::ofstream(path) << content;
+}
+
+std::string readFile(const std::filesystem::path& path)
+{
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 } // namespace clitest

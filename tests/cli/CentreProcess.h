@@ -1,7 +1,7 @@
 #ifndef LUMO_TESTS_CLI_CENTREPROCESS_H
 #define LUMO_TESTS_CLI_CENTREPROCESS_H
 
-#include "tests/cli/Process.h"
+#include "tests/support/Process.h"
 
 #include <filesystem>
 #include <memory>
@@ -22,7 +22,7 @@ public:
     const std::filesystem::path path;
 };
 
-/// A development centre of its own: company LUMO, user demo, the disks that were imported.
+/// A development centre of its own: company LUMO, user demo, storage box B1, the disks that were imported.
 class CentreProcess
 {
 public:
@@ -33,19 +33,21 @@ public:
     std::string tokenFile() const { return (m_Folder.path / "token").string(); }
     const std::string& address() const { return m_Address; }
 
+    /// lumo-centre with a command, the data folder and more arguments; throws when it fails.
+    void administrate(const std::string& command, const std::vector<std::string>& arguments) const;
     void import(const std::filesystem::path& folder, const std::string& disk);
-    /// Starts to serve on a free port, with more arguments for the centre.
+    /// Starts to serve on free ports, with more arguments for the centre.
     void serve(const std::vector<std::string>& arguments = {});
     /// Ends it in good order; its exit code.
     int stop();
 
+    /// The command line of lumo with what it takes to log in.
+    std::vector<std::string> lumoCommand(const std::vector<std::string>& arguments) const;
     /// lumo with what it takes to log in.
     Outcome lumo(const std::vector<std::string>& arguments,
                  const std::vector<std::string>& environment = {}) const;
 
 private:
-    void mustRun(std::vector<std::string> command) const;
-
     TemporaryFolder m_Folder;
     std::string m_Address;
     std::unique_ptr<Process> m_Process;
@@ -53,6 +55,7 @@ private:
 
 /// Writes a file with its folders.
 void writeFile(const std::filesystem::path& path, const std::string& content);
+std::string readFile(const std::filesystem::path& path);
 
 } // namespace clitest
 

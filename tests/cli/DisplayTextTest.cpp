@@ -17,6 +17,20 @@ TEST(DisplayText, WidthCountsColumnsNotBytes)
     }
 }
 
+TEST(DisplayText, ClippedTextKeepsBothEndsAndFits)
+{
+    const struct
+    {
+        const char* text;
+        std::size_t columns;
+        const char* clipped;
+    } kCases[] = {{"abc", 3, "abc"}, {"abcdefg", 5, "ab…fg"},  {"abcdefg", 4, "a…fg"}, {"ab", 1, "…"},
+                  {"ab", 0, ""},     {"影像影像", 5, "影…像"}, {"影像影像", 4, "…像"}, {"影", 1, "…"}};
+    for (const auto& one : kCases) {
+        EXPECT_EQ(cli::clipped(one.text, one.columns), one.clipped) << one.text << one.columns;
+    }
+}
+
 TEST(DisplayText, WhatATerminalWouldActOnIsEscaped)
 {
     const struct

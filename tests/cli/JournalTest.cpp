@@ -28,6 +28,9 @@ TEST(Journal, ReasonIsReadFromTheLinesOfFailedCallsOnly)
         {entry("queryX Result Error"), Kind::ErrorResult, "queryX", ""},
         {entry("queryX Result NULL"), Kind::NullResult, "queryX", ""},
         {"time\n [INFO] queryX Error : cut off", Kind::CallFailed, "queryX", "cut off"},
+        {entry("bulkhaul::Download Failed : /a/b c"), Kind::FileFailed, "bulkhaul::Download", "/a/b c"},
+        {entry("Copy File Failed : /a/b!"), Kind::FileFailed, "Copy", "/a/b"},
+        {entry("bulkhaul::Upload Failed!"), Kind::None, "", ""},
         {entry("Enter Function : getDisk"), Kind::None, "", ""},
         {entry("CLumoDataMgr::initDataMgrByChannel Failed"), Kind::None, "", ""},
         {"", Kind::None, "", ""},
@@ -39,6 +42,12 @@ TEST(Journal, ReasonIsReadFromTheLinesOfFailedCallsOnly)
         EXPECT_EQ(reason.operation, one.operation) << one.entry;
         EXPECT_EQ(reason.text, one.text) << one.entry;
     }
+}
+
+TEST(Journal, ClientsIdentifierIsReadFromItsLine)
+{
+    EXPECT_EQ(cli::clientTransferOf(entry("Upload RPC TaskID : a-1, Inner TaskID : x{2}")), "a-1");
+    EXPECT_EQ(cli::clientTransferOf(entry("Enter Function : upload")), "");
 }
 
 } // namespace

@@ -10,7 +10,6 @@
 namespace {
 
 using clitest::CentreProcess;
-using clitest::Outcome;
 using clitest::writeFile;
 using nlohmann::json;
 using testing::HasSubstr;
@@ -176,11 +175,11 @@ TEST(Lumo, LongListIsShownWholeOrNotAtAll)
     const std::string login = "--centre " + centre.address() + " --token-file " + centre.tokenFile() +
                               " --user demo --company LUMO ";
     const std::string listing = std::string(LUMO_PROGRAM) + " " + login + "ls /many";
-    EXPECT_EQ(shown(clitest::run({"/bin/sh", "-c", listing + " | head -n 1"})), "IDENTIFIER  NAME\n");
+    EXPECT_EQ(shown(run({"/bin/sh", "-c", listing + " | head -n 1"})), "IDENTIFIER  NAME\n");
     // Some parents make their children ignore the signal of a closed pipe.
-    const Outcome ignoring = clitest::run({"/bin/sh", "-c", "trap '' PIPE; " + listing + " | true"});
+    const Outcome ignoring = run({"/bin/sh", "-c", "trap '' PIPE; " + listing + " | true"});
     EXPECT_THAT(ignoring.errors, IsEmpty());
-    const Outcome full = clitest::run({"/bin/sh", "-c", listing + " > /dev/full"});
+    const Outcome full = run({"/bin/sh", "-c", listing + " > /dev/full"});
     EXPECT_EQ(full.exitCode, 1);
     EXPECT_THAT(full.errors, HasSubstr("can't write the output"));
 }

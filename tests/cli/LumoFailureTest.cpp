@@ -10,7 +10,6 @@
 namespace {
 
 using clitest::CentreProcess;
-using clitest::Outcome;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
@@ -40,8 +39,8 @@ TEST(LumoWrongUse, SaysWhatWouldBeRight)
     clitest::writeFile(twoLines, "one\ntwo\n");
     clitest::writeFile(blank, "to ken\n");
     const Failure kCases[] = {
-        {{}, 2, "which command? the commands are disks, ls, tree and show"},
-        {{"lss"}, 2, "no command 'lss'; the commands are disks, ls, tree and show"},
+        {{}, 2, "which command? the commands are disks, ls, tree, show, get, put,"},
+        {{"lss"}, 2, "no command 'lss'; the commands are disks, ls, tree, show, get, put,"},
         {{"--colour", "ls"}, 2, "no option '--colour'"},
         {{"ls", "--long"}, 2, "no option '--long'"},
         {{"ls", "/a", "/b"}, 2, "'/b' is one argument too many"},
@@ -49,6 +48,16 @@ TEST(LumoWrongUse, SaysWhatWouldBeRight)
         {{"ls", "earth"}, 2, "write a path such as /disk/folder/file"},
         {{"ls", "a\nb"}, 2, "'a\\nb' is no place"},
         {{"tree", "/", "--depth", "-1"}, 2, "'-1' is no whole number"},
+        {{"get", "/"}, 2, "'/' stands for all disks"},
+        {{"get", "/a", "/nowhere"}, 2, "there is no local folder '/nowhere'"},
+        {{"get", "/a", "--keep", "--overwrite"}, 2, "excludes"},
+        {{"put", "/a"}, 2, "lumo put PATH... PLACE"},
+        {{"put", "/nowhere", "/a"}, 2, "'/nowhere' can't be sent: No such file"},
+        {{"put", "/dev/null", "/a"}, 2, "neither a file nor a folder"},
+        {{"put", twoLines, "/"}, 2, "can't be put beside the disks"},
+        {{"put", twoLines, twoLines, "/a"}, 2, "two of the paths are named 'two'"},
+        {{"versions"}, 2, "either --program NO or --module NO"},
+        {{"areas", "-1"}, 2, "no whole number"},
         {{"disks", "--timeout", "soon"}, 2, "as in 500ms, 10s or 2m"},
         {{"disks", "--code-page", "big5"}, 2, "{utf8,gbk}"},
         {{"disks", "--centre", ""}, 2, "--centre HOST:PORT, set LUMO_CENTRE"},
@@ -74,8 +83,8 @@ TEST(LumoWrongUse, SaysWhatWouldBeRight)
     for (const Failure& one : kCases) {
         std::vector<std::string> command{LUMO_PROGRAM};
         command.insert(command.end(), one.arguments.begin(), one.arguments.end());
-        expectFailure(clitest::run(command, {"XDG_CONFIG_HOME=/nowhere", "LUMO_CENTRE=127.0.0.1:1",
-                                             "LUMO_USER=demo", "LUMO_COMPANY=LUMO", "LUMO_TOKEN_FILE="}),
+        expectFailure(run(command, {"XDG_CONFIG_HOME=/nowhere", "LUMO_CENTRE=127.0.0.1:1", "LUMO_USER=demo",
+                                    "LUMO_COMPANY=LUMO", "LUMO_TOKEN_FILE="}),
                       one);
     }
 }
@@ -86,7 +95,10 @@ TEST(LumoFailure, EachHasItsOwnMessageAndExitCode)
     const std::string wrongToken = centre.folder() / "wrong";
     clitest::writeFile(wrongToken, "not-the-token\n");
     clitest::writeFile(centre.folder() / "tree" / "a" / "f", "x");
+    clitest::writeFile(centre.folder() / "in-the-way" / "earth", "x");
     centre.import(centre.folder() / "tree", "earth");
+    centre.administrate("add-version",
+                        {"--program", "P", "--version", "1", "--path", wrongToken, "--box", "B1"});
     centre.serve();
     const Failure kCases[] = {
         {{"disks", "--centre", "127.0.0.1:1"}, 3, "can't reach the centre: 127.0.0.1:1"},
@@ -104,6 +116,15 @@ TEST(LumoFailure, EachHasItsOwnMessageAndExitCode)
         {{"ls", "folder:99"}, 7, "no folder 99"},
         {{"show", "file:99"}, 7, "no file 99"},
         {{"show", "/"}, 2, "'lumo disks' lists the disks"},
+        {{"get", "/earth/b"}, 7, "no '/earth/b'"},
+        {{"get", "/earth/a", "folder:2", "--to", "."}, 2, "two of the places would become 'a'"},
+        {{"get", "/earth", centre.folder() / "in-the-way"}, 2, "is a folder, but '"},
+        {{"get", "/earth", "/proc/nowhere/x"}, 2, "no local folder"},
+        {{"put", wrongToken, "/earth/a/f"}, 7, "'/earth/a/f' is a file, not a folder"},
+        {{"versions", "--program", "P", "9"}, 7, "knows no program P 9"},
+        {{"versions", "--module", "P"}, 7, "knows no version of module P"},
+        {{"get-program", "P", "1", "--box", "B9"}, 7, "no storage box 'B9'; it has B1"},
+        {{"areas", "9"}, 7, "no area 9"},
     };
     for (const Failure& one : kCases) {
         expectFailure(centre.lumo(one.arguments), one);
@@ -152,9 +173,9 @@ TEST(LumoFailure, PeerThatAcceptsAndSaysNothingEndsWithTheTimeLimit)
     ASSERT_EQ(listen(listener, 1), 0);
     ASSERT_EQ(getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size), 0);
     const std::string centre = "127.0.0.1:" + std::to_string(ntohs(address.sin_port));
-    expectFailure(clitest::run({LUMO_PROGRAM, "--centre", centre, "--timeout", "300ms", "--user", "demo",
-                                "--company", "LUMO", "disks"},
-                               {"XDG_CONFIG_HOME=/nowhere"}),
+    expectFailure(run({LUMO_PROGRAM, "--centre", centre, "--timeout", "300ms", "--user", "demo", "--company",
+                       "LUMO", "disks"},
+                      {"XDG_CONFIG_HOME=/nowhere"}),
                   {{centre}, 3, "can't reach the centre"});
     close(listener);
 }
