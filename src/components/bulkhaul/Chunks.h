@@ -13,6 +13,9 @@ namespace bulkhaul {
 /// A file is moved and verified in chunks of this size, in bytes; the last one is shorter.
 constexpr std::size_t kChunkSize = 1024 * 1024;
 
+/// What the other side may declare at most, in bytes: it costs memory to keep the digests of the chunks.
+constexpr std::uint64_t kLargestFile = std::uint64_t(1) << 44;
+
 inline std::uint64_t chunkCount(std::uint64_t fileSize)
 {
     return (fileSize + kChunkSize - 1) / kChunkSize;

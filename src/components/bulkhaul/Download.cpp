@@ -2,6 +2,7 @@
 #include "components/bulkhaul/IncomingFile.h"
 #include "components/bulkhaul/Parallel.h"
 #include "components/bulkhaul/Transfer.h"
+#include "components/bulkhaul/TreeWalk.h"
 
 namespace bulkhaul {
 
@@ -67,10 +68,13 @@ private:
     void moveLargeFile(const Folder& folder, const std::string& name, const std::string& path,
                        std::uint64_t size, const std::string& version)
     {
+        if (size > kLargestFile)
+            throw TransferFailure(kNotUnderstood, path + ": no file can be that large");
         IncomingFile file(folder.below(std::vector<std::string>()), name, size);
-        const std::vector<std::uint64_t> missing = missingChunks(file, path, size, version);
-        inParallel(m_Transfer.chunksInFlight, missing.size(), [&](std::uint64_t i) {
-            const std::uint64_t chunk = missing[i];
+        const std::vector<bool> missing = missingChunks(file, path, size, version);
+        inParallel(m_Transfer.chunksInFlight, missing.size(), [&](std::uint64_t chunk) {
+            if (!missing[chunk])
+                return;
             haulbox::ReadRsp response;
             m_Box.askForSure(&BoxServices_Stub::read, readRequest(path, chunk, version), response);
             const Digest digest = requireChunk(response, size, chunk, path);
@@ -91,8 +95,8 @@ private:
     }
 
     /// The chunks that an earlier attempt or the old target does not have.
-    std::vector<std::uint64_t> missingChunks(IncomingFile& file, const std::string& path, std::uint64_t size,
-                                             const std::string& version)
+    std::vector<bool> missingChunks(IncomingFile& file, const std::string& path, std::uint64_t size,
+                                    const std::string& version)
     {
         Comparison comparison;
         comparison.chunks = chunkCount(file.foundSize());
@@ -107,10 +111,9 @@ private:
             file.keep(chunk, digest);
             m_Transfer.progress.add(chunkLength(size, chunk));
         };
-        std::vector<std::uint64_t> missing =
-            differingChunks(comparison, chunkCount(size), m_Transfer.chunksInFlight);
-        if (file.found() == IncomingFile::Found::Target && !missing.empty())
-            return allChunks(chunkCount(size));
+        std::vector<bool> missing = differingChunks(comparison, chunkCount(size), m_Transfer.chunksInFlight);
+        if (file.found() == IncomingFile::Found::Target && isAny(missing))
+            missing.assign(missing.size(), true);
         return missing;
     }
 
@@ -148,6 +151,13 @@ private:
         if (!after.empty())
             request.set_after(after);
         m_Box.askForSure(&BoxServices_Stub::list, request, page);
+        std::string last = after;
+        for (const haulbox::Entry& entry : page.entries()) {
+            // Anything else might never end.
+            if (!last.empty() && !comesBefore(last, entry.below()))
+                throw TransferFailure(kNotUnderstood, "the box lists out of order");
+            last = entry.below();
+        }
         if (page.more() && page.entries().empty())
             throw TransferFailure(kNotUnderstood, "the box tells of more entries but sends none");
     }

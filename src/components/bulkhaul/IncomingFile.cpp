@@ -158,7 +158,7 @@ bool isPartialName(const std::string& name)
 IncomingFile::IncomingFile(Folder folder, const std::string& name, std::uint64_t size)
     : m_Folder(std::move(folder)), m_Name(name), m_Size(size)
 {
-    if (size > static_cast<std::uint64_t>(INT64_MAX))
+    if (size > kLargestFile)
         throw FileFailure(haulbox::NO_SPACE, name + ": no file can be that large");
     struct stat target;
     const bool exists = findFile(m_Folder, name, target);

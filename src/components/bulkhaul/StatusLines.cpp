@@ -27,10 +27,10 @@ bool StatusLines::start(const std::string& firstLine, StatusFunction status)
         return false;
     const std::lock_guard<std::mutex> lifecycle(m_LifecycleMutex);
     const std::lock_guard<std::mutex> lock(m_Mutex);
-    if (!m_Thread.joinable()) {
-        m_Ending = false;
+    if (!m_Running) {
         try {
             m_Thread = std::thread([this] { deliver(); });
+            m_Running = true;
         } catch (const std::system_error&) {
             return false;
         }
@@ -46,12 +46,12 @@ void StatusLines::end(const std::string& lastLine)
     if (onStatusThread)
         return;
     const std::lock_guard<std::mutex> lifecycle(m_LifecycleMutex);
-    if (!m_Thread.joinable())
-        return;
     {
         const std::lock_guard<std::mutex> lock(m_Mutex);
+        if (!m_Running)
+            return;
         m_Lines.emplace_back(kInformation, lastLine);
-        m_Ending = true;
+        m_Running = false;
         m_Wake.notify_one();
     }
     m_Thread.join();
@@ -61,7 +61,7 @@ void StatusLines::end(const std::string& lastLine)
 void StatusLines::write(int level, const std::string& line)
 {
     const std::lock_guard<std::mutex> lock(m_Mutex);
-    if (!m_Thread.joinable() || m_Ending)
+    if (!m_Running)
         return;
     m_Lines.emplace_back(level, line);
     m_Wake.notify_one();
@@ -73,7 +73,7 @@ void StatusLines::deliver()
     onStatusThread = true;
     std::unique_lock<std::mutex> lock(m_Mutex);
     for (;;) {
-        m_Wake.wait(lock, [this] { return m_Ending || !m_Lines.empty(); });
+        m_Wake.wait(lock, [this] { return !m_Running || !m_Lines.empty(); });
         if (m_Lines.empty())
             return;
         const auto line = std::move(m_Lines.front());

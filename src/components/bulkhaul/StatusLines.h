@@ -31,13 +31,13 @@ public:
 private:
     void deliver();
 
-    std::mutex m_LifecycleMutex; ///< one start or end at a time
-    std::mutex m_Mutex;          ///< guards what follows
+    std::mutex m_LifecycleMutex; ///< one start or end at a time; guards the thread
+    std::thread m_Thread;
+    std::mutex m_Mutex; ///< guards what follows
     std::condition_variable m_Wake;
     std::deque<std::pair<int, std::string>> m_Lines;
     StatusFunction m_Status;
-    bool m_Ending = false;
-    std::thread m_Thread;
+    bool m_Running = false;
 };
 
 } // namespace bulkhaul

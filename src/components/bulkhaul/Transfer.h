@@ -5,6 +5,7 @@
 #include "components/bulkhaul/Folder.h"
 #include "components/bulkhaul/Progress.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -46,10 +47,13 @@ struct Comparison
     std::function<void(std::uint64_t chunk, const Digest& digest)> same; ///< told of each that is equal
 };
 
-/// The chunks that differ, and those from `comparison.chunks` on below `all`, in order.
-std::vector<std::uint64_t> differingChunks(const Comparison& comparison, std::uint64_t all, int threads);
+/// Of `all` chunks those that have to move: those that differ, and those from `comparison.chunks` on.
+std::vector<bool> differingChunks(const Comparison& comparison, std::uint64_t all, int threads);
 
-std::vector<std::uint64_t> allChunks(std::uint64_t count);
+inline bool isAny(const std::vector<bool>& chunks)
+{
+    return std::find(chunks.begin(), chunks.end(), true) != chunks.end();
+}
 
 } // namespace bulkhaul
 

@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <cerrno>
 
 namespace bulkhaul {
@@ -76,6 +77,14 @@ private:
 };
 
 } // namespace
+
+bool comesBefore(const std::string& first, const std::string& second)
+{
+    // By components: a "/" comes before any character of a name.
+    return std::lexicographical_compare(
+        first.begin(), first.end(), second.begin(), second.end(),
+        [](unsigned char a, unsigned char b) { return (a == '/' ? 0 : a) < (b == '/' ? 0 : b); });
+}
 
 bool walkTree(const Folder& root, Strange strange, const std::string& after,
               const std::function<bool(const TreeItem&)>& visit)

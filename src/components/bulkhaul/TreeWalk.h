@@ -18,6 +18,9 @@ struct TreeItem
     std::string version; ///< of a file, as SourceFile gives it
 };
 
+/// Whether `first` is visited before `second`.
+bool comesBefore(const std::string& first, const std::string& second);
+
 /// What is made of links, special files and names that are not UTF-8.
 enum class Strange
 {

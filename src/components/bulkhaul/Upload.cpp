@@ -92,9 +92,10 @@ private:
         BoxClient::require(begun);
 
         std::vector<Digest> digests(chunkCount(source.size()));
-        const std::vector<std::uint64_t> missing = missingChunks(source, begun, digests);
-        inParallel(m_Transfer.chunksInFlight, missing.size(), [&](std::uint64_t i) {
-            const std::uint64_t chunk = missing[i];
+        const std::vector<bool> missing = missingChunks(source, begun, digests);
+        inParallel(m_Transfer.chunksInFlight, missing.size(), [&](std::uint64_t chunk) {
+            if (!missing[chunk])
+                return;
             haulbox::WriteReq request;
             request.set_upload(begun.upload());
             request.set_offset(chunk * kChunkSize);
@@ -114,8 +115,8 @@ private:
     }
 
     /// The chunks that the box does not have from an earlier attempt, or as the old target.
-    std::vector<std::uint64_t> missingChunks(const SourceFile& source, const haulbox::BeginRsp& begun,
-                                             std::vector<Digest>& digests)
+    std::vector<bool> missingChunks(const SourceFile& source, const haulbox::BeginRsp& begun,
+                                    std::vector<Digest>& digests)
     {
         if (begun.found_size() > source.size())
             throw TransferFailure(kNotUnderstood, "the box found more than the file holds");
@@ -137,10 +138,9 @@ private:
         comparison.same = [&](std::uint64_t chunk, const Digest&) {
             m_Transfer.progress.add(chunkLength(source.size(), chunk));
         };
-        const std::uint64_t all = digests.size();
-        std::vector<std::uint64_t> missing = differingChunks(comparison, all, m_Transfer.chunksInFlight);
-        if (begun.found_whole() && !missing.empty())
-            return allChunks(all);
+        std::vector<bool> missing = differingChunks(comparison, digests.size(), m_Transfer.chunksInFlight);
+        if (begun.found_whole() && isAny(missing))
+            missing.assign(missing.size(), true);
         return missing;
     }
 

@@ -16,6 +16,7 @@
 #include <grpcpp/security/credentials.h>
 #include <grpcpp/support/channel_arguments.h>
 #include <grpcpp/support/client_callback.h>
+#include <openssl/ssl.h>
 
 #include <algorithm>
 #include <atomic>
@@ -187,6 +188,13 @@ grpc::ChannelArguments channelArguments()
     return arguments;
 }
 
+/// OpenSSL would clean up when `main` returns, while calls of other threads may still encrypt.
+void keepOpenSslToTheEnd()
+{
+    static std::once_flag once;
+    std::call_once(once, [] { OPENSSL_init_ssl(OPENSSL_INIT_NO_ATEXIT, nullptr); });
+}
+
 /// gRPC ends the process on a header value that HTTP/2 does not allow.
 bool isHeaderText(const std::string& text)
 {
@@ -215,6 +223,7 @@ boost::shared_ptr<RpcChannel> openChannel(const ChannelOptions& options, std::st
     }
     std::shared_ptr<grpc::ChannelCredentials> credentials = grpc::InsecureChannelCredentials();
     if (options.tls) {
+        keepOpenSslToTheEnd();
         grpc::SslCredentialsOptions tls;
         if (!options.rootCertificate.empty() &&
             !readPemFile(options.rootCertificate, tls.pem_root_certs, error))
