@@ -79,6 +79,7 @@ public:
         if (failed) {
             event["code"] = transfer.code;
             event["message"] = transfer.failure;
+            complain(namesOf(transfer) + ": " + transfer.failure);
         } else {
             event["bytes"] = transfer.bytes ? Json(*transfer.bytes) : Json(nullptr);
         }

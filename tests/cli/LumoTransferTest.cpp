@@ -92,12 +92,12 @@ TEST_F(LumoTransfer, TreeComesBackAsItWasSent)
     const std::string sent = done({"put", tree.string() + "/", single, "/地球"});
     EXPECT_THAT(sent, HasSubstr(tree.string() + " -> /地球/影像: done, 24.0 MiB in "));
     EXPECT_THAT(sent, HasSubstr(single.string() + " -> /地球/notes: done, 1 B in "));
-    EXPECT_THAT(done({"tree", "/地球"}), HasSubstr("│   └── 深/\n│       ├── 空/\n"));
+    EXPECT_THAT(done({"tree", "/地球"}), HasSubstr("│   ├── 深/\n│   │   ├── 空/\n"));
 
     // Neither the locale nor the code page of records may touch a name.
     for (const char* setting : {"LUMO_CODE_PAGE=utf8", "LUMO_CODE_PAGE=gbk"}) {
         const fs::path folder = here / setting;
-        EXPECT_THAT(done({"get", "/地球/影像", "/地球/notes", folder}, {setting, "LC_ALL=C"}),
+        EXPECT_THAT(done({"get", "/地球/影像", "/地球/notes", "--to", folder}, {setting, "LC_ALL=C"}),
                     HasSubstr("/地球/影像 -> " + (folder / "影像").string() + ": done, 24.0 MiB in "));
         EXPECT_EQ(contentOf(folder / "影像"), contentOf(tree));
         EXPECT_EQ(readFile(folder / "notes"), "x");
@@ -178,9 +178,9 @@ TEST_F(LumoTransfer, WhatDoesNotArriveIsToldAndTheRestArrives)
         int code;
         const char* message;
     } kCases[] = {
-        {"write=refuse", {"put", big, "/地球"}, 201, "the connection broke"},
-        {"store=refuse", {"put", centre.tokenFile(), "/地球"}, 201, "the connection broke"},
-        {"getKestaInfo=result:-1", {"get", "/地球/readme", here}, 0, "knows no storage box 'B1'"},
+        {"write=refuse", {"put", big, "/地球"}, 213, "(the box failed: refused by"},
+        {"store=refuse", {"put", centre.tokenFile(), "/地球"}, 213, "(the box failed: refused by"},
+        {"getKestaInfo=refuse", {"get", "/地球/readme", here}, 0, "failed the request: getKestaInfo: "},
         {"queryFileTableBySrcId=refuse", {"get", "/地球", here}, 10, "(queryFileTableBySrcId: "},
     };
     for (const auto& one : kCases) {
