@@ -43,7 +43,8 @@ public:
     virtual std::optional<Place> admit(const std::string& token, const haulbox::Carried& carried,
                                        const std::string& path, Use use, std::string& reason) = 0;
 
-    /// Registers what is not yet registered, with the folders above it, in one transaction.
+    /// Registers what is not yet registered, with the folders above it, in one transaction. Throws
+    /// bulkhaul::FileFailure(haulbox::NO_SPACE) when the catalogue's disk is full.
     virtual void record(const std::vector<Entry>& entries) = 0;
 };
 

@@ -5,7 +5,7 @@
 #include "components/bulkhaul/TreeWalk.h"
 #include "components/wirecall/RpcServer.h"
 
-#include <algorithm>
+#include <climits>
 #include <iostream>
 
 namespace centre {
@@ -18,6 +18,7 @@ using haulbox::Status;
 constexpr int kEntriesInPage = 20000;
 constexpr std::uint32_t kLargestQuestion = 256;
 constexpr int kLargestBatch = 1000;
+constexpr std::size_t kLargestFetch = 8 * kChunkSize;
 
 /// Thrown by a fault switch that breaks a call off.
 struct Broken
@@ -54,10 +55,23 @@ std::string tokenOf(google::protobuf::RpcController* call)
 
 std::string joined(const std::string& path, const std::string& below)
 {
-    return below.empty() ? path : path + "/" + below;
+    if (path.empty() || below.empty())
+        return path + below;
+    return path.back() == '/' ? path + below : path + "/" + below;
 }
 
-/// The folder that holds a place, and the place's name in it.
+/// The path of something below `path` that is going to be written.
+std::string targetPath(const std::string& path, const std::string& below)
+{
+    splitBelow(below); // throws for an unsafe one
+    std::string target = joined(path, below);
+    if (target.size() >= PATH_MAX)
+        throw FileFailure(haulbox::UNSAFE_NAME, "a path of " + std::to_string(target.size()) + " bytes");
+    return target;
+}
+
+/// A folder from which a place is reached, and its name in there; the root of a disk is reached from itself,
+/// by an empty name.
 struct Located
 {
     Folder folder;
@@ -67,10 +81,8 @@ struct Located
 Located locate(const BoxCatalogue::Place& place, Folder::Missing missing = Folder::Missing::Fail)
 {
     std::vector<std::string> components = splitBelow(place.below);
-    if (components.empty()) {
-        auto [parent, name] = splitPath(place.root);
-        return {Folder::open(parent), name};
-    }
+    if (components.empty())
+        return {Folder::open(place.root), std::string()};
     std::string name = std::move(components.back());
     components.pop_back();
     return {Folder::open(place.root).below(components, missing), std::move(name)};
@@ -80,6 +92,12 @@ Located locate(const BoxCatalogue::Place& place, Folder::Missing missing = Folde
 Folder openFolder(const BoxCatalogue::Place& place)
 {
     return Folder::open(place.root).below(splitBelow(place.below));
+}
+
+void requireName(const std::string& name)
+{
+    if (name.empty())
+        throw FileFailure(haulbox::WRONG_KIND, "the root of a disk can't be a file");
 }
 
 std::uint64_t chunkAt(std::uint64_t offset, std::uint64_t size)
@@ -166,7 +184,8 @@ void BoxService::read(Controller* call, const haulbox::ReadReq* request, haulbox
         const Located located =
             locate(admit(call, request->carried(), request->path(), BoxCatalogue::Use::Read));
         struct stat status;
-        if (!request->has_version() && located.folder.find(located.name, status) && S_ISDIR(status.st_mode))
+        if (located.name.empty() ||
+            (!request->has_version() && located.folder.find(located.name, status) && S_ISDIR(status.st_mode)))
             response->set_folder(true);
         else
             readFile(located.folder, located.name, *request, *response);
@@ -186,7 +205,7 @@ void BoxService::readFile(const Folder& folder, const std::string& name, const h
     const Digest digest = digestOf(response.data());
     response.set_digest(toBytes(digest));
     if (file.size() > kChunkSize)
-        m_Digests.add(cacheKey(folder, file.version()), chunkCount(file.size()), chunk, digest);
+        m_Digests.add(cacheKey(folder, file.version()), chunk, digest);
     send("read", *response.mutable_data());
 }
 
@@ -222,12 +241,16 @@ void BoxService::fetch(Controller* call, const haulbox::FetchReq* request, haulb
         FolderCache folders(root, Folder::Missing::Fail);
         if (request->entries_size() > kLargestBatch)
             throw FileFailure(haulbox::FAILED, "too many files at once");
+        std::size_t bytes = 0;
         for (const haulbox::Entry& entry : request->entries()) {
             std::string name;
             const SourceFile file(folders.parentOf(entry.below(), name), name);
             requireVersion(file, entry.version(), entry.below());
             if (file.size() > kChunkSize)
                 throw FileFailure(haulbox::FAILED, entry.below() + ": larger than a chunk");
+            bytes += file.size();
+            if (bytes > kLargestFetch)
+                throw FileFailure(haulbox::FAILED, "too many bytes at once");
             std::string data;
             file.read(0, data);
             const std::string digest = toBytes(digestOf(data));
@@ -247,7 +270,7 @@ void BoxService::digests(Controller* call, const haulbox::DigestsReq* request, h
         if (!request->has_upload()) {
             const Located located =
                 locate(admit(call, request->carried(), request->path(), BoxCatalogue::Use::Read));
-            return fileDigests(located.folder, located.name, *request, *response);
+            return fileDigests(*call, located.folder, located.name, *request, *response);
         }
         m_Uploads.use(request->upload(), tokenOf(call), [&](Upload& upload) {
             requireQuestion(*request, upload.file->foundSize());
@@ -261,7 +284,7 @@ void BoxService::digests(Controller* call, const haulbox::DigestsReq* request, h
     });
 }
 
-void BoxService::fileDigests(const Folder& folder, const std::string& name,
+void BoxService::fileDigests(const Controller& call, const Folder& folder, const std::string& name,
                              const haulbox::DigestsReq& request, haulbox::DigestsRsp& response)
 {
     const SourceFile file(folder, name);
@@ -275,12 +298,12 @@ void BoxService::fileDigests(const Folder& folder, const std::string& name,
         std::string data;
         file.read(chunk, data);
         const Digest computed = digestOf(data);
-        m_Digests.add(key, chunks, chunk, computed);
+        m_Digests.add(key, chunk, computed);
         return computed;
     };
     if (request.whole()) {
         std::vector<Digest> all;
-        for (std::uint64_t chunk = 0; chunk < chunks; ++chunk)
+        for (std::uint64_t chunk = 0; chunk < chunks && !call.IsCanceled(); ++chunk)
             all.push_back(digest(chunk));
         response.set_digests(toBytes(digestOf(all)));
         return;
@@ -295,14 +318,10 @@ void BoxService::begin(Controller* call, const haulbox::BeginReq* request, haulb
                        Closure* done)
 {
     answer(call, *response, done, [&] {
-        BoxCatalogue::Place place =
-            admit(call, request->carried(), request->path(), BoxCatalogue::Use::Write);
-        splitBelow(request->below()); // throws for an unsafe one
-        place.below = place.below.empty() ? request->below() : joined(place.below, request->below());
-        if (place.below.empty())
-            throw FileFailure(haulbox::WRONG_KIND, "the root of a disk can't be a file");
-        const std::string path = joined(request->path(), request->below());
-        Located located = locate(place, Folder::Missing::Make);
+        const std::string path = targetPath(request->path(), request->below());
+        Located located = locate(admit(call, request->carried(), path, BoxCatalogue::Use::Write),
+                                 Folder::Missing::MakeFlushed);
+        requireName(located.name);
         struct stat status;
         if (request->keep_existing() && located.folder.find(located.name, status) &&
             S_ISREG(status.st_mode)) {
@@ -340,7 +359,7 @@ void BoxService::finish(Controller* call, const haulbox::FinishReq* request, hau
                         Closure* done)
 {
     answer(call, *response, done, [&] {
-        m_Uploads.use(request->upload(), tokenOf(call), [&](Upload& upload) {
+        m_Uploads.finish(request->upload(), tokenOf(call), [&](Upload& upload) {
             if (!isDigest(request->digest(), upload.file->wholeDigest()))
                 throw FileFailure(haulbox::CORRUPTED,
                                   upload.path + ": as a whole, what arrived is not what was sent");
@@ -348,7 +367,6 @@ void BoxService::finish(Controller* call, const haulbox::FinishReq* request, hau
             upload.file->folder().flush();
             m_Catalogue.record({{upload.path, false}});
         });
-        m_Uploads.end(request->upload());
     });
 }
 
@@ -360,7 +378,10 @@ void BoxService::store(Controller* call, const haulbox::StoreReq* request, haulb
             throw FileFailure(haulbox::FAILED, "too many files at once");
         const BoxCatalogue::Place place =
             admit(call, request->carried(), request->path(), BoxCatalogue::Use::Write);
-        const Located located = locate(place, Folder::Missing::Make);
+        for (const haulbox::Item& item : request->items())
+            if (const std::string path = targetPath(request->path(), item.below()); path != request->path())
+                admit(call, request->carried(), path, BoxCatalogue::Use::Write);
+        const Located located = locate(place, Folder::Missing::MakeFlushed);
         storeItems(located.folder, located.name, *request, *response);
     });
 }
@@ -368,17 +389,19 @@ void BoxService::store(Controller* call, const haulbox::StoreReq* request, haulb
 void BoxService::storeItems(const Folder& target, const std::string& targetName,
                             const haulbox::StoreReq& request, haulbox::StoreRsp& response)
 {
-    IncomingSmallFiles files(target);
+    IncomingSmallFiles files(target, IncomingSmallFiles::Names::Flushed);
     std::vector<BoxCatalogue::Entry> entries;
     for (int i = 0; i < request.items_size(); ++i) {
         const haulbox::Item& item = request.items(i);
-        splitBelow(item.below()); // throws for an unsafe one
         const std::string below = joined(targetName, item.below());
+        const std::string path = joined(request.path(), item.below());
         struct stat status;
         if (i == 0 && item.below().empty())
-            response.set_existed(target.find(targetName, status));
+            response.set_existed(targetName.empty() || target.find(targetName, status));
+        if (!item.folder())
+            requireName(below);
         if (item.folder()) {
-            target.below(splitBelow(below), Folder::Missing::Make);
+            target.below(splitBelow(below), Folder::Missing::MakeFlushed);
         } else if (request.keep_existing() && files.exists(below)) {
             // Done.
         } else if (item.has_data()) {
@@ -387,15 +410,16 @@ void BoxService::storeItems(const Folder& target, const std::string& targetName,
             requireDigest(data, item.digest(), below);
             if (data.size() > kChunkSize)
                 throw FileFailure(haulbox::FAILED, below + ": larger than a chunk");
+            m_Uploads.giveUp(path);
             files.add(below, data);
         } else if (const auto digest = files.existingDigest(below, item.size());
                    !digest || !isDigest(item.digest(), *digest)) {
             response.add_wanted(static_cast<std::uint32_t>(i));
             continue;
         }
-        entries.push_back({joined(request.path(), item.below()), item.folder()});
+        entries.push_back({path, item.folder()});
     }
-    files.finish(IncomingSmallFiles::Names::Flushed);
+    files.finish();
     m_Catalogue.record(entries);
 }
 

@@ -42,7 +42,7 @@ private:
                               BoxCatalogue::Use use);
     void readFile(const bulkhaul::Folder& folder, const std::string& name, const haulbox::ReadReq& request,
                   haulbox::ReadRsp& response);
-    void fileDigests(const bulkhaul::Folder& folder, const std::string& name,
+    void fileDigests(const Controller& call, const bulkhaul::Folder& folder, const std::string& name,
                      const haulbox::DigestsReq& request, haulbox::DigestsRsp& response);
     void storeItems(const bulkhaul::Folder& target, const std::string& targetName,
                     const haulbox::StoreReq& request, haulbox::StoreRsp& response);

@@ -4,24 +4,26 @@ namespace centre {
 
 namespace {
 
-constexpr std::size_t kFiles = 64;
+constexpr std::uint64_t kMostChunks = 1024 * 1024; // of 1 TiB: some 20 MB
 
 } // namespace
 
-void DigestCache::add(const std::string& key, std::uint64_t chunks, std::uint64_t chunk,
-                      const bulkhaul::Digest& digest)
+void DigestCache::add(const std::string& key, std::uint64_t chunk, const bulkhaul::Digest& digest)
 {
     const std::lock_guard<std::mutex> lock(m_Mutex);
     auto found = m_ByKey.find(key);
     if (found == m_ByKey.end()) {
         m_Files.push_front({key, {}});
-        m_Files.front().chunks.resize(chunks);
         found = m_ByKey.emplace(key, m_Files.begin()).first;
     } else {
         m_Files.splice(m_Files.begin(), m_Files, found->second);
     }
-    found->second->chunks.at(chunk) = digest;
-    if (m_Files.size() > kFiles) {
+    bulkhaul::ChunkDigests& chunks = found->second->chunks;
+    m_Chunks -= chunks.known();
+    chunks.set(chunk, digest);
+    m_Chunks += chunks.known();
+    while (m_Chunks > kMostChunks && m_Files.size() > 1) {
+        m_Chunks -= m_Files.back().chunks.known();
         m_ByKey.erase(m_Files.back().key);
         m_Files.pop_back();
     }
@@ -31,7 +33,7 @@ std::optional<bulkhaul::Digest> DigestCache::find(const std::string& key, std::u
 {
     const std::lock_guard<std::mutex> lock(m_Mutex);
     const auto found = m_ByKey.find(key);
-    return found == m_ByKey.end() ? std::nullopt : found->second->chunks.at(chunk);
+    return found == m_ByKey.end() ? std::nullopt : found->second->chunks.find(chunk);
 }
 
 } // namespace centre

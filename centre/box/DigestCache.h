@@ -18,20 +18,20 @@ namespace centre {
 class DigestCache
 {
 public:
-    void add(const std::string& key, std::uint64_t chunks, std::uint64_t chunk,
-             const bulkhaul::Digest& digest);
+    void add(const std::string& key, std::uint64_t chunk, const bulkhaul::Digest& digest);
     std::optional<bulkhaul::Digest> find(const std::string& key, std::uint64_t chunk);
 
 private:
     struct File
     {
         std::string key;
-        std::vector<std::optional<bulkhaul::Digest>> chunks;
+        bulkhaul::ChunkDigests chunks;
     };
 
     std::mutex m_Mutex;
     std::list<File> m_Files; ///< the one used last first
     std::unordered_map<std::string, std::list<File>::iterator> m_ByKey;
+    std::uint64_t m_Chunks = 0; ///< of all files
 };
 
 } // namespace centre

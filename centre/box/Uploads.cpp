@@ -8,11 +8,25 @@ namespace centre {
 namespace {
 
 constexpr std::chrono::minutes kLongestPause(10);
+constexpr int kUploadsOfUser = 64;
 
-void giveUp(Upload& upload)
+/// Waits for those who use it.
+void abandon(Upload& upload)
 {
     const std::unique_lock<std::shared_mutex> alone(upload.inUse);
     upload.file.reset();
+}
+
+template <class ByName>
+void abandonAll(const ByName& uploads)
+{
+    for (const auto& [name, kept] : uploads)
+        abandon(*kept.upload);
+}
+
+[[noreturn]] void throwEnded()
+{
+    throw bulkhaul::FileFailure(haulbox::BUSY, "this upload has ended, or another has taken its place");
 }
 
 } // namespace
@@ -20,24 +34,39 @@ void giveUp(Upload& upload)
 std::string Uploads::begin(const std::string& token, const std::string& path, std::uint64_t size,
                            const std::function<std::unique_ptr<bulkhaul::IncomingFile>()>& open)
 {
-    for (const auto& [name, kept] : takeStale(path))
-        giveUp(*kept.upload);
+    giveUp(path);
     const auto upload = std::make_shared<Upload>();
     upload->token = token;
     upload->path = path;
     upload->size = size;
     upload->file = open();
     std::string name = newToken();
-    const std::lock_guard<std::mutex> lock(m_Mutex);
-    m_Uploads[name] = {upload, std::chrono::steady_clock::now()};
+    ByName taken;
+    {
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        taken = takeStale(path); // again: another may have begun meanwhile
+        takeSurplus(token, taken);
+        m_Uploads[name] = {upload, std::chrono::steady_clock::now()};
+    }
+    abandonAll(taken);
     return name;
 }
 
-std::map<std::string, Uploads::Kept> Uploads::takeStale(const std::string& path)
+void Uploads::giveUp(const std::string& path)
 {
-    std::map<std::string, Kept> stale;
+    ByName stale;
+    {
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        stale = takeStale(path);
+    }
+    abandonAll(stale);
+}
+
+/// Those with the same path, and those that have been idle for long.
+Uploads::ByName Uploads::takeStale(const std::string& path)
+{
+    ByName stale;
     const auto now = std::chrono::steady_clock::now();
-    const std::lock_guard<std::mutex> lock(m_Mutex);
     for (auto each = m_Uploads.begin(); each != m_Uploads.end();) {
         const auto next = std::next(each);
         if (each->second.upload->path == path || now - each->second.lastUse > kLongestPause)
@@ -47,34 +76,53 @@ std::map<std::string, Uploads::Kept> Uploads::takeStale(const std::string& path)
     return stale;
 }
 
-void Uploads::use(const std::string& name, const std::string& token, const std::function<void(Upload&)>& work)
+void Uploads::takeSurplus(const std::string& token, ByName& taken)
 {
-    std::shared_ptr<Upload> upload;
-    {
-        const std::lock_guard<std::mutex> lock(m_Mutex);
-        const auto found = m_Uploads.find(name);
-        if (found != m_Uploads.end() && found->second.upload->token == token) {
-            upload = found->second.upload;
-            found->second.lastUse = std::chrono::steady_clock::now();
-        }
+    auto oldest = m_Uploads.end();
+    int count = 0;
+    for (auto each = m_Uploads.begin(); each != m_Uploads.end(); ++each) {
+        if (each->second.upload->token != token)
+            continue;
+        ++count;
+        if (oldest == m_Uploads.end() || each->second.lastUse < oldest->second.lastUse)
+            oldest = each;
     }
-    if (upload) {
-        const std::shared_lock<std::shared_mutex> shared(upload->inUse);
-        if (upload->file)
-            return work(*upload);
-    }
-    throw bulkhaul::FileFailure(haulbox::BUSY, "this upload has ended, or another has taken its place");
+    if (count >= kUploadsOfUser)
+        taken.insert(m_Uploads.extract(oldest));
 }
 
-void Uploads::end(const std::string& name)
+std::shared_ptr<Upload> Uploads::find(const std::string& name, const std::string& token)
 {
-    std::map<std::string, Kept>::node_type ended;
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    const auto found = m_Uploads.find(name);
+    if (found == m_Uploads.end() || found->second.upload->token != token)
+        throwEnded();
+    found->second.lastUse = std::chrono::steady_clock::now();
+    return found->second.upload;
+}
+
+void Uploads::use(const std::string& name, const std::string& token, const std::function<void(Upload&)>& work)
+{
+    const std::shared_ptr<Upload> upload = find(name, token);
+    const std::shared_lock<std::shared_mutex> shared(upload->inUse);
+    if (!upload->file)
+        throwEnded();
+    work(*upload);
+}
+
+void Uploads::finish(const std::string& name, const std::string& token,
+                     const std::function<void(Upload&)>& work)
+{
+    const std::shared_ptr<Upload> upload = find(name, token);
     {
         const std::lock_guard<std::mutex> lock(m_Mutex);
-        ended = m_Uploads.extract(name);
+        m_Uploads.erase(name);
     }
-    if (ended)
-        giveUp(*ended.mapped().upload);
+    const std::unique_lock<std::shared_mutex> alone(upload->inUse);
+    if (!upload->file)
+        throwEnded();
+    work(*upload);
+    upload->file.reset();
 }
 
 } // namespace centre

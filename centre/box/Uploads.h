@@ -31,14 +31,18 @@ class Uploads
 public:
     /// A new upload to `path`, under a new name, in place of any other to that path. The partial file of one
     /// that nobody goes on with stays for the next.
+    /// A user has a limited number of them; the one idle for longest gives way.
     std::string begin(const std::string& token, const std::string& path, std::uint64_t size,
                       const std::function<std::unique_ptr<bulkhaul::IncomingFile>()>& open);
 
     /// Calls `work` with the upload, unless it is not that user's, has ended or another has taken its place.
     void use(const std::string& name, const std::string& token, const std::function<void(Upload&)>& work);
 
-    /// Forgets the upload, which has ended.
-    void end(const std::string& name);
+    /// The same for the last time: nobody else uses it meanwhile or afterwards.
+    void finish(const std::string& name, const std::string& token, const std::function<void(Upload&)>& work);
+
+    /// Gives up an upload to `path`, since something else is put there.
+    void giveUp(const std::string& path);
 
 private:
     struct Kept
@@ -47,11 +51,16 @@ private:
         std::chrono::steady_clock::time_point lastUse;
     };
 
-    /// Takes those out that have the same path or have been idle for long.
-    std::map<std::string, Kept> takeStale(const std::string& path);
+    typedef std::map<std::string, Kept> ByName;
+
+    /// Each takes uploads out; the caller holds the mutex.
+    ByName takeStale(const std::string& path);
+    void takeSurplus(const std::string& token, ByName& taken);
+
+    std::shared_ptr<Upload> find(const std::string& name, const std::string& token);
 
     std::mutex m_Mutex;
-    std::map<std::string, Kept> m_Uploads; ///< by name
+    ByName m_Uploads;
 };
 
 } // namespace centre

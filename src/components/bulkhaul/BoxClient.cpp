@@ -68,6 +68,8 @@ void BoxClient::fail(const wirecall::RpcController& controller)
         throw TransferFailure(kStalled, "nothing moved within the stall limit");
     case wirecall::Failure::Unauthenticated:
         throw TransferFailure(kRefused, text);
+    case wirecall::Failure::NotImplemented:
+        throw TransferFailure(kNotUnderstood, "the other side is no storage box: " + text);
     default:
         throw TransferFailure(kBoxFailed, "the box failed: " + text);
     }

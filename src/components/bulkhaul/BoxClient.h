@@ -47,6 +47,8 @@ public:
         (stub.*operation)(&controller, &request, &response, nullptr);
         if (controller.Failed())
             fail(controller);
+        if (!response.has_status()) // or one that this client does not know
+            throw TransferFailure(kNotUnderstood, "the box answers without a status");
     }
 
     /// The same, and throws TransferFailure for any status but DONE.

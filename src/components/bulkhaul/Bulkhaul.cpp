@@ -7,6 +7,7 @@
 #include <boost/uuid/random_generator.hpp>
 #include <boost/uuid/uuid_io.hpp>
 
+#include <algorithm>
 #include <atomic>
 
 namespace bulkhaul {
@@ -30,10 +31,24 @@ Client& client()
 
 typedef void (*Mover)(const Transfer& transfer, const std::string& boxPath, const std::string& localPath);
 
-Code failed(const std::string& what, Code code, const std::string& reason)
+constexpr std::size_t kLongestReason = 500;
+
+Code failed(const std::string& what, Code code, std::string reason)
 {
+    // It may come from the other side: no megabytes, and no lines of its own.
+    reason.resize(std::min(reason.size(), kLongestReason));
+    std::replace_if(
+        reason.begin(), reason.end(), [](unsigned char byte) { return byte < 0x20 || byte == 0x7F; }, ' ');
     client().lines.write(kError, what + " failed with " + std::to_string(code) + ", " + reason);
     return code;
+}
+
+/// A folder's path may end with "/".
+std::string withoutEndingSlashes(std::string path)
+{
+    while (path.size() > 1 && path.back() == '/')
+        path.pop_back();
+    return path;
 }
 
 /// Calls `work` and tells what it threw as a Code and a status line.
@@ -48,7 +63,7 @@ Code judged(const std::string& what, Work work)
     } catch (const FileFailure& failure) {
         return failed(what, codeOf(failure.status()), failure.what());
     } catch (const std::exception& exception) {
-        return failed(what, kNotWritable, exception.what());
+        return failed(what, kFailedHere, exception.what());
     }
 }
 
@@ -56,14 +71,16 @@ int move(const char* direction, Mover mover, const boost::shared_ptr<wirecall::R
          const std::string& boxPath, const std::string& localPath, bool keepExisting,
          ProgressFunction progressFunction, const google::protobuf::Message* message)
 {
-    const std::string transferID = to_string(boost::uuids::random_generator()());
-    const std::string what = std::string(direction) + " " + transferID + " of " + boxPath;
-    Code code = kDone;
-    const Code begun = judged(what, [&] {
+    Code code = kFailedHere;
+    const std::string place = std::string(direction) + " of " + boxPath;
+    const Code begun = judged(place, [&] {
+        const std::string transferID = to_string(boost::uuids::random_generator()());
         Progress progress(std::move(progressFunction), transferID);
         BoxClient box(*channel, message, client().stallLimit);
         const Transfer transfer{box, progress, client().chunksInFlight, client().filesInFlight, keepExisting};
-        code = judged(what, [&] { mover(transfer, boxPath, localPath); });
+        code = judged(place + " (" + transferID + ")", [&] {
+            mover(transfer, withoutEndingSlashes(boxPath), withoutEndingSlashes(localPath));
+        });
         progress.setResult(code);
     });
     return begun == kDone ? code : begun;

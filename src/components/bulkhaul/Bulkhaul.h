@@ -38,7 +38,8 @@ enum Code
     kWrongKind = 211,     ///< a folder where a file is needed or the reverse; a link or a special file
     kBusy = 212,          ///< another transfer writes to the target
     kBoxFailed = 213,     ///< the box failed for a reason of its own
-    kNotUnderstood = 214  ///< the other side does not follow the protocol
+    kNotUnderstood = 214, ///< the other side does not follow the protocol
+    kFailedHere = 215     ///< this machine failed for another reason: no memory, no threads
 };
 
 /// Receives the client's status lines, a level (0 information, 1 warning, 2 error) and a text, on a

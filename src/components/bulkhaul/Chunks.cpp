@@ -22,6 +22,42 @@ Digest digestOf(const std::vector<Digest>& chunks)
     return digestOf(chunks.data(), chunks.size() * sizeof(Digest));
 }
 
+void ChunkDigests::set(std::uint64_t chunk, const Digest& digest)
+{
+    std::vector<std::optional<Digest>>& block = m_Blocks[chunk / kBlock];
+    block.resize(kBlock);
+    std::optional<Digest>& known = block[chunk % kBlock];
+    m_Known += known ? 0 : 1;
+    known = digest;
+}
+
+std::optional<Digest> ChunkDigests::find(std::uint64_t chunk) const
+{
+    const auto block = m_Blocks.find(chunk / kBlock);
+    return block == m_Blocks.end() ? std::nullopt : block->second[chunk % kBlock];
+}
+
+std::optional<Digest> ChunkDigests::whole(std::uint64_t chunks) const
+{
+    if (m_Known < chunks)
+        return std::nullopt;
+    std::vector<Digest> all;
+    all.reserve(chunks);
+    for (std::uint64_t chunk = 0; chunk < chunks; ++chunk) {
+        const std::optional<Digest> digest = find(chunk);
+        if (!digest)
+            return std::nullopt;
+        all.push_back(*digest);
+    }
+    return digestOf(all);
+}
+
+void ChunkDigests::clear()
+{
+    m_Blocks.clear();
+    m_Known = 0;
+}
+
 std::string toBytes(const Digest& digest)
 {
     return std::string(digest.data(), digest.size());

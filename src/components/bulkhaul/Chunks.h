@@ -5,7 +5,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace bulkhaul {
@@ -13,7 +15,7 @@ namespace bulkhaul {
 /// A file is moved and verified in chunks of this size, in bytes; the last one is shorter.
 constexpr std::size_t kChunkSize = 1024 * 1024;
 
-/// What the other side may declare at most, in bytes: it costs memory to keep the digests of the chunks.
+/// What the other side may declare at most, in bytes.
 constexpr std::uint64_t kLargestFile = std::uint64_t(1) << 44;
 
 inline std::uint64_t chunkCount(std::uint64_t fileSize)
@@ -36,6 +38,24 @@ inline Digest digestOf(const std::string& data)
 }
 /// The digest of a whole file: that of its chunks' digests, one behind the other.
 Digest digestOf(const std::vector<Digest>& chunks);
+
+/// The digests of those chunks of a file that are known. Memory grows with what is known, not with the file.
+class ChunkDigests
+{
+public:
+    void set(std::uint64_t chunk, const Digest& digest);
+    std::optional<Digest> find(std::uint64_t chunk) const;
+    /// The digest of a whole file of so many chunks, if all are known.
+    std::optional<Digest> whole(std::uint64_t chunks) const;
+    std::uint64_t known() const { return m_Known; }
+    void clear();
+
+private:
+    static constexpr std::uint64_t kBlock = 1024;
+
+    std::unordered_map<std::uint64_t, std::vector<std::optional<Digest>>> m_Blocks;
+    std::uint64_t m_Known = 0;
+};
 
 std::string toBytes(const Digest& digest);
 /// Whether `bytes` are that digest.

@@ -52,9 +52,9 @@ private:
         if (first.size() > kChunkSize)
             return moveLargeFile(folder, name, m_BoxPath, first.size(), first.version());
         requireChunk(first, first.size(), 0, m_BoxPath);
-        IncomingSmallFiles file(folder);
+        IncomingSmallFiles file(folder, IncomingSmallFiles::Names::Given);
         file.add(name, first.data());
-        file.finish(IncomingSmallFiles::Names::Given);
+        file.finish();
     }
 
     static Digest requireChunk(const haulbox::ReadRsp& response, std::uint64_t size, std::uint64_t chunk,
@@ -210,7 +210,7 @@ private:
 
     void moveBatch(const Folder& root, const Batch& batch)
     {
-        IncomingSmallFiles files(root);
+        IncomingSmallFiles files(root, IncomingSmallFiles::Names::Given);
         haulbox::FetchReq request;
         *request.mutable_carried() = m_Box.carried();
         request.set_path(m_BoxPath);
@@ -232,7 +232,7 @@ private:
             throw TransferFailure(kNotUnderstood, "the box sent another number of files than asked for");
         for (int i = 0; i < std::min(response.contents_size(), request.entries_size()); ++i)
             take(files, request.entries(i), response.contents(i));
-        files.finish(IncomingSmallFiles::Names::Given); // what came is kept, also when the next one failed
+        files.finish(); // what came is kept, also when the next one failed
         BoxClient::require(response);
     }
 

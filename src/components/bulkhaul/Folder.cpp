@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <memory>
 
@@ -19,6 +20,7 @@ namespace bulkhaul {
 namespace {
 
 constexpr std::size_t kLongestName = 255;
+constexpr std::size_t kDeepest = 256; // folders in folders: each costs a descriptor while a tree is walked
 constexpr mode_t kFolderMode = 0777;
 
 haulbox::Status statusOf(int error, haulbox::Status otherwise)
@@ -68,10 +70,12 @@ bool isSafeName(const std::string& name)
 std::vector<std::string> splitBelow(const std::string& below)
 {
     std::vector<std::string> components;
+    if (below.size() >= PATH_MAX)
+        throw FileFailure(haulbox::UNSAFE_NAME, "a path of " + std::to_string(below.size()) + " bytes");
     for (std::size_t begin = 0; !below.empty() && begin <= below.size();) {
         const std::size_t end = std::min(below.find('/', begin), below.size());
         components.push_back(below.substr(begin, end - begin));
-        if (!isSafeName(components.back()))
+        if (!isSafeName(components.back()) || components.size() > kDeepest)
             throw FileFailure(haulbox::UNSAFE_NAME, "not a name of a file or folder: " + below);
         begin = end + 1;
     }
@@ -101,13 +105,16 @@ Folder Folder::below(const std::string& name, Missing missing) const
 {
     const int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
     FileHandle handle(::openat(get(), name.c_str(), flags));
-    if (!handle && errno == ENOENT && missing == Missing::Make) {
-        if (::mkdirat(get(), name.c_str(), kFolderMode) != 0 && errno != EEXIST)
+    if (!handle && errno == ENOENT && missing != Missing::Fail) {
+        const bool made = ::mkdirat(get(), name.c_str(), kFolderMode) == 0;
+        if (!made && errno != EEXIST)
             throwErrno(haulbox::NOT_WRITABLE, name);
+        if (made && missing == Missing::MakeFlushed)
+            flush();
         handle = FileHandle(::openat(get(), name.c_str(), flags));
     }
     if (!handle)
-        throwErrno(missing == Missing::Make ? haulbox::NOT_WRITABLE : haulbox::UNREADABLE, name);
+        throwErrno(missing == Missing::Fail ? haulbox::UNREADABLE : haulbox::NOT_WRITABLE, name);
     return Folder(std::move(handle));
 }
 
@@ -133,11 +140,11 @@ bool Folder::find(const std::string& name, struct stat& status) const
 std::vector<Folder::Entry> Folder::entries() const
 {
     // A description of its own, whose position nobody else moves.
-    const int descriptor = ::openat(get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    std::unique_ptr<DIR, int (*)(DIR*)> stream(descriptor < 0 ? nullptr : ::fdopendir(descriptor),
-                                               &::closedir);
+    FileHandle own(::openat(get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    std::unique_ptr<DIR, int (*)(DIR*)> stream(own ? ::fdopendir(own.get()) : nullptr, &::closedir);
     if (!stream)
         throwErrno(haulbox::UNREADABLE, "a folder");
+    own.release();
     std::vector<Entry> found;
     errno = 0;
     while (const dirent* entry = ::readdir(stream.get())) {

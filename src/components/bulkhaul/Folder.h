@@ -27,6 +27,8 @@ public:
     ~FileHandle();
 
     int get() const { return m_Descriptor; }
+    /// Somebody else closes it.
+    void release() { m_Descriptor = -1; }
     explicit operator bool() const { return m_Descriptor >= 0; }
 
 private:
@@ -48,7 +50,8 @@ public:
     enum class Missing
     {
         Fail,
-        Make
+        Make,
+        MakeFlushed ///< and put its name on the disk
     };
 
     /// Opens by path, following links in it. `otherwise` is the failure that errno has no better one for.

@@ -123,6 +123,14 @@ Digest digestAt(int file, std::uint64_t offset, std::size_t length, const std::s
     return digestOf(data.data(), filled);
 }
 
+std::uint64_t sizeOf(const FileHandle& file, const std::string& name)
+{
+    struct stat status;
+    if (::fstat(file.get(), &status) != 0)
+        throwErrno(haulbox::NOT_WRITABLE, name);
+    return static_cast<std::uint64_t>(status.st_size);
+}
+
 void flush(const FileHandle& file, const std::string& name)
 {
     if (::fdatasync(file.get()) != 0)
@@ -194,20 +202,17 @@ int IncomingFile::foundFile()
 
 void IncomingFile::keep(std::uint64_t chunk, const Digest& digest)
 {
-    note(chunk, digest);
-}
-
-void IncomingFile::note(std::uint64_t chunk, const Digest& digest)
-{
     const std::lock_guard<std::mutex> lock(m_Mutex);
-    if (m_Digests.size() <= chunk)
-        m_Digests.resize(chunk + 1);
-    m_Digests[chunk] = digest;
+    if (m_Found == Found::Nothing)
+        throw FileFailure(haulbox::FAILED, m_Name + ": what was found is gone");
+    m_Digests.set(chunk, digest);
 }
 
 int IncomingFile::partial()
 {
     const std::lock_guard<std::mutex> lock(m_Mutex);
+    if (m_Finished)
+        throw FileFailure(haulbox::BUSY, m_Name + ": has got its name already");
     if (!m_Partial)
         m_Partial = openPartial(m_Folder, m_Name, true);
     if (m_Found == Found::Target) { // its chunks can't be kept any more
@@ -220,20 +225,16 @@ int IncomingFile::partial()
 void IncomingFile::write(std::uint64_t chunk, const std::string& data, const Digest& digest)
 {
     writeAll(partial(), data, chunk * kChunkSize, m_Name);
-    note(chunk, digest);
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    m_Digests.set(chunk, digest);
 }
 
 Digest IncomingFile::wholeDigest() const
 {
     const std::lock_guard<std::mutex> lock(m_Mutex);
-    std::vector<Digest> digests;
-    digests.reserve(m_Digests.size());
-    for (const std::optional<Digest>& digest : m_Digests)
-        if (digest)
-            digests.push_back(*digest);
-    if (digests.size() != chunkCount(m_Size))
-        throw FileFailure(haulbox::FAILED, m_Name + ": not all of it has come");
-    return digestOf(digests);
+    if (const std::optional<Digest> digest = m_Digests.whole(chunkCount(m_Size)))
+        return *digest;
+    throw FileFailure(haulbox::FAILED, m_Name + ": not all of it has come");
 }
 
 void IncomingFile::finish()
@@ -247,7 +248,12 @@ void IncomingFile::finish()
     partial();
     resize(m_Partial, m_Size, m_Name); // an earlier attempt may have been longer
     flush(m_Partial, m_Name);
+    if (!isCurrent(m_Folder, partialName(m_Name), m_Partial))
+        throw FileFailure(haulbox::BUSY, m_Name + ": its partial file was taken away");
     giveName(m_Folder, m_Name);
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    m_Partial = FileHandle();
+    m_Finished = true;
 }
 
 bool IncomingSmallFiles::exists(const std::string& below)
@@ -266,12 +272,16 @@ std::optional<Digest> IncomingSmallFiles::existingDigest(const std::string& belo
     if (size > kChunkSize || !findFile(folder, name, status) ||
         static_cast<std::uint64_t>(status.st_size) != size)
         return std::nullopt;
-    std::string data;
-    const SourceFile file(folder, name);
-    if (file.size() != size)
-        return std::nullopt;
-    file.read(0, data);
-    return digestOf(data);
+    try {
+        std::string data;
+        const SourceFile file(folder, name);
+        if (file.size() != size)
+            return std::nullopt;
+        file.read(0, data);
+        return digestOf(data);
+    } catch (const FileFailure&) {
+        return std::nullopt; // it can still be replaced
+    }
 }
 
 void IncomingSmallFiles::add(const std::string& below, const std::string& data)
@@ -286,14 +296,16 @@ void IncomingSmallFiles::add(const std::string& below, const std::string& data)
     m_Files.push_back({below, data.size(), digestOf(data)});
 }
 
-void IncomingSmallFiles::finish(Names names)
+void IncomingSmallFiles::finish()
 {
     // Opened again, file by file, so that few are open at once.
     std::string name;
     for (const File& file : m_Files) {
         const Folder& folder = m_Folders.parentOf(file.below, name);
         const FileHandle handle = openPartial(folder, name, false);
-        if (handle) {
+        // Nobody held the lock in between, so another transfer may have written to it.
+        if (handle && sizeOf(handle, name) == file.size &&
+            digestAt(handle.get(), 0, file.size, name) == file.digest) {
             flush(handle, name);
             giveName(folder, name);
         } else if (existingDigest(file.below, file.size) != file.digest) { // not even given by another
@@ -304,7 +316,7 @@ void IncomingSmallFiles::finish(Names names)
     for (const File& file : m_Files) {
         const Folder& folder = m_Folders.parentOf(file.below, name);
         const std::string path = file.below.substr(0, file.below.size() - name.size());
-        if (names == Names::Flushed && flushed.insert(path).second)
+        if (m_Names == Names::Flushed && flushed.insert(path).second)
             folder.flush();
     }
     m_Files.clear();

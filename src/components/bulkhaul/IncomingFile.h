@@ -45,14 +45,13 @@ public:
 
     /// The whole file's digest; FAILED while a chunk is missing.
     Digest wholeDigest() const;
-    /// Gives the target its name. All chunks must be there.
+    /// Gives the target its name. All chunks must be there. Nothing can be done with the object afterwards.
     void finish();
 
     const Folder& folder() const { return m_Folder; }
 
 private:
     int foundFile();
-    void note(std::uint64_t chunk, const Digest& digest);
     int partial();
 
     Folder m_Folder;
@@ -64,15 +63,28 @@ private:
     mutable std::mutex m_Mutex; ///< guards what follows
     Found m_Found = Found::Nothing;
     FileHandle m_Partial;
-    std::vector<std::optional<Digest>> m_Digests; ///< of the chunks that are there
+    ChunkDigests m_Digests; ///< of the chunks that are there
+    bool m_Finished = false;
 };
 
 /// Files of at most one chunk on their way in, flushed together: much cheaper than one by one.
 class IncomingSmallFiles
 {
 public:
+    /// Whether names that were given, and new folders, have reached the disk, too. Before that, a machine
+    /// that stops may show the old target.
+    enum class Names
+    {
+        Given,
+        Flushed
+    };
+
     /// Below `root`, where missing folders are made.
-    explicit IncomingSmallFiles(const Folder& root) : m_Folders(root, Folder::Missing::Make) {}
+    IncomingSmallFiles(const Folder& root, Names names)
+        : m_Folders(root, names == Names::Flushed ? Folder::Missing::MakeFlushed : Folder::Missing::Make),
+          m_Names(names)
+    {
+    }
 
     /// Whether there is something of that name that a file can replace.
     bool exists(const std::string& below);
@@ -80,16 +92,8 @@ public:
     std::optional<Digest> existingDigest(const std::string& below, std::uint64_t size);
     /// Writes the partial file.
     void add(const std::string& below, const std::string& data);
-    /// Whether a name that was given has reached the disk, too. Before that, a machine that stops shows the
-    /// old target.
-    enum class Names
-    {
-        Flushed,
-        Given
-    };
-
     /// Flushes all, then gives all their names.
-    void finish(Names names);
+    void finish();
 
 private:
     struct File
@@ -100,6 +104,7 @@ private:
     };
 
     FolderCache m_Folders;
+    const Names m_Names;
     std::vector<File> m_Files;
 };
 

@@ -28,6 +28,7 @@ void inParallel(int threads, std::uint64_t count, const std::function<void(std::
     };
     std::vector<std::thread> others;
     const std::uint64_t wanted = std::min<std::uint64_t>(static_cast<std::uint64_t>(threads), count);
+    others.reserve(wanted);
     try {
         while (others.size() + 1 < wanted)
             others.emplace_back(run);

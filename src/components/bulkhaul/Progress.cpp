@@ -65,6 +65,8 @@ int Progress::percent() const
 {
     if (m_Total == 0)
         return 0;
+    if (m_Done >= m_Total)
+        return kWhole - 1;
     const double part = static_cast<double>(m_Done) / static_cast<double>(m_Total);
     return std::min(kWhole - 1, static_cast<int>(part * kWhole));
 }

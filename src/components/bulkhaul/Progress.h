@@ -43,7 +43,7 @@ private:
     std::uint64_t m_Total = 0;
     std::uint64_t m_Done = 0;
     int m_Told = 0;
-    int m_Result = 0;
+    int m_Result = kFailedHere;
     bool m_Ended = false;
     std::thread m_Thread;
 };

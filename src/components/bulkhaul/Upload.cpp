@@ -225,6 +225,8 @@ private:
     {
         haulbox::StoreRsp response;
         m_Box.askForSure(&BoxServices_Stub::store, request, response);
+        if (!response.wanted().empty())
+            throw TransferFailure(kNotUnderstood, "the box wants what it was sent");
     }
 
     /// Sends the digests first and then what the box does not have: an attempt before this one may have
@@ -246,9 +248,11 @@ private:
         if (response.wanted().empty())
             return;
         haulbox::StoreReq rest = storeRequest();
+        std::int64_t last = -1;
         for (const std::uint32_t wanted : response.wanted()) {
-            if (wanted >= static_cast<std::uint32_t>(request.items_size()))
+            if (wanted <= last || wanted >= static_cast<std::uint32_t>(request.items_size()))
                 throw TransferFailure(kNotUnderstood, "the box wants a file that was not offered");
+            last = wanted;
             rest.add_items()->Swap(request.mutable_items(static_cast<int>(wanted)));
         }
         store(rest);

@@ -48,6 +48,8 @@ Failure failureOf(grpc::StatusCode code)
         return Failure::TimeLimit;
     case grpc::StatusCode::UNAUTHENTICATED:
         return Failure::Unauthenticated;
+    case grpc::StatusCode::UNIMPLEMENTED:
+        return Failure::NotImplemented;
     default:
         return Failure::Other;
     }

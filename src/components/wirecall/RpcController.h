@@ -16,6 +16,7 @@ enum class Failure
     NoConnection,    ///< the other side could not be reached, or the connection broke
     TimeLimit,       ///< no answer within the time limit
     Unauthenticated, ///< the token was refused
+    NotImplemented,  ///< the other side does not have the operation
     Other            ///< anything else; the error text says what
 };
 

@@ -309,6 +309,7 @@ TEST_F(TransferTest, HostileNamesFromTheBoxAreRefusedBeforeAnythingIsWritten)
         void read(google::protobuf::RpcController*, const haulbox::ReadReq*, haulbox::ReadRsp* response,
                   google::protobuf::Closure* done) override
         {
+            response->set_status(haulbox::DONE);
             response->set_folder(true);
             done->Run();
         }
@@ -317,6 +318,7 @@ TEST_F(TransferTest, HostileNamesFromTheBoxAreRefusedBeforeAnythingIsWritten)
         {
             {
                 const std::lock_guard<std::mutex> lock(mutex);
+                response->set_status(haulbox::DONE);
                 haulbox::Entry& entry = *response->add_entries();
                 entry.set_below(name);
                 entry.set_folder(folder);
