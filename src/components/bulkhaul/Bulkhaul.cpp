@@ -72,13 +72,12 @@ int move(const char* direction, Mover mover, const boost::shared_ptr<wirecall::R
          ProgressFunction progressFunction, const google::protobuf::Message* message)
 {
     Code code = kFailedHere;
-    const std::string place = std::string(direction) + " of " + boxPath;
-    const Code begun = judged(place, [&] {
+    const Code begun = judged(std::string(direction) + " of " + boxPath, [&] {
         const std::string transferID = to_string(boost::uuids::random_generator()());
         Progress progress(std::move(progressFunction), transferID);
         BoxClient box(*channel, message, client().stallLimit);
         const Transfer transfer{box, progress, client().chunksInFlight, client().filesInFlight, keepExisting};
-        code = judged(place + " (" + transferID + ")", [&] {
+        code = judged(std::string(direction) + " " + transferID + " of " + boxPath, [&] {
             mover(transfer, withoutEndingSlashes(boxPath), withoutEndingSlashes(localPath));
         });
         progress.setResult(code);

@@ -62,6 +62,8 @@ private:
         if (::fstatat(folder.get(), entry.name.c_str(), &status, flags) != 0) {
             if (errno == ENOENT && m_Strange == Strange::Skip)
                 return true; // gone since the folder was read
+            if (errno == ENOENT)
+                throw FileFailure(haulbox::WRONG_KIND, below + ": a link that leads nowhere");
             throwErrno(haulbox::UNREADABLE, below);
         }
         if (!S_ISREG(status.st_mode)) {
