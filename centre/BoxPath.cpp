@@ -64,6 +64,17 @@ std::string lastName(const std::string& path)
     return path.substr(path.rfind('/') + 1);
 }
 
+bool isAtOrBelow(const std::string& root, const std::string& path)
+{
+    const std::string start = root == "/" ? root : root + "/";
+    return path == root || path.compare(0, start.size(), start) == 0;
+}
+
+bool overlap(const std::string& one, const std::string& other)
+{
+    return isAtOrBelow(one, other) || isAtOrBelow(other, one);
+}
+
 std::string pathBelow(const std::string& root, const std::string& path)
 {
     if (path.size() <= root.size())

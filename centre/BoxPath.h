@@ -16,6 +16,11 @@ bool isBoxPath(const std::string& path);
 std::string folderAbove(const std::string& path);
 std::string lastName(const std::string& path);
 
+/// Whether an absolute path is `root` or lies in it.
+bool isAtOrBelow(const std::string& root, const std::string& path);
+/// Whether one of two absolute paths is the other or lies in it.
+bool overlap(const std::string& one, const std::string& other);
+
 /// What stands after `root` in a path that it leads to, without the separator.
 std::string pathBelow(const std::string& root, const std::string& path);
 

@@ -4,8 +4,11 @@
 #include "centre/LedgerOperations.h"
 #include "centre/ResetAtEnd.h"
 #include "centre/Text.h"
+#include "components/bulkhaul/FileFailure.h"
 #include "haulbox.pb.h"
 #include "kestaserver.pb.h"
+
+#include <sqlite3.h>
 
 #include <unordered_map>
 
@@ -61,8 +64,7 @@ bool holds(Connection& connection, std::uint32_t folderId, const User& user, con
     if (!folder.executeStep())
         return false;
     const std::string root = folder.getColumn(0).getString();
-    const std::string start = root == "/" ? root : root + "/";
-    return path.compare(0, start.size(), start) == 0;
+    return path != root && isAtOrBelow(root, path);
 }
 
 bool mayWrite(Connection& connection, const User& user, const Claim& claim, const std::string& boxCode,
@@ -168,12 +170,23 @@ std::optional<BoxCatalogue::Place> CatalogueOfBox::admit(const std::string& toke
     else if (!(ground = findGround(*connection, user->companyId, m_BoxCode, path)))
         reason =
             escaped(path) + " is on no disk of box " + m_BoxCode + " that user " + user->name + " may use";
+    else if (overlap(m_Pool.dataFolder(), path)) // also above it: a request may go on below its path
+        reason = escaped(path) + " is in the centre's data folder or holds it";
     else if (use == Use::Read || mayWrite(*connection, *user, *claim, m_BoxCode, *ground, path, reason))
         return Place{ground->root, pathBelow(ground->root, path)};
     return std::nullopt;
 }
 
 void CatalogueOfBox::record(const std::vector<Entry>& entries)
+try {
+    registerAll(entries);
+} catch (const SQLite::Exception& exception) {
+    if (exception.getErrorCode() == SQLITE_FULL)
+        throw bulkhaul::FileFailure(haulbox::NO_SPACE, "the catalogue: " + std::string(exception.what()));
+    throw;
+}
+
+void CatalogueOfBox::registerAll(const std::vector<Entry>& entries)
 {
     const std::lock_guard<std::mutex> lock(m_Recording);
     ConnectionPool::Lease connection(m_Pool);

@@ -10,7 +10,8 @@ namespace centre {
 
 /// The catalogue of a data folder, as one of its storage boxes asks it. A user may read and write what lies
 /// on a disk of the box that is of the user's company, and read the packages of versions on the box. A user
-/// who may only read may not write, and an upload that names a folder goes to that folder or below it.
+/// who may only read may not write, and an upload that names a folder goes to that folder or below it. The
+/// data folder itself is out of reach.
 class CatalogueOfBox : public BoxCatalogue
 {
 public:
@@ -24,6 +25,8 @@ public:
     void record(const std::vector<Entry>& entries) override;
 
 private:
+    void registerAll(const std::vector<Entry>& entries);
+
     ConnectionPool& m_Pool;
     const std::string m_BoxCode;
     std::mutex m_Recording; ///< threads that wait here follow at once, those that wait in SQLite sleep

@@ -8,6 +8,8 @@
 #include "centre/Schema.h"
 #include "centre/ServeLock.h"
 
+#include <future>
+
 namespace centre {
 
 namespace {
@@ -91,9 +93,12 @@ std::vector<BoxPlace> Centre::boxes() const
 
 void Centre::stop()
 {
-    m_Impl->endpoint.stop();
+    std::vector<std::future<void>> stops; // each waits for its calls
     for (const auto& box : m_Impl->boxes)
-        box->stop();
+        stops.push_back(std::async([&box] { box->stop(); }));
+    m_Impl->endpoint.stop();
+    for (std::future<void>& stopped : stops)
+        stopped.wait();
     m_Impl->lock.reset();
 }
 

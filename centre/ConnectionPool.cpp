@@ -4,6 +4,8 @@
 #include "centre/Schema.h"
 #include "centre/Token.h"
 
+#include <filesystem>
+
 namespace centre {
 
 namespace {
@@ -46,6 +48,11 @@ std::optional<User> Connection::user(const std::string& token)
     if (!row.executeStep())
         return std::nullopt;
     return User{row.getColumn(0).getString(), row.getColumn(1).getUInt(), row.getColumn(2).getInt() != 0};
+}
+
+ConnectionPool::ConnectionPool(const std::string& dataFolder)
+    : m_DataFolder(std::filesystem::canonical(dataFolder).string())
+{
 }
 
 std::unique_ptr<Connection> ConnectionPool::take()

@@ -51,7 +51,11 @@ private:
 class ConnectionPool
 {
 public:
-    explicit ConnectionPool(std::string dataFolder) : m_DataFolder(std::move(dataFolder)) {}
+    /// The data folder must exist.
+    explicit ConnectionPool(const std::string& dataFolder);
+
+    /// Absolute, without symbolic links.
+    const std::string& dataFolder() const { return m_DataFolder; }
 
     /// A connection that goes back to the pool with the lease, which must not outlive it.
     class Lease

@@ -9,6 +9,12 @@
 
 namespace centre {
 
+namespace {
+
+constexpr std::size_t kShownOfTaskId = 200; // it may be megabytes
+
+} // namespace
+
 void ForgeService::CheckTransfer(google::protobuf::RpcController* controller,
                                  const forgeserver::CheckTransferReq* request,
                                  forgeserver::CheckTransferRsp* response, google::protobuf::Closure* done)
@@ -23,8 +29,8 @@ void ForgeService::TransferProgress(google::protobuf::RpcController*,
                                     forgeserver::TransferProgressRsp*, google::protobuf::Closure* done)
 {
     std::ostringstream line;
-    line << "lumo-centre: transfer " << escaped(request->task_id()) << ": " << request->progress_a() << " "
-         << request->progress_b() << " " << request->progress_c() << "\n";
+    line << "lumo-centre: transfer " << escaped(request->task_id().substr(0, kShownOfTaskId)) << ": "
+         << request->progress_a() << " " << request->progress_b() << " " << request->progress_c() << "\n";
     std::cerr << line.str();
     done->Run();
 }
@@ -35,7 +41,7 @@ bool ForgeService::mayRead(const std::string& token, const std::string& path)
         return false;
     ConnectionPool::Lease connection(m_Pool);
     const std::optional<User> user = connection->user(token);
-    return user && findGround(*connection, user->companyId, "", path);
+    return user && !overlap(m_Pool.dataFolder(), path) && findGround(*connection, user->companyId, "", path);
 }
 
 } // namespace centre

@@ -1,5 +1,6 @@
 #include "centre/Import.h"
 
+#include "centre/BoxPath.h"
 #include "centre/Error.h"
 #include "centre/Registration.h"
 #include "centre/Store.h"
@@ -202,6 +203,11 @@ ImportReport importTree(Store& store, const ImportOptions& options,
 {
     ImportReport report;
     report.rootPath = absoluteFolder(options.folder);
+    // Who may write to a box could replace the database.
+    if (overlap(store.dataFolder(), report.rootPath))
+        throw Error(ExitCode::WrongUse, escaped(report.rootPath) +
+                                            " holds the data folder or is part of it;" +
+                                            " give another folder, or keep the data folder outside of it");
     if (!options.boxCode.empty())
         store.boxAddress(options.boxCode); // throws if there is no such box
     auto disk = findDisk(store, options, report.rootPath);

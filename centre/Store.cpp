@@ -11,6 +11,7 @@
 #include <sqlite3.h>
 
 #include <cstdint>
+#include <filesystem>
 
 namespace centre {
 
@@ -166,6 +167,12 @@ std::uint32_t Store::addDisk(const std::string& name, const std::string& rootPat
     const std::uint32_t folderId = lastId(*m_Database);
     transaction.commit();
     return folderId;
+}
+
+std::string Store::dataFolder() const
+{
+    const std::filesystem::path file = std::filesystem::absolute(m_Database->getFilename());
+    return std::filesystem::canonical(file.parent_path()).string();
 }
 
 void Store::addMadeUpFiles(std::uint32_t folderId, std::uint32_t count)

@@ -48,6 +48,8 @@ public:
     /// For tests and benchmarks: registers files "file-000000.dat", "file-000001.dat" and so on.
     void addMadeUpFiles(std::uint32_t folderId, std::uint32_t count);
 
+    /// Absolute, without symbolic links.
+    std::string dataFolder() const;
     SQLite::Database& database() { return *m_Database; }
 
 private:

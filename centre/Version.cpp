@@ -47,7 +47,9 @@ std::string releaseDate(const std::string& text)
 {
     if (text.empty())
         return QDate::currentDate().toString(Qt::ISODate).toStdString();
-    if (text.size() != 10 || !QDate::fromString(QString::fromStdString(text), Qt::ISODate).isValid())
+    // Qt reads other separators, too; what is no date becomes an empty text.
+    const QDate date = QDate::fromString(QString::fromStdString(text), Qt::ISODate);
+    if (date.toString(Qt::ISODate).toStdString() != text)
         throw Error(ExitCode::WrongUse, "not a date of the form YYYY-MM-DD: " + escaped(text));
     return text;
 }

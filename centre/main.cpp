@@ -17,6 +17,7 @@
 #include <iostream>
 #include <optional>
 #include <pthread.h>
+#include <sys/resource.h>
 
 namespace {
 
@@ -144,6 +145,17 @@ private:
     sigset_t m_Signals;
 };
 
+/// A box holds descriptors for every upload under way, and the usual limit is low for programs that use
+/// select, which nothing here does.
+void raiseDescriptorLimit()
+{
+    rlimit limit = {};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0)
+        return;
+    limit.rlim_cur = limit.rlim_max;
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+}
+
 void tellBox(const std::string& code, const std::string& address)
 {
     std::cout << "lumo-centre: box " << code << " on " << address << std::endl;
@@ -167,6 +179,7 @@ centre::BoxPlace parseBox(const std::string& text)
 ExitCode serve(const Arguments& arguments)
 {
     const StopSignals stopSignals;
+    raiseDescriptorLimit();
     centre::ServeOptions options = arguments.serve;
     for (const std::string& box : arguments.boxes)
         options.boxes.push_back(parseBox(box));
@@ -183,6 +196,7 @@ ExitCode serve(const Arguments& arguments)
 ExitCode serveBox(const Arguments& arguments)
 {
     const StopSignals stopSignals;
+    raiseDescriptorLimit();
     centre::Faults faults;
     centre::addFaults(faults, arguments.serve.faults, centre::Box::services());
     centre::ListenOptions listen = arguments.serve;
@@ -332,6 +346,8 @@ int main(int argc, char** argv)
     setenv("GRPC_VERBOSITY", "NONE", 0);
     // A reader of the output that has gone must not end a command before its token is shown.
     std::signal(SIGPIPE, SIG_IGN);
+    // A file beyond the size limit is a write that fails.
+    std::signal(SIGXFSZ, SIG_IGN);
     CLI::App app(
         "A centre to develop against: a catalogue of real folders and files, served from one data folder.",
         "lumo-centre");

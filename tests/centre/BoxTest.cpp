@@ -1,8 +1,11 @@
 #include "centre/Box.h"
 #include "centre/CatalogueOfBox.h"
 #include "centre/Version.h"
+#include "components/bulkhaul/Bulkhaul.h"
+#include "components/bulkhaul/FileFailure.h"
 #include "kestaserver.pb.h"
 #include "tests/centre/CentreSupport.h"
+#include "tests/support/Certificate.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <signal.h>
@@ -70,14 +73,8 @@ protected:
     std::vector<std::string> places()
     {
         std::vector<std::string> found;
-        SQLite::Statement rows(
-            store.database(),
-            "WITH RECURSIVE tree(id, path) AS (SELECT id, name || '/' FROM folder WHERE parent_id = 0"
-            " UNION ALL SELECT folder.id, path || name || '/' FROM tree JOIN folder ON parent_id = tree.id)"
-            " SELECT path FROM tree UNION ALL"
-            " SELECT path || name FROM tree JOIN file ON parent_id = tree.id ORDER BY path");
-        while (rows.executeStep())
-            found.push_back(rows.getColumn(0).getString());
+        for (const auto& [path, id] : catalogueOf(store))
+            found.push_back(path);
         return found;
     }
 
@@ -152,6 +149,58 @@ TEST_F(BoxCatalogueTest, AdmitsWhatTheTokenTheMessageAndThePathAllow)
     }
 }
 
+TEST_F(BoxCatalogueTest, ADiskMayBeTheWholeMachineButTheDataFolderStaysOutOfReach)
+{
+    const std::uint32_t all = store.addDisk("all", "/", "LUMO", "B2");
+    const std::string link = data.below("link");
+    std::filesystem::create_directory_symlink("data", link);
+    centre::ConnectionPool linked(link);
+    centre::CatalogueOfBox box(linked, "B2");
+    const std::string folder = std::filesystem::canonical(data.path()).string();
+    const std::map<std::string, std::string> outcomes = {
+        {"/name", "/|name"},
+        {"/name/of", "/|name/of"},
+        {folder + "2", "/|" + folder.substr(1) + "2"},
+        {folder, "data folder"},
+        {folder + "/centre.db", "data folder"},
+        {folder.substr(0, folder.rfind('/')), "data folder"},
+        {"/", "data folder"},
+    };
+    for (const auto use : {BoxCatalogue::Use::Read, BoxCatalogue::Use::Write})
+        for (const auto& [path, outcome] : outcomes) {
+            std::string reason;
+            const auto message = use == BoxCatalogue::Use::Read ? download("demo") : upload("demo", all);
+            const auto place = box.admit(data.token(), message, path, use, reason);
+            EXPECT_THAT(place ? place->root + "|" + place->below : reason, HasSubstr(outcome)) << path;
+        }
+    box.record({{"/name", false}, {"/folder", true}, {"/", true}});
+    EXPECT_THAT(places(), testing::IsSupersetOf({"all/", "all/folder/", "all/name"}));
+}
+
+TEST_F(BoxCatalogueTest, AFullDiskIsAFailureThatSaysSoAndRegistersNothing)
+{
+    std::vector<BoxCatalogue::Entry> entries;
+    for (int i = 0; i < 10000; ++i)
+        entries.push_back({"/srv/disk/" + std::to_string(i) + std::string(100, 'x'), false});
+    const auto limitPages = [this](int pages) {
+        centre::ConnectionPool::Lease(pool)->database().execAndGet("PRAGMA max_page_count = " +
+                                                                   std::to_string(pages));
+    };
+    const auto before = places();
+    limitPages(100);
+    try {
+        catalogue.record(entries);
+        ADD_FAILURE() << "recorded on a full disk";
+    } catch (const bulkhaul::FileFailure& failure) {
+        EXPECT_EQ(failure.status(), haulbox::NO_SPACE);
+        EXPECT_THAT(failure.what(), HasSubstr("full"));
+    }
+    EXPECT_EQ(places(), before);
+    limitPages(100000);
+    catalogue.record(entries);
+    EXPECT_EQ(places().size(), before.size() + entries.size());
+}
+
 TEST_F(BoxCatalogueTest, RegistersOnEveryDiskThatShowsThePlaceAllOrNothing)
 {
     const auto before = places();
@@ -200,6 +249,13 @@ protected:
         return ask(*channelTo(centre.address(), data.token()), "getKestaInfo", "code: 'B1'");
     }
 
+    std::vector<std::string> serveBox(const std::vector<std::string>& more)
+    {
+        std::vector<std::string> arguments = {"serve-box", data.path(), "B1"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return centreCommand(arguments);
+    }
+
     DataFolder data;
     std::string root;
 };
@@ -214,11 +270,6 @@ TEST_F(ServedBox, IsFoundWhereverItWasServedLast)
     EXPECT_THAT(read(first, data.token()), HasSubstr("data: \"content\""));
     EXPECT_THAT(read(first, "wrong"), HasSubstr("not that of a user"));
 
-    const auto serveBox = [this](std::vector<std::string> more) {
-        std::vector<std::string> arguments = {"serve-box", data.path(), "B1"};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        return centreCommand(arguments);
-    };
     EXPECT_EQ(run(serveBox({})).exitCode, 4);
     centre.stop();
     centre::Centre alone(data.path(), {});
@@ -236,16 +287,70 @@ TEST_F(ServedBox, IsFoundWhereverItWasServedLast)
     EXPECT_THAT(moved.readLine(), HasSubstr("read@1=corrupt fired 1 times"));
 }
 
+TEST_F(ServedBox, SendsFilesOverTls)
+{
+    const Certificate certificate;
+    ASSERT_TRUE(certificate.made());
+    centre::ServeOptions options;
+    options.tlsCertificate = certificate.certificate();
+    options.tlsKey = certificate.key();
+    options.boxes = {{"B1", "127.0.0.1:0"}};
+    centre::Centre centre(data.path(), options);
+    const std::string address = centre.boxes().at(0).address;
+    kestaserver::DownloadAuthMsg message;
+    message.set_user_name("demo");
+    const auto fetch = [&](const std::string& rootCertificate) {
+        return bulkhaul::Download(channelTo(address, data.token(), rootCertificate), root + "/file",
+                                  data.below("here"), false, {}, &message, nullptr);
+    };
+    EXPECT_EQ(fetch(""), bulkhaul::kNoConnection);
+    EXPECT_EQ(fetch(certificate.certificate()), bulkhaul::kDone);
+    EXPECT_EQ(content(data.below("here")), "content");
+}
+
+TEST_F(ServedBox, AnUploadOutlivesAFileSizeLimitAndAKilledBox)
+{
+    std::string bytes;
+    for (unsigned i = 0; bytes.size() < 5 * 1024 * 1024; ++i)
+        bytes += std::to_string(i * 2654435761u);
+    std::ofstream(data.below("here")) << bytes;
+    kestaserver::UploadAuthMsg message;
+    message.set_user_name("demo");
+    const auto send = [&](const std::string& address) {
+        return bulkhaul::Upload(channelTo(address, data.token()), root + "/large", data.below("here"), false,
+                                {}, &message, nullptr);
+    };
+    std::vector<std::string> command = serveBox({"--listen", "127.0.0.1:0"});
+    command.insert(command.begin(), {"/bin/sh", "-c", "ulimit -f 4096; exec \"$@\"", "sh"}); // 2 MiB
+    {
+        Process limited(command);
+        const std::string address = servingAddress(limited);
+        EXPECT_EQ(send(address), bulkhaul::kNoSpace);
+        EXPECT_THAT(read(address, data.token()), HasSubstr("\"content\""));
+    }
+    Process killed(serveBox({"--fault", "write@2=exit"}));
+    const std::string address = servingAddress(killed);
+    EXPECT_EQ(send(address), bulkhaul::kNoConnection);
+    EXPECT_EQ(killed.wait(), 137);
+    EXPECT_FALSE(std::filesystem::exists(root + "/large"));
+
+    Process again(serveBox({}));
+    EXPECT_EQ(servingAddress(again), address);
+    EXPECT_EQ(send(address), bulkhaul::kDone);
+    EXPECT_TRUE(content(root + "/large") == bytes);
+}
+
 TEST_F(ServedBox, RefusesCodesAndAddressesThatCannotBe)
 {
     const struct
     {
-        const char* code;
+        const char* box;
         const char* address;
         const char* fault;
         const char* reason;
+        centre::ExitCode code = centre::ExitCode::WrongUse;
     } cases[] = {
-        {"B2", "127.0.0.1:0", "hello=stall", "no box B2"},
+        {"B2", "127.0.0.1:0", "hello=stall", "no box B2", centre::ExitCode::Failed},
         {"B1", "nowhere", "hello=stall", "HOST:PORT"},
         {"B1", "0.0.0.0:0", "hello=stall", "not 0.0.0.0"},
         {"B1", "[::]:0", "hello=stall", "not ::"},
@@ -254,14 +359,9 @@ TEST_F(ServedBox, RefusesCodesAndAddressesThatCannotBe)
     };
     for (const auto& each : cases) {
         centre::ServeOptions options;
-        options.boxes = {{each.code, each.address}};
+        options.boxes = {{each.box, each.address}};
         options.faults = {each.fault};
-        try {
-            centre::Centre centre(data.path(), options);
-            ADD_FAILURE() << each.reason;
-        } catch (const centre::Error& error) {
-            EXPECT_THAT(error.what(), HasSubstr(each.reason));
-        }
+        expectError(each.code, each.reason, [&] { centre::Centre(data.path(), options); });
     }
     EXPECT_EQ(centre::Store(data.path()).boxAddress("B1"), "127.0.0.1:1");
 }

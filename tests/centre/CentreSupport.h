@@ -14,11 +14,13 @@
 
 #include <QTemporaryDir>
 
+#include <SQLiteCpp/SQLiteCpp.h>
 #include <gmock/gmock.h>
 #include <google/protobuf/text_format.h>
 
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -28,9 +30,12 @@ class DataFolder
 {
 public:
     DataFolder() : m_Token(centre::Store::create(path(), "LUMO", "demo")) {}
+    ~DataFolder() { std::filesystem::remove_all(below("")); } // Qt can't remove names that are not UTF-8
+    DataFolder(const DataFolder&) = delete;
+    DataFolder& operator=(const DataFolder&) = delete;
 
     std::string path() const { return below("data"); }
-    std::string below(const std::string& name) const { return m_Folder.filePath("").toStdString() + name; }
+    std::string below(const std::string& name) const { return m_Folder.path().toStdString() + "/" + name; }
     const std::string& token() const { return m_Token; }
 
     /// Makes an empty file, and the folders above it.
@@ -100,6 +105,39 @@ inline std::string ask(wirecall::RpcChannel& channel, const std::string& operati
     wirecall::RpcController controller;
     controller.SetTimeout(20000);
     return ask(channel, operation, requestText, controller);
+}
+
+inline std::string content(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// Every place of the catalogue, from the disk's name on, with its identifier; folders end with "/".
+inline std::map<std::string, unsigned> catalogueOf(centre::Store& store)
+{
+    std::map<std::string, unsigned> places;
+    SQLite::Statement rows(
+        store.database(),
+        "WITH RECURSIVE tree(id, path) AS (SELECT id, name || '/' FROM folder WHERE parent_id = 0"
+        " UNION ALL SELECT folder.id, path || name || '/' FROM tree JOIN folder ON parent_id = tree.id)"
+        " SELECT path, id FROM tree UNION ALL"
+        " SELECT path || name, file.id FROM tree JOIN file ON parent_id = tree.id");
+    while (rows.executeStep())
+        places[rows.getColumn(0).getString()] = rows.getColumn(1).getUInt();
+    return places;
+}
+
+template <class Function>
+void expectError(centre::ExitCode code, const std::string& reason, Function function)
+{
+    try {
+        function();
+        ADD_FAILURE() << "no error: " << reason;
+    } catch (const centre::Error& error) {
+        EXPECT_EQ(error.code(), code);
+        EXPECT_THAT(error.what(), testing::HasSubstr(reason));
+    }
 }
 
 /// The real program with arguments.

@@ -2,9 +2,6 @@
 #include "tests/centre/CentreSupport.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
-#include <gmock/gmock.h>
-
-#include <map>
 
 namespace fs = std::filesystem;
 using testing::ElementsAre;
@@ -23,22 +20,6 @@ protected:
                                   [this](const std::string& problem) { m_Problems.push_back(problem); });
     }
 
-    /// The catalogue as paths below the disk with their identifiers; folders end with "/".
-    std::map<std::string, unsigned> catalogue()
-    {
-        std::map<std::string, unsigned> paths;
-        SQLite::Statement rows(
-            m_Store.database(),
-            "WITH RECURSIVE tree(id, path) AS (SELECT id, '/' FROM folder WHERE parent_id = 0"
-            " UNION ALL SELECT folder.id, path || name || '/' FROM tree JOIN folder"
-            " ON parent_id = tree.id)"
-            " SELECT path, id FROM tree UNION ALL"
-            " SELECT path || name, file.id FROM tree JOIN file ON parent_id = tree.id");
-        while (rows.executeStep())
-            paths[rows.getColumn(0).getString()] = rows.getColumn(1).getUInt();
-        return paths;
-    }
-
     DataFolder m_Data;
     centre::Store m_Store{m_Data.path()};
     std::vector<std::string> m_Problems;
@@ -52,9 +33,10 @@ TEST_F(Import, RegistersFoldersAndFilesInTheOrderOfTheirNames)
     const centre::ImportReport report = import();
     EXPECT_TRUE(report.diskIsNew);
     EXPECT_EQ(report.rootPath, fs::canonical(m_Data.below("tree")).string());
-    EXPECT_THAT(catalogue(), ElementsAre(Pair("/", 1), Pair("/a/", 2), Pair("/a/one.tif", 2),
-                                         Pair("/a/two.tif", 3), Pair("/b.tif", 1), Pair("/empty/", 3),
-                                         Pair("/中文/", 4), Pair("/中文/名 字.tif", 4)));
+    EXPECT_THAT(catalogueOf(m_Store),
+                ElementsAre(Pair("disk/", 1), Pair("disk/a/", 2), Pair("disk/a/one.tif", 2),
+                            Pair("disk/a/two.tif", 3), Pair("disk/b.tif", 1), Pair("disk/empty/", 3),
+                            Pair("disk/中文/", 4), Pair("disk/中文/名 字.tif", 4)));
     EXPECT_EQ(report.newFolders, 3u);
     EXPECT_EQ(report.newFiles, 4u);
 }
@@ -71,7 +53,7 @@ TEST_F(Import, DoesNotFollowLinksAndTellsNamesThatAreNotUtf8)
     EXPECT_EQ(report.problems, 2u);
     EXPECT_THAT(m_Problems,
                 testing::UnorderedElementsAre(HasSubstr("tree/bad\\xff\\x0aname"), HasSubstr("tree/\\xc3(")));
-    EXPECT_THAT(catalogue(), ElementsAre(Pair("/", 1), Pair("/good", 1)));
+    EXPECT_THAT(catalogueOf(m_Store), ElementsAre(Pair("disk/", 1), Pair("disk/good", 1)));
 }
 
 TEST_F(Import, AgainAddsWhatIsNewAndKeepsIdentifiers)
@@ -79,13 +61,13 @@ TEST_F(Import, AgainAddsWhatIsNewAndKeepsIdentifiers)
     for (const char* name : {"tree/a/one", "tree/m/two"})
         m_Data.makeFile(name);
     import();
-    auto expected = catalogue();
+    auto expected = catalogueOf(m_Store);
     m_Data.makeFile("tree/a/another");
     m_Data.makeFile("tree/k/three");
     fs::remove(m_Data.below("tree/m/two"));
     const centre::ImportReport report = import();
-    expected.insert({{"/a/another", 3}, {"/k/", 4}, {"/k/three", 4}});
-    EXPECT_EQ(catalogue(), expected);
+    expected.insert({{"disk/a/another", 3}, {"disk/k/", 4}, {"disk/k/three", 4}});
+    EXPECT_EQ(catalogueOf(m_Store), expected);
     EXPECT_FALSE(report.diskIsNew);
     EXPECT_EQ(report.newFolders, 1u);
     EXPECT_EQ(report.knownFolders, 2u);
@@ -97,31 +79,34 @@ TEST_F(Import, RefusesWhatCannotBeADisk)
 {
     m_Data.makeFile("tree/file");
     m_Data.makeFile("other/file");
+    m_Data.makeFile("data/inside/file");
+    fs::create_directory_symlink("data", m_Data.below("link"));
     import();
     const struct
     {
         centre::ImportOptions options;
         const char* reason;
+        centre::ExitCode code = centre::ExitCode::WrongUse;
     } cases[] = {
-        {{m_Data.below("missing"), "new", "LUMO", ""}, "No such file"},
+        {{m_Data.below("missing"), "new", "LUMO", ""}, "No such file", centre::ExitCode::Failed},
         {{m_Data.below("tree/file"), "new", "LUMO", ""}, "not a folder"},
-        {{m_Data.below("other"), "disk", "LUMO", ""}, "shows"},
-        {{m_Data.below("other"), "new", "NONE", ""}, "no company NONE"},
-        {{m_Data.below("other"), "new", "LUMO", "B9"}, "no box B9"},
+        {{m_Data.below("other"), "disk", "LUMO", ""}, "shows", centre::ExitCode::Failed},
+        {{m_Data.below("other"), "new", "NONE", ""}, "no company NONE", centre::ExitCode::Failed},
+        {{m_Data.below("other"), "new", "LUMO", "B9"}, "no box B9", centre::ExitCode::Failed},
         {{m_Data.below("other"), "", "LUMO", ""}, "must not be empty"},
         {{m_Data.below("other"), "a/b", "LUMO", ""}, "can't be a/b"},
         {{m_Data.below("other"), "n\xff", "LUMO", ""}, "n\\xff"},
+        {{m_Data.path(), "new", "LUMO", ""}, "the data folder"},
+        {{m_Data.path() + "/inside", "new", "LUMO", ""}, "the data folder"},
+        {{m_Data.below("."), "new", "LUMO", ""}, "the data folder"},
+        {{m_Data.below("link"), "new", "LUMO", ""}, "the data folder"},
+        {{"/", "new", "LUMO", ""}, "the data folder"},
     };
-    const auto before = catalogue();
+    const auto before = catalogueOf(m_Store);
     for (const auto& each : cases) {
-        try {
-            centre::importTree(m_Store, each.options, {});
-            ADD_FAILURE() << each.reason;
-        } catch (const centre::Error& error) {
-            EXPECT_THAT(error.what(), HasSubstr(each.reason));
-        }
+        expectError(each.code, each.reason, [&] { centre::importTree(m_Store, each.options, {}); });
     }
-    EXPECT_EQ(catalogue(), before);
+    EXPECT_EQ(catalogueOf(m_Store), before);
 }
 
 TEST_F(Import, ABoxCanBeGivenLater)
