@@ -7,7 +7,6 @@
 #include "tests/centre/CentreSupport.h"
 #include "tests/support/Certificate.h"
 
-#include <SQLiteCpp/SQLiteCpp.h>
 #include <signal.h>
 
 using centre::BoxCatalogue;
@@ -287,7 +286,7 @@ TEST_F(ServedBox, IsFoundWhereverItWasServedLast)
     EXPECT_THAT(moved.readLine(), HasSubstr("read@1=corrupt fired 1 times"));
 }
 
-TEST_F(ServedBox, SendsFilesOverTls)
+TEST_F(ServedBox, AndItsCentreSpeakTlsAlone)
 {
     const Certificate certificate;
     ASSERT_TRUE(certificate.made());
@@ -303,6 +302,12 @@ TEST_F(ServedBox, SendsFilesOverTls)
         return bulkhaul::Download(channelTo(address, data.token(), rootCertificate), root + "/file",
                                   data.below("here"), false, {}, &message, nullptr);
     };
+    const auto askUser = [&](const std::string& rootCertificate) {
+        return ask(*channelTo(centre.address(), data.token(), rootCertificate), "queryUserTableByUserName",
+                   "username: 'demo'");
+    };
+    EXPECT_THAT(askUser(""), HasSubstr("failed: "));
+    EXPECT_THAT(askUser(certificate.certificate()), HasSubstr("result: 0"));
     EXPECT_EQ(fetch(""), bulkhaul::kNoConnection);
     EXPECT_EQ(fetch(certificate.certificate()), bulkhaul::kDone);
     EXPECT_EQ(content(data.below("here")), "content");

@@ -1,7 +1,5 @@
 #include "tests/centre/CentreSupport.h"
 
-#include <gmock/gmock.h>
-
 #include <atomic>
 #include <thread>
 

@@ -1,8 +1,6 @@
 #include "centre/Import.h"
 #include "tests/centre/CentreSupport.h"
 
-#include <SQLiteCpp/SQLiteCpp.h>
-
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::HasSubstr;

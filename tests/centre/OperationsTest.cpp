@@ -2,8 +2,6 @@
 #include "centre/Version.h"
 #include "tests/centre/CentreSupport.h"
 
-#include <SQLiteCpp/SQLiteCpp.h>
-
 #include <set>
 
 namespace {

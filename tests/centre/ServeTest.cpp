@@ -2,9 +2,6 @@
 
 #include "components/hubline/Hubline.h"
 #include "hubline.pb.h"
-#include "tests/support/Certificate.h"
-
-#include <gmock/gmock.h>
 
 #include <atomic>
 #include <thread>
@@ -69,21 +66,6 @@ TEST(Serve, RefusesAnAddressThatOthersCanReachInPlainText)
         options.address = each.address;
         expectError(ExitCode::WrongUse, each.reason, [&] { centre::Centre(data.path(), options); });
     }
-}
-
-TEST(Serve, SpeaksTlsAlone)
-{
-    const Certificate certificate;
-    ASSERT_TRUE(certificate.made());
-    DataFolder data;
-    centre::ServeOptions options;
-    options.tlsCertificate = certificate.certificate();
-    options.tlsKey = certificate.key();
-    centre::Centre centre(data.path(), options);
-    const auto secured = channelTo(centre.address(), data.token(), certificate.certificate());
-    EXPECT_THAT(ask(*secured, kUserQuery, "username: 'demo'"), HasSubstr("result: 0"));
-    const auto plain = channelTo(centre.address(), data.token());
-    EXPECT_THAT(ask(*plain, kUserQuery, "username: 'demo'"), HasSubstr("failed: "));
 }
 
 TEST(Serve, GivesTheFolderFreeWhenItStops)

@@ -2,9 +2,6 @@
 #include "centre/Version.h"
 #include "tests/centre/CentreSupport.h"
 
-#include <SQLiteCpp/SQLiteCpp.h>
-#include <gmock/gmock.h>
-
 #include <sys/stat.h>
 
 using centre::ExitCode;
