@@ -14,7 +14,8 @@ class LUMO_EXPORT CLumoCStringCodec
 {
 public:
     /// Chooses the codec for the whole process; null, the default, is the system code page. The codec
-    /// must stay alive; QTextCodec::codecForName gives such ones.
+    /// must stay alive; QTextCodec::codecForName gives such ones. With any other than the system code page,
+    /// in which records hold their texts, a text of a record that goes back in does not mean the same.
     static void setCodec(QTextCodec* codec);
 
     /// The text as a QString; null gives an empty one.

@@ -112,13 +112,18 @@ public:
     //
     // A place is its kind, an ENUM_DATA_TYPE from disk to file, and its identifier. Local paths may have
     // either kind of separator. `overwrite` replaces what exists at the target; otherwise that is kept.
+    //
+    // Local names are UTF-8. An application whose locale is not calls
+    // QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8")) first, or the folders of a download
+    // are made under other names than its files go to.
 
     /// Sends a local file or folder to a disk (its top folder) or a folder of the catalogue. `extraID` is
     /// handed to the storage box; 0xFFFFFFFF for none.
     bool upload(const QString& localPath, const QPair<int, unsigned int>& dest, unsigned int extraID,
                 bool overwrite, TransferCallback callback);
-    /// Fetches a disk, a folder with all below it, or a file into the local folder. Where convert.cfg says
-    /// how, files are copied from the path under which this machine sees them.
+    /// Fetches a disk, a folder with all below it, or a file into the local folder, which must exist. Where
+    /// convert.cfg says how, files are copied from the path under which this machine sees them. A folder
+    /// below the local folder that is a link to a place outside it is refused, with code 6.
     bool download(const QString& localDir, const QPair<int, unsigned int>& source, bool overwrite,
                   TransferCallback callback);
     /// Fetches the package of a version of a program or a module from the storage box at `address`
@@ -140,6 +145,7 @@ public:
                           int valueA, int valueB, int valueC);
     /// Replaces the content of `packed` by: the number of bytes that follow and the length of the type
     /// name, both 32-bit in network byte order, the full type name, the serialised message. Always true.
+    /// Throws std::length_error, with `packed` unchanged, when that is longer than 2^31 - 1 bytes.
     bool PackProtobufMessage(const google::protobuf::Message* message, QVector<char>& packed);
 
     // Company numbers and national areas

@@ -14,6 +14,8 @@
 #include <QUuid>
 #include <boost/bind.hpp>
 
+#include <algorithm>
+
 #define DOWNLOAD_LOG(function, ...) writeLogLine("LumoDownloadRunnable", function, __LINE__, __VA_ARGS__)
 
 using namespace transferpaths;
@@ -44,12 +46,19 @@ std::string logText(const QString& text)
     return CLumoCStringCodec::toStdString(text);
 }
 
-/// Whether a link, planted in the target folder `root`, makes `path` a place outside it.
-bool leadsOutside(const QString& path, const QString& root)
+/// Whether `path` is `folder` or lies below it; both are canonical.
+bool isWithin(const QString& path, const QString& folder)
 {
-    const QString rootPath = QDir(root).canonicalPath();
-    return !(QFileInfo(path).canonicalFilePath() + QLatin1Char('/'))
-                .startsWith(withoutTrailingSlash(rootPath) + QLatin1Char('/'));
+    return joined(path, QString()).startsWith(joined(folder, QString()));
+}
+
+/// Whether both name one file, which is lost if `target` is removed; a link to it can go.
+bool isSameFile(const QFileInfo& target, const QFileInfo& source)
+{
+    if (target.isSymLink())
+        return target.fileName() == source.fileName() &&
+               target.dir().canonicalPath() == source.dir().canonicalPath();
+    return target.canonicalFilePath() == source.canonicalFilePath();
 }
 
 } // namespace
@@ -177,7 +186,7 @@ void CLumoDownloadRunnable::run()
 
 void CLumoDownloadRunnable::walkCatalogue()
 {
-    if (download(m_LocalDir, m_SourceKind, m_SourceID, m_Overwrite))
+    if (download(localFolder(m_LocalDir), m_SourceKind, m_SourceID, m_Overwrite))
         tell(0, 100);
     else
         DOWNLOAD_LOG(kRun, "download Failed!");
@@ -187,12 +196,13 @@ void CLumoDownloadRunnable::copyConvertedPath()
 {
     m_SourcePath.replace(m_PathPattern, manager().m_ConvertTo);
     const QFileInfo source(m_SourcePath);
+    const QString localDir = localFolder(m_LocalDir);
     int code = 0;
     if (source.isFile()) {
-        if (!copyFile(m_SourcePath, m_LocalDir, m_Name, m_Overwrite))
+        if (!copyFile(m_SourcePath, localDir, m_Name, m_Overwrite))
             code = transfercodes::kFileNotCopied;
     } else if (source.isDir()) {
-        if (!copyDirectory(m_SourcePath, m_LocalDir, m_Name, m_Overwrite))
+        if (!copyDirectory(m_SourcePath, localDir, m_Name, m_Overwrite))
             code = transfercodes::kFolderNotMade;
     } else {
         DOWNLOAD_LOG(kRun, "Copy File Failed : %s!", logText(m_SourcePath).c_str());
@@ -203,14 +213,11 @@ void CLumoDownloadRunnable::copyConvertedPath()
 
 void CLumoDownloadRunnable::downloadPath()
 {
-    if (!m_LocalDir.endsWith(QLatin1Char('/')))
-        m_LocalDir += QLatin1Char('/');
+    const QString target = joined(m_LocalDir, m_Name);
     const boost::function<void(const std::string&, int, int)> progress =
         boost::bind(&downloadCallBack, _1, _2, _3, CLumoCStringCodec::toStdString(m_TaskID), m_Callback);
-    // An empty name, of a path that ends in "/", moves the folder's content into the local folder.
-    const bool safe = m_Name.isEmpty() || isSafeName(m_Name);
-    if (safe && bulkhaul::Download(m_Channel, m_SourcePath.toStdString(), (m_LocalDir + m_Name).toStdString(),
-                                   !m_Overwrite, progress, &m_AuthMsg, nullptr) == 0)
+    if (bulkhaul::Download(m_Channel, m_SourcePath.toStdString(), target.toStdString(), !m_Overwrite,
+                           progress, &m_AuthMsg, nullptr) == 0)
         return;
     tell(transfercodes::kTransferFailed, 0);
     DOWNLOAD_LOG(kRun, "bulkhaul::Download Failed!");
@@ -239,7 +246,7 @@ bool CLumoDownloadRunnable::downloadFile(const QString& localDir, unsigned int i
         fullPath.replace(m_PathPattern, manager().m_ConvertTo);
         return copyFile(fullPath, localDir, name, overwrite) || fail(transfercodes::kFileNotCopied);
     }
-    const QString target = QDir(localDir).filePath(name);
+    const QString target = joined(localDir, name);
     const int result = isSafeName(name)
                            ? bulkhaul::Download(m_Channel, fullPath.toStdString(), target.toStdString(),
                                                 !overwrite, bulkhaul::ProgressFunction(), &m_AuthMsg, nullptr)
@@ -258,7 +265,7 @@ bool CLumoDownloadRunnable::downloadFolder(const QString& localDir, unsigned int
         return fail(transfercodes::kNotInCatalogue);
     }
     const QString name = recordText(folder.folderName);
-    return makeFolder(localDir, name) && downloadFolderContent(id, QDir(localDir).filePath(name), overwrite);
+    return makeFolder(localDir, name) && downloadFolderContent(id, joined(localDir, name), overwrite);
 }
 
 bool CLumoDownloadRunnable::downloadDisk(const QString& localDir, unsigned int id, bool overwrite)
@@ -275,23 +282,23 @@ bool CLumoDownloadRunnable::downloadDisk(const QString& localDir, unsigned int i
                      static_cast<int>(disk.diskID), logText(name).c_str());
         return fail(transfercodes::kNotInCatalogue);
     }
-    return makeFolder(localDir, name) &&
-           downloadFolderContent(rootID, QDir(localDir).filePath(name), overwrite);
+    return makeFolder(localDir, name) && downloadFolderContent(rootID, joined(localDir, name), overwrite);
 }
 
 bool CLumoDownloadRunnable::makeFolder(const QString& localDir, const QString& name)
 {
-    if (haveFolder(QDir(localDir), name))
+    if (haveFolder(localDir, name))
         return true;
     DOWNLOAD_LOG(kDownload, "Dist Dir doesn't exist and mkdir Failed : %s",
-                 logText(QDir(localDir).filePath(name)).c_str());
+                 logText(joined(localDir, name)).c_str());
     return fail(transfercodes::kFolderNotMade);
 }
 
-bool CLumoDownloadRunnable::haveFolder(const QDir& parent, const QString& name) const
+bool CLumoDownloadRunnable::haveFolder(const QString& localDir, const QString& name) const
 {
-    return isSafeName(name) && (parent.exists(name) || parent.mkdir(name)) &&
-           !leadsOutside(parent.filePath(name), m_LocalDir);
+    const QString path = joined(localDir, name);
+    return isSafeName(name) && (QFileInfo::exists(path) || QDir().mkdir(path)) &&
+           isWithin(QFileInfo(path).canonicalFilePath(), QDir(m_LocalDir).canonicalPath());
 }
 
 bool CLumoDownloadRunnable::downloadFolderContent(unsigned int folderID, const QString& localPath,
@@ -314,12 +321,10 @@ bool CLumoDownloadRunnable::downloadFolderContent(unsigned int folderID, const Q
 bool CLumoDownloadRunnable::copyFile(const QString& sourcePath, const QString& destDir, const QString& name,
                                      bool overwrite)
 {
-    const QString target = QDir(destDir).filePath(name);
+    const QString target = joined(destDir, name);
     if (isSafeName(name)) {
         if (QFile::exists(target)) {
-            // The source itself, seen under the local folder, is not to be removed.
-            if (!overwrite ||
-                QFileInfo(target).canonicalFilePath() == QFileInfo(sourcePath).canonicalFilePath())
+            if (!overwrite || isSameFile(QFileInfo(target), QFileInfo(sourcePath)))
                 return true;
             if (!QFile::remove(target)) {
                 DOWNLOAD_LOG(kCopyFile, "Remove File Failed : %s!", logText(target).c_str());
@@ -337,12 +342,12 @@ bool CLumoDownloadRunnable::copyDirectory(const QString& sourcePath, const QStri
                                           const QString& name, bool overwrite)
 {
     const QDir source(sourcePath);
-    const QDir dest(destDir);
-    const QString next = dest.filePath(name);
-    if (!haveFolder(dest, name)) {
+    const QString next = joined(destDir, name);
+    if (neverEnds(source.canonicalPath(), destDir) || !haveFolder(destDir, name)) {
         DOWNLOAD_LOG(kCopyDirectory, "mkdir Failed : %s!", logText(next).c_str());
         return false;
     }
+    m_FoldersUnderWay.append(source.canonicalPath());
     const QFileInfoList entries =
         source.entryInfoList(QDir::Dirs | QDir::Files | QDir::NoDotAndDotDot, QDir::NoSort);
     for (const QFileInfo& entry : entries) {
@@ -351,7 +356,15 @@ bool CLumoDownloadRunnable::copyDirectory(const QString& sourcePath, const QStri
         if (!copied)
             return false;
     }
+    m_FoldersUnderWay.removeLast();
     return true;
+}
+
+bool CLumoDownloadRunnable::neverEnds(const QString& source, const QString& destDir) const
+{
+    return isWithin(QDir(destDir).canonicalPath(), source) ||
+           std::any_of(m_FoldersUnderWay.cbegin(), m_FoldersUnderWay.cend(),
+                       [&](const QString& folder) { return isWithin(folder, source); });
 }
 
 void CLumoDownloadRunnable::tell(int code, int percent) const

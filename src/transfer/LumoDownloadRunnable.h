@@ -4,11 +4,11 @@
 #include "kestaserver.pb.h"
 #include "transfer/TransferCallback.h"
 
-#include <QDir>
 #include <QPair>
 #include <QRegExp>
 #include <QRunnable>
 #include <QString>
+#include <QStringList>
 #include <boost/shared_ptr.hpp>
 
 #include <string>
@@ -58,11 +58,14 @@ private:
     /// haveFolder, whose failure is told to the callback.
     bool makeFolder(const QString& localDir, const QString& name);
     /// Makes the folder unless it exists. False, too, for a name that leads out of the target folder.
-    bool haveFolder(const QDir& parent, const QString& name) const;
+    bool haveFolder(const QString& localDir, const QString& name) const;
 
     bool copyFile(const QString& sourcePath, const QString& destDir, const QString& name, bool overwrite);
     bool copyDirectory(const QString& sourcePath, const QString& destDir, const QString& name,
                        bool overwrite);
+    /// Whether the folder `source`, a canonical path, holds the target or a folder that is being copied: it
+    /// was reached through a link, or the target lies in it.
+    bool neverEnds(const QString& source, const QString& destDir) const;
 
     void tell(int code, int percent) const;
     /// Tells the callback of a failure; gives false.
@@ -81,6 +84,7 @@ private:
     QString m_Name;
     QString m_KestaIP;
     QString m_KestaCode;
+    QStringList m_FoldersUnderWay; ///< canonical paths of the nested folders that copyDirectory is in
     boost::shared_ptr<wirecall::RpcChannel> m_Channel;
 };
 

@@ -9,8 +9,6 @@
 #include "transfer/TransferCodes.h"
 #include "transfer/TransferPaths.h"
 
-#include <QDir>
-#include <QFileInfo>
 #include <QUuid>
 #include <boost/bind.hpp>
 
@@ -98,7 +96,7 @@ void CLumoUploadRunnable::fillAuthMsg()
 
 void CLumoUploadRunnable::run()
 {
-    const QString name = QFileInfo(m_LocalPath).fileName();
+    const QString name = lastName(m_LocalPath);
     m_TaskID = name + QUuid::createUuid().toString();
     tell(0, 0);
     m_Channel = manager().newChannel(m_KestaIP);
@@ -107,7 +105,7 @@ void CLumoUploadRunnable::run()
         return;
     }
     const QString below = m_RelativePath.isEmpty() ? name : m_RelativePath + QLatin1Char('/') + name;
-    const QString target = QDir(m_DestPath).filePath(below);
+    const QString target = joined(m_DestPath, below);
     const boost::function<void(const std::string&, int, int)> progress =
         boost::bind(&uploadCallback, _1, _2, _3, CLumoCStringCodec::toStdString(m_TaskID), m_Callback);
     if (bulkhaul::Upload(m_Channel, target.toStdString(), m_LocalPath.toStdString(), !m_Overwrite, progress,

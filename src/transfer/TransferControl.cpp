@@ -5,6 +5,8 @@
 #include <QtEndian>
 
 #include <cstring>
+#include <limits>
+#include <stdexcept>
 
 using forgeserver::CheckTransferReq;
 using forgeserver::CheckTransferRsp;
@@ -51,8 +53,10 @@ void CLumoDataMgr::TransferProgress(const boost::shared_ptr<wirecall::RpcChannel
 bool CLumoDataMgr::PackProtobufMessage(const google::protobuf::Message* message, QVector<char>& packed)
 {
     const std::string typeName = message->GetTypeName();
-    const std::string body = message->SerializeAsString();
     constexpr std::size_t lengthSize = sizeof(quint32);
+    if (2 * lengthSize + typeName.size() + message->ByteSizeLong() > std::numeric_limits<int>::max())
+        throw std::length_error("PackProtobufMessage: " + typeName + " is too long");
+    const std::string body = message->SerializeAsString();
     const std::size_t following = lengthSize + typeName.size() + body.size();
     packed.resize(static_cast<int>(lengthSize + following));
     char* place = packed.data();

@@ -25,6 +25,19 @@ inline QString lastName(const QString& path)
     return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
 }
 
+/// The place of `name` in the folder `dir`. QDir would take a name that begins with ":" for a path of its
+/// own.
+inline QString joined(const QString& dir, const QString& name)
+{
+    return dir.endsWith(QLatin1Char('/')) ? dir + name : dir + QLatin1Char('/') + name;
+}
+
+/// The local folder as the head of a path; the empty text is the working folder.
+inline QString localFolder(const QString& dir)
+{
+    return dir.isEmpty() ? QString(QLatin1Char('.')) : dir;
+}
+
 /// Whether `name`, which comes from the centre, stays within the folder that it is put into.
 inline bool isSafeName(const QString& name)
 {

@@ -79,7 +79,7 @@ TEST_F(Download, TheWalkTellsItsEndOrOneFailureAndReleasesItsChannel)
         {1, {kFolder, "total: 0", "total: 0"}, 0, "0 0 100", ""}, // an empty folder
         {1, {kFolder, "total: 1", "result: -1", "total: 0"}, 0, "0 0 100", ""},
         {1, {"bean { name: '..' }"}, 0, "0 6 0", noFolder + std::string("DIR/here/..")},
-        {1, {"bean { name: '/tmp/x' }"}, 0, "0 6 0", noFolder + std::string("/tmp/x")},
+        {1, {"bean { name: '/tmp/x' }"}, 0, "0 6 0", noFolder + std::string("DIR/here//tmp/x")},
         {1, {"bean { name: 'link' }"}, 0, "0 6 0", noFolder + std::string("DIR/here/link")},
         {0, {"result: -1"}, 0, "0 10 0", "getDisk Failed,ID(7)"},
         {0, {kDisk, "result: -1"}, 0, "0 10 0", "getFolderID Failed,DiskID(3) ParentID(0) Name(d)"},
@@ -120,8 +120,8 @@ TEST_F(Download, AFoldersFilesComeBeforeItsSubFoldersAndTheFirstFailureEndsTheWa
     for (const char* next :
          {"bean { id: 5 parent_id: 0 disk_id: 3 }", kDisk, kBox, kDisk, "bean { id: 8 }", "total: 2",
           "filetabs { id: 1 } filetabs { id: 2 }", "total: 1", "srctabs { id: 9 }", "full_path: '/r/1'",
-          "full_path: '/q/\xe4\xb8\x80'", "bean { id: 9 name: '\xe4\xb8\x80' }", "total: 2",
-          "filetabs { id: 3 } filetabs { id: 4 }", "total: 0", "full_path: '/r/s/3'"})
+          "full_path: '/q/\xe4\xb8\x80'", "bean { id: 9 name: ':\xe4\xb8\x80' }", "total: 2",
+          "filetabs { id: 3 } filetabs { id: 4 }", "total: 0", "full_path: '/r/s/:3'"})
         answer({next});
     components().results = {0, 0, 209};
     EXPECT_TRUE(manager().download(path("here") + "\\", qMakePair(1, 5u), true, callback()));
@@ -129,45 +129,49 @@ TEST_F(Download, AFoldersFilesComeBeforeItsSubFoldersAndTheFirstFailureEndsTheWa
     const std::string rest = std::string(" replace untold") + kMessage;
     EXPECT_EQ(maskedCalls(), (Lines{kOpen, "download /r/1 DIR/here/d/1" + rest,
                                     "download /q/\xe4\xb8\x80 DIR/here/d/\xe4\xb8\x80" + rest,
-                                    "download /r/s/3 DIR/here/d/\xe4\xb8\x80/3" + rest, kRelease}));
+                                    "download /r/s/:3 DIR/here/d/:\xe4\xb8\x80/:3" + rest, kRelease}));
     EXPECT_EQ(m_Events, (Lines{"0 0 0", "0 209 0"}));
     EXPECT_EQ(m_Channel.calls()[3], "queryDataAddressByID {record_id: 3}") << "walked as the disk";
     EXPECT_EQ(m_TaskIDs[0].substr(0, 2), "d{");
+    EXPECT_TRUE(QFileInfo(path(QString::fromUtf8("here/d/:\xe4\xb8\x80"))).isDir());
 }
 
 TEST_F(Download, APathIsMovedWholeAndTellsWhatTheClientReports)
 {
-    const std::string rest = " keep told {data_class: 1 user_name: \"user\"}";
+    std::set<std::string> taskIDs;
     const struct
     {
         const char* localDir;
         const char* source;
-        const char* call; ///< paths in the call of bulkhaul; null for none
+        bool overwrite;
+        const char* call; ///< of bulkhaul
         int result;
         Lines events;
     } cases[] = {
-        {"here", "/p/q.zip", "/p/q.zip here/q.zip", 0, {"0 0 0", "0 0 37", "0 3 100"}},
-        {"here/", "C:\\\\p\\\\q", "C:/p/q here/q", 0, {"0 0 0", "0 0 37", "0 3 100"}},
-        {"here\\", "q", "q here/q", 5, {"0 0 0", "0 0 37", "0 3 100", "0 999 0"}},
-        {"here", "/p/..", nullptr, 0, {"0 0 0", "0 999 0"}},
+        {"here", "/p/q.zip", false, "/p/q.zip here/q.zip keep", 0, {"0 0 0", "0 0 37", "0 3 100"}},
+        {"here", "/p/q.zip", true, "/p/q.zip here/q.zip replace", 0, {"0 0 0", "0 0 37", "0 3 100"}},
+        {"here/", "C:\\\\p\\\\q", true, "C:/p/q here/q replace", 0, {"0 0 0", "0 0 37", "0 3 100"}},
+        {"here\\", "q", false, "q here/q keep", 5, {"0 0 0", "0 0 37", "0 3 100", "0 999 0"}},
+        {"here", "/p/..", false, "/p/.. here/.. keep", 210, {"0 0 0", "0 0 37", "0 3 100", "0 999 0"}},
     };
     for (const auto& c : cases) {
         answer({std::string("bean { app_full_path: '") + c.source + "' }"});
         components().results = {c.result};
         components().reports = {{0, 37}, {3, 100}};
-        EXPECT_TRUE(manager().downloadBySoftID(c.localDir, "box:1", "s", "1", false, callback()));
+        EXPECT_TRUE(manager().downloadBySoftID(c.localDir, "box:1", "s", "1", c.overwrite, callback()));
         end();
         EXPECT_EQ(m_Events, c.events);
-        EXPECT_EQ(maskedCalls(), c.call ? (Lines{kOpen, std::string("download ") + c.call + rest, kRelease})
-                                        : (Lines{kOpen, kRelease}));
-        Lines lines;
-        for (std::size_t i = 0; c.call && i < 2; ++i)
-            lines.push_back("Upload RPC TaskID : rpc, Inner TaskID : " + masked(m_TaskIDs[0]) +
-                            " Func:downloadCallBack");
+        EXPECT_EQ(
+            maskedCalls(),
+            (Lines{kOpen, std::string("download ") + c.call + " told {data_class: 1 user_name: \"user\"}",
+                   kRelease}));
+        Lines lines(2, "Upload RPC TaskID : rpc, Inner TaskID : " + masked(m_TaskIDs[0]) +
+                           " Func:downloadCallBack");
         if (c.events.back() == "0 999 0")
             lines.push_back("bulkhaul::Download Failed! Func:CLumoDownloadRunnable::run");
         EXPECT_EQ(taskLines("LumoDownloadRunnable"), lines);
         EXPECT_EQ(std::set<std::string>(m_TaskIDs.begin(), m_TaskIDs.end()).size(), 1u);
+        EXPECT_TRUE(taskIDs.insert(m_TaskIDs[0]).second) << "of another transfer";
         again();
     }
 }

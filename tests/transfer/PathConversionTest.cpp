@@ -17,10 +17,10 @@ protected:
 
     /// Downloads a path of a box; "client" when the bulk transfer client was to move it, else what is in
     /// the file of that name here.
-    QByteArray download(const char* source)
+    QByteArray download(const char* source, bool overwrite = true)
     {
         answer({std::string("bean { app_full_path: '") + source + "' }"});
-        EXPECT_TRUE(manager().downloadBySoftID("./", "box:1", "s", "1", true, callback()));
+        EXPECT_TRUE(manager().downloadBySoftID("./", "box:1", "s", "1", overwrite, callback()));
         end();
         return components().calls.size() > 2 ? "client" : read("here/f");
     }
@@ -65,30 +65,69 @@ TEST_F(PathConversion, FollowsTheFileOfTheWorkingFolderElseOfTheOneAbove)
 
 TEST_F(PathConversion, APathIsCopiedAndTellsItsEndOrOneFailure)
 {
-    write("box/f", "file");
-    write("box/g/h/i", "deep");
     write("here/convert.cfg", settings("/srv", "box"));
-    write("here/f", "old");
-    EXPECT_EQ(download("/srv/f"), "file");
-    EXPECT_EQ(m_Events, (Lines{"0 0 0", "0 0 100"}));
-    again();
-    download("C:\\\\x"); // the pattern does not match
-    EXPECT_EQ(m_Events, (Lines{"0 0 0", "0 8 0"}));
-    EXPECT_EQ(taskLines("LumoDownloadRunnable"), Lines{"Copy File Failed : C:/x!" + std::string(kRun)});
-    EXPECT_EQ(components().calls, (Lines{"open box:1 t0ken", "release box:1"}));
-    again();
-    download("/srv/g");
-    EXPECT_EQ(m_Events, (Lines{"0 0 0", "0 0 100"}));
-    EXPECT_EQ(read("here/g/h/i"), "deep");
-    EXPECT_EQ(components().calls, (Lines{"open box:1 t0ken", "release box:1"}));
-    again();
-    QDir(path("here/g/h")).removeRecursively();
-    write("here/g/h", "a file where the folder is to be");
-    download("/srv/g");
-    EXPECT_EQ(m_Events, (Lines{"0 0 0", "0 6 0"}));
-    EXPECT_EQ(taskLines("LumoDownloadRunnable"),
-              Lines{"Copy File Failed : ./g/h/i! Func:CLumoDownloadRunnable::copyFile"});
-    again();
+    for (const char* name : {"f", ":f", "linked", "g/h/i", "g/:h/:i", "dir", "file/i", "out/i", "a/i", "b/i"})
+        write("box/" + QString(name), "new");
+    for (const char* name : {"old", "file", "dir/i"})
+        write("here/" + QString(name), "old");
+    write("box/old", "new");
+    const struct
+    {
+        const char* target;
+        const char* link;
+    } links[] = {{"../box/linked", "here/linked"},
+                 {"..", "here/out"},
+                 {"..", "box/above"},
+                 {".", "box/b/self"},
+                 {"../b", "box/a/b"},
+                 {"../a", "box/b/a"}};
+    for (const auto& link : links)
+        ASSERT_TRUE(QFile::link(link.target, path(link.link)));
+    const char copyFile[] = " Func:CLumoDownloadRunnable::copyFile";
+    const char copyDirectory[] = " Func:CLumoDownloadRunnable::copyDirectory";
+    const struct
+    {
+        const char* source;
+        bool overwrite;
+        const char* event; ///< behind the start
+        std::string line;  ///< of a failure
+        const char* file;  ///< here
+        const char* content;
+    } cases[] = {
+        {"/srv/f", true, "0 0 100", "", "f", "new"},
+        {"/srv/:f", true, "0 0 100", "", ":f", "new"},
+        {"/srv/old", false, "0 0 100", "", "old", "old"},
+        {"/srv/old", true, "0 0 100", "", "old", "new"},
+        {"/srv/linked", true, "0 0 100", "", "linked", "new"},
+        {"/srv/dir", true, "0 8 0", "Remove File Failed : ./dir!" + std::string(copyFile), "dir/i", "old"},
+        {"C:\\\\x", true, "0 8 0", "Copy File Failed : C:/x!" + std::string(kRun), "x", "none"},
+        {"/srv/g", true, "0 0 100", "", "g/h/i", "new"},
+        {"/srv/g", true, "0 0 100", "", "g/:h/:i", "new"},
+        {"/srv/file", true, "0 6 0", "Copy File Failed : ./file/i!" + std::string(copyFile), "file", "old"},
+        {"/srv/out", true, "0 6 0", "mkdir Failed : ./out!" + std::string(copyDirectory), "../i", "none"},
+        {"/srv/..", true, "0 6 0", "mkdir Failed : ./..!" + std::string(copyDirectory), "../i", "none"},
+        {"/srv/above", true, "0 6 0", "mkdir Failed : ./above!" + std::string(copyDirectory), "above",
+         "none"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.source);
+        download(c.source, c.overwrite);
+        EXPECT_EQ(m_Events, (Lines{"0 0 0", c.event}));
+        EXPECT_EQ(taskLines("LumoDownloadRunnable"), c.line.empty() ? Lines() : Lines{c.line});
+        EXPECT_EQ(components().calls, (Lines{"open box:1 t0ken", "release box:1"}));
+        EXPECT_EQ(read("here/" + QString(c.file)), c.content);
+        again();
+    }
+    EXPECT_FALSE(QFileInfo(path("here/linked")).isSymLink()) << "the link is replaced, not its target";
+    for (const char* source : {"/srv/a", "/srv/b"}) { // links that lead in circles
+        download(source);
+        EXPECT_EQ(m_Events, (Lines{"0 0 0", "0 6 0"}));
+        ASSERT_EQ(taskLines("LumoDownloadRunnable").size(), 1u);
+        EXPECT_TRUE(std::regex_match(taskLines("LumoDownloadRunnable")[0],
+                                     std::regex("mkdir Failed : (./a/b/a|./a/b/self|./b/a/b|./b/self)! .*")))
+            << taskLines("LumoDownloadRunnable")[0];
+        again();
+    }
     components().opened.reset();
     download("/srv/f");
     EXPECT_EQ(m_Events, (Lines{"0 0 0", "0 101 0"}));
@@ -99,6 +138,7 @@ TEST_F(PathConversion, AFileOfTheCatalogueIsCopiedAndKeptOrReplacedAsAsked)
     write("box/f", "new");
     write("here/convert.cfg", settings("/srv", "box"));
     QDir(path("here")).mkdir("d");
+    QFile::link("f", path("box/link"));
     const char copyFile[] = "Func:CLumoDownloadRunnable::copyFile";
     const struct
     {
@@ -114,6 +154,7 @@ TEST_F(PathConversion, AFileOfTheCatalogueIsCopiedAndKeptOrReplacedAsAsked)
         {"/srv/f", ".", false, "old", "0 0 100", "", "old"},
         {"/srv/f", ".", true, "old", "0 0 100", "", "new"},
         {"/srv/f", "../box", true, nullptr, "0 0 100", "", "none"}, // onto itself
+        {"/srv/link", "../box", true, nullptr, "0 0 100", "", "none"},
         {"/srv/gone", ".", true, nullptr, "0 8 0", "Copy File Failed : ./gone! ", "none"},
         {"/srv/d", ".", true, nullptr, "0 8 0", "Remove File Failed : ./d! ", "none"},
         {"/srv/..", ".", false, nullptr, "0 8 0", "Copy File Failed : ./..! ", "none"},
@@ -133,7 +174,7 @@ TEST_F(PathConversion, AFileOfTheCatalogueIsCopiedAndKeptOrReplacedAsAsked)
                                  : (Lines{c.line + copyFile, "download Failed!" + std::string(kRun)}));
         EXPECT_EQ(components().calls, (Lines{"open box:1 t0ken", "release box:1"}));
         EXPECT_EQ(read("here/f"), c.target);
-        EXPECT_EQ(read("box/f"), "new");
+        EXPECT_EQ(read("box/link"), "new"); // by way of the file
         again();
     }
 }

@@ -10,6 +10,19 @@ namespace {
 
 typedef std::vector<std::string> Lines;
 
+/// Of a size that nothing can hold.
+class HugeMessage : public google::protobuf::Message
+{
+public:
+    std::size_t ByteSizeLong() const override { return 0x7FFFFFFF; }
+    int GetCachedSize() const override { return 0x7FFFFFFF; }
+    google::protobuf::Message* New(google::protobuf::Arena*) const override { return nullptr; }
+    google::protobuf::Metadata GetMetadata() const override
+    {
+        return kestaserver::DownloadAuthMsg().GetMetadata();
+    }
+};
+
 class TransferControl : public ::testing::Test
 {
 protected:
@@ -47,6 +60,10 @@ TEST_F(TransferControl, APackedMessageIsItsLengthsItsTypeNameAndItsBody)
     message->GetReflection()->SetInt32(message.get(), descriptor->field(0), 1);
     EXPECT_EQ(packed(*message).toHex(), "00000009000000034162630801");
     EXPECT_EQ(packed(kestaserver::DownloadAuthMsg()).mid(8), "kestaserver.DownloadAuthMsg");
+    const HugeMessage huge;
+    QVector<char> kept(1, 'x');
+    EXPECT_THROW(m_Manager.PackProtobufMessage(&huge, kept), std::length_error);
+    EXPECT_EQ(kept, QVector<char>(1, 'x'));
 }
 
 TEST_F(TransferControl, AsksAndTellsOnTheChannelOfTheHost)

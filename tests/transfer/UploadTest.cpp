@@ -43,6 +43,7 @@ TEST_F(Upload, OneCallMovesTheWholePathAndTellsWhatTheClientReports)
 {
     const Lines toFolder = {"full_path: 'C:\\\\r\\\\' kesta_code: 'K1'", kBox};
     const Lines toDisk = {kDisk, "bean { id: 8 }", kBox};
+    const Lines toRoot = {"bean { id: 3 name: 'd' kesta_code: 'K1' root_path: '/' }", "bean { id: 8 }", kBox};
     const Lines reported = {"1 0 0", "1 0 5", "1 7 100"};
     const struct
     {
@@ -58,6 +59,8 @@ TEST_F(Upload, OneCallMovesTheWholePathAndTellsWhatTheClientReports)
     } cases[] = {
         {toFolder, 1, "a\\b.tif", "b.tif", 0, "C:/r/b.tif a/b.tif", "folder_id: 7 extra_id: 0", 0, reported},
         {toFolder, 1, "a/b/", "b", 0xFFFFFFFF, "C:/r/b a/b", "folder_id: 7", 0, reported},
+        {toFolder, 1, "a/:b", ":b", 0, "C:/r/:b a/:b", "folder_id: 7 extra_id: 0", 0, reported},
+        {toRoot, 0, "a/b", "b", 0, "/b a/b", "folder_id: 8 extra_id: 0", 0, reported},
         {toDisk,
          0,
          "\xe4\xb8\x80",
