@@ -7,6 +7,7 @@
 #include "centre/Text.h"
 #include "centre/Token.h"
 #include "centre/Version.h"
+#include "components/bulkhaul/Bulkhaul.h"
 
 #include <CLI/CLI.hpp>
 
@@ -180,6 +181,7 @@ ExitCode serve(const Arguments& arguments)
 {
     const StopSignals stopSignals;
     raiseDescriptorLimit();
+    bulkhaul::keepFreedMemory();
     centre::ServeOptions options = arguments.serve;
     for (const std::string& box : arguments.boxes)
         options.boxes.push_back(parseBox(box));
@@ -197,6 +199,7 @@ ExitCode serveBox(const Arguments& arguments)
 {
     const StopSignals stopSignals;
     raiseDescriptorLimit();
+    bulkhaul::keepFreedMemory();
     centre::Faults faults;
     centre::addFaults(faults, arguments.serve.faults, centre::Box::services());
     centre::ListenOptions listen = arguments.serve;

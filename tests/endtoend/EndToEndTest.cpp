@@ -74,7 +74,7 @@ protected:
             INIT_SUCCESS);
     }
 
-    std::string below(const std::string& name) const { return m_Folder.filePath("").toStdString() + name; }
+    std::string below(const std::string& name) const { return m_Folder.path().toStdString() + "/" + name; }
 
     /// Runs the program that ends while work is under way; it must end cleanly.
     void endingProgram(const QStringList& arguments)

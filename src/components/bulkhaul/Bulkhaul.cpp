@@ -7,6 +7,8 @@
 #include <boost/uuid/random_generator.hpp>
 #include <boost/uuid/uuid_io.hpp>
 
+#include <malloc.h>
+
 #include <algorithm>
 #include <atomic>
 
@@ -108,6 +110,14 @@ void EndBulkhaul()
 void setStallLimit(long long milliseconds)
 {
     client().stallLimit = std::max(1LL, milliseconds);
+}
+
+void keepFreedMemory()
+{
+    constexpr int kKept = 8 * 1024 * 1024; // bytes of each arena
+    ::mallopt(M_TRIM_THRESHOLD, kKept);
+    ::mallopt(M_MMAP_THRESHOLD, 2 * kKept);
+    ::mallopt(M_ARENA_MAX, 4);
 }
 
 int Download(const boost::shared_ptr<wirecall::RpcChannel>& channel, const std::string& boxPath,

@@ -68,6 +68,11 @@ LUMO_EXPORT void EndBulkhaul();
 /// 1; 60000 unless set. For transfers that begin afterwards. Safe from any thread.
 LUMO_EXPORT void setStallLimit(long long milliseconds);
 
+/// Lets the C library keep some of the memory that chunks free, instead of giving it back to the system each
+/// time: transfers were measured a quarter to a third faster. It is for the whole process, so it is for
+/// programs to call, at their start; the client itself never does.
+LUMO_EXPORT void keepFreedMemory();
+
 /// Moves the file or folder `boxPath` of the storage box behind `channel` to `localPath`, a folder with all
 /// that lies below it, and returns when that has ended. Paths are UTF-8 with "/". With `keepExisting` a
 /// file that exists at the target counts as done; otherwise it is replaced.

@@ -181,6 +181,7 @@ grpc::ChannelArguments channelArguments()
     arguments.SetInt(GRPC_ARG_HTTP2_MAX_PINGS_WITHOUT_DATA, 0); // no limit: an answer may take hours
     arguments.SetInt(GRPC_ARG_HTTP2_BDP_PROBE, 0);
     arguments.SetInt(GRPC_ARG_HTTP2_STREAM_LOOKAHEAD_BYTES, kFlowControlWindow);
+    arguments.SetInt(GRPC_ARG_HTTP2_MAX_FRAME_SIZE, kLargestFrame);
     arguments.SetInt(GRPC_ARG_INITIAL_RECONNECT_BACKOFF_MS, 200);
     arguments.SetInt(GRPC_ARG_MAX_RECONNECT_BACKOFF_MS, 5000);
     // Nothing is retried, and no environment variable leads a call elsewhere.

@@ -100,6 +100,7 @@ bool RpcServer::start(const Options& options, std::string& error)
     builder.AddChannelArgument(GRPC_ARG_ALLOW_REUSEPORT, 0);
     builder.AddChannelArgument(GRPC_ARG_HTTP2_BDP_PROBE, 0);
     builder.AddChannelArgument(GRPC_ARG_HTTP2_STREAM_LOOKAHEAD_BYTES, kFlowControlWindow);
+    builder.AddChannelArgument(GRPC_ARG_HTTP2_MAX_FRAME_SIZE, kLargestFrame);
     builder.AddChannelArgument(GRPC_ARG_HTTP2_MIN_RECV_PING_INTERVAL_WITHOUT_DATA_MS, kShortestPingInterval);
     m_Impl->queue = builder.AddCompletionQueue();
     m_Impl->server = builder.BuildAndStart();

@@ -10,6 +10,9 @@ constexpr int kLargestMessage = 256 * 1024 * 1024;
 /// measured to hold an answer of 40 MiB for 10 s.
 constexpr int kFlowControlWindow = 8 * 1024 * 1024;
 
+/// A frame of HTTP/2, in bytes: the default of 16 KiB makes much of little where chunks of files move.
+constexpr int kLargestFrame = 1024 * 1024;
+
 } // namespace wirecall
 
 #endif
