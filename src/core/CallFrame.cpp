@@ -22,6 +22,12 @@ CallFrame::CallFrame(const CLumoDataMgr& manager, const char* method, const char
     LUMO_LOG(m_Function.c_str(), "Enter Function : %s", m_LoggedName);
 }
 
+ENUM_RET_TYPE CallFrame::refusedBeforehand(const char* message)
+{
+    LUMO_LOG(m_Function.c_str(), "%s", message);
+    return leave(RET_FAILED);
+}
+
 bool CallFrame::failed(const char* operation)
 {
     LUMO_LOG(m_Function.c_str(), "%s Error : %s", operation, m_Controller.ErrorText().c_str());

@@ -128,30 +128,43 @@ public:
                        const google::protobuf::RepeatedPtrField<Bean>& (Response::*beans)() const,
                        void (*convert)(const Bean&, Record&), QList<Record>& records)
     {
-        return judged(rpc, request, [&](const Response& response) {
-            Record record = Record();
-            append((response.*beans)(), convert, record, records);
-        });
+        return judged(rpc, request, appendTo(records, beans, convert));
     }
 
-    /// A list that may be long: its total, then pages. A page that fails empties `records`.
-    template <class Stub, class Request, class Response, class Bean, class Record>
+    /// A list in one call, which `append` takes. An answer that is no success empties `records`.
+    template <class Stub, class Request, class Response, class Append, class Record>
+    ENUM_RET_TYPE listOrNothing(const Rpc<Stub, Request, Response>& rpc, const Request& request,
+                                Append append, QList<Record>& records)
+    {
+        Response response;
+        if (!call(rpc, request, response))
+            return RET_FAILED;
+        const ENUM_RET_TYPE verdict = judge(rpc.name, response.result());
+        if (verdict != RET_SUCCESS) {
+            records.clear();
+            return verdict;
+        }
+        append(response);
+        return leave(RET_SUCCESS);
+    }
+
+    /// A list that may be long: its total, then pages. `append` takes a page and returns the number of its
+    /// records. A page that fails empties `records`.
+    template <class Stub, class Request, class Response, class Append, class Record>
     ENUM_RET_TYPE pages(const Rpc<Stub, Request, Response>& totalRpc,
-                        const Rpc<Stub, Request, Response>& pageRpc, Request& request,
-                        const google::protobuf::RepeatedPtrField<Bean>& (Response::*beans)() const,
-                        void (*convert)(const Bean&, Record&), QList<Record>& records)
+                        const Rpc<Stub, Request, Response>& pageRpc, Request& request, Append append,
+                        QList<Record>& records)
     {
         Response response;
         if (!callAndAccept(totalRpc, request, response))
             return RET_FAILED;
         m_Controller.Reset();
         const int total = response.total();
-        Record record = Record();
         request.set_page_size(kPageSize);
         for (int received = 0; received < total;) {
             request.set_page_start(received);
             ENUM_RET_TYPE verdict = callAndJudge(pageRpc, request, response);
-            const int size = (response.*beans)().size();
+            const int size = verdict == RET_SUCCESS ? append(response) : 0;
             if (verdict == RET_SUCCESS && size == 0)
                 verdict = refused(pageRpc.name); // asking again would never end
             if (verdict != RET_SUCCESS) {
@@ -159,10 +172,18 @@ public:
                 return verdict;
             }
             m_Controller.Reset();
-            append((response.*beans)(), convert, record, records);
             received += size;
         }
         return leave(RET_SUCCESS);
+    }
+
+    template <class Stub, class Request, class Response, class Bean, class Record>
+    ENUM_RET_TYPE pages(const Rpc<Stub, Request, Response>& totalRpc,
+                        const Rpc<Stub, Request, Response>& pageRpc, Request& request,
+                        const google::protobuf::RepeatedPtrField<Bean>& (Response::*beans)() const,
+                        void (*convert)(const Bean&, Record&), QList<Record>& records)
+    {
+        return pages(totalRpc, pageRpc, request, appendTo(records, beans, convert), records);
     }
 
     /// The identifier of the answer's bean; any other result than 0 is a failure, 0xFFFFFFFF.
@@ -195,6 +216,15 @@ public:
         return path;
     }
 
+    /// For a method that ends without a call: RET_FAILED after the log line `message`, or `value`.
+    ENUM_RET_TYPE refusedBeforehand(const char* message);
+    template <class Value>
+    Value leave(Value value)
+    {
+        writeLeave();
+        return value;
+    }
+
 private:
     static constexpr unsigned int kNoIdentifier = 0xFFFFFFFF;
     static constexpr int kPageSize = 10000;
@@ -222,22 +252,20 @@ private:
         return call(rpc, request, response) && (response.result() == 0 || refused(rpc.name) == RET_SUCCESS);
     }
 
-    /// `record` is one for the whole query: a text that does not fit leaves its predecessor's there.
-    template <class Bean, class Record>
-    static void append(const google::protobuf::RepeatedPtrField<Bean>& beans,
-                       void (*convert)(const Bean&, Record&), Record& record, QList<Record>& records)
+    /// Appends the records of answers, by way of one record for the whole query: a text that does not fit
+    /// leaves its predecessor's there.
+    template <class Response, class Bean, class Record>
+    static auto appendTo(QList<Record>& records,
+                         const google::protobuf::RepeatedPtrField<Bean>& (Response::*beans)() const,
+                         void (*convert)(const Bean&, Record&))
     {
-        for (const Bean& bean : beans) {
-            convert(bean, record);
-            records.append(record);
-        }
-    }
-
-    template <class Value>
-    Value leave(Value value)
-    {
-        writeLeave();
-        return value;
+        return [&records, beans, convert, record = Record()](const Response& response) mutable {
+            for (const Bean& bean : (response.*beans)()) {
+                convert(bean, record);
+                records.append(record);
+            }
+            return (response.*beans)().size();
+        };
     }
 
     wirecall::RpcChannel* channelOf(ledgerserver::LedgerServices_Stub*) const { return m_LedgerChannel; }

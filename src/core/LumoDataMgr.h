@@ -1,6 +1,8 @@
 #ifndef LUMO_CORE_LUMODATAMGR_H
 #define LUMO_CORE_LUMODATAMGR_H
 
+#include "catalog/ImageData.h"
+#include "catalog/QueryCondition.h"
 #include "catalog/StorageRecords.h"
 #include "components/platform/Export.h"
 #include "core/LumoDataTypes.h"
@@ -27,6 +29,17 @@ class RpcChannel;
 
 namespace ledgerserver {
 class DataAddressBean;
+class DataSrcAdsBean;
+class DataSrcBean;
+class DataSrcControlBean;
+class DataSrcControlInfoBean;
+class DataSrcDemBean;
+class DataSrcDlgBean;
+class DataSrcDomBean;
+class DataSrcDsmBean;
+class DataSrcPhotoBean;
+class DataSrcSatBean;
+class DataSrcTypeBean;
 class FileTableBean;
 class SrcTableBean;
 class VersionTableBean;
@@ -37,6 +50,9 @@ namespace protobuf {
 class Message;
 }
 } // namespace google
+
+template <class Record>
+struct RecordKind;
 
 /// The client of a geospatial data centre, and the only way into this library.
 ///
@@ -102,6 +118,105 @@ public:
     /// Paged.
     ENUM_RET_TYPE getFileByDataAndComment(unsigned int dataID, unsigned int commentID,
                                           QList<tagFileTable>& files);
+
+    // Data projects and types
+    //
+    // `dataId` is the key of a data project. A paged query (so marked) works as told above.
+
+    ENUM_RET_TYPE getData(unsigned int dataId, tagDataTable& data);
+    /// The project of that name of the caller's company.
+    ENUM_RET_TYPE getData(const QString& name, tagDataTable& data);
+    /// The projects of the caller's company. Paged.
+    ENUM_RET_TYPE getData(QList<tagDataTable>& data);
+    ENUM_RET_TYPE getData(QList<tagImageData>& data);
+    ENUM_RET_TYPE getDataType(unsigned int typeId, tagTypeTable& type);
+    /// The type of that name in a project.
+    ENUM_RET_TYPE getDataType(unsigned int dataId, const QString& name, tagTypeTable& type);
+    ENUM_RET_TYPE getDataTypeByDataID(unsigned int dataId, QList<tagTypeTable>& types);
+    ENUM_RET_TYPE getDataTypeByDataID(unsigned int dataId, QList<tagImageData>& types);
+
+    // Images, products and control data
+    //
+    // The queries by type and by project are paged. Those by project and mark come in one call, and empty
+    // their list when the centre answers with an error or with nothing. Records come in the centre's order.
+
+    // Frame photographs
+
+    ENUM_RET_TYPE getKFImage(unsigned int id, tagKFImageTable& record);
+    ENUM_RET_TYPE getKFImageByTypeID(unsigned int typeId, QList<tagKFImageTable>& records);
+    ENUM_RET_TYPE getKFImageByTypeID(unsigned int typeId, QList<tagImageData>& images);
+    ENUM_RET_TYPE getKFImageByDataID(unsigned int dataId, QList<tagKFImageTable>& records);
+    ENUM_RET_TYPE getKFImageByDataAndMark(unsigned int dataId, unsigned int mark,
+                                          QList<tagKFImageTable>& records);
+
+    // Satellite images
+
+    ENUM_RET_TYPE getSatImage(unsigned int id, tagSatTable& record);
+    ENUM_RET_TYPE getSatImageByTypeID(unsigned int typeId, QList<tagSatTable>& records);
+    ENUM_RET_TYPE getSatImageByTypeID(unsigned int typeId, QList<tagImageData>& images);
+    ENUM_RET_TYPE getSatImageByDataID(unsigned int dataId, QList<tagSatTable>& records);
+    ENUM_RET_TYPE getSatByDataAndMark(unsigned int dataId, unsigned int mark, QList<tagSatTable>& records);
+
+    // Airborne three-line images
+
+    ENUM_RET_TYPE getAdsImage(unsigned int id, tagAdsTable& record);
+    ENUM_RET_TYPE getAdsImageByTypeID(unsigned int typeId, QList<tagAdsTable>& records);
+    ENUM_RET_TYPE getAdsImageByTypeID(unsigned int typeId, QList<tagImageData>& images);
+    ENUM_RET_TYPE getAdsImageByDataID(unsigned int dataId, QList<tagAdsTable>& records);
+    ENUM_RET_TYPE getAdsByDataAndMark(unsigned int dataId, unsigned int mark, QList<tagAdsTable>& records);
+
+    // Control files and points
+
+    ENUM_RET_TYPE getCtrlFile(unsigned int id, tagCtrlFileTable& record);
+    ENUM_RET_TYPE getCtrlFileByTypeID(unsigned int typeId, QList<tagCtrlFileTable>& records);
+    ENUM_RET_TYPE getCtrlFileByDataID(unsigned int dataId, QList<tagCtrlFileTable>& records);
+    ENUM_RET_TYPE getCtrlPoint(unsigned int id, tagCtrlPointTable& point);
+    /// The points of a control file. Paged.
+    ENUM_RET_TYPE getCtrlPoint(unsigned int dqConID, QList<tagCtrlPointTable>& points);
+
+    // Digital elevation models
+
+    ENUM_RET_TYPE getDem(unsigned int id, tagDemTable& record);
+    ENUM_RET_TYPE getDemByTypeID(unsigned int typeId, QList<tagDemTable>& records);
+    ENUM_RET_TYPE getDemByTypeID(unsigned int typeId, QList<tagImageData>& images);
+    ENUM_RET_TYPE getDemByDataID(unsigned int dataId, QList<tagDemTable>& records);
+    ENUM_RET_TYPE getDemByDataAndMark(unsigned int dataId, unsigned int mark, QList<tagDemTable>& records);
+
+    // Digital surface models
+
+    ENUM_RET_TYPE getDsm(unsigned int id, tagDsmTable& record);
+    ENUM_RET_TYPE getDsmByTypeID(unsigned int typeId, QList<tagDsmTable>& records);
+    ENUM_RET_TYPE getDsmByTypeID(unsigned int typeId, QList<tagImageData>& images);
+    ENUM_RET_TYPE getDsmByDataID(unsigned int dataId, QList<tagDsmTable>& records);
+    ENUM_RET_TYPE getDsmByDataAndMark(unsigned int dataId, unsigned int mark, QList<tagDsmTable>& records);
+
+    // Orthophotos
+
+    ENUM_RET_TYPE getDom(unsigned int id, tagDomTable& record);
+    ENUM_RET_TYPE getDomByTypeID(unsigned int typeId, QList<tagDomTable>& records);
+    ENUM_RET_TYPE getDomByTypeID(unsigned int typeId, QList<tagImageData>& images);
+    ENUM_RET_TYPE getDomByDataID(unsigned int dataId, QList<tagDomTable>& records);
+    ENUM_RET_TYPE getDomByDataAndMark(unsigned int dataId, unsigned int mark, QList<tagDomTable>& records);
+
+    // Line maps
+
+    ENUM_RET_TYPE getDlg(unsigned int id, tagDlgTable& record);
+    ENUM_RET_TYPE getDlgByTypeID(unsigned int typeId, QList<tagDlgTable>& records);
+    ENUM_RET_TYPE getDlgByTypeID(unsigned int typeId, QList<tagImageData>& images);
+    ENUM_RET_TYPE getDlgByDataID(unsigned int dataId, QList<tagDlgTable>& records);
+    ENUM_RET_TYPE getDlgByDataAndMark(unsigned int dataId, unsigned int mark, QList<tagDlgTable>& records);
+
+    // Search
+
+    /// The types of the caller's company that the condition fits.
+    ENUM_RET_TYPE searchDataType(const tagQueryCondition& condition, QList<tagTypeTable>& types);
+    /// The images or products of a type that the condition fits; control points of a type of these. A name
+    /// in the condition must be the type's, or nothing is asked. A type whose name decides no kind has none.
+    ENUM_RET_TYPE searchByDataType(const tagTypeTable& type, const tagQueryCondition& condition,
+                                   QList<tagImageData>& images);
+    /// All images or products of a type, paged; the names of product types in capitals. Knows no control
+    /// points.
+    ENUM_RET_TYPE getImageByType(const tagTypeTable& type, QList<tagImageData>& images);
 
     // Transfers
     //
@@ -193,6 +308,20 @@ protected:
     static void getDiskFromBean(const ledgerserver::DataAddressBean& bean, tagDiskTable& disk);
     static void getFolderFromBean(const ledgerserver::SrcTableBean& bean, tagFolderTable& folder);
     static void getFileFromBean(const ledgerserver::FileTableBean& bean, tagFileTable& file);
+    static void getDataFromBean(const ledgerserver::DataSrcBean& bean, tagDataTable& data);
+    static void getDataTypeFromBean(const ledgerserver::DataSrcTypeBean& bean, tagTypeTable& type);
+    static void getKFImageDataFromBean(const ledgerserver::DataSrcPhotoBean& bean, tagKFImageTable& image);
+    static void getSatImageDataFromBean(const ledgerserver::DataSrcSatBean& bean, tagSatTable& image);
+    static void getAdsImageDataFromBean(const ledgerserver::DataSrcAdsBean& bean, tagAdsTable& image);
+    static void getCtrlFileDataFromBean(const ledgerserver::DataSrcControlBean& bean, tagCtrlFileTable& file);
+    /// `ctrlFile` is stored in the point.
+    static void getCtrlPointDataFromBean(const ledgerserver::DataSrcControlInfoBean& bean,
+                                         tagCtrlPointTable& point,
+                                         const tagCtrlFileTable* ctrlFile = nullptr);
+    static void getDemDataFromBean(const ledgerserver::DataSrcDemBean& bean, tagDemTable& dem);
+    static void getDsmDataFromBean(const ledgerserver::DataSrcDsmBean& bean, tagDsmTable& dsm);
+    static void getDomDataFromBean(const ledgerserver::DataSrcDomBean& bean, tagDomTable& dom);
+    static void getDlgDataFromBean(const ledgerserver::DataSrcDlgBean& bean, tagDlgTable& dlg);
     /// An absent text leaves its member as it was.
     static void getVersionInfoFromBean(const ledgerserver::VersionTableBean& bean, tagVersionInfo& info);
 
@@ -207,6 +336,8 @@ private:
     };
 
     friend class CallFrame;
+    template <class Record>
+    friend struct RecordKind;
     friend class CLumoDownloadRunnable;
     friend class CLumoUploadRunnable;
 

@@ -3,9 +3,9 @@
 #include "components/bulkhaul/Bulkhaul.h"
 #include "components/hubline/Hubline.h"
 #include "core/CStringCodec.h"
+#include "core/GbkTexts.h"
 #include "core/LogLine.h"
 #include "core/LumoDataMgr.h"
-#include "transfer/LogTexts.h"
 #include "transfer/TransferCodes.h"
 #include "transfer/TransferPaths.h"
 
@@ -104,12 +104,12 @@ bool CLumoDownloadRunnable::fetchDownloadInformation(const QString& localDir,
             return false;
         break;
     default:
-        DOWNLOAD_LOG(kFetch, logtexts::kSourceWrong);
+        DOWNLOAD_LOG(kFetch, gbktexts::kSourceWrong);
         return false;
     }
     m_KestaIP = manager().getKestaIP(m_KestaCode);
     if (m_KestaIP.isEmpty()) {
-        DOWNLOAD_LOG(kFetch, logtexts::kBoxNotFound, logText(m_KestaCode).c_str());
+        DOWNLOAD_LOG(kFetch, gbktexts::kBoxNotFound, logText(m_KestaCode).c_str());
         return false;
     }
     m_LocalDir = withSlashes(localDir);
@@ -124,7 +124,7 @@ bool CLumoDownloadRunnable::findFile(unsigned int id)
     if (manager().getFile(id, file) == RET_SUCCESS)
         m_SourcePath = manager().getFileFullPath(id, m_KestaCode);
     if (m_SourcePath.isEmpty()) {
-        DOWNLOAD_LOG(kFetch, logtexts::kSourceNotFound, "File", static_cast<int>(id));
+        DOWNLOAD_LOG(kFetch, gbktexts::kSourceNotFound, "File", static_cast<int>(id));
         return false;
     }
     m_Name = recordText(file.fileName);
@@ -142,7 +142,7 @@ bool CLumoDownloadRunnable::findFolder(unsigned int id)
     if (found)
         m_SourcePath = manager().getFolderFullPath(id, m_KestaCode);
     if (m_SourcePath.isEmpty()) {
-        DOWNLOAD_LOG(kFetch, logtexts::kSourceNotFound, "Folder", static_cast<int>(id));
+        DOWNLOAD_LOG(kFetch, gbktexts::kSourceNotFound, "Folder", static_cast<int>(id));
         return false;
     }
     m_Name = recordText(folder.folderName);
@@ -155,7 +155,7 @@ bool CLumoDownloadRunnable::findDisk(unsigned int id)
 {
     tagDiskTable disk = tagDiskTable();
     if (manager().getDisk(id, disk) != RET_SUCCESS) {
-        DOWNLOAD_LOG(kFetch, logtexts::kSourceNotFound, "Disk", static_cast<int>(id));
+        DOWNLOAD_LOG(kFetch, gbktexts::kSourceNotFound, "Disk", static_cast<int>(id));
         return false;
     }
     m_KestaCode = recordText(disk.kestaCode);

@@ -3,9 +3,9 @@
 #include "components/bulkhaul/Bulkhaul.h"
 #include "components/hubline/Hubline.h"
 #include "core/CStringCodec.h"
+#include "core/GbkTexts.h"
 #include "core/LogLine.h"
 #include "core/LumoDataMgr.h"
-#include "transfer/LogTexts.h"
 #include "transfer/TransferCodes.h"
 #include "transfer/TransferPaths.h"
 
@@ -45,16 +45,16 @@ bool CLumoUploadRunnable::fetchUploadInformation(const QString& localPath,
 {
     const int id = static_cast<int>(dest.second);
     if (dest.first != DATA_TYPE_FOLDER && dest.first != DATA_TYPE_DISK) {
-        UPLOAD_LOG(kFetch, logtexts::kDestinationWrong, dest.first, id);
+        UPLOAD_LOG(kFetch, gbktexts::kDestinationWrong, dest.first, id);
         return false;
     }
     if (!(dest.first == DATA_TYPE_FOLDER ? findFolder(dest.second) : findDisk(dest.second))) {
-        UPLOAD_LOG(kFetch, logtexts::kDestinationNotFound, dest.first, id);
+        UPLOAD_LOG(kFetch, gbktexts::kDestinationNotFound, dest.first, id);
         return false;
     }
     m_KestaIP = manager().getKestaIP(m_KestaCode);
     if (m_KestaIP.isEmpty()) {
-        UPLOAD_LOG(kFetch, logtexts::kBoxNotFound, CLumoCStringCodec::toStdString(m_KestaCode).c_str());
+        UPLOAD_LOG(kFetch, gbktexts::kBoxNotFound, CLumoCStringCodec::toStdString(m_KestaCode).c_str());
         return false;
     }
     m_LocalPath = withoutTrailingSlash(withSlashes(localPath));

@@ -1,0 +1,42 @@
+#include "catalog/RecordQueries.h"
+
+using recordqueries::byID;
+using recordqueries::byProject;
+using recordqueries::byType;
+
+// Control files and points
+
+ENUM_RET_TYPE CLumoDataMgr::getCtrlFile(unsigned int id, tagCtrlFileTable& record)
+{
+    recordqueries::DataUtilBeanReq request;
+    request.set_dqcon_id(static_cast<int>(id));
+    return byID(CallFrame(*this, "getCtrlFile"), LEDGER(queryDataSrcControlByDqConID), request, record);
+}
+
+ENUM_RET_TYPE CLumoDataMgr::getCtrlFileByTypeID(unsigned int typeId, QList<tagCtrlFileTable>& records)
+{
+    return byType<tagCtrlFileTable>(CallFrame(*this, "getCtrlFileByTypeID"),
+                                    LEDGER(queryDataSrcControlByTypeIDTotal),
+                                    LEDGER(queryDataSrcControlByTypeID), typeId, records);
+}
+
+ENUM_RET_TYPE CLumoDataMgr::getCtrlFileByDataID(unsigned int dataId, QList<tagCtrlFileTable>& records)
+{
+    return byProject(CallFrame(*this, "getCtrlFileByDataID"), LEDGER(queryDataSrcControlByProjectIDTotal),
+                     LEDGER(queryDataSrcControlByProjectID), dataId, records);
+}
+
+ENUM_RET_TYPE CLumoDataMgr::getCtrlPoint(unsigned int id, tagCtrlPointTable& point)
+{
+    return byID(CallFrame(*this, "getCtrlPoint"), LEDGER(queryDataSrcControlInfoById), id, point);
+}
+
+ENUM_RET_TYPE CLumoDataMgr::getCtrlPoint(unsigned int dqConID, QList<tagCtrlPointTable>& points)
+{
+    CallFrame frame(*this, "getCtrlPoint");
+    recordqueries::DataUtilBeanReq request;
+    request.set_dqcon_id(static_cast<int>(dqConID));
+    return frame.pages(LEDGER(queryDataSrcControlInfoByDqConIDTotal),
+                       LEDGER(queryDataSrcControlInfoByDqConID), request,
+                       recordqueries::appendTo<tagCtrlPointTable>(points), points);
+}

@@ -1,0 +1,182 @@
+#include "catalog/CoordRules.h"
+#include "catalog/FieldRules.h"
+#include "core/LumoDataMgr.h"
+#include "ledger_products.pb.h"
+
+using fieldrules::coordSetting;
+using fieldrules::key;
+using fieldrules::PresenceBits;
+using fieldrules::text;
+using ledgerserver::DataSrcDemBean;
+using ledgerserver::DataSrcDlgBean;
+using ledgerserver::DataSrcDomBean;
+using ledgerserver::DataSrcDsmBean;
+
+void CLumoDataMgr::getDemDataFromBean(const DataSrcDemBean& bean, tagDemTable& dem)
+{
+    key(dem.imageID, FIELD(image_id));
+    key(dem.mainFileID, FIELD(main_file_id));
+    text(dem.imageName, FIELD(image_name));
+    text(dem.text1, FIELD(text1));
+    text(dem.text2, FIELD(text2));
+    text(dem.text3, FIELD(text3));
+    text(dem.text4, FIELD(text4));
+    text(dem.text5, FIELD(text5));
+    text(dem.text6, FIELD(text6));
+    text(dem.text7, FIELD(text7));
+    text(dem.text8, FIELD(text8));
+    text(dem.text9, FIELD(text9));
+    text(dem.text10, FIELD(text10));
+    text(dem.text11, FIELD(text11));
+    text(dem.text12, FIELD(text12));
+    text(dem.text13, FIELD(text13));
+    text(dem.text14, FIELD(text14));
+    text(dem.text15, FIELD(text15));
+    text(dem.text16, FIELD(text16));
+    PresenceBits bits(dem.presence);
+    bits.number(dem.value1, FIELD(value1));
+    bits.number(dem.value2, FIELD(value2));
+    bits.number(dem.value3, FIELD(value3));
+    bits.number(dem.value4, FIELD(value4));
+    bits.number(dem.value5, FIELD(value5));
+    bits.number(dem.value6, FIELD(value6));
+    bits.number(dem.value7, FIELD(value7));
+    bits.number(dem.value8, FIELD(value8));
+    bits.number(dem.value9, FIELD(value9));
+    bits.number(dem.value10, FIELD(value10));
+    bits.number(dem.value11, FIELD(value11));
+    bits.number(dem.value12, FIELD(value12));
+    bits.number(dem.value13, FIELD(value13));
+    bits.count(dem.count1, FIELD(count1));
+    bits.count(dem.count2, FIELD(count2));
+    bits.count(dem.count3, FIELD(count3));
+    bits.count(dem.count4, FIELD(count4));
+    bits.number(dem.value14, FIELD(value14));
+    bits.count(dem.count5, FIELD(count5));
+    bits.count(dem.count6, FIELD(count6));
+    coordSetting(dem.coord, bean);
+}
+
+void CLumoDataMgr::getDsmDataFromBean(const DataSrcDsmBean& bean, tagDsmTable& dsm)
+{
+    key(dsm.imageID, FIELD(image_id));
+    key(dsm.mainFileID, FIELD(main_file_id));
+    text(dsm.imageName, FIELD(image_name));
+    text(dsm.text1, FIELD(text1));
+    text(dsm.text2, FIELD(text2));
+    text(dsm.text3, FIELD(text3));
+    text(dsm.text4, FIELD(text4));
+    text(dsm.text5, FIELD(text5));
+    text(dsm.text6, FIELD(text6));
+    text(dsm.text7, FIELD(text7));
+    text(dsm.text8, FIELD(text8));
+    text(dsm.text9, FIELD(text9));
+    PresenceBits bits(dsm.presence);
+    bits.number(dsm.value1, FIELD(value1));
+    bits.number(dsm.value2, FIELD(value2));
+    bits.number(dsm.value3, FIELD(value3));
+    bits.number(dsm.value4, FIELD(value4));
+    bits.number(dsm.value5, FIELD(value5));
+    bits.number(dsm.value6, FIELD(value6));
+    bits.number(dsm.value7, FIELD(value7));
+    bits.number(dsm.value8, FIELD(value8));
+    bits.number(dsm.value9, FIELD(value9));
+    bits.number(dsm.value10, FIELD(value10));
+    bits.count(dsm.count1, FIELD(count1));
+    bits.count(dsm.count2, FIELD(count2));
+    bits.count(dsm.count3, FIELD(count3));
+    bits.count(dsm.count4, FIELD(count4));
+    bits.count(dsm.count5, FIELD(count5));
+    coordSetting(dsm.coord, bean);
+}
+
+void CLumoDataMgr::getDomDataFromBean(const DataSrcDomBean& bean, tagDomTable& dom)
+{
+    key(dom.imageID, FIELD(image_id));
+    key(dom.mainFileID, FIELD(main_file_id));
+    text(dom.imageName, FIELD(image_name));
+    text(dom.text1, FIELD(text1));
+    text(dom.text2, FIELD(text2));
+    text(dom.text3, FIELD(text3));
+    text(dom.text4, FIELD(text4));
+    text(dom.text5, FIELD(text5));
+    text(dom.text6, FIELD(text6));
+    text(dom.text7, FIELD(text7));
+    text(dom.text8, FIELD(text8));
+    text(dom.text9, FIELD(text9));
+    text(dom.text10, FIELD(text10));
+    text(dom.text11, FIELD(text11));
+    text(dom.text12, FIELD(text12));
+    text(dom.text13, FIELD(text13));
+    text(dom.text14, FIELD(text14));
+    text(dom.text15, FIELD(text15));
+    text(dom.text16, FIELD(text16));
+    text(dom.text17, FIELD(text17));
+    text(dom.text18, FIELD(text18));
+    PresenceBits bits(dom.presence);
+    bits.number(dom.value1, FIELD(value1));
+    bits.number(dom.value2, FIELD(value2));
+    bits.number(dom.value3, FIELD(value3));
+    bits.number(dom.value4, FIELD(value4));
+    bits.number(dom.value5, FIELD(value5));
+    bits.number(dom.value6, FIELD(value6));
+    bits.number(dom.value7, FIELD(value7));
+    bits.number(dom.value8, FIELD(value8));
+    bits.number(dom.value9, FIELD(value9));
+    bits.number(dom.value10, FIELD(value10));
+    bits.count(dom.count1, FIELD(count1));
+    bits.count(dom.count2, FIELD(count2));
+    bits.count(dom.count3, FIELD(count3));
+    bits.count(dom.count4, FIELD(count4));
+    bits.count(dom.count5, FIELD(count5));
+    bits.count(dom.count6, FIELD(count6));
+    bits.count(dom.count7, FIELD(count7));
+    bits.count(dom.count8, FIELD(count8));
+    coordSetting(dom.coord, bean);
+}
+
+void CLumoDataMgr::getDlgDataFromBean(const DataSrcDlgBean& bean, tagDlgTable& dlg)
+{
+    key(dlg.imageID, FIELD(image_id));
+    key(dlg.mainFileID, FIELD(main_file_id));
+    text(dlg.imageName, FIELD(image_name));
+    text(dlg.text1, FIELD(text1));
+    text(dlg.text2, FIELD(text2));
+    text(dlg.text3, FIELD(text3));
+    text(dlg.text4, FIELD(text4));
+    text(dlg.text5, FIELD(text5));
+    text(dlg.text6, FIELD(text6));
+    text(dlg.text7, FIELD(text7));
+    text(dlg.text8, FIELD(text8));
+    text(dlg.text9, FIELD(text9));
+    text(dlg.text10, FIELD(text10));
+    text(dlg.text11, FIELD(text11));
+    text(dlg.text12, FIELD(text12));
+    text(dlg.text13, FIELD(text13));
+    text(dlg.text14, FIELD(text14));
+    text(dlg.text15, FIELD(text15));
+    text(dlg.text16, FIELD(text16));
+    text(dlg.text17, FIELD(text17));
+    PresenceBits bits(dlg.presence);
+    bits.number(dlg.value1, FIELD(value1));
+    bits.number(dlg.value2, FIELD(value2));
+    bits.number(dlg.value3, FIELD(value3));
+    bits.number(dlg.value4, FIELD(value4));
+    bits.number(dlg.value5, FIELD(value5));
+    bits.number(dlg.value6, FIELD(value6));
+    bits.number(dlg.value7, FIELD(value7));
+    bits.number(dlg.value8, FIELD(value8));
+    bits.number(dlg.value9, FIELD(value9));
+    bits.number(dlg.value10, FIELD(value10));
+    bits.count(dlg.count1, FIELD(count1));
+    bits.count(dlg.count2, FIELD(count2));
+    bits.count(dlg.count3, FIELD(count3));
+    bits.count(dlg.count4, FIELD(count4));
+    bits.count(dlg.count5, FIELD(count5));
+    bits.count(dlg.count6, FIELD(count6));
+    bits.count(dlg.count7, FIELD(count7));
+    bits.count(dlg.count8, FIELD(count8));
+    bits.count(dlg.count9, FIELD(count9));
+    bits.count(dlg.count10, FIELD(count10));
+    coordSetting(dlg.coord, bean);
+}

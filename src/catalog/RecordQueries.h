@@ -1,0 +1,97 @@
+#ifndef LUMO_CATALOG_RECORDQUERIES_H
+#define LUMO_CATALOG_RECORDQUERIES_H
+
+#include "catalog/RecordKinds.h"
+#include "core/CallFrame.h"
+
+#include <cstring>
+
+/// The queries that all kinds of records have in common. The frame is the method's, just opened.
+namespace recordqueries {
+
+using ledgerserver::DataUtilBeanReq;
+
+/// An operation of the catalogue service that answers records of a kind.
+template <class Record>
+using Operation =
+    Rpc<ledgerserver::LedgerServices_Stub, DataUtilBeanReq, typename RecordKind<Record>::Response>;
+
+/// Appends the records of answers, by way of one record for the whole query.
+template <class Record>
+auto appendTo(QList<Record>& records)
+{
+    return [&records, record = Record()](const typename RecordKind<Record>::Response& response) mutable {
+        for (const auto& bean : RecordKind<Record>::beans(response)) {
+            RecordKind<Record>::convert(bean, record);
+            records.append(record);
+        }
+        return RecordKind<Record>::beans(response).size();
+    };
+}
+
+/// The same for a list that may hold several kinds.
+template <class Record>
+auto appendTo(QList<tagImageData>& images)
+{
+    tagImageData image;
+    std::memset(&image, 0, sizeof image);
+    image.recordKind = ImageDataMember<Record>::recordKind;
+    return [&images, image](const typename RecordKind<Record>::Response& response) mutable {
+        for (const auto& bean : RecordKind<Record>::beans(response)) {
+            RecordKind<Record>::convert(bean, ImageDataMember<Record>::of(image));
+            images.append(image);
+        }
+        return RecordKind<Record>::beans(response).size();
+    };
+}
+
+template <class Record>
+ENUM_RET_TYPE byID(CallFrame&& frame, const Operation<Record>& operation, const DataUtilBeanReq& request,
+                   Record& record)
+{
+    return frame.judged(operation, request, [&](const typename RecordKind<Record>::Response& response) {
+        RecordKind<Record>::convert(response.bean(), record);
+    });
+}
+
+template <class Record>
+ENUM_RET_TYPE byID(CallFrame&& frame, const Operation<Record>& operation, unsigned int id, Record& record)
+{
+    DataUtilBeanReq request;
+    request.set_record_id(static_cast<int>(id));
+    return byID(std::move(frame), operation, request, record);
+}
+
+/// `Element` is Record or tagImageData.
+template <class Record, class Element>
+ENUM_RET_TYPE byType(CallFrame&& frame, const Operation<Record>& total, const Operation<Record>& page,
+                     unsigned int typeId, QList<Element>& records)
+{
+    DataUtilBeanReq request;
+    request.set_type_id(static_cast<int>(typeId));
+    return frame.pages(total, page, request, appendTo<Record>(records), records);
+}
+
+template <class Record>
+ENUM_RET_TYPE byProject(CallFrame&& frame, const Operation<Record>& total, const Operation<Record>& page,
+                        unsigned int dataId, QList<Record>& records)
+{
+    DataUtilBeanReq request;
+    request.set_project_id(static_cast<int>(dataId));
+    return frame.pages(total, page, request, appendTo<Record>(records), records);
+}
+
+/// An answer that is no success empties the list; a call that fails leaves it.
+template <class Record>
+ENUM_RET_TYPE byProjectAndMark(CallFrame&& frame, const Operation<Record>& operation, unsigned int dataId,
+                               unsigned int mark, QList<Record>& records)
+{
+    DataUtilBeanReq request;
+    request.set_project_id(static_cast<int>(dataId));
+    request.set_comm_id(static_cast<int>(mark));
+    return frame.listOrNothing(operation, request, appendTo<Record>(records), records);
+}
+
+} // namespace recordqueries
+
+#endif
