@@ -14,6 +14,23 @@ if(LUMO_SANITIZER)
     target_compile_options(lumo_options INTERFACE -Wno-maybe-uninitialized)
 endif()
 
+# Headers of others that most sources of a target include.
+set(LUMO_MESSAGE_HEADERS
+    <google/protobuf/arena.h> <google/protobuf/extension_set.h> <google/protobuf/generated_message_reflection.h>
+    <google/protobuf/message.h> <google/protobuf/repeated_field.h> <google/protobuf/service.h>
+    <google/protobuf/unknown_field_set.h> <functional> <memory> <string> <vector>)
+set(LUMO_QT_HEADERS <QList> <QMap> <QObject> <QString> <QStringList> <QVector>)
+set(LUMO_TEST_HEADERS ${LUMO_MESSAGE_HEADERS} <gmock/gmock.h> <gtest/gtest.h> <filesystem> <fstream>)
+
+# lumo_precompile(TARGET HEADERS...)
+# Compiles these headers once for all sources of the target. The sources include what they use all the
+# same: the builds without precompiled headers would fail otherwise.
+function(lumo_precompile TARGET)
+    if(LUMO_PRECOMPILED_HEADERS)
+        target_precompile_headers(${TARGET} PRIVATE ${ARGN})
+    endif()
+endfunction()
+
 # lumo_shared_library(NAME SOURCES ... PUBLIC_HEADERS ...)
 # A shared library of the package: exported as LumoDataMgr::NAME, headers installed under the
 # folder they have in src/.
@@ -40,6 +57,10 @@ endfunction()
 # Generates the C++ of .proto files of the current source folder into the same place of the
 # build tree and puts the sources into OUT. Generated code is not ours to warn about.
 function(lumo_protobuf_sources OUT)
+    set(OPTIONS -w)
+    if(LUMO_SANITIZER)
+        list(APPEND OPTIONS -fno-sanitize=all) # nor to check: half of a build's time
+    endif()
     set(SOURCES)
     foreach(PROTO IN LISTS ARGN)
         cmake_path(GET PROTO STEM STEM)
@@ -51,7 +72,7 @@ function(lumo_protobuf_sources OUT)
             DEPENDS ${ARGN} # all: one may import another
             COMMENT "Generating ${STEM}.pb"
             VERBATIM)
-        set_source_files_properties(${BASE}.cc PROPERTIES COMPILE_OPTIONS -w)
+        set_source_files_properties(${BASE}.cc PROPERTIES COMPILE_OPTIONS "${OPTIONS}" SKIP_PRECOMPILE_HEADERS ON)
         list(APPEND SOURCES ${BASE}.cc ${BASE}.h)
     endforeach()
     set(${OUT} ${SOURCES} PARENT_SCOPE)

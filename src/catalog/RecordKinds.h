@@ -4,6 +4,8 @@
 #include "core/LumoDataMgr.h"
 #include "ledgerserver.pb.h"
 
+#include <type_traits>
+
 /// What the queries need to know of a kind of record: the response that brings it, the response's list of
 /// beans and the conversion.
 template <class Record>
@@ -17,6 +19,7 @@ struct ImageDataMember;
     template <>                                                                                              \
     struct RecordKind<Record>                                                                                \
     {                                                                                                        \
+        static_assert(std::is_trivially_copyable<Record>::value, "records are copied whole");                \
         using Response = ledgerserver::Message;                                                              \
         static const auto& beans(const Response& response) { return response.list(); }                       \
         template <class Bean>                                                                                \
@@ -35,6 +38,9 @@ struct ImageDataMember;
     }
 
 // clang-format off
+LUMO_RECORD_KIND(tagDiskTable,      AddressUtilBeanRsp,     dataaddresss,        getDiskFromBean);
+LUMO_RECORD_KIND(tagFolderTable,    SrcTableUtilBeanRsp,    srctabs,             getFolderFromBean);
+LUMO_RECORD_KIND(tagFileTable,      FileTableUtilBeanRsp,   filetabs,            getFileFromBean);
 LUMO_RECORD_KIND(tagDataTable,      DataSrcUtilBeanRsp,     datasrcs,            getDataFromBean);
 LUMO_RECORD_KIND(tagTypeTable,      TypeUtilBeanRsp,        datasrctypes,        getDataTypeFromBean);
 LUMO_RECORD_KIND(tagKFImageTable,   PhotoUtilBeanRsp,       datasrcphotos,       getKFImageDataFromBean);

@@ -2,14 +2,8 @@
 #include "core/LumoDataMgr.h"
 #include "ledger_storage.pb.h"
 
-#include <type_traits>
-
 using fieldrules::key;
 using fieldrules::text;
-
-static_assert(std::is_trivially_copyable<tagDiskTable>::value, "records are copied whole");
-static_assert(std::is_trivially_copyable<tagFolderTable>::value, "records are copied whole");
-static_assert(std::is_trivially_copyable<tagFileTable>::value, "records are copied whole");
 
 void CLumoDataMgr::getDiskFromBean(const ledgerserver::DataAddressBean& bean, tagDiskTable& disk)
 {

@@ -1,10 +1,37 @@
-#include "core/CallFrame.h"
-#include "core/LumoDataMgr.h"
+#include "catalog/RecordQueries.h"
 
-using ledgerserver::DataUtilBeanReq;
-using ledgerserver::FileTableUtilBeanRsp;
 using ledgerserver::SrcTableUtilBeanReq;
-using ledgerserver::SrcTableUtilBeanRsp;
+using recordqueries::appendTo;
+using recordqueries::byID;
+using recordqueries::DataUtilBeanReq;
+
+// Disks
+
+ENUM_RET_TYPE CLumoDataMgr::getDisk(unsigned int id, tagDiskTable& disk)
+{
+    CallFrame frame(*this, "getDisk");
+    DataUtilBeanReq request;
+    request.set_record_id(id);
+    return byID(std::move(frame), LEDGER(queryDataAddressByID), request, disk);
+}
+
+ENUM_RET_TYPE CLumoDataMgr::getDisk(const QString& name, tagDiskTable& disk)
+{
+    CallFrame frame(*this, "getDisk");
+    DataUtilBeanReq request;
+    request.set_company_id(m_CompanyID);
+    request.set_name(name.toUtf8().constData());
+    return byID(std::move(frame), LEDGER(queryDataAddressByName), request, disk);
+}
+
+ENUM_RET_TYPE CLumoDataMgr::getDisk(QList<tagDiskTable>& disks)
+{
+    CallFrame frame(*this, "getDisk");
+    DataUtilBeanReq request;
+    request.set_company_id(m_CompanyID);
+    request.set_address_kind(1);
+    return frame.judged(LEDGER(queryDataAddress), request, appendTo(disks));
+}
 
 // Folders and files
 
@@ -13,7 +40,7 @@ ENUM_RET_TYPE CLumoDataMgr::getFolder(unsigned int folderID, tagFolderTable& fol
     CallFrame frame(*this, "getFolder");
     DataUtilBeanReq request;
     request.set_src_id(folderID);
-    return frame.single(LEDGER(querySrcTableBySrcId), request, &CLumoDataMgr::getFolderFromBean, folder);
+    return byID(std::move(frame), LEDGER(querySrcTableBySrcId), request, folder);
 }
 
 unsigned int CLumoDataMgr::getFolderID(unsigned int diskID, unsigned int parentID, const QString& name)
@@ -32,7 +59,7 @@ ENUM_RET_TYPE CLumoDataMgr::getFolderByParentID(unsigned int parentID, QList<tag
     DataUtilBeanReq request;
     request.set_parent_src_id(parentID);
     return frame.pages(LEDGER(querySrcTableByParentSrcIdTotal), LEDGER(querySrcTableByParentSrcId), request,
-                       &SrcTableUtilBeanRsp::srctabs, &CLumoDataMgr::getFolderFromBean, folders);
+                       appendTo(folders), folders);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getFolderByDataAndComment(unsigned int dataID, unsigned int commentID,
@@ -43,8 +70,8 @@ ENUM_RET_TYPE CLumoDataMgr::getFolderByDataAndComment(unsigned int dataID, unsig
     request.set_project_id(dataID);
     request.set_comment_id(commentID);
     return frame.pages(LEDGER(querySrcTableByProjectIDAndCommentIdTotal),
-                       LEDGER(querySrcTableByProjectIDAndCommentIdForPage), request,
-                       &SrcTableUtilBeanRsp::srctabs, &CLumoDataMgr::getFolderFromBean, folders);
+                       LEDGER(querySrcTableByProjectIDAndCommentIdForPage), request, appendTo(folders),
+                       folders);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getFile(unsigned int fileID, tagFileTable& file)
@@ -52,7 +79,7 @@ ENUM_RET_TYPE CLumoDataMgr::getFile(unsigned int fileID, tagFileTable& file)
     CallFrame frame(*this, "getFile");
     DataUtilBeanReq request;
     request.set_file_id(fileID);
-    return frame.single(LEDGER(queryFileTableByFileId), request, &CLumoDataMgr::getFileFromBean, file);
+    return byID(std::move(frame), LEDGER(queryFileTableByFileId), request, file);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getFile(const QList<unsigned int>& fileIDs, QList<tagFileTable>& files)
@@ -61,8 +88,7 @@ ENUM_RET_TYPE CLumoDataMgr::getFile(const QList<unsigned int>& fileIDs, QList<ta
     DataUtilBeanReq request;
     for (const unsigned int fileID : fileIDs)
         request.add_list_file_id(fileID);
-    return frame.list(LEDGER(queryFileTableByFilePathId), request, &FileTableUtilBeanRsp::filetabs,
-                      &CLumoDataMgr::getFileFromBean, files);
+    return frame.judged(LEDGER(queryFileTableByFilePathId), request, appendTo(files));
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getFileByName(unsigned int parentID, const QString& name, tagFileTable& file)
@@ -71,7 +97,7 @@ ENUM_RET_TYPE CLumoDataMgr::getFileByName(unsigned int parentID, const QString& 
     DataUtilBeanReq request;
     request.set_src_id(parentID);
     request.set_filename(name.toUtf8().constData());
-    return frame.single(LEDGER(queryFileTableByName), request, &CLumoDataMgr::getFileFromBean, file);
+    return byID(std::move(frame), LEDGER(queryFileTableByName), request, file);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getFileByParentID(unsigned int parentID, QList<tagFileTable>& files)
@@ -80,7 +106,7 @@ ENUM_RET_TYPE CLumoDataMgr::getFileByParentID(unsigned int parentID, QList<tagFi
     DataUtilBeanReq request;
     request.set_src_id(parentID);
     return frame.pages(LEDGER(queryFileTableBySrcIdTotal), LEDGER(queryFileTableBySrcId), request,
-                       &FileTableUtilBeanRsp::filetabs, &CLumoDataMgr::getFileFromBean, files);
+                       appendTo(files), files);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getFileByDataAndComment(unsigned int dataID, unsigned int commentID,
@@ -91,8 +117,7 @@ ENUM_RET_TYPE CLumoDataMgr::getFileByDataAndComment(unsigned int dataID, unsigne
     request.set_project_id(dataID);
     request.set_comment_id(commentID);
     return frame.pages(LEDGER(queryFileTableByProjectIDAndCommentIdTotal),
-                       LEDGER(queryFileTableByProjectIDAndCommentIdForPage), request,
-                       &FileTableUtilBeanRsp::filetabs, &CLumoDataMgr::getFileFromBean, files);
+                       LEDGER(queryFileTableByProjectIDAndCommentIdForPage), request, appendTo(files), files);
 }
 
 QString CLumoDataMgr::getFileFullPath(unsigned int fileID, QString& kestaCode)

@@ -114,23 +114,6 @@ public:
         return leave(true);
     }
 
-    /// One record: the answer's bean, or the default one where there is none.
-    template <class Stub, class Request, class Response, class Bean, class Record>
-    ENUM_RET_TYPE single(const Rpc<Stub, Request, Response>& rpc, const Request& request,
-                         void (*convert)(const Bean&, Record&), Record& record)
-    {
-        return judged(rpc, request, [&](const Response& response) { convert(response.bean(), record); });
-    }
-
-    /// A list in one call; its records come behind those that `records` holds.
-    template <class Stub, class Request, class Response, class Bean, class Record>
-    ENUM_RET_TYPE list(const Rpc<Stub, Request, Response>& rpc, const Request& request,
-                       const google::protobuf::RepeatedPtrField<Bean>& (Response::*beans)() const,
-                       void (*convert)(const Bean&, Record&), QList<Record>& records)
-    {
-        return judged(rpc, request, appendTo(records, beans, convert));
-    }
-
     /// A list in one call, which `append` takes. An answer that is no success empties `records`.
     template <class Stub, class Request, class Response, class Append, class Record>
     ENUM_RET_TYPE listOrNothing(const Rpc<Stub, Request, Response>& rpc, const Request& request,
@@ -175,15 +158,6 @@ public:
             received += size;
         }
         return leave(RET_SUCCESS);
-    }
-
-    template <class Stub, class Request, class Response, class Bean, class Record>
-    ENUM_RET_TYPE pages(const Rpc<Stub, Request, Response>& totalRpc,
-                        const Rpc<Stub, Request, Response>& pageRpc, Request& request,
-                        const google::protobuf::RepeatedPtrField<Bean>& (Response::*beans)() const,
-                        void (*convert)(const Bean&, Record&), QList<Record>& records)
-    {
-        return pages(totalRpc, pageRpc, request, appendTo(records, beans, convert), records);
     }
 
     /// The identifier of the answer's bean; any other result than 0 is a failure, 0xFFFFFFFF.
@@ -250,22 +224,6 @@ private:
     bool callAndAccept(const Rpc<Stub, Request, Response>& rpc, const Request& request, Response& response)
     {
         return call(rpc, request, response) && (response.result() == 0 || refused(rpc.name) == RET_SUCCESS);
-    }
-
-    /// Appends the records of answers, by way of one record for the whole query: a text that does not fit
-    /// leaves its predecessor's there.
-    template <class Response, class Bean, class Record>
-    static auto appendTo(QList<Record>& records,
-                         const google::protobuf::RepeatedPtrField<Bean>& (Response::*beans)() const,
-                         void (*convert)(const Bean&, Record&))
-    {
-        return [&records, beans, convert, record = Record()](const Response& response) mutable {
-            for (const Bean& bean : (response.*beans)()) {
-                convert(bean, record);
-                records.append(record);
-            }
-            return (response.*beans)().size();
-        };
     }
 
     wirecall::RpcChannel* channelOf(ledgerserver::LedgerServices_Stub*) const { return m_LedgerChannel; }

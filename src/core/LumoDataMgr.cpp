@@ -123,34 +123,7 @@ boost::shared_ptr<wirecall::RpcChannel> CLumoDataMgr::newChannel(const QString& 
     return channel;
 }
 
-// Disks and start-up lookups
-
-ENUM_RET_TYPE CLumoDataMgr::getDisk(unsigned int id, tagDiskTable& disk)
-{
-    CallFrame frame(*this, "getDisk");
-    ledgerserver::DataUtilBeanReq request;
-    request.set_record_id(id);
-    return frame.single(LEDGER(queryDataAddressByID), request, &CLumoDataMgr::getDiskFromBean, disk);
-}
-
-ENUM_RET_TYPE CLumoDataMgr::getDisk(const QString& name, tagDiskTable& disk)
-{
-    CallFrame frame(*this, "getDisk");
-    ledgerserver::DataUtilBeanReq request;
-    request.set_company_id(m_CompanyID);
-    request.set_name(name.toUtf8().constData());
-    return frame.single(LEDGER(queryDataAddressByName), request, &CLumoDataMgr::getDiskFromBean, disk);
-}
-
-ENUM_RET_TYPE CLumoDataMgr::getDisk(QList<tagDiskTable>& disks)
-{
-    CallFrame frame(*this, "getDisk");
-    ledgerserver::DataUtilBeanReq request;
-    request.set_company_id(m_CompanyID);
-    request.set_address_kind(1);
-    return frame.list(LEDGER(queryDataAddress), request, &ledgerserver::AddressUtilBeanRsp::dataaddresss,
-                      &CLumoDataMgr::getDiskFromBean, disks);
-}
+// Start-up lookups
 
 unsigned int CLumoDataMgr::getCompanyID(const QString& companyNo)
 {

@@ -87,17 +87,19 @@ public:
     /// The user name given to initDataMgr.
     QString roleName() const;
 
-    // Disks and start-up lookups
-
-    ENUM_RET_TYPE getDisk(unsigned int id, tagDiskTable& disk);
-    ENUM_RET_TYPE getDisk(const QString& name, tagDiskTable& disk);
-    /// The disks of the caller's company.
-    ENUM_RET_TYPE getDisk(QList<tagDiskTable>& disks);
+    // Start-up lookups
 
     /// Identifier of a company by its number; 0xFFFFFFFF on any failure.
     unsigned int getCompanyID(const QString& companyNo);
     /// Identifier of a user by its name; 0xFFFFFFFF on any failure.
     unsigned int getRoleID(const QString& roleName);
+
+    // Disks
+
+    ENUM_RET_TYPE getDisk(unsigned int id, tagDiskTable& disk);
+    ENUM_RET_TYPE getDisk(const QString& name, tagDiskTable& disk);
+    /// The disks of the caller's company.
+    ENUM_RET_TYPE getDisk(QList<tagDiskTable>& disks);
 
     // Folders and files
 
