@@ -1,5 +1,10 @@
 #include "centre/LedgerOperations.h"
 
+#include "centre/ImageOperations.h"
+
+#include <array>
+#include <iterator>
+
 namespace centre {
 
 namespace {
@@ -11,9 +16,7 @@ const std::string kFileColumns = "SELECT file.id, parent_id, name, short_text, l
 const std::string kFiles = kFileColumns + "FROM file ";
 const std::string kCount = "SELECT count(*) AS total ";
 
-// A page is cut from the index that holds the list in the order of identifiers. A caller that asks for
-// more than the limit gets less than it asked for, and goes on from there.
-const std::string kPage = " LIMIT min(:page_size, 100000) OFFSET :page_start";
+const std::string kPage = pageLimit();
 
 const std::string kFoldersOfProject =
     "FROM data_folder JOIN folder ON folder.id = src_id"
@@ -33,6 +36,11 @@ const std::string kLatest = "ORDER BY place DESC LIMIT 1";
 
 } // namespace
 
+std::string pageLimit()
+{
+    return " LIMIT min(:page_size, 100000) OFFSET :page_start";
+}
+
 std::string fullPath(const std::string& start)
 {
     return "WITH RECURSIVE up(folder_id, below) AS (" + start +
@@ -43,9 +51,11 @@ std::string fullPath(const std::string& start)
            " JOIN disk ON disk.id = disk_id";
 }
 
-const std::vector<Operation>& ledgerOperations()
+namespace {
+
+std::vector<Operation> directoryOperations()
 {
-    static const std::vector<Operation> operations = {
+    return {
         {"queryCompanyTableByCompanyNo", Shape::Record,
          "SELECT id, companyno FROM company WHERE companyno = :companyno"},
         {"queryUserTableByUserName", Shape::Record,
@@ -94,6 +104,18 @@ const std::vector<Operation>& ledgerOperations()
         {"checkNewVersion", Shape::Record, kVersion + kOfProgram + kLatest},
         {"checkNewVersionByModuleNo", Shape::Record, kVersion + kOfModule + kLatest},
     };
+}
+
+} // namespace
+
+const std::vector<Operation>& ledgerOperations()
+{
+    static const std::vector<Operation> operations = [] {
+        std::vector<Operation> all = directoryOperations();
+        for (std::vector<Operation>& more : std::array{imageOperations(), searchOperations()})
+            std::move(more.begin(), more.end(), std::back_inserter(all));
+        return all;
+    }();
     return operations;
 }
 

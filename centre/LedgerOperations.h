@@ -8,8 +8,12 @@
 
 namespace centre {
 
-/// The operations of ledgerserver.LedgerServices, in the order of the service.
+/// The operations of ledgerserver.LedgerServices.
 const std::vector<Operation>& ledgerOperations();
+
+/// What cuts the request's page from a list that an index holds in its order. A caller that asks for more
+/// than the limit gets less than it asked for, and goes on from there.
+std::string pageLimit();
 
 /// The SQL that tells `full_path` and `kesta_code` of a place on a disk. `start` selects the folder that the
 /// place is in (`folder_id`) and what stands below that folder (`below`). It may be followed by a WHERE.

@@ -115,6 +115,7 @@ void requirePage(const Message& request)
 Query::Query(const SQLite::Database& database, const Operation& operation,
              const google::protobuf::MethodDescriptor& method)
     : m_Shape(operation.shape),
+      m_MakeFit(operation.makeFit),
       m_Statement(database, operation.sql),
       m_Result(require(*method.output_type(), "result"))
 {
@@ -138,6 +139,16 @@ void Query::answer(const Message& request, Message& response)
 {
     if (m_Shape == Shape::Page)
         requirePage(request);
+    if (!m_MakeFit)
+        return step(request, response);
+    const std::unique_ptr<Message> fit(request.New());
+    fit->CopyFrom(request);
+    m_MakeFit(*fit);
+    step(*fit, response);
+}
+
+void Query::step(const Message& request, Message& response)
+{
     const ResetAtEnd resetAtEnd(m_Statement);
     bindAll(request);
     bool found = false;

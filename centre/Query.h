@@ -28,6 +28,9 @@ struct Operation
     std::string name;
     Shape shape;
     std::string sql;
+    /// Makes a copy of the request fit for the parameters, if need be; throws std::runtime_error if the
+    /// request can't be right.
+    void (*makeFit)(google::protobuf::Message& request) = nullptr;
 };
 
 /// What the services say in the field `result`.
@@ -50,6 +53,8 @@ public:
     void answer(const google::protobuf::Message& request, google::protobuf::Message& response);
 
 private:
+    void step(const google::protobuf::Message& request, google::protobuf::Message& response);
+
     using Field = const google::protobuf::FieldDescriptor*;
 
     void bindAll(const google::protobuf::Message& request);
@@ -57,6 +62,7 @@ private:
     void writeRow(google::protobuf::Message& message);
 
     Shape m_Shape;
+    void (*m_MakeFit)(google::protobuf::Message& request);
     SQLite::Statement m_Statement;
     std::vector<std::pair<int, Field>> m_Parameters; ///< place in the statement, field of the request
     Field m_Result;

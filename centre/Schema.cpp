@@ -1,6 +1,7 @@
 #include "centre/Schema.h"
 
 #include "centre/Error.h"
+#include "centre/RecordKinds.h"
 
 #include <SQLiteCpp/Transaction.h>
 #include <sqlite3.h>
@@ -8,7 +9,6 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <iterator>
 #include <sys/stat.h>
 
 namespace centre {
@@ -116,9 +116,15 @@ CREATE INDEX version_box ON version(kesta_code);
 CREATE INDEX version_path ON version(app_full_path);
 )sql";
 
-/// What leads from each version of the tables to the next.
-constexpr const char* kSteps[] = {kVersion1, kVersion2};
-constexpr int kSchemaVersion = std::size(kSteps);
+constexpr int kSchemaVersion = 3;
+
+/// What leads from a version of the tables to the next.
+std::string stepFrom(int version)
+{
+    // The tables of the image catalogue follow the beans, whose fields have their places for good.
+    const std::string steps[kSchemaVersion] = {kVersion1, kVersion2, recordTables()};
+    return steps[version];
+}
 
 std::string databasePath(const std::string& dataFolder)
 {
@@ -143,7 +149,7 @@ bool isComplete(SQLite::Database& database)
 void takeSteps(SQLite::Database& database, int from)
 {
     for (int version = from; version < kSchemaVersion; ++version) {
-        database.exec(kSteps[version]);
+        database.exec(stepFrom(version));
         database.exec("PRAGMA user_version = " + std::to_string(version + 1));
     }
 }

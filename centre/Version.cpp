@@ -1,5 +1,6 @@
 #include "centre/Version.h"
 
+#include "centre/Date.h"
 #include "centre/Error.h"
 #include "centre/Store.h"
 #include "centre/Text.h"
@@ -47,9 +48,7 @@ std::string releaseDate(const std::string& text)
 {
     if (text.empty())
         return QDate::currentDate().toString(Qt::ISODate).toStdString();
-    // Qt reads other separators, too; what is no date becomes an empty text.
-    const QDate date = QDate::fromString(QString::fromStdString(text), Qt::ISODate);
-    if (date.toString(Qt::ISODate).toStdString() != text)
+    if (isoDate(text) != text)
         throw Error(ExitCode::WrongUse, "not a date of the form YYYY-MM-DD: " + escaped(text));
     return text;
 }

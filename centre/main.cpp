@@ -3,6 +3,7 @@
 #include "centre/Error.h"
 #include "centre/FaultyService.h"
 #include "centre/Import.h"
+#include "centre/Load.h"
 #include "centre/Store.h"
 #include "centre/Text.h"
 #include "centre/Token.h"
@@ -12,13 +13,17 @@
 #include <CLI/CLI.hpp>
 
 #include <chrono>
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
+#include <fstream>
 #include <iomanip>
 #include <iostream>
 #include <optional>
 #include <pthread.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 namespace {
 
@@ -42,6 +47,9 @@ struct Arguments
     centre::ImportOptions import;
     centre::ServeOptions serve;
     std::vector<std::string> boxes;
+    std::string recordFile;
+    std::uint32_t sampleImages = 0;
+    std::uint64_t sampleSeed = 1;
 };
 
 /// Gives a new user's token to whom it concerns. A token that can't be written to its file is shown, since
@@ -122,6 +130,71 @@ ExitCode importTree(const Arguments& arguments)
               << report.skipped << " links or special files skipped; " << report.problems << " problems; "
               << std::fixed << std::setprecision(2) << time.count() << " s\n";
     return report.problems == 0 ? ExitCode::Success : ExitCode::Incomplete;
+}
+
+/// How many records there are so far, on a line of a terminal's standard error.
+class RecordProgress
+{
+public:
+    ~RecordProgress()
+    {
+        if (m_Told)
+            std::cerr << "\r\033[K" << std::flush;
+    }
+
+    void tell(std::uint64_t records)
+    {
+        const auto now = std::chrono::steady_clock::now();
+        if (!m_IsTerminal || now - m_LastTold < std::chrono::milliseconds(200))
+            return;
+        std::cerr << "\rlumo-centre: " << records << " records" << std::flush;
+        m_LastTold = now;
+        m_Told = true;
+    }
+
+private:
+    const bool m_IsTerminal = ::isatty(STDERR_FILENO) != 0;
+    std::chrono::steady_clock::time_point m_LastTold = std::chrono::steady_clock::now();
+    bool m_Told = false;
+};
+
+/// Runs `add`, which adds records and is given what takes their progress, and tells what came of it.
+template <class Add>
+ExitCode addRecords(const std::string& done, Add add)
+{
+    const auto start = std::chrono::steady_clock::now();
+    const centre::RecordCounts counts = [&add] {
+        RecordProgress progress;
+        return add([&progress](std::uint64_t records) { progress.tell(records); });
+    }();
+    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
+    std::cout << done << ": " << centre::countsText(counts) << "; " << std::fixed << std::setprecision(2)
+              << time.count() << " s\n";
+    return ExitCode::Success;
+}
+
+ExitCode load(const Arguments& arguments)
+{
+    centre::Store store(arguments.data);
+    const bool isInput = arguments.recordFile == "-";
+    const std::string name = isInput ? "standard input" : centre::escaped(arguments.recordFile);
+    std::ifstream file;
+    if (!isInput) {
+        file.open(arguments.recordFile, std::ios::binary);
+        if (!file)
+            throw centre::Error(ExitCode::Failed, "can't read " + name + ": " + std::strerror(errno));
+    }
+    std::istream& lines = isInput ? std::cin : file;
+    return addRecords("loaded " + name,
+                      [&](const auto& progress) { return loadRecords(store, lines, name, progress); });
+}
+
+ExitCode sample(const Arguments& arguments)
+{
+    centre::Store store(arguments.data);
+    return addRecords("made a sample", [&](const auto& progress) {
+        return addSample(store, arguments.companyNo, arguments.sampleImages, arguments.sampleSeed, progress);
+    });
 }
 
 /// SIGTERM and SIGINT, blocked before any thread starts, so that only `wait` sees them.
@@ -279,6 +352,21 @@ void addContent(CLI::App& app, Arguments& arguments, ExitCode& result)
     each->add_option("--notes", version.notes, "what there is to say about it");
 }
 
+void addRecordCommands(CLI::App& app, Arguments& arguments, ExitCode& result)
+{
+    CLI::App* each =
+        command(app, arguments, result, "load", "add records of the image catalogue from JSON lines", load);
+    each->add_option("FILE", arguments.recordFile, "a JSON object on each line; - for standard input")
+        ->required();
+
+    each = command(app, arguments, result, "sample", "add a made-up image catalogue for trials", sample);
+    each->add_option("--images", arguments.sampleImages, "how many images and products")
+        ->required()
+        ->check(CLI::Range(0, 100000000));
+    each->add_option("--seed", arguments.sampleSeed, "another makes another catalogue")->capture_default_str();
+    each->add_option("--company", arguments.companyNo, "whose projects they are")->capture_default_str();
+}
+
 void addListening(CLI::App* command, Arguments& arguments)
 {
     CLI::Option* certificate =
@@ -336,7 +424,7 @@ ExitCode tellWrongUse(const CLI::App& app, const CLI::ParseError& error)
     else if (chosen.empty())
         message = (extras.empty() ? "which command?" : "there is no command '" + extras.front() + "';") +
                   std::string(" the commands are init, add-company, add-user, add-box, add-area, import,"
-                              " add-version, serve and serve-box");
+                              " add-version, load, sample, serve and serve-box");
     std::cerr << "lumo-centre: " << centre::escaped(message) << " (see '" << help << "')\n";
     return ExitCode::WrongUse;
 }
@@ -360,6 +448,7 @@ int main(int argc, char** argv)
     ExitCode result = ExitCode::Success;
     addAdministration(app, arguments, result);
     addContent(app, arguments, result);
+    addRecordCommands(app, arguments, result);
     addServing(app, arguments, result);
     try {
         app.parse(argc, argv);

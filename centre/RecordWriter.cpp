@@ -1,0 +1,319 @@
+#include "centre/RecordWriter.h"
+
+#include "centre/Date.h"
+#include "centre/Error.h"
+#include "centre/ResetAtEnd.h"
+#include "centre/Text.h"
+
+#include <SQLiteCpp/VariadicBind.h>
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <iterator>
+
+namespace centre {
+
+namespace {
+
+constexpr double kTurn = 360;
+constexpr std::uint32_t kNoIdentifier = 0xFFFFFFFF; // means "none" to the clients
+
+Error refusal(const std::string& reason)
+{
+    return {ExitCode::Failed, reason};
+}
+
+/// The text as it is shown to the one who wrote it.
+std::string shown(const std::string& text)
+{
+    constexpr std::size_t kLongest = 100;
+    return "'" + escaped(text.substr(0, kLongest)) + (text.size() > kLongest ? "...'" : "'");
+}
+
+std::uint32_t identifier(const std::string& key, const std::string& text)
+{
+    std::uint32_t value = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    if (error != std::errc() || stop != end || value == 0 || value == kNoIdentifier)
+        throw refusal(key + " is a number from 1 to 4294967294, not " + shown(text));
+    return value;
+}
+
+double degrees(const std::string& key, const std::string& text)
+{
+    const double limit = key == "west" || key == "east" ? 180 : 90;
+    double value = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    if (error != std::errc() || stop != end || !(std::abs(value) <= limit))
+        throw refusal(key + " is a number of degrees from " + (limit == 90 ? "-90 to 90" : "-180 to 180") +
+                      ", not " + shown(text));
+    return value;
+}
+
+std::string date(const std::string& key, const std::string& text)
+{
+    if (auto day = isoDate(text))
+        return *day;
+    throw refusal(key + " is a day, YYYY-MM-DD, not " + shown(text));
+}
+
+void bindText(SQLite::Statement& statement, int place, const Column& column, const std::string& text)
+{
+    if (column.content == Content::Name && (text.empty() || escaped(text) != text))
+        throw refusal(column.key + " is a name without control characters, not " + shown(text));
+    if (text.find('\0') != std::string::npos)
+        throw refusal(column.key + " is a text without the character 0, not " + shown(text));
+    statement.bindNoCopy(place, text);
+}
+
+void bindValue(SQLite::Statement& statement, int place, const Column& column, const std::string& text)
+{
+    switch (column.content) {
+    case Content::Identifier:
+        return statement.bind(place, identifier(column.key, text));
+    case Content::Date:
+        return statement.bind(place, date(column.key, text));
+    case Content::Degrees:
+        return statement.bind(place, degrees(column.key, text));
+    default:
+        return bindText(statement, place, column, text);
+    }
+}
+
+bool emptyIsValue(Content content)
+{
+    return content == Content::Text || content == Content::Name;
+}
+
+/// East is not below west: what crosses the date line ends beyond 180.
+struct Bounds
+{
+    double west;
+    double south;
+    double east;
+    double north;
+};
+
+std::string insertionSql(const RecordKind& kind)
+{
+    std::string names;
+    std::string places;
+    for (const Column& column : kind.columns) {
+        names += (names.empty() ? "" : ", ") + column.name;
+        places += places.empty() ? "?" : ", ?";
+    }
+    return "INSERT INTO " + kind.name + "(" + names + ") VALUES (" + places + ")";
+}
+
+} // namespace
+
+/// The insertion of one kind: its statements, and the texts of the record that is being added.
+class RecordWriter::Insertion
+{
+public:
+    Insertion(SQLite::Database& database, const RecordKind& kind)
+        : m_Kind(kind), m_Insert(database, insertionSql(kind)), m_Texts(kind.columns.size() + kExtraSlots)
+    {
+        for (std::size_t i = 0; i < kind.columns.size(); ++i)
+            m_Slots.emplace(kind.columns[i].key, i);
+        if (m_Slots.count("coordExtra7") > 0)
+            m_Slots.emplace("coordParam8", m_Slots["coordExtra7"]);
+        if (kind.name == "project")
+            m_Slots.emplace("company", kind.columns.size());
+        if (kind.hasType() || kind.name == "point")
+            m_Slots.emplace("marks", kind.columns.size() + 1);
+        if (kind.hasType())
+            m_AddBounds.emplace(database, "INSERT INTO " + kind.name + "_bounds VALUES (?, ?, ?, ?, ?, ?, ?)");
+    }
+
+    void take(const RecordTexts& texts)
+    {
+        std::fill(m_Texts.begin(), m_Texts.end(), nullptr);
+        for (const auto& [key, text] : texts) {
+            const auto slot = m_Slots.find(key);
+            if (slot == m_Slots.end())
+                throw refusal("a record of kind " + m_Kind.name + " has no key " + shown(key));
+            const std::string*& known = m_Texts[slot->second];
+            if (known && *known != text)
+                throw refusal(key + " is given twice: " + shown(*known) + " and " + shown(text));
+            if (!text.empty() || slot->second >= m_Kind.columns.size() ||
+                emptyIsValue(m_Kind.columns[slot->second].content))
+                known = &text;
+        }
+    }
+
+    /// Null if the record has none.
+    const std::string* text(const std::string& key) const
+    {
+        const auto slot = m_Slots.find(key);
+        return slot == m_Slots.end() ? nullptr : m_Texts[slot->second];
+    }
+    void setText(const std::string& key, const std::string& text) { m_Texts[m_Slots.at(key)] = &text; }
+
+    std::optional<Bounds> bounds() const
+    {
+        if (!m_AddBounds)
+            return std::nullopt;
+        const std::string* texts[] = {text("west"), text("south"), text("east"), text("north")};
+        const auto absent = std::count(std::begin(texts), std::end(texts), nullptr);
+        if (absent == std::distance(std::begin(texts), std::end(texts)))
+            return std::nullopt;
+        if (absent > 0)
+            throw refusal("bounds are west, south, east and north, all or none");
+        Bounds bounds{degrees("west", *texts[0]), degrees("south", *texts[1]), degrees("east", *texts[2]),
+                      degrees("north", *texts[3])};
+        if (bounds.south > bounds.north)
+            throw refusal("south " + *texts[1] + " lies beyond north " + *texts[3]);
+        if (bounds.east < bounds.west)
+            bounds.east += kTurn;
+        return bounds;
+    }
+
+    void run(const std::optional<Bounds>& bounds)
+    {
+        m_Insert.clearBindings();
+        for (std::size_t i = 0; i < m_Kind.columns.size(); ++i) {
+            if (m_Texts[i])
+                bindValue(m_Insert, static_cast<int>(i) + 1, m_Kind.columns[i], *m_Texts[i]);
+            else if (m_Kind.columns[i].required)
+                throw refusal(m_Kind.columns[i].key + " is missing");
+        }
+        if (bounds)
+            m_Insert.bind(static_cast<int>(m_Slots.at("east")) + 1, bounds->east);
+        const ResetAtEnd resetAtEnd(m_Insert);
+        m_Insert.exec();
+    }
+
+    void addBounds(const Bounds& bounds, std::uint32_t id, std::uint32_t typeId)
+    {
+        const ResetAtEnd resetAtEnd(*m_AddBounds);
+        SQLite::bind(*m_AddBounds, id, bounds.west, bounds.east, bounds.south, bounds.north, typeId, typeId);
+        m_AddBounds->exec();
+    }
+
+private:
+    static constexpr std::size_t kExtraSlots = 2; // company, marks
+
+    const RecordKind& m_Kind;
+    SQLite::Statement m_Insert;
+    std::optional<SQLite::Statement> m_AddBounds;
+    std::unordered_map<std::string, std::size_t> m_Slots; ///< columns by key, then the extra ones
+    std::vector<const std::string*> m_Texts;              ///< by slot
+};
+
+RecordWriter::RecordWriter(SQLite::Database& database) : m_Database(database)
+{
+}
+
+RecordWriter::~RecordWriter() = default;
+
+std::uint32_t RecordWriter::add(const RecordKind& kind, const RecordTexts& texts)
+{
+    Insertion& record = insertion(kind);
+    record.take(texts);
+    std::uint32_t typeId = 0;
+    if (const std::string* type = record.text("typeID"); type && kind.hasType()) {
+        typeId = identifier("typeID", *type);
+        requireOwner(kind, typeId);
+    }
+    std::string company;
+    if (kind.name == "project" && !record.text("companyID")) {
+        company = companyId(record.text("company"));
+        record.setText("companyID", company);
+    } else if (kind.name == "project" && record.text("company")) {
+        throw refusal("company and companyID are both given");
+    }
+    const std::optional<Bounds> bounds = record.bounds();
+    try {
+        record.run(bounds);
+    } catch (const SQLite::Exception& exception) {
+        refuse(kind, record, exception);
+    }
+    const auto id = static_cast<std::uint32_t>(m_Database.getLastInsertRowid());
+    if (bounds)
+        record.addBounds(*bounds, id, typeId);
+    if (const std::string* marks = record.text("marks"))
+        addMarks(kind, id, *marks);
+    return id;
+}
+
+RecordWriter::Insertion& RecordWriter::insertion(const RecordKind& kind)
+{
+    std::unique_ptr<Insertion>& known = m_Insertions[&kind];
+    if (!known)
+        known = std::make_unique<Insertion>(m_Database, kind);
+    return *known;
+}
+
+void RecordWriter::requireOwner(const RecordKind& kind, std::uint32_t typeId)
+{
+    auto type = m_TypeNames.find(typeId);
+    if (type == m_TypeNames.end()) {
+        SQLite::Statement row(m_Database, "SELECT data_type FROM type WHERE type_id = ?");
+        row.bind(1, typeId);
+        if (!row.executeStep())
+            throw refusal("there is no type " + std::to_string(typeId));
+        type = m_TypeNames.emplace(typeId, row.getColumn(0).getString()).first;
+    }
+    if (!owns(type->second, kind))
+        throw refusal("type " + std::to_string(typeId) + " is " + type->second + " and has no records of kind " +
+                      kind.name + "; those are of " + kind.typeName);
+}
+
+std::string RecordWriter::companyId(const std::string* companyNo)
+{
+    SQLite::Statement row(m_Database, "SELECT id FROM company WHERE companyno = ?1 OR ?1 IS NULL LIMIT 2");
+    if (companyNo)
+        row.bind(1, *companyNo);
+    if (!row.executeStep())
+        throw refusal("there is no company " + shown(companyNo ? *companyNo : "") + "; add-company adds one");
+    std::string id = row.getColumn(0).getString();
+    if (row.executeStep())
+        throw refusal("there are several companies: company or companyID says which");
+    return id;
+}
+
+/// Tells in the words of the texts why the database did not take the record.
+void RecordWriter::refuse(const RecordKind& kind, Insertion& insertion, const SQLite::Exception& exception)
+{
+    const int code = exception.getExtendedErrorCode();
+    if (code == SQLITE_CONSTRAINT_PRIMARYKEY)
+        throw refusal("there is a " + kind.name + " " + *insertion.text(kind.columns.front().key) + " already");
+    if (code == SQLITE_CONSTRAINT_UNIQUE)
+        throw refusal("there is a " + kind.name + " " +
+                      shown(*insertion.text(kind.name == "project" ? "projectName" : "dataType")) + " already");
+    if (code != SQLITE_CONSTRAINT_FOREIGNKEY)
+        throw exception;
+    for (const Column& column : kind.columns) {
+        const std::string* text = insertion.text(column.key);
+        if (column.references.empty() || !text)
+            continue;
+        const std::size_t bracket = column.references.find('(');
+        const std::string table = column.references.substr(0, bracket);
+        SQLite::Statement row(m_Database, "SELECT 1 FROM " + table + " WHERE " +
+                                              column.references.substr(bracket) + " = ?");
+        row.bind(1, identifier(column.key, *text));
+        if (!row.executeStep())
+            throw refusal("there is no " + table + " " + *text);
+    }
+    throw exception;
+}
+
+void RecordWriter::addMarks(const RecordKind& kind, std::uint32_t id, const std::string& marks)
+{
+    if (!m_AddMark)
+        m_AddMark.emplace(m_Database, "INSERT OR IGNORE INTO image_mark VALUES (?, ?, ?)");
+    for (std::size_t start = 0; start < marks.size();) {
+        const std::size_t end = std::min(marks.find(',', start), marks.size());
+        const ResetAtEnd resetAtEnd(*m_AddMark);
+        SQLite::bind(*m_AddMark, identifier("marks: each", marks.substr(start, end - start)), kind.number, id);
+        m_AddMark->exec();
+        start = end + 1;
+    }
+}
+
+} // namespace centre

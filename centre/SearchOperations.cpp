@@ -1,0 +1,145 @@
+#include "centre/ImageOperations.h"
+
+#include "centre/Date.h"
+#include "centre/RecordKinds.h"
+#include "centre/Text.h"
+#include "ledgerserver.pb.h"
+
+#include <stdexcept>
+
+namespace centre {
+
+namespace {
+
+using ledgerserver::DataUtilBeanReq;
+
+constexpr double kTurn = 360;
+constexpr char kFirstDay[] = "0001-01-01";
+constexpr char kLastDay[] = "9999-12-31";
+
+// In a condition that is fit, what is not asked for is NULL; the dates stand together; west <= east.
+
+// The bounds as they are and a turn to either side, for what lies across the date line.
+const std::string kTurns = "(SELECT 0 AS turn UNION ALL SELECT 360 UNION ALL SELECT -360)";
+const std::string kInDates = "(:start_date IS NULL OR date BETWEEN :start_date AND :end_date) ";
+const std::string kInBounds =
+    "(:use_bounds IS NULL OR (south <= :bound_d AND north >= :bound_b AND"
+    " (west <= :bound_c AND east >= :bound_a OR west <= :bound_c + 360 AND east >= :bound_a + 360"
+    " OR west <= :bound_c - 360 AND east >= :bound_a - 360))) ";
+const std::string kMatches = "(:sentype IS NULL OR sensor = :sentype) AND " + kInDates + "AND " + kInBounds;
+const std::string kNamesMatch =
+    "(:proname IS NULL OR project_name = :proname) AND (:data_type IS NULL OR data_type = :data_type"
+    " OR (upper(:data_type) IN ('DEM', 'DSM', 'DOM', 'DLG') AND data_type = :data_type COLLATE NOCASE)) ";
+const std::string kTypes = "FROM project CROSS JOIN type USING (project_id) ";
+
+/// Identifiers of the kind's records that may match: straight from the index of what narrows them most. The
+/// others of these selects end before they read anything.
+std::string candidates(const RecordKind& kind, const std::string& typeId)
+{
+    const std::string ids = "SELECT " + kind.idColumn() + " AS id FROM " + kind.name + " WHERE ";
+    const std::string ofType = "type_id = " + typeId + " ";
+    const std::string noBounds = "AND :use_bounds IS NULL ";
+    return "SELECT id FROM " + kTurns + " CROSS JOIN " + kind.name +
+           "_bounds WHERE :use_bounds IS NOT NULL AND west <= :bound_c + turn AND east >= :bound_a + turn"
+           " AND south <= :bound_d AND north >= :bound_b AND first_type <= " +
+           typeId + " AND last_type >= " + typeId + " UNION ALL " + ids + ofType + noBounds +
+           "AND :sentype IS NOT NULL AND sensor = :sentype AND " + kInDates + "UNION ALL " + ids + ofType +
+           noBounds +
+           "AND :sentype IS NULL AND :start_date IS NOT NULL AND date BETWEEN :start_date AND :end_date "
+           "UNION ALL " +
+           ids + ofType + noBounds + "AND :sentype IS NULL AND :start_date IS NULL ";
+}
+
+/// Identifiers of the records of the request's type that match. The + keeps the search on the candidates.
+std::string hits(const RecordKind& kind)
+{
+    return kind.name + "." + kind.idColumn() + " IN (" + candidates(kind, ":type_id") +
+           ") AND +type_id = :type_id AND " + kMatches + "AND EXISTS (SELECT 1 " + kTypes +
+           "WHERE type.type_id = :type_id AND " + kNamesMatch + ") ";
+}
+
+std::string searchOfTypes()
+{
+    std::string sql = "SELECT type.type_id, project_id, project_name, data_type, type_text " + kTypes +
+                      "WHERE company_id = :company_id AND " + kNamesMatch +
+                      "AND (coalesce(:sentype, :start_date, :use_bounds) IS NULL";
+    for (const RecordKind& kind : recordKinds())
+        if (kind.hasType())
+            sql += " OR EXISTS (SELECT 1 FROM (" + candidates(kind, "type.type_id") + ") AS candidate CROSS JOIN " +
+                   kind.name + " AS record ON record." + kind.idColumn() +
+                   " = candidate.id WHERE +record.type_id = type.type_id AND " + kMatches + ")";
+    return sql + ") ORDER BY type.type_id";
+}
+
+std::string day(const std::string& text, const char* none)
+{
+    if (text.empty())
+        return none;
+    if (auto date = isoDate(text))
+        return *date;
+    throw std::runtime_error("not a date: " + escaped(text).substr(0, 100));
+}
+
+void makeDatesFit(DataUtilBeanReq& request)
+{
+    if (request.start_date().empty() && request.end_date().empty()) {
+        request.clear_start_date();
+        request.clear_end_date();
+        return;
+    }
+    request.set_start_date(day(request.start_date(), kFirstDay));
+    request.set_end_date(day(request.end_date(), kLastDay));
+}
+
+void makeBoundsFit(DataUtilBeanReq& request)
+{
+    if (!request.use_bounds())
+        return request.clear_use_bounds();
+    if (!request.has_bound_a() || !request.has_bound_b() || !request.has_bound_c() || !request.has_bound_d())
+        throw std::runtime_error("bounds are four numbers: west, south, east, north");
+    const double west = request.bound_a();
+    const double east = request.bound_c() < west ? request.bound_c() + kTurn : request.bound_c();
+    // Written so that what is no number does not pass.
+    if (!(west <= east && request.bound_b() <= request.bound_d()))
+        throw std::runtime_error("no bounds: west " + std::to_string(west) + ", south " +
+                                 std::to_string(request.bound_b()) + ", east " +
+                                 std::to_string(request.bound_c()) + ", north " +
+                                 std::to_string(request.bound_d()));
+    request.set_bound_c(east);
+}
+
+/// Makes the condition fit for the statements; throws std::runtime_error if it can't be one.
+void makeConditionFit(google::protobuf::Message& message)
+{
+    auto& request = dynamic_cast<DataUtilBeanReq&>(message);
+    if (request.proname().empty())
+        request.clear_proname();
+    if (request.data_type().empty())
+        request.clear_data_type();
+    if (request.sentype().empty())
+        request.clear_sentype();
+    makeDatesFit(request);
+    makeBoundsFit(request);
+}
+
+} // namespace
+
+std::vector<Operation> searchOperations()
+{
+    std::vector<Operation> operations = {{"searchDataType", Shape::List, searchOfTypes(), makeConditionFit}};
+    for (const RecordKind& kind : recordKinds()) {
+        if (!kind.hasType())
+            continue;
+        const RecordKind& found = kind.name == "control" ? *findKind("point") : kind;
+        std::string sql = "SELECT " + beanColumns(found) + " FROM " + found.name + " WHERE ";
+        sql += kind.name == "control"
+                   ? "point_id IN (SELECT point_id FROM control CROSS JOIN point USING (dq_con_id) WHERE " +
+                         hits(kind) + ") "
+                   : hits(kind);
+        operations.push_back({"searchDataByType" + found.stem, Shape::List,
+                              sql + "ORDER BY " + found.idColumn(), makeConditionFit});
+    }
+    return operations;
+}
+
+} // namespace centre
