@@ -160,8 +160,7 @@ bool Catalogue::answered(ENUM_RET_TYPE result) const
 
 void Catalogue::fail() const
 {
-    throw Failure(ExitCode::CentreFailed,
-                  "the centre failed the request: " + describe(m_Journal.lastReason()));
+    requestFailed(m_Journal);
 }
 
 std::optional<Disk> Catalogue::disk(unsigned int id)

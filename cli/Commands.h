@@ -1,6 +1,7 @@
 #ifndef LUMO_CLI_COMMANDS_H
 #define LUMO_CLI_COMMANDS_H
 
+#include "cli/RecordOutput.h"
 #include "cli/Session.h"
 
 #include "directory/VersionRecords.h"
@@ -17,6 +18,37 @@ void listPlace(Session& session, const Place& place);
 /// `depth` is the number of levels below the place.
 void showTree(Session& session, const Place& place, unsigned int depth);
 void showRecord(Session& session, const Place& place);
+
+// Browsing the image catalogue. What the user typed is checked first, before there is a connection.
+
+/// How records are shown.
+struct RecordOptions
+{
+    Form form = Form::AsTable;
+    unsigned int limit = 0xFFFFFFFF; ///< records in total
+};
+
+Action listProjects(const RecordOptions& options);
+/// A project is its identifier or its name.
+Action listTypes(const std::string& project, const RecordOptions& options);
+/// A type is its identifier or PROJECT/TYPENAME.
+Action listImages(const std::string& type, const RecordOptions& options);
+/// The points of a control file, which is its identifier.
+Action listPoints(const std::string& control, const RecordOptions& options);
+/// One record by the word for its kind; a project and a type may be named as above.
+Action showRecordOfKind(const std::string& kind, const std::string& id, const RecordOptions& options);
+
+/// As typed; empty texts ask for nothing.
+struct SearchRequest
+{
+    std::string project;
+    std::string type;
+    std::string sensor;
+    std::string from;
+    std::string to;
+    std::string bounds;
+};
+Action searchImages(const SearchRequest& request, const RecordOptions& options);
 
 // Asking about boxes, areas and versions.
 

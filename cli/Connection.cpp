@@ -131,6 +131,11 @@ std::string describe(const Reason& reason)
     return "no reason is known";
 }
 
+void requestFailed(const Journal& journal)
+{
+    throw Failure(ExitCode::CentreFailed, "the centre failed the request: " + describe(journal.lastReason()));
+}
+
 Connection::Connection(const Options& options, Journal& journal)
 {
     require(options.centre, "centre", "LUMO_CENTRE", "HOST:PORT");

@@ -17,6 +17,9 @@ namespace cli {
 /// What the library told of a failed call, as part of a message.
 std::string describe(const Reason& reason);
 
+/// Throws Failure (CentreFailed) for the last failed call of this thread, with its reason.
+[[noreturn]] void requestFailed(const Journal& journal);
+
 /// The connection to the centre, as the user of the options; open from construction to destruction.
 class Connection
 {

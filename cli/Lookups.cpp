@@ -10,16 +10,6 @@
 
 namespace cli {
 
-namespace {
-
-[[noreturn]] void failed(Session& session)
-{
-    throw Failure(ExitCode::CentreFailed,
-                  "the centre failed the request: " + describe(session.journal.lastReason()));
-}
-
-} // namespace
-
 std::string shownVersion(const Product& product, const std::string& version)
 {
     return (product.kind == Product::Kind::Program ? "program " : "module ") + product.number +
@@ -42,7 +32,7 @@ tagVersionInfo versionInfo(Session& session, const Product& product, const std::
         return info;
     }
     if (session.journal.lastReason().kind == Reason::Kind::CallFailed) {
-        failed(session);
+        requestFailed(session.journal);
     }
     throw Failure(ExitCode::PlaceNotFound, "the centre knows no " +
                                                (version.empty() ? "version of " : std::string()) +
@@ -76,7 +66,7 @@ void listBoxes(Session& session)
 {
     QMap<QString, QString> boxes;
     if (!session.manager.getKestaList(boxes)) {
-        failed(session);
+        requestFailed(session.journal);
     }
     Json list = Json::array();
     Table table({"BOX", "ADDRESS"});
@@ -96,7 +86,7 @@ void listAreas(Session& session, unsigned int areaID)
     QMap<unsigned int, QString> areas;
     const ENUM_RET_TYPE result = session.manager.getNationalArea(areaID, areas);
     if (result == RET_FAILED) {
-        failed(session);
+        requestFailed(session.journal);
     }
     if (result == RET_NULL) {
         throw Failure(ExitCode::PlaceNotFound, "the centre knows no area " + std::to_string(areaID));

@@ -97,7 +97,7 @@ void addOptions(CLI::App& app, Options& options)
     add("--log", options.log, "LUMO_LOG", kOutput, "Append the library's log to this file")
         ->option_text("FILE");
     add("--code-page", options.codePage, "LUMO_CODE_PAGE", kOutput,
-        "Code page of the records inside: utf8 (default) or gbk")
+        "Code page of the records inside: utf8 or gbk")
         ->option_text("NAME")
         ->check(CLI::IsMember({"utf8", "gbk"}));
 }

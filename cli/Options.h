@@ -19,7 +19,7 @@ struct Options
     bool tls = false;
     bool plainText = false;
     std::string log;
-    std::string codePage = "utf8";
+    std::string codePage; ///< empty: the command's own
     bool json = false;
     std::string profile;
 };

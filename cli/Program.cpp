@@ -8,6 +8,11 @@ constexpr const char* kPlaceHelp =
     R"(PLACE is a path such as /disk/folder/file, or an identifier with its kind:
 disk:1, folder:12, file:33.)";
 
+constexpr const char* kKindHelp =
+    R"(KIND is project, type, photo (frame photograph), sat (satellite image), ads (airborne
+three-line image), control (control file), point (control point), dem, dsm, dom or dlg;
+ID is its number, for a project also its name, for a type also PROJECT/TYPENAME.)";
+
 constexpr const char* kCommandFooter =
     "The options of connection and output, which every command takes: lumo --help";
 
@@ -22,11 +27,14 @@ Examples:
   lumo ls /earth/imagery
   lumo tree disk:1 --depth 2
   lumo show file:33 --json
+  lumo images north/DEM --csv
+  lumo search --sensor GF1 --from 2024-01-01 --bounds 85,27.5,87,29
+  lumo show sat 7
   lumo put survey.tif notes /earth/imagery
   lumo get /earth/imagery /earth/outlines downloads
 
 Exit codes: 0 success, 1 any other failure, 2 wrong use, 3 centre not reached,
-4 token refused, 5 unknown company, 6 unknown user, 7 place not found,
+4 token refused, 5 unknown company, 6 unknown user, 7 place or record not found,
 8 the centre failed the request or the time limit passed, 9 something did not
 arrive, 130 or 143 interrupted)";
 
@@ -41,7 +49,7 @@ std::string wholeNumber(const std::string& text)
 
 } // namespace
 
-Program::Program() : m_App("lumo: the storage catalogue of a geospatial data centre, and its files", "lumo")
+Program::Program() : m_App("lumo: the catalogues of a geospatial data centre, and its files", "lumo")
 {
     m_App.set_version_flag("--version", "lumo " LUMO_VERSION);
     m_App.require_subcommand(1);
@@ -49,6 +57,8 @@ Program::Program() : m_App("lumo: the storage catalogue of a geospatial data cen
     m_App.get_formatter()->column_width(24);
     addOptions(m_App, m_Options);
     addBrowsing();
+    addShow();
+    addImages();
     addTransfers();
     addLookups();
 }
@@ -82,11 +92,88 @@ void Program::addBrowsing()
     });
     takesPlace(tree, true);
     tree->add_option("--depth", m_Depth, "Levels to show")->option_text("N")->check(wholeNumber);
-    takesPlace(add("show", "Show all fields of one record",
-                   [this]() -> Action {
-                       return [place = parsePlace(m_Place)](Session& session) { showRecord(session, place); };
-                   }),
-               true);
+}
+
+void Program::addShow()
+{
+    CLI::App* const command = add("show", "Show all fields of one record", [this]() -> Action {
+        if (!m_Name.empty()) {
+            return showRecordOfKind(m_Place, m_Name, recordOptions());
+        }
+        if (m_Csv) {
+            throw Failure(ExitCode::WrongUse,
+                          "--csv is for records of the image catalogue, as in: lumo show sat 7 --csv");
+        }
+        return [place = parsePlace(m_Place)](Session& session) { showRecord(session, place); };
+    });
+    command->add_option("PLACE", m_Place, "A place, or the KIND of a record of the image catalogue")
+        ->option_text(" ")
+        ->required();
+    command->add_option("ID", m_Name, "The record's identifier, behind a KIND")->option_text(" ");
+    addCsv(command);
+    command->footer(std::string(kPlaceHelp) + "\n\n" + kKindHelp + "\n\n" + kCommandFooter);
+}
+
+RecordOptions Program::recordOptions()
+{
+    // Only there the library tells codes from their texts.
+    if (m_Options.codePage.empty()) {
+        m_Options.codePage = "gbk";
+    }
+    const Form otherwise = m_Options.json ? Form::AsJson : Form::AsTable;
+    return {m_Csv ? Form::AsCsv : otherwise, m_Limit};
+}
+
+void Program::addCsv(CLI::App* command)
+{
+    command->add_flag("--csv", m_Csv, "All fields as CSV with a header line; goes before --json")
+        ->option_text(" ");
+}
+
+CLI::App* Program::addListing(const char* name, const char* description, const Prepare& prepare)
+{
+    CLI::App* const command = add(name, description, prepare);
+    addCsv(command);
+    command->add_option("--limit", m_Limit, "How many records to show in total (default: all)")
+        ->option_text("N")
+        ->check(wholeNumber);
+    return command;
+}
+
+void Program::addImages()
+{
+    const auto takes = [this](CLI::App* command, const char* name, const char* description) {
+        command->add_option(name, m_Name, description)->option_text(" ")->required();
+    };
+    addListing("projects", "List the data projects of your company",
+               [this] { return listProjects(recordOptions()); });
+    takes(addListing("types", "List the types of a project",
+                     [this] { return listTypes(m_Name, recordOptions()); }),
+          "PROJECT", "A project's identifier or name");
+    takes(addListing("images", "List the images, products or control files of a type",
+                     [this] { return listImages(m_Name, recordOptions()); }),
+          "TYPE", "A type's identifier, or PROJECT/TYPENAME as in north/DEM");
+    addSearch();
+    takes(addListing("points", "List the points of a control file",
+                     [this] { return listPoints(m_Name, recordOptions()); }),
+          "CONTROL", "A control file's identifier");
+}
+
+void Program::addSearch()
+{
+    CLI::App* const command = addListing("search", "Find images, products and control points by conditions",
+                                         [this] { return searchImages(m_Search, recordOptions()); });
+    const auto condition = [command](const char* name, std::string& value, const char* text,
+                                     const char* description) {
+        command->add_option(name, value, description)->option_text(text);
+    };
+    condition("--project", m_Search.project, "PROJECT", "In this project: its identifier or its name");
+    condition("--type", m_Search.type, "TYPENAME", "In types of this name");
+    condition("--sensor", m_Search.sensor, "NAME", "Made by this sensor");
+    condition("--from", m_Search.from, "DATE", "Not before this day: 2024-07-31, 20240731, 2024/07/31");
+    condition("--to", m_Search.to, "DATE", "Not after this day");
+    condition("--bounds", m_Search.bounds, "WEST,SOUTH,EAST,NORTH", "Touching these bounds, in degrees");
+    command->footer(std::string("What is found fits all conditions that are given.\n\n") + kCommandFooter);
 }
 
 CLI::App* Program::addMoving(const char* name, const char* description, const Prepare& prepare)

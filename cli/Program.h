@@ -34,6 +34,13 @@ private:
     /// A command that moves files.
     CLI::App* addMoving(const char* name, const char* description, const Prepare& prepare);
     void addBrowsing();
+    void addShow();
+    void addImages();
+    void addSearch();
+    /// A command that lists records of the image catalogue.
+    CLI::App* addListing(const char* name, const char* description, const Prepare& prepare);
+    void addCsv(CLI::App* command);
+    RecordOptions recordOptions();
     void addLookups();
     void addTransfers();
     void addPackage(const char* name, const char* description, Product::Kind kind, const char* number);
@@ -46,6 +53,10 @@ private:
     std::string m_Place = "/";
     unsigned int m_Depth = std::numeric_limits<unsigned int>::max();
     unsigned int m_AreaID = 0;
+    std::string m_Name;
+    bool m_Csv = false;
+    unsigned int m_Limit = std::numeric_limits<unsigned int>::max();
+    SearchRequest m_Search;
     std::vector<std::string> m_Arguments;
     std::string m_Folder;
     bool m_Keep = false;

@@ -1,0 +1,212 @@
+#include "cli/ImageCatalogue.h"
+
+#include "cli/Connection.h"
+#include "cli/ExitCode.h"
+
+#include "core/LumoDataMgr.h"
+
+#include <charconv>
+#include <cstring>
+
+#include <strings.h>
+
+namespace cli {
+
+namespace {
+
+std::optional<unsigned int> identifierOf(const std::string& text)
+{
+    unsigned int id = kNone;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, id);
+    return error == std::errc() && stop == end && id != kNone ? std::optional(id) : std::nullopt;
+}
+
+[[noreturn]] void notFound(const std::string& message)
+{
+    throw Failure(ExitCode::PlaceNotFound, message);
+}
+
+/// A record in which a text that does not fit leaves its mark, see RecordText.
+template <class Record>
+Record markedRecord()
+{
+    Record record;
+    std::memset(&record, 1, sizeof record);
+    return record;
+}
+
+template <class Record>
+RecordList listOfOne(const Record& record)
+{
+    return listOf(QList<Record>{record});
+}
+
+template <class Record>
+using GetOne = ENUM_RET_TYPE (CLumoDataMgr::*)(unsigned int, Record&);
+template <class Record>
+using GetList = ENUM_RET_TYPE (CLumoDataMgr::*)(unsigned int, QList<Record>&);
+
+template <class Record>
+std::function<RecordList(Session&, unsigned int)> listBy(GetList<Record> get)
+{
+    return [get](Session& session, unsigned int parent) {
+        QList<Record> records;
+        answered(session, (session.manager.*get)(parent, records));
+        return listOf(records);
+    };
+}
+
+template <class Record>
+Kind kind(const char* word, const char* typeName, GetOne<Record> get, GetList<Record> getList)
+{
+    const auto find = [word, get](const std::string& text) -> FindRecord {
+        const unsigned int id = parseIdentifier(text, std::string("identifier of a ") + word);
+        return [word, get, id](Session& session) {
+            auto record = markedRecord<Record>();
+            if (!answered(session, (session.manager.*get)(id, record))) {
+                notFound("the catalogue has no " + (word + (" " + std::to_string(id))));
+            }
+            return listOfOne(record);
+        };
+    };
+    return {word, typeName, find, listBy<Record>(getList)};
+}
+
+FindRecord findProjectNamed(const std::string& text)
+{
+    return [text](Session& session) { return listOfOne(findProject(session, text)); };
+}
+
+FindRecord findTypeNamed(const std::string& text)
+{
+    return [type = parseType(text)](Session& session) { return listOfOne(findType(session, type)); };
+}
+
+const std::vector<Kind>& kinds()
+{
+    using Manager = CLumoDataMgr;
+    // clang-format off
+    static const std::vector<Kind> kKinds = {
+        {"project", nullptr, findProjectNamed, {}},
+        {"type", nullptr, findTypeNamed, listBy<tagTypeTable>(&Manager::getDataTypeByDataID)},
+        kind<tagKFImageTable>("photo", "框幅式影像", &Manager::getKFImage, &Manager::getKFImageByTypeID),
+        kind<tagSatTable>("sat", "卫星影像", &Manager::getSatImage, &Manager::getSatImageByTypeID),
+        kind<tagAdsTable>("ads", "航空三线阵影像", &Manager::getAdsImage, &Manager::getAdsImageByTypeID),
+        kind<tagCtrlFileTable>("control", "控制点属性", &Manager::getCtrlFile, &Manager::getCtrlFileByTypeID),
+        kind<tagCtrlPointTable>("point", nullptr, &Manager::getCtrlPoint, &Manager::getCtrlPoint),
+        kind<tagDemTable>("dem", "DEM", &Manager::getDem, &Manager::getDemByTypeID),
+        kind<tagDsmTable>("dsm", "DSM", &Manager::getDsm, &Manager::getDsmByTypeID),
+        kind<tagDomTable>("dom", "DOM", &Manager::getDom, &Manager::getDomByTypeID),
+        kind<tagDlgTable>("dlg", "DLG", &Manager::getDlg, &Manager::getDlgByTypeID),
+    };
+    // clang-format on
+    return kKinds;
+}
+
+} // namespace
+
+const Kind& kindNamed(const std::string& word)
+{
+    std::string words;
+    for (const Kind& known : kinds()) {
+        if (word == known.word) {
+            return known;
+        }
+        words += (words.empty() ? "" : ", ") + std::string(known.word);
+    }
+    throw Failure(ExitCode::WrongUse, "'" + word + "' is no kind of record; the kinds are " + words);
+}
+
+const Kind* kindOfType(const Text& typeName)
+{
+    for (const Kind& known : kinds()) {
+        if (known.typeName != nullptr && typeName && strcasecmp(typeName->c_str(), known.typeName) == 0) {
+            return &known;
+        }
+    }
+    return nullptr;
+}
+
+std::string decidingTypeNames()
+{
+    std::string names;
+    for (const Kind& known : kinds()) {
+        if (known.typeName != nullptr) {
+            names += (names.empty() ? "" : ", ") + std::string(known.typeName);
+        }
+    }
+    return names;
+}
+
+bool answered(const Session& session, ENUM_RET_TYPE result)
+{
+    if (result == RET_FAILED) {
+        requestFailed(session.journal);
+    }
+    return result != RET_NULL;
+}
+
+unsigned int parseIdentifier(const std::string& text, const std::string& what)
+{
+    const auto id = identifierOf(text);
+    if (!id) {
+        throw Failure(ExitCode::WrongUse, "'" + text + "' is no " + what + ": write its number");
+    }
+    return *id;
+}
+
+tagDataTable findProject(Session& session, const std::string& project)
+{
+    const auto id = identifierOf(project);
+    if (const auto known = id ? projectOf(session, *id) : std::nullopt) {
+        return *known;
+    }
+    auto record = markedRecord<tagDataTable>();
+    if (!answered(session, session.manager.getData(QString::fromStdString(project), record))) {
+        notFound("the catalogue has no project '" + project + "'");
+    }
+    return record;
+}
+
+std::optional<tagDataTable> projectOf(const Session& session, unsigned int projectID)
+{
+    auto record = markedRecord<tagDataTable>();
+    return answered(session, session.manager.getData(projectID, record)) ? std::optional(record)
+                                                                         : std::nullopt;
+}
+
+TypeName parseType(const std::string& text)
+{
+    TypeName type;
+    const std::size_t slash = text.rfind('/');
+    if (slash != std::string::npos) {
+        type.project = text.substr(0, slash);
+        type.name = text.substr(slash + 1);
+    } else if (const auto id = identifierOf(text)) {
+        type.id = *id;
+    } else {
+        throw Failure(ExitCode::WrongUse,
+                      "'" + text + "' is no type: write its number, or PROJECT/TYPENAME as in north/DEM");
+    }
+    return type;
+}
+
+tagTypeTable findType(Session& session, const TypeName& type)
+{
+    auto record = markedRecord<tagTypeTable>();
+    if (type.id != kNone) {
+        if (!answered(session, session.manager.getDataType(type.id, record))) {
+            notFound("the catalogue has no type " + std::to_string(type.id));
+        }
+        return record;
+    }
+    const tagDataTable project = findProject(session, type.project);
+    if (!answered(session, session.manager.getDataType(project.projectID, QString::fromStdString(type.name),
+                                                       record))) {
+        notFound("project '" + type.project + "' has no type '" + type.name + "'");
+    }
+    return record;
+}
+
+} // namespace cli
