@@ -1,3 +1,4 @@
+#include "centre/RecordKinds.h"
 #include "centre/Token.h"
 #include "centre/Version.h"
 #include "tests/centre/CentreSupport.h"
@@ -61,11 +62,17 @@ TEST(Store, RefusesAnotherProgramsOrANewerVersionsDatabase)
 TEST(Store, BringsAnOlderDataFolderToItsTablesOrLeavesItAsItWas)
 {
     DataFolder data;
-    const std::string makeOld = "DROP TABLE version; DROP TABLE national_area; DROP INDEX disk_root;"
+    std::string makeOld = "DROP TABLE image_mark;";
+    for (auto kind = centre::recordKinds().rbegin(); kind != centre::recordKinds().rend(); ++kind)
+        makeOld += "DROP TABLE " + kind->name + ";" +
+                   (kind->hasType() ? "DROP TABLE " + kind->name + "_bounds;" : "");
+    centre::Store(data.path()).database().exec(makeOld + "PRAGMA user_version = 2;");
+    centre::Store(data.path()).database().exec("INSERT INTO project(company_id, project_name) VALUES (1, 'P')");
+    makeOld += "DROP TABLE version; DROP TABLE national_area; DROP INDEX disk_root;"
                                 "ALTER TABLE user DROP COLUMN may_write; PRAGMA user_version = 1;";
     centre::Store(data.path()).database().exec(makeOld);
     centre::Store store(data.path());
-    EXPECT_EQ(store.database().execAndGet("PRAGMA user_version").getInt(), 2);
+    EXPECT_EQ(store.database().execAndGet("PRAGMA user_version").getInt(), 3);
     EXPECT_EQ(store.database().execAndGet("SELECT username || may_write FROM user").getString(), "demo1");
     store.addArea(1, "area");
 

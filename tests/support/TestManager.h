@@ -16,13 +16,24 @@ public:
         channel.forgetCalls();
     }
 
+    using CLumoDataMgr::getAdsImageDataFromBean;
     using CLumoDataMgr::getAppFullPathByAppID;
     using CLumoDataMgr::getAppFullPathBySoftID;
+    using CLumoDataMgr::getCtrlFileDataFromBean;
+    using CLumoDataMgr::getCtrlPointDataFromBean;
+    using CLumoDataMgr::getDataFromBean;
+    using CLumoDataMgr::getDataTypeFromBean;
+    using CLumoDataMgr::getDemDataFromBean;
     using CLumoDataMgr::getDiskFromBean;
+    using CLumoDataMgr::getDlgDataFromBean;
+    using CLumoDataMgr::getDomDataFromBean;
+    using CLumoDataMgr::getDsmDataFromBean;
     using CLumoDataMgr::getFileFromBean;
     using CLumoDataMgr::getFileFullPath;
     using CLumoDataMgr::getFolderFromBean;
     using CLumoDataMgr::getFolderFullPath;
+    using CLumoDataMgr::getKFImageDataFromBean;
+    using CLumoDataMgr::getSatImageDataFromBean;
     using CLumoDataMgr::m_Instance;
     using CLumoDataMgr::newChannel;
 };
