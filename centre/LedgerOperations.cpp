@@ -38,7 +38,7 @@ const std::string kLatest = "ORDER BY place DESC LIMIT 1";
 
 std::string pageLimit()
 {
-    return " LIMIT min(:page_size, 100000) OFFSET :page_start";
+    return " LIMIT min(:page_size, 100000) OFFSET ifnull(:page_start, 0)";
 }
 
 std::string fullPath(const std::string& start)
