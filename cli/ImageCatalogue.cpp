@@ -5,6 +5,7 @@
 
 #include "core/LumoDataMgr.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 
@@ -105,6 +106,12 @@ const std::vector<Kind>& kinds()
 }
 
 } // namespace
+
+bool isKind(const std::string& word)
+{
+    const auto named = [&word](const Kind& known) { return word == known.word; };
+    return std::any_of(kinds().begin(), kinds().end(), named);
+}
 
 const Kind& kindNamed(const std::string& word)
 {

@@ -28,6 +28,7 @@ struct Kind
     std::function<RecordList(Session&, unsigned int)> listIn;
 };
 
+bool isKind(const std::string& word);
 /// Throws Failure (WrongUse) for an unknown word.
 const Kind& kindNamed(const std::string& word);
 /// The kind of the records of a type; null when its name decides none.

@@ -1,5 +1,7 @@
 #include "cli/Program.h"
 
+#include "cli/ImageCatalogue.h"
+
 namespace cli {
 
 namespace {
@@ -103,6 +105,10 @@ void Program::addShow()
         if (m_Csv) {
             throw Failure(ExitCode::WrongUse,
                           "--csv is for records of the image catalogue, as in: lumo show sat 7 --csv");
+        }
+        if (isKind(m_Place)) {
+            throw Failure(ExitCode::WrongUse,
+                          "which " + m_Place + "? write its identifier too: lumo show " + m_Place + " ID");
         }
         return [place = parsePlace(m_Place)](Session& session) { showRecord(session, place); };
     });

@@ -29,16 +29,16 @@ public:
 
     void key(const char* name, unsigned int value)
     {
-        m_Fields.push_back({name, value == kNone ? Value(Absent()) : Value(value), true});
+        m_Fields.push_back({name, value == kNone ? Value(Absent()) : Value(value), Field::Role::Leading});
     }
 
     template <std::size_t Size>
     void title(const char* name, const char (&value)[Size])
     {
-        m_Fields.push_back({name, recordText(value), true});
+        m_Fields.push_back({name, recordText(value), Field::Role::Leading});
     }
 
-    void text(const char* name, RecordText value) { m_Fields.push_back({name, value, false}); }
+    void text(const char* name, RecordText value) { m_Fields.push_back({name, value, Field::Role::Main}); }
 
     template <std::size_t Size>
     void text(const char* name, const char (&value)[Size])
@@ -51,16 +51,18 @@ public:
     void optional(const char* name, Number value)
     {
         const bool present = (m_Presence >> m_Bit++ & 1) != 0;
-        m_Fields.push_back({name, present ? Value(value) : Value(Absent()), false});
+        m_Fields.push_back({name, present ? Value(value) : Value(Absent()), Field::Role::Main});
     }
 
-    void number(const char* name, double value) { m_Fields.push_back({name, value, false}); }
+    /// Whether the centre has sent it is not known.
+    void number(const char* name, double value) { m_Fields.push_back({name, value, Field::Role::Detail}); }
 
     template <std::size_t Count>
     void code(const char* name, int value, const char* const (&meanings)[Count])
     {
         const bool known = value >= 0 && value < static_cast<int>(Count);
-        m_Fields.push_back({name, known ? Value(Code{value, meanings[value]}) : Value(Absent()), false});
+        m_Fields.push_back(
+            {name, known ? Value(Code{value, meanings[value]}) : Value(Absent()), Field::Role::Main});
     }
 
     void coord(const tagCoordSetting& record);

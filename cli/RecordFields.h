@@ -43,9 +43,16 @@ using Value = std::variant<Absent, unsigned int, RecordText, double, int, Code>;
 /// A field of a record by its name; the record must outlive it.
 struct Field
 {
+    enum class Role
+    {
+        Leading, ///< a key or the record's name: what tells it from others
+        Main,
+        Detail ///< of no use in a table
+    };
+
     const char* name;
     Value value;
-    bool leads; ///< a key or the record's name: what tells it from others
+    Role role;
 };
 
 using Fields = std::vector<Field>;

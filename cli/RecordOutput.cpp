@@ -37,7 +37,7 @@ std::size_t terminalWidth()
 std::string cellOf(const Field& field)
 {
     const std::string text = escaped(shown(field.value));
-    return field.leads ? text : clipped(text, kWidestText);
+    return field.role == Field::Role::Leading ? text : clipped(text, kWidestText);
 }
 
 /// What there is to show in a column.
@@ -56,8 +56,8 @@ std::vector<Column> columnsOf(const RecordList& list, std::size_t width)
         for (std::size_t i = 0; i < columns.size(); ++i) {
             Column& column = columns[i];
             const std::string cell = cellOf(fields[i]);
-            column.leads = fields[i].leads;
-            if (column.leads || cell != "-") {
+            column.leads = fields[i].role == Field::Role::Leading;
+            if (column.leads || (cell != "-" && fields[i].role != Field::Role::Detail)) {
                 column.width = std::max({column.width, displayWidth(cell), list.names[i].size()});
             }
             used += column.width == 0 ? 0 : column.width + kGap;
@@ -100,7 +100,7 @@ void printTable(const RecordList& list, std::size_t width, bool clipNames)
         std::vector<std::string> cells;
         for (const std::size_t column : shownColumns) {
             const std::string cell = cellOf(fields[column]);
-            cells.push_back(clipNames && fields[column].leads ? clipped(cell, widestName) : cell);
+            cells.push_back(clipNames && columns[column].leads ? clipped(cell, widestName) : cell);
         }
         table.add(std::move(cells));
     }

@@ -39,8 +39,8 @@ TEST(LumoWrongUse, SaysWhatWouldBeRight)
     clitest::writeFile(twoLines, "one\ntwo\n");
     clitest::writeFile(blank, "to ken\n");
     const Failure kCases[] = {
-        {{}, 2, "which command? the commands are disks, ls, tree, show, get, put,"},
-        {{"lss"}, 2, "no command 'lss'; the commands are disks, ls, tree, show, get, put,"},
+        {{}, 2, "which command? the commands are disks, ls, tree, show, projects,"},
+        {{"lss"}, 2, "no command 'lss'; the commands are disks, ls, tree, show, projects,"},
         {{"--colour", "ls"}, 2, "no option '--colour'"},
         {{"ls", "--long"}, 2, "no option '--long'"},
         {{"ls", "/a", "/b"}, 2, "'/b' is one argument too many"},
@@ -58,6 +58,21 @@ TEST(LumoWrongUse, SaysWhatWouldBeRight)
         {{"put", twoLines, twoLines, "/a"}, 2, "two of the paths are named 'two'"},
         {{"versions"}, 2, "either --program NO or --module NO"},
         {{"areas", "-1"}, 2, "no whole number"},
+        {{"show", "sat"}, 2, "write its identifier too: lumo show sat ID"},
+        {{"show", "sat", "x"}, 2, "'x' is no identifier of a sat"},
+        {{"show", "photos", "1"}, 2, "the kinds are project, type, photo,"},
+        {{"show", "/a", "--csv"}, 2, "lumo show sat 7 --csv"},
+        {{"types"}, 2, "PROJECT is required"},
+        {{"images", "DEM"}, 2, "or PROJECT/TYPENAME as in north/DEM"},
+        {{"images", "1", "--limit", "few"}, 2, "'few' is no whole number"},
+        {{"points", "4294967295"}, 2, "is no control file"},
+        {{"search", "--from", "2024-02-30"}, 2, "write it as in 2024-07-31"},
+        {{"search", "--from", "2024-03-01", "--to", "20240229"}, 2, "is later than --to 20240229"},
+        {{"search", "--bounds", "1,2,3"}, 2, "write WEST,SOUTH,EAST,NORTH in degrees"},
+        {{"search", "--bounds", "1,2,3,4,"}, 2, "write WEST,SOUTH,EAST,NORTH in degrees"},
+        {{"search", "--bounds", "-1,-2,3,nan"}, 2, "lies off the earth"},
+        {{"search", "--bounds", "1,30,2,20"}, 2, "SOUTH is north of NORTH"},
+        {{"search", "--bounds", "179,1,-179,2"}, 2, "take two searches"},
         {{"disks", "--timeout", "soon"}, 2, "as in 500ms, 10s or 2m"},
         {{"disks", "--code-page", "big5"}, 2, "{utf8,gbk}"},
         {{"disks", "--centre", ""}, 2, "--centre HOST:PORT, set LUMO_CENTRE"},
@@ -125,6 +140,12 @@ TEST(LumoFailure, EachHasItsOwnMessageAndExitCode)
         {{"versions", "--module", "P"}, 7, "knows no version of module P"},
         {{"get-program", "P", "1", "--box", "B9"}, 7, "no storage box 'B9'; it has B1"},
         {{"areas", "9"}, 7, "no area 9"},
+        {{"types", "north"}, 7, "no project 'north'"},
+        {{"images", "north/DEM"}, 7, "no project 'north'"},
+        {{"images", "9"}, 7, "no type 9"},
+        {{"points", "9"}, 7, "no control 9"},
+        {{"show", "dem", "9"}, 7, "no dem 9"},
+        {{"search", "--project", "9"}, 7, "no project '9'"},
     };
     for (const Failure& one : kCases) {
         expectFailure(centre.lumo(one.arguments), one);
@@ -148,6 +169,8 @@ TEST(LumoFailure, CentreThatFailsOrStallsIsNotMistakenForAnUnknownName)
         {"queryDataAddress=result:-2", {"disks"}, "queryDataAddress: the centre reported an error"},
         {"querySrcTableByUniqueness=refuse", {"ls", "/earth/a"}, "querySrcTableByUniqueness: "},
         {"querySrcTableByUniqueness=result:-2", {"ls", "/earth/a"}, "the centre lists '/earth/a'"},
+        {"queryDataSrcTotal=refuse", {"projects"}, "queryDataSrcTotal: "},
+        {"searchDataType=result:-2", {"search"}, "searchDataType: the centre reported an error"},
         {"queryFileTableByName=result:-2", {"ls", "/earth/none"}, "queryFileTableByName: the centre"},
     };
     CentreProcess centre;

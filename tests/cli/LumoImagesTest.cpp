@@ -1,0 +1,222 @@
+#include "cli/RecordOutput.h"
+#include "tests/cli/CentreProcess.h"
+
+#include <gmock/gmock.h>
+
+#include <sstream>
+
+namespace {
+
+using clitest::CentreProcess;
+using nlohmann::json;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+std::string shown(const Outcome& outcome)
+{
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_THAT(outcome.errors, IsEmpty());
+    return outcome.output;
+}
+
+json parsed(const Outcome& outcome)
+{
+    return json::parse(shown(outcome), nullptr, false);
+}
+
+/// A kind with the number of its record's fields but `presence`, and what its record must have.
+struct Kind
+{
+    const char* word;
+    const char* typeName; ///< null: belongs to no type
+    std::vector<std::string> names;
+    std::size_t fields;
+};
+
+template <class Record>
+Kind kind(const char* word, const char* typeName, std::size_t fields)
+{
+    return {word, typeName, cli::namesOf(cli::fieldsOf(Record{})), fields};
+}
+
+const std::vector<Kind>& kinds()
+{
+    static const std::vector<Kind> kKinds = {kind<tagKFImageTable>("photo", "框幅式影像", 46),
+                                             kind<tagSatTable>("sat", "卫星影像", 43),
+                                             kind<tagAdsTable>("ads", "航空三线阵影像", 38),
+                                             kind<tagCtrlFileTable>("control", "控制点属性", 32),
+                                             kind<tagCtrlPointTable>("point", nullptr, 7),
+                                             kind<tagDemTable>("dem", "DEM", 58),
+                                             kind<tagDsmTable>("dsm", "DSM", 46),
+                                             kind<tagDomTable>("dom", "DOM", 58),
+                                             kind<tagDlgTable>("dlg", "Dlg", 59)};
+    return kKinds;
+}
+
+bool starts(const std::string& text, const char* head)
+{
+    return text.rfind(head, 0) == 0;
+}
+
+/// What a record is loaded with, and what is to be shown of it: a value of its own in each field. Of the
+/// optional numbers those are left out for which `without` says so.
+struct Sample
+{
+    json loaded;
+    json shown;
+};
+
+Sample sampleOf(const Kind& kind, unsigned int id, unsigned int owner,
+                const std::function<bool(int)>& without)
+{
+    Sample sample;
+    int optional = 0;
+    int number = 0;
+    for (const std::string& name : kind.names) {
+        ++number;
+        json value = number + 0.5;
+        if (number == 1) {
+            value = id;
+        } else if (name == "mainFileID") {
+            sample.shown[name] = nullptr;
+            continue;
+        } else if (name == "dqConID") {
+            value = owner;
+        } else if (name == "datum" || name == "projection" || name == "hemisphere") {
+            sample.loaded[name] = name == "datum" ? "中国2000" : name == "hemisphere" ? "北半球" : "高斯投影";
+            sample.shown[name] = name == "datum" ? 3 : name == "hemisphere" ? 1 : 2;
+            continue;
+        } else if (starts(name, "count") || starts(name, "value") ||
+                   starts(name, "point") != (name == "pointText")) {
+            value = starts(name, "count") ? json(number) : value;
+            if (without(optional++)) {
+                sample.shown[name] = nullptr;
+                continue;
+            }
+        } else if (!starts(name, "coordParam") && !starts(name, "coordExtra")) {
+            value = "文" + std::to_string(number);
+        }
+        sample.loaded[name] = sample.shown[name] = value;
+    }
+    if (sample.loaded.contains("coordParam8")) { // one place for both
+        sample.loaded.erase("coordParam8");
+        sample.shown["coordParam8"] = sample.shown["coordExtra7"];
+    }
+    return sample;
+}
+
+/// The project 3 "north" with a type for each kind, and three records of each.
+class LumoImages : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        std::ostringstream lines;
+        lines
+            << R"({"kind":"project","projectID":3,"projectName":"north","text1":"北, \"方\"","datum":"WGS84"})"
+            << '\n';
+        lines << R"({"kind":"type","typeID":50,"projectID":3,"dataType":"其他"})" << '\n';
+        unsigned int typeID = 10;
+        for (const Kind& one : kinds()) {
+            if (one.typeName != nullptr) {
+                lines << json{{"kind", "type"},
+                              {"typeID", ++typeID},
+                              {"projectID", 3},
+                              {"dataType", one.typeName}}
+                             .dump()
+                      << '\n';
+            }
+            for (unsigned int id = 1; id <= 3; ++id) {
+                // Of the second record every other optional number, of the third none.
+                Sample sample =
+                    sampleOf(one, id, 1, [id](int bit) { return id == 3 || (id == 2 && bit % 2 == 0); });
+                sample.loaded["kind"] = one.word;
+                if (one.typeName != nullptr) {
+                    sample.loaded.update({{"typeID", typeID},
+                                          {"date", "2024-07-0" + std::to_string(id)},
+                                          {"sensor", "S"},
+                                          {"west", 10},
+                                          {"south", 20},
+                                          {"east", 11},
+                                          {"north", 20 + id}});
+                }
+                lines << sample.loaded.dump() << '\n';
+                m_Shown[one.word].push_back(sample.shown);
+            }
+        }
+        clitest::writeFile(m_Centre.folder() / "lines", lines.str());
+        m_Centre.administrate("load", {m_Centre.folder() / "lines"});
+        m_Centre.serve();
+    }
+
+    CentreProcess m_Centre;
+    std::map<std::string, json> m_Shown;
+};
+
+TEST_F(LumoImages, EveryRecordIsShownAsItWasLoaded)
+{
+    unsigned int typeID = 10;
+    for (const Kind& one : kinds()) {
+        EXPECT_EQ(one.names.size(), one.fields) << one.word;
+        const std::string type = std::to_string(one.typeName == nullptr ? 1 : ++typeID);
+        const char* const command = one.typeName == nullptr ? "points" : "images";
+        EXPECT_EQ(parsed(m_Centre.lumo({command, type, "--json"})), m_Shown[one.word]) << one.word;
+        EXPECT_EQ(parsed(m_Centre.lumo({"show", one.word, "2", "--json"})), m_Shown[one.word][1]) << one.word;
+    }
+    EXPECT_EQ(m_Centre.lumo({"images", "north/DEM"}).output, m_Centre.lumo({"images", "15"}).output);
+    EXPECT_THAT(shown(m_Centre.lumo({"show", "sat", "2"})),
+                HasSubstr("\nvalue1       -\nvalue2       12.5\n"));
+}
+
+TEST_F(LumoImages, ProjectsAndTypesGoByIdentifierOrName)
+{
+    EXPECT_EQ(shown(m_Centre.lumo({"projects"})),
+              "projectID  companyID  projectName  text1     datum\n"
+              "3          1          north        北, \"方\"  0 (WGS 84)\n");
+    EXPECT_EQ(shown(m_Centre.lumo({"types", "north", "--limit", "2", "--csv"})),
+              "typeID,projectID,dataType,projectName,typeText\r\n"
+              "11,3,框幅式影像,north,\r\n12,3,卫星影像,north,\r\n");
+    EXPECT_EQ(m_Centre.lumo({"types", "3"}).output, m_Centre.lumo({"types", "north"}).output);
+    const json project = parsed(m_Centre.lumo({"show", "project", "north", "--json"}));
+    EXPECT_EQ(project["text1"], "北, \"方\"");
+    EXPECT_EQ(project["datum"], 0);
+    EXPECT_EQ(project["projection"], nullptr);
+    EXPECT_EQ(parsed(m_Centre.lumo({"show", "type", "north/卫星影像", "--json"}))["typeID"], 12);
+}
+
+TEST_F(LumoImages, SearchAsksEachTypeThatFits)
+{
+    const auto kindsFound = [this](std::vector<std::string> arguments, const char* codePage) {
+        arguments.insert(arguments.begin(), "search");
+        arguments.insert(arguments.end(), {"--json", "--code-page", codePage});
+        std::map<std::string, int> found;
+        const Outcome outcome = m_Centre.lumo(arguments);
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+        for (const json& record : json::parse(outcome.output)) {
+            EXPECT_EQ(record["project"], "north");
+            ++found[record["kind"]];
+        }
+        return found;
+    };
+    using Found = std::map<std::string, int>;
+    const Found all = {{"photo", 3}, {"sat", 3}, {"ads", 3}, {"point", 3},
+                       {"dem", 3},   {"dsm", 3}, {"dom", 3}, {"dlg", 3}};
+    for (const char* codePage : {"gbk", "utf8"}) {
+        EXPECT_EQ(kindsFound({"--project", "3"}, codePage), all);
+        EXPECT_EQ(kindsFound({"--type", "dLG", "--from", "2024/07/02"}, codePage), (Found{{"dlg", 2}}));
+        EXPECT_EQ(kindsFound({"--project", "north", "--type", "卫星影像", "--to", "20240701"}, codePage),
+                  (Found{{"sat", 1}}));
+        EXPECT_EQ(kindsFound({"--type", "DEM", "--sensor", "S", "--bounds", "-10.5,22.5,90,23"}, codePage),
+                  (Found{{"dem", 1}}));
+    }
+    const Outcome skipping = m_Centre.lumo({"search", "--type", "其他"});
+    EXPECT_EQ(skipping.exitCode, 0);
+    EXPECT_EQ(skipping.errors,
+              "lumo: not searched: north/其他 (type 50), whose name tells no kind of records\n");
+    EXPECT_EQ(skipping.output, "(nothing found)\n");
+    EXPECT_THAT(shown(m_Centre.lumo({"search", "--type", "控制点属性", "--limit", "1"})),
+                testing::MatchesRegex(
+                    "north/控制点属性\npointID .*\n1 .*\n.the first 1, as --limit says; there are more.\n"));
+}
+
+} // namespace
