@@ -4,139 +4,66 @@
 
 #include "bench/Rows.h"
 #include "bench/Turns.h"
-
-#include "centre/Centre.h"
-#include "centre/Store.h"
-#include "components/logger/LumoLogger.h"
-#include "components/wirecall/RpcChannel.h"
-#include "core/LumoDataMgr.h"
-#include "ledgerserver.grpc.pb.h"
+#include "bench/World.h"
 
 #include <benchmark/benchmark.h>
-#include <grpcpp/create_channel.h>
-
-#include <QTemporaryDir>
 
 #include <atomic>
-#include <chrono>
 #include <functional>
 #include <iostream>
-#include <memory>
-#include <stdexcept>
-#include <string>
 #include <thread>
 #include <vector>
 
 namespace {
 
 using ledgerserver::DataUtilBeanReq;
-using ledgerserver::FileTableUtilBeanRsp;
-using BareStub = ledgerserver::bare::LedgerServices::Stub;
+using BareStub = World::BareStub;
 
-constexpr unsigned int kTimeout = 30000; // milliseconds
 constexpr int kFiles = 100000;
-constexpr int kPageSize = 10000;
 constexpr int kThreads = 16;
 constexpr int kCallsPerThread = 100;
 
-/// A centre with a disk of many files, the library and a bare stub connected to it.
-class World
+unsigned int topFolder = 0; ///< of a disk of many files
+unsigned int disk = 0;
+
+void addFiles(centre::Store& store)
 {
-public:
-    World() : m_Token(centre::Store::create(folder(), "LUMO", "demo"))
-    {
-        centre::Store store(folder());
-        m_TopFolder = store.addDisk("disk", "/srv/disk", "LUMO");
-        store.addMadeUpFiles(m_TopFolder, kFiles);
-        m_Centre = std::make_unique<centre::Centre>(folder(), centre::ServeOptions());
+    topFolder = store.addDisk("disk", "/srv/disk", "LUMO");
+    store.addMadeUpFiles(topFolder, kFiles);
+}
 
-        std::string error;
-        wirecall::ChannelOptions options;
-        options.address = m_Centre->address();
-        options.token = m_Token;
-        m_Channel = wirecall::openChannel(options, error);
-        if (!m_Channel)
-            throw std::runtime_error(error);
-        tagDiskTable disk;
-        if (manager().initDataMgr(m_Channel.get(), m_Channel.get(), m_Token.c_str(), "demo", "LUMO",
-                                  kTimeout) != INIT_SUCCESS ||
-            manager().getDisk(QStringLiteral("disk"), disk) != RET_SUCCESS)
-            throw std::runtime_error("the library did not connect");
-        m_Disk = disk.diskID;
+bool callOurs()
+{
+    tagDiskTable record;
+    return World::manager().getDisk(disk, record) == RET_SUCCESS;
+}
 
-        grpc::ChannelArguments arguments;
-        arguments.SetMaxReceiveMessageSize(-1);
-        m_Bare = ledgerserver::bare::LedgerServices::NewStub(
-            grpc::CreateCustomChannel(m_Centre->address(), grpc::InsecureChannelCredentials(), arguments));
-    }
+bool callBare(const World& world)
+{
+    DataUtilBeanReq request;
+    request.set_record_id(static_cast<int>(disk));
+    ledgerserver::AddressUtilBeanRsp response;
+    return world.bare(&BareStub::queryDataAddressByID, request, response) && response.has_bean();
+}
 
-    static CLumoDataMgr& manager() { return CLumoDataMgr::GetSingleTon(); }
+bool listOurs()
+{
+    QList<tagFileTable> files;
+    return World::manager().getFileByParentID(topFolder, files) == RET_SUCCESS && files.size() == kFiles;
+}
 
-    bool callOurs() const
-    {
-        tagDiskTable disk;
-        return manager().getDisk(m_Disk, disk) == RET_SUCCESS;
-    }
-
-    bool callBare() const
-    {
-        DataUtilBeanReq request;
-        request.set_record_id(static_cast<int>(m_Disk));
-        ledgerserver::AddressUtilBeanRsp response;
-        return bare(&BareStub::queryDataAddressByID, request, response) && response.has_bean();
-    }
-
-    bool listOurs() const
-    {
-        QList<tagFileTable> files;
-        return manager().getFileByParentID(m_TopFolder, files) == RET_SUCCESS && files.size() == kFiles;
-    }
-
-    bool listBare() const
-    {
-        DataUtilBeanReq request;
-        request.set_src_id(static_cast<int>(m_TopFolder));
-        FileTableUtilBeanRsp response;
-        if (!bare(&BareStub::queryFileTableBySrcIdTotal, request, response))
-            return false;
-        const int total = response.total();
-        request.set_page_size(kPageSize);
-        int received = 0;
-        while (received < total) {
-            request.set_page_start(received);
-            if (!bare(&BareStub::queryFileTableBySrcId, request, response) || response.filetabs().empty())
-                return false;
-            received += response.filetabs_size();
-        }
-        return received == kFiles;
-    }
-
-private:
-    std::string folder() const { return m_Folder.filePath("data").toStdString(); }
-
-    template <class Request, class Response>
-    bool bare(grpc::Status (BareStub::*operation)(grpc::ClientContext*, const Request&, Response*),
-              const Request& request, Response& response) const
-    {
-        grpc::ClientContext context;
-        context.set_deadline(std::chrono::system_clock::now() + std::chrono::milliseconds(kTimeout));
-        context.AddMetadata("authorization", "Bearer " + m_Token);
-        return (m_Bare.get()->*operation)(&context, request, &response).ok();
-    }
-
-    QTemporaryDir m_Folder;
-    std::string m_Token;
-    std::unique_ptr<centre::Centre> m_Centre;
-    boost::shared_ptr<wirecall::RpcChannel> m_Channel;
-    std::unique_ptr<BareStub> m_Bare;
-    unsigned int m_TopFolder = 0;
-    unsigned int m_Disk = 0;
-};
+bool listBare(const World& world)
+{
+    DataUtilBeanReq request;
+    request.set_src_id(static_cast<int>(topFolder));
+    return world.barePages(&BareStub::queryFileTableBySrcIdTotal, &BareStub::queryFileTableBySrcId, request,
+                           &ledgerserver::FileTableUtilBeanRsp::filetabs_size) == kFiles;
+}
 
 void blockingCall(benchmark::State& state, const World& world)
 {
     takeTurns(
-        state, [&] { return world.callOurs(); }, [&] { return world.callBare(); });
+        state, [&] { return callOurs(); }, [&] { return callBare(world); });
 }
 
 template <class Call>
@@ -161,8 +88,8 @@ bool onManyThreads(const Call& call)
 void manyThreads(benchmark::State& state, const World& world)
 {
     takeTurns(
-        state, [&] { return onManyThreads([&] { return world.callOurs(); }); },
-        [&] { return onManyThreads([&] { return world.callBare(); }); });
+        state, [&] { return onManyThreads([&] { return callOurs(); }); },
+        [&] { return onManyThreads([&] { return callBare(world); }); });
     constexpr double kCallNanoseconds = 1e9 * kThreads * kCallsPerThread;
     state.counters["ours_rate"] = kCallNanoseconds / state.counters["ours_p50"];
     state.counters["bare_rate"] = kCallNanoseconds / state.counters["bare_p50"];
@@ -171,15 +98,18 @@ void manyThreads(benchmark::State& state, const World& world)
 void paging(benchmark::State& state, const World& world)
 {
     takeTurns(
-        state, [&] { return world.listOurs(); }, [&] { return world.listBare(); });
+        state, [&] { return listOurs(); }, [&] { return listBare(world); });
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 try {
-    CLumoLogger::GetSinglePton()->toCallback({});
-    const World world;
+    const World world(addFiles);
+    tagDiskTable record;
+    if (World::manager().getDisk(QStringLiteral("disk"), record) != RET_SUCCESS)
+        throw std::runtime_error("there is no disk");
+    disk = record.diskID;
     benchmark::RegisterBenchmark("call", blockingCall, std::cref(world))->Iterations(2000);
     benchmark::RegisterBenchmark("threads", manyThreads, std::cref(world))->Iterations(10);
     benchmark::RegisterBenchmark("paging", paging, std::cref(world))->Iterations(2);

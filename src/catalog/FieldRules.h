@@ -45,6 +45,8 @@ inline void number(double& target, bool present, const std::string& value)
     target = present ? numbertext::number(value) : 0;
 }
 
+constexpr int kLongestCode = 30; ///< in bytes; the texts of the codes are shorter
+
 /// The place of a text among `texts`, which are in GBK; any other and an absent one, -1.
 template <std::size_t Count>
 void code(int& target, const char* const (&texts)[Count], bool present, const std::string& value)
@@ -52,9 +54,11 @@ void code(int& target, const char* const (&texts)[Count], bool present, const st
     target = -1;
     if (!present)
         return;
-    const std::string local = convertToMultibyte(value);
+    char local[kLongestCode + 2];
+    if (!convertToMultibyte(value, local, sizeof local))
+        return; // longer than any of them
     for (std::size_t i = 0; i < Count && target < 0; ++i)
-        if (local == texts[i])
+        if (std::strcmp(local, texts[i]) == 0)
             target = static_cast<int>(i);
 }
 

@@ -2,6 +2,7 @@
 
 #include "components/platform/CodePage.h"
 
+#include <cstdint>
 #include <cstring>
 #include <new>
 #include <stdexcept>
@@ -13,6 +14,31 @@ namespace {
 std::size_t longestResult(unsigned int to, std::size_t length)
 {
     return to == platform::kUtf8CodePage ? 3 * length : length;
+}
+
+/// Whether the eight bytes hold none that is NUL or beyond ASCII; may say no where one is 0x01.
+bool isPlain(std::uint64_t bytes)
+{
+    constexpr std::uint64_t kOnes = 0x0101010101010101;
+    constexpr std::uint64_t kHighBits = 0x8080808080808080;
+    return ((bytes | (bytes - kOnes)) & kHighBits) == 0;
+}
+
+/// Whether the text is ASCII without NUL, the same in every code page.
+bool isPlain(const std::string& text)
+{
+    const char* at = text.data();
+    std::size_t left = text.size();
+    std::uint64_t block = 0;
+    for (; left >= sizeof block; at += sizeof block, left -= sizeof block) {
+        std::memcpy(&block, at, sizeof block);
+        if (!isPlain(block))
+            return false;
+    }
+    for (; left > 0; ++at, --left)
+        if (static_cast<signed char>(*at) <= 0)
+            return false;
+    return true;
 }
 
 std::string convert(unsigned int from, unsigned int to, const std::string& text)
@@ -35,6 +61,11 @@ bool convertToMultibyte(const std::string& text, char* buffer, int size)
         return false;
     // The terminator and one byte more stay free.
     const std::size_t capacity = static_cast<std::size_t>(size) - 2;
+    if (text.size() <= capacity && isPlain(text)) {
+        std::memcpy(buffer, text.data(), text.size());
+        std::memset(buffer + text.size(), 0, static_cast<std::size_t>(size) - text.size());
+        return true;
+    }
     const std::size_t length = std::strlen(text.c_str());
     const unsigned int codePage = platform::systemCodePage();
     const auto recode = [&](char* to, std::size_t limit) {
