@@ -45,6 +45,15 @@ void addPoints(std::vector<Operation>& operations, const RecordKind& kind)
           points + ofControl + "ORDER BY point_id" + pageLimit()}});
 }
 
+/// A page of the records that `from` selects in the order of an index: those before it are passed over in the
+/// index alone, and only its own rows are read.
+std::string pageOf(const RecordKind& kind, const std::string& from, const std::string& order)
+{
+    const std::string& id = kind.idColumn();
+    return "SELECT " + beanColumns(kind) + " FROM " + kind.name + " WHERE " + id + " IN (SELECT " + id + " " +
+           from + "ORDER BY " + order + pageLimit() + ") ORDER BY " + id;
+}
+
 void addOfType(std::vector<Operation>& operations, const RecordKind& kind)
 {
     const std::string query = "queryDataSrc" + kind.stem;
@@ -61,10 +70,9 @@ void addOfType(std::vector<Operation>& operations, const RecordKind& kind)
         {{query + (isControl ? "ByDqConID" : "ById"), Shape::Record,
           select + "FROM " + table + " WHERE " + id + (isControl ? " = :dqcon_id" : " = :record_id")},
          {query + "ByTypeIDTotal", Shape::Values, kCount + ofType},
-         {query + "ByTypeID", Shape::Page, select + ofType + "ORDER BY " + id + pageLimit()},
+         {query + "ByTypeID", Shape::Page, pageOf(kind, ofType, id)},
          {query + "ByProjectIDTotal", Shape::Values, kCount + ofProject},
-         {query + "ByProjectID", Shape::Page,
-          select + ofProject + "ORDER BY type.type_id, " + id + pageLimit()}});
+         {query + "ByProjectID", Shape::Page, pageOf(kind, ofProject, "type.type_id, " + id)}});
     if (!isControl)
         operations.push_back({query + "ByProjectIDAndCommID", Shape::List,
                               select + "FROM image_mark CROSS JOIN " + table + " ON " + id +
@@ -83,8 +91,9 @@ std::vector<Operation> imageOperations()
         if (kind.hasType())
             addOfType(operations, kind);
         else
-            (kind.name == "project" ? addProjects : kind.name == "type" ? addTypes : addPoints)(operations,
-                                                                                              kind);
+            (kind.name == "project" ? addProjects
+             : kind.name == "type"  ? addTypes
+                                    : addPoints)(operations, kind);
     return operations;
 }
 

@@ -41,10 +41,7 @@ public:
     bool number_unsigned(number_unsigned_t value) override { return number(value); }
     bool number_float(number_float_t value, const string_t&) override { return number(value); }
     bool binary(binary_t&) override { return refuse("binary data"); }
-    bool string(string_t& value) override
-    {
-        return m_Depth == 1 ? take(std::move(value)) : refuse("a text");
-    }
+    bool string(string_t& value) override { return m_Depth == 1 ? take(std::move(value)) : refuse("a text"); }
 
     bool start_object(std::size_t) override
     {
@@ -144,11 +141,12 @@ RecordCounts loadRecords(Store& store, std::istream& lines, const std::string& n
     std::string line(kLongestLine, '\0');
     std::uint64_t number = 0;
     try {
-        for (number = 1; lines.getline(line.data(), static_cast<std::streamsize>(line.size())) ||
-                         lines.gcount() > 0;
+        for (number = 1;
+             lines.getline(line.data(), static_cast<std::streamsize>(line.size())) || lines.gcount() > 0;
              ++number) {
             if (lines.fail())
-                throw Error(ExitCode::Failed, "the line is longer than " + std::to_string(kLongestLine - 2) + " bytes");
+                throw Error(ExitCode::Failed,
+                            "the line is longer than " + std::to_string(kLongestLine - 2) + " bytes");
             const char* end = line.data() + lines.gcount() - (lines.eof() ? 0 : 1);
             if (std::all_of(static_cast<const char*>(line.data()), end,
                             [](char c) { return c == ' ' || c == '\t' || c == '\r'; }))

@@ -3,6 +3,8 @@
 #include "centre/ResetAtEnd.h"
 
 #include <SQLiteCpp/Column.h>
+#include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 #include <google/protobuf/reflection.h>
 
 #include <stdexcept>
@@ -15,6 +17,11 @@ using google::protobuf::Descriptor;
 using google::protobuf::FieldDescriptor;
 using google::protobuf::Message;
 using google::protobuf::Reflection;
+using google::protobuf::io::CodedOutputStream;
+
+// How the wire tells what follows a field's number.
+constexpr std::uint32_t kVarint = 0;
+constexpr std::uint32_t kLengthDelimited = 2;
 
 const FieldDescriptor* require(const Descriptor& message, const std::string& field)
 {
@@ -77,25 +84,28 @@ void bindIdentifiers(SQLite::Statement& statement, int place, const Message& mes
     statement.bind(place, json + "]");
 }
 
-void writeField(Message& message, const FieldDescriptor* field, const SQLite::Column& value)
+/// Writes a value as a message's bytes.
+void writeField(CodedOutputStream& bytes, const FieldDescriptor& field, const SQLite::Column& value)
 {
-    const Reflection& reflection = *message.GetReflection();
-    switch (field->cpp_type()) {
+    const auto tag = [&](std::uint32_t wireType) {
+        bytes.WriteTag(static_cast<std::uint32_t>(field.number()) << 3 | wireType);
+    };
+    switch (field.cpp_type()) {
     case FieldDescriptor::CPPTYPE_INT32:
-        return field->is_repeated() ? reflection.AddInt32(&message, field, value.getInt())
-                                    : reflection.SetInt32(&message, field, value.getInt());
+        tag(kVarint);
+        return bytes.WriteVarint32SignExtended(value.getInt());
     case FieldDescriptor::CPPTYPE_UINT32:
-        return field->is_repeated() ? reflection.AddUInt32(&message, field, value.getUInt())
-                                    : reflection.SetUInt32(&message, field, value.getUInt());
-    case FieldDescriptor::CPPTYPE_BOOL:
-        return reflection.SetBool(&message, field, value.getInt() != 0);
-    case FieldDescriptor::CPPTYPE_DOUBLE:
-        return reflection.SetDouble(&message, field, value.getDouble());
-    case FieldDescriptor::CPPTYPE_STRING:
-        return field->is_repeated() ? reflection.AddString(&message, field, value.getString())
-                                    : reflection.SetString(&message, field, value.getString());
+        tag(kVarint);
+        return bytes.WriteVarint32(value.getUInt());
+    case FieldDescriptor::CPPTYPE_STRING: {
+        tag(kLengthDelimited);
+        const void* text = value.getBlob();
+        const int size = value.getBytes();
+        bytes.WriteVarint32(static_cast<std::uint32_t>(size));
+        return bytes.WriteRaw(text, size);
+    }
     default:
-        throw std::logic_error("a column can't be of the type of " + field->full_name());
+        throw std::logic_error("a column can't be of the type of " + field.full_name());
     }
 }
 
@@ -177,13 +187,20 @@ Message* Query::target(Message& response) const
                                  : reflection.MutableMessage(&response, m_Bean);
 }
 
+/// Generated code reads bytes several times faster than fields are set by descriptor.
 void Query::writeRow(Message& message)
 {
-    for (std::size_t column = 0; column < m_Fields.size(); ++column) {
-        const SQLite::Column value = m_Statement.getColumn(static_cast<int>(column));
-        if (!value.isNull())
-            writeField(message, m_Fields[column], value);
+    m_Row.clear();
+    {
+        google::protobuf::io::StringOutputStream row(&m_Row);
+        CodedOutputStream bytes(&row);
+        for (std::size_t column = 0; column < m_Fields.size(); ++column) {
+            const SQLite::Column value = m_Statement.getColumn(static_cast<int>(column));
+            if (!value.isNull())
+                writeField(bytes, *m_Fields[column], value);
+        }
     }
+    message.MergeFromString(m_Row);
 }
 
 } // namespace centre

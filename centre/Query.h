@@ -68,6 +68,7 @@ private:
     Field m_Result;
     Field m_Bean = nullptr;      ///< the response's field that takes beans; null for Values
     std::vector<Field> m_Fields; ///< by column
+    std::string m_Row;           ///< one row as the message's bytes; kept for its memory
 };
 
 } // namespace centre

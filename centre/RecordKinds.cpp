@@ -53,12 +53,9 @@ Column beanColumn(const FieldDescriptor& field)
 /// row is read first.
 std::vector<Column> searchColumns()
 {
-    return {identifier("type_id", "type(type_id)", true),
-            {"sensor", "sensor", Content::Text, "", false},
-            {"date", "date", Content::Date, "", false},
-            {"west", "west", Content::Degrees, "", false},
-            {"south", "south", Content::Degrees, "", false},
-            {"east", "east", Content::Degrees, "", false},
+    return {identifier("type_id", "type(type_id)", true),    {"sensor", "sensor", Content::Text, "", false},
+            {"date", "date", Content::Date, "", false},      {"west", "west", Content::Degrees, "", false},
+            {"south", "south", Content::Degrees, "", false}, {"east", "east", Content::Degrees, "", false},
             {"north", "north", Content::Degrees, "", false}};
 }
 
@@ -109,8 +106,8 @@ std::string table(const RecordKind& kind)
     return sql + ");\n";
 }
 
-/// An index ends with the row's identifier, so that of the owner holds its records in the order of pages. The
-/// bounds have the type as a dimension of their own, rounded as the others; they are exact in the table.
+/// An index ends with the row's identifier, so that of the owner holds its records in the order of pages.
+/// The index of the bounds rounds them outward; in the table they are exact.
 std::string indexes(const RecordKind& kind)
 {
     const std::string create = "CREATE INDEX " + kind.name;
@@ -123,7 +120,7 @@ std::string indexes(const RecordKind& kind)
     return create + "_page ON " + kind.name + "(type_id);\n" + create + "_sensor ON " + kind.name +
            "(type_id, sensor, date);\n" + create + "_date ON " + kind.name +
            "(type_id, date);\nCREATE VIRTUAL TABLE " + kind.name +
-           "_bounds USING rtree(id, west, east, south, north, first_type, last_type);\n";
+           "_bounds USING rtree(id, west, east, south, north);\n";
 }
 
 } // namespace
@@ -174,9 +171,10 @@ std::string recordTables()
     std::string sql;
     for (const RecordKind& kind : recordKinds())
         sql += table(kind) + indexes(kind);
-    return sql + "CREATE TABLE image_mark (\n    comm_id INTEGER NOT NULL,\n    data_type_id INTEGER NOT NULL,\n"
-                 "    record_id INTEGER NOT NULL,\n    PRIMARY KEY (comm_id, data_type_id, record_id))"
-                 " WITHOUT ROWID;\n";
+    return sql +
+           "CREATE TABLE image_mark (\n    comm_id INTEGER NOT NULL,\n    data_type_id INTEGER NOT NULL,\n"
+           "    record_id INTEGER NOT NULL,\n    PRIMARY KEY (comm_id, data_type_id, record_id))"
+           " WITHOUT ROWID;\n";
 }
 
 } // namespace centre

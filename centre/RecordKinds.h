@@ -32,8 +32,8 @@ struct Column
 struct RecordKind
 {
     std::string name;
-    std::string stem; ///< its name in the names of operations
-    int number;       ///< as data_type_id in requests and links
+    std::string stem;     ///< its name in the names of operations
+    int number;           ///< as data_type_id in requests and links
     std::string typeName; ///< data_type of the types that own records of the kind; empty: no type does
     const google::protobuf::Descriptor* bean;
     std::vector<Column> columns;

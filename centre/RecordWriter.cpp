@@ -127,7 +127,7 @@ public:
         if (kind.hasType() || kind.name == "point")
             m_Slots.emplace("marks", kind.columns.size() + 1);
         if (kind.hasType())
-            m_AddBounds.emplace(database, "INSERT INTO " + kind.name + "_bounds VALUES (?, ?, ?, ?, ?, ?, ?)");
+            m_AddBounds.emplace(database, "INSERT INTO " + kind.name + "_bounds VALUES (?, ?, ?, ?, ?)");
     }
 
     void take(const RecordTexts& texts)
@@ -188,10 +188,10 @@ public:
         m_Insert.exec();
     }
 
-    void addBounds(const Bounds& bounds, std::uint32_t id, std::uint32_t typeId)
+    void addBounds(const Bounds& bounds, std::uint32_t id)
     {
         const ResetAtEnd resetAtEnd(*m_AddBounds);
-        SQLite::bind(*m_AddBounds, id, bounds.west, bounds.east, bounds.south, bounds.north, typeId, typeId);
+        SQLite::bind(*m_AddBounds, id, bounds.west, bounds.east, bounds.south, bounds.north);
         m_AddBounds->exec();
     }
 
@@ -215,11 +215,8 @@ std::uint32_t RecordWriter::add(const RecordKind& kind, const RecordTexts& texts
 {
     Insertion& record = insertion(kind);
     record.take(texts);
-    std::uint32_t typeId = 0;
-    if (const std::string* type = record.text("typeID"); type && kind.hasType()) {
-        typeId = identifier("typeID", *type);
-        requireOwner(kind, typeId);
-    }
+    if (const std::string* type = record.text("typeID"); type && kind.hasType())
+        requireOwner(kind, identifier("typeID", *type));
     std::string company;
     if (kind.name == "project" && !record.text("companyID")) {
         company = companyId(record.text("company"));
@@ -235,7 +232,7 @@ std::uint32_t RecordWriter::add(const RecordKind& kind, const RecordTexts& texts
     }
     const auto id = static_cast<std::uint32_t>(m_Database.getLastInsertRowid());
     if (bounds)
-        record.addBounds(*bounds, id, typeId);
+        record.addBounds(*bounds, id);
     if (const std::string* marks = record.text("marks"))
         addMarks(kind, id, *marks);
     return id;
@@ -260,8 +257,8 @@ void RecordWriter::requireOwner(const RecordKind& kind, std::uint32_t typeId)
         type = m_TypeNames.emplace(typeId, row.getColumn(0).getString()).first;
     }
     if (!owns(type->second, kind))
-        throw refusal("type " + std::to_string(typeId) + " is " + type->second + " and has no records of kind " +
-                      kind.name + "; those are of " + kind.typeName);
+        throw refusal("type " + std::to_string(typeId) + " is " + type->second +
+                      " and has no records of kind " + kind.name + "; those are of " + kind.typeName);
 }
 
 std::string RecordWriter::companyId(const std::string* companyNo)
@@ -282,10 +279,12 @@ void RecordWriter::refuse(const RecordKind& kind, Insertion& insertion, const SQ
 {
     const int code = exception.getExtendedErrorCode();
     if (code == SQLITE_CONSTRAINT_PRIMARYKEY)
-        throw refusal("there is a " + kind.name + " " + *insertion.text(kind.columns.front().key) + " already");
+        throw refusal("there is a " + kind.name + " " + *insertion.text(kind.columns.front().key) +
+                      " already");
     if (code == SQLITE_CONSTRAINT_UNIQUE)
         throw refusal("there is a " + kind.name + " " +
-                      shown(*insertion.text(kind.name == "project" ? "projectName" : "dataType")) + " already");
+                      shown(*insertion.text(kind.name == "project" ? "projectName" : "dataType")) +
+                      " already");
     if (code != SQLITE_CONSTRAINT_FOREIGNKEY)
         throw exception;
     for (const Column& column : kind.columns) {
@@ -310,7 +309,8 @@ void RecordWriter::addMarks(const RecordKind& kind, std::uint32_t id, const std:
     for (std::size_t start = 0; start < marks.size();) {
         const std::size_t end = std::min(marks.find(',', start), marks.size());
         const ResetAtEnd resetAtEnd(*m_AddMark);
-        SQLite::bind(*m_AddMark, identifier("marks: each", marks.substr(start, end - start)), kind.number, id);
+        SQLite::bind(*m_AddMark, identifier("marks: each", marks.substr(start, end - start)), kind.number,
+                     id);
         m_AddMark->exec();
         start = end + 1;
     }

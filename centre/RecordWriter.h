@@ -41,7 +41,8 @@ private:
     Insertion& insertion(const RecordKind& kind);
     void requireOwner(const RecordKind& kind, std::uint32_t typeId);
     std::string companyId(const std::string* companyNo);
-    [[noreturn]] void refuse(const RecordKind& kind, Insertion& insertion, const SQLite::Exception& exception);
+    [[noreturn]] void refuse(const RecordKind& kind, Insertion& insertion,
+                             const SQLite::Exception& exception);
     void addMarks(const RecordKind& kind, std::uint32_t id, const std::string& marks);
 
     SQLite::Database& m_Database;

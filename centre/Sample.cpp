@@ -22,9 +22,9 @@ struct SampleProject
     double latitude;
 };
 
-constexpr SampleProject kProjects[] = {
-    {"华北平原测图", 50, 116, 38}, {"长江三角洲更新", 20, 120, 31.5}, {"青藏高原高程", 12, 91, 33},
-    {"珠江口海岸带", 8, 113.5, 22}, {"天山北坡资源", 6, 86, 44},      {"太平洋岛礁", 4, 179.5, -17}};
+constexpr SampleProject kProjects[] = {{"华北平原测图", 50, 116, 38}, {"长江三角洲更新", 20, 120, 31.5},
+                                       {"青藏高原高程", 12, 91, 33},  {"珠江口海岸带", 8, 113.5, 22},
+                                       {"天山北坡资源", 6, 86, 44},   {"太平洋岛礁", 4, 179.5, -17}};
 
 struct SampleKind
 {
@@ -51,7 +51,8 @@ const std::vector<std::string> kDatums = {"WGS84", "北京54", "西安80", "中�
 const std::vector<std::string> kProjections = {"经纬度",  "TM投影",         "高斯投影",
                                                "UTM投影", "兰波特等角投影", "地心直角坐标"};
 const std::vector<std::string> kHemispheres = {"南半球", "北半球"};
-const std::vector<std::string> kPlaces = {"东部丘陵", "西部山地", "南岸", "北岸", "城区", "水库", "Test field"};
+const std::vector<std::string> kPlaces = {"东部丘陵", "西部山地", "南岸",      "北岸",
+                                          "城区",     "水库",     "Test field"};
 
 /// Draws the same on every machine, which the standard distributions do not promise.
 class Draw
@@ -139,8 +140,8 @@ private:
     {
         const SampleProject& project = m_Draw.byPercent(kProjects);
         place(project, kind.kind);
-        m_Texts.emplace_back("imageName", kind.prefix + ("_" + m_Draw.padded(number, 7)) + "_" +
-                                              m_Texts.back().second);
+        m_Texts.emplace_back("imageName",
+                             kind.prefix + ("_" + m_Draw.padded(number, 7)) + "_" + m_Texts.back().second);
         if (!m_Draw.oneIn(50))
             m_Texts.emplace_back("sensor", m_Draw.oneOf(kind.sensors));
         if (m_Draw.oneIn(20))
@@ -184,10 +185,12 @@ private:
             m_Texts.emplace_back("mainFileID", m_Draw.oneOf(m_Files));
         const QDate first(2015, 1, 1);
         m_Texts.emplace_back(
-            "date", first.addDays(static_cast<qint64>(m_Draw.below(4000))).toString(Qt::ISODate).toStdString());
+            "date",
+            first.addDays(static_cast<qint64>(m_Draw.below(4000))).toString(Qt::ISODate).toStdString());
     }
 
-    /// Gives every text of the record's bean that has none yet a value; one record of eight is left with gaps.
+    /// Gives every text of the record's bean that has none yet a value; one record of eight is left with
+    /// gaps.
     void fill(const std::string& kindName)
     {
         const bool gaps = m_Draw.oneIn(8);

@@ -17,6 +17,7 @@ namespace {
 
 constexpr int kApplicationId = 0x4C554D4F; // "LUMO", so that a foreign database is never taken for ours
 constexpr int kBusyTimeoutMilliseconds = 10000;
+constexpr int kOneThread = SQLITE_OPEN_NOMUTEX; // at a time: no lock around every column that is read
 
 // A column that goes into a bean bears the bean's field name. An empty place is NULL: the field is then
 // absent. 0xFFFFFFFF means "none" to the clients, so no record may have it.
@@ -183,7 +184,7 @@ std::unique_ptr<SQLite::Database> openDatabase(const std::string& dataFolder)
     if (!std::filesystem::exists(path))
         throw Error(ExitCode::NoDataFolder,
                     dataFolder + " is not a data folder; make one with: lumo-centre init " + dataFolder);
-    auto database = std::make_unique<SQLite::Database>(path, SQLite::OPEN_READWRITE);
+    auto database = std::make_unique<SQLite::Database>(path, SQLite::OPEN_READWRITE | kOneThread);
     setUp(*database);
     if (!isComplete(*database))
         throw notOurs(path);
@@ -205,8 +206,8 @@ std::unique_ptr<SQLite::Database> createDatabase(const std::string& dataFolder)
         throw Error(ExitCode::Failed, "can't make " + dataFolder + ": " + error.message());
     if (made && ::chmod(dataFolder.c_str(), S_IRWXU) != 0)
         throw Error(ExitCode::Failed, "can't protect " + dataFolder + ": " + std::strerror(errno));
-    auto database = std::make_unique<SQLite::Database>(databasePath(dataFolder),
-                                                       SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+    auto database = std::make_unique<SQLite::Database>(
+        databasePath(dataFolder), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | kOneThread);
     setUp(*database);
     if (isComplete(*database))
         throw Error(ExitCode::NoDataFolder, dataFolder + " is a data folder already; nothing was changed");

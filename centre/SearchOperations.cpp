@@ -32,43 +32,51 @@ const std::string kNamesMatch =
     " OR (upper(:data_type) IN ('DEM', 'DSM', 'DOM', 'DLG') AND data_type = :data_type COLLATE NOCASE)) ";
 const std::string kTypes = "FROM project CROSS JOIN type USING (project_id) ";
 
-/// Identifiers of the kind's records that may match: straight from the index of what narrows them most. The
-/// others of these selects end before they read anything.
-std::string candidates(const RecordKind& kind, const std::string& typeId)
+/// Identifiers of the kind's records that lie in the bounds, as near as the index tells them apart.
+std::string inBounds(const RecordKind& kind)
 {
-    const std::string ids = "SELECT " + kind.idColumn() + " AS id FROM " + kind.name + " WHERE ";
-    const std::string ofType = "type_id = " + typeId + " ";
-    const std::string noBounds = "AND :use_bounds IS NULL ";
     return "SELECT id FROM " + kTurns + " CROSS JOIN " + kind.name +
            "_bounds WHERE :use_bounds IS NOT NULL AND west <= :bound_c + turn AND east >= :bound_a + turn"
-           " AND south <= :bound_d AND north >= :bound_b AND first_type <= " +
-           typeId + " AND last_type >= " + typeId + " UNION ALL " + ids + ofType + noBounds +
-           "AND :sentype IS NOT NULL AND sensor = :sentype AND " + kInDates + "UNION ALL " + ids + ofType +
-           noBounds +
+           " AND south <= :bound_d AND north >= :bound_b ";
+}
+
+/// Identifiers of the type's records that match when no bounds are asked for, straight from the index that
+/// fits the condition; the other selects end before they read anything.
+std::string withoutBounds(const RecordKind& kind, const std::string& typeId)
+{
+    const std::string ids = "SELECT " + kind.idColumn() + " AS id FROM " + kind.name +
+                            " WHERE :use_bounds IS NULL AND type_id = " + typeId + " ";
+    return ids + "AND :sentype IS NOT NULL AND sensor = :sentype AND " + kInDates + "UNION ALL " + ids +
            "AND :sentype IS NULL AND :start_date IS NOT NULL AND date BETWEEN :start_date AND :end_date "
            "UNION ALL " +
-           ids + ofType + noBounds + "AND :sentype IS NULL AND :start_date IS NULL ";
+           ids + "AND :sentype IS NULL AND :start_date IS NULL ";
 }
 
-/// Identifiers of the records of the request's type that match. The + keeps the search on the candidates.
-std::string hits(const RecordKind& kind)
+/// Says which records of the request's type match. The + keeps the search on the identifiers.
+std::string isHit(const RecordKind& kind)
 {
-    return kind.name + "." + kind.idColumn() + " IN (" + candidates(kind, ":type_id") +
-           ") AND +type_id = :type_id AND " + kMatches + "AND EXISTS (SELECT 1 " + kTypes +
-           "WHERE type.type_id = :type_id AND " + kNamesMatch + ") ";
+    return kind.name + "." + kind.idColumn() + " IN (" + inBounds(kind) + "UNION ALL " +
+           withoutBounds(kind, ":type_id") + ") AND +type_id = :type_id AND " + kMatches +
+           "AND EXISTS (SELECT 1 " + kTypes + "WHERE type.type_id = :type_id AND " + kNamesMatch + ") ";
 }
 
+/// Bounds are gone through once for all types, an index of a type once for each.
 std::string searchOfTypes()
 {
-    std::string sql = "SELECT type.type_id, project_id, project_name, data_type, type_text " + kTypes +
-                      "WHERE company_id = :company_id AND " + kNamesMatch +
-                      "AND (coalesce(:sentype, :start_date, :use_bounds) IS NULL";
-    for (const RecordKind& kind : recordKinds())
-        if (kind.hasType())
-            sql += " OR EXISTS (SELECT 1 FROM (" + candidates(kind, "type.type_id") + ") AS candidate CROSS JOIN " +
-                   kind.name + " AS record ON record." + kind.idColumn() +
-                   " = candidate.id WHERE +record.type_id = type.type_id AND " + kMatches + ")";
-    return sql + ") ORDER BY type.type_id";
+    std::string inBoundsOfAny;
+    std::string byIndex;
+    for (const RecordKind& kind : recordKinds()) {
+        if (!kind.hasType())
+            continue;
+        inBoundsOfAny += (inBoundsOfAny.empty() ? "" : "UNION ALL ") +
+                         ("SELECT type_id FROM (" + inBounds(kind)) + ") AS place CROSS JOIN " + kind.name +
+                         " ON " + kind.idColumn() + " = place.id WHERE " + kMatches;
+        byIndex += " OR EXISTS (" + withoutBounds(kind, "type.type_id") + ")";
+    }
+    return "SELECT type.type_id, project_id, project_name, data_type, type_text " + kTypes +
+           "WHERE company_id = :company_id AND " + kNamesMatch +
+           "AND (coalesce(:sentype, :start_date, :use_bounds) IS NULL OR type.type_id IN (" + inBoundsOfAny +
+           ")" + byIndex + ") ORDER BY type.type_id";
 }
 
 std::string day(const std::string& text, const char* none)
@@ -101,10 +109,9 @@ void makeBoundsFit(DataUtilBeanReq& request)
     const double east = request.bound_c() < west ? request.bound_c() + kTurn : request.bound_c();
     // Written so that what is no number does not pass.
     if (!(west <= east && request.bound_b() <= request.bound_d()))
-        throw std::runtime_error("no bounds: west " + std::to_string(west) + ", south " +
-                                 std::to_string(request.bound_b()) + ", east " +
-                                 std::to_string(request.bound_c()) + ", north " +
-                                 std::to_string(request.bound_d()));
+        throw std::runtime_error(
+            "no bounds: west " + std::to_string(west) + ", south " + std::to_string(request.bound_b()) +
+            ", east " + std::to_string(request.bound_c()) + ", north " + std::to_string(request.bound_d()));
     request.set_bound_c(east);
 }
 
@@ -134,8 +141,8 @@ std::vector<Operation> searchOperations()
         std::string sql = "SELECT " + beanColumns(found) + " FROM " + found.name + " WHERE ";
         sql += kind.name == "control"
                    ? "point_id IN (SELECT point_id FROM control CROSS JOIN point USING (dq_con_id) WHERE " +
-                         hits(kind) + ") "
-                   : hits(kind);
+                         isHit(kind) + ") "
+                   : isHit(kind);
         operations.push_back({"searchDataByType" + found.stem, Shape::List,
                               sql + "ORDER BY " + found.idColumn(), makeConditionFit});
     }

@@ -12,8 +12,8 @@
 
 #include <CLI/CLI.hpp>
 
-#include <chrono>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -363,7 +363,8 @@ void addRecordCommands(CLI::App& app, Arguments& arguments, ExitCode& result)
     each->add_option("--images", arguments.sampleImages, "how many images and products")
         ->required()
         ->check(CLI::Range(0, 100000000));
-    each->add_option("--seed", arguments.sampleSeed, "another makes another catalogue")->capture_default_str();
+    each->add_option("--seed", arguments.sampleSeed, "another makes another catalogue")
+        ->capture_default_str();
     each->add_option("--company", arguments.companyNo, "whose projects they are")->capture_default_str();
 }
 

@@ -86,16 +86,22 @@ TEST(RecordKind, KeysAreTheNamesOfTheRecordsFields)
     for (const RecordKind& kind : centre::recordKinds())
         for (const centre::Column& column : kind.columns)
             keys[column.name] = column.key;
-    for (const auto& [name, key] :
-         {std::pair("image_name", "imageName"), {"main_file_id", "mainFileID"}, {"dq_con_id", "dqConID"},
-          {"coord_param1", "coordParam1"}, {"text16", "text16"}, {"ctrl_file_name", "ctrlFileName"},
-          {"point_x", "pointX"}, {"con_number", "conNumber"}, {"company_id", "companyID"},
-          {"type_text", "typeText"}, {"hemisphere", "hemisphere"}})
+    for (const auto& [name, key] : {std::pair("image_name", "imageName"),
+                                    {"main_file_id", "mainFileID"},
+                                    {"dq_con_id", "dqConID"},
+                                    {"coord_param1", "coordParam1"},
+                                    {"text16", "text16"},
+                                    {"ctrl_file_name", "ctrlFileName"},
+                                    {"point_x", "pointX"},
+                                    {"con_number", "conNumber"},
+                                    {"company_id", "companyID"},
+                                    {"type_text", "typeText"},
+                                    {"hemisphere", "hemisphere"}})
         EXPECT_EQ(keys[name], key);
 }
 
-/// The record 1 with a text of its own in every field, record 2 with what is required alone, record 3 with texts
-/// that are there and empty; the beans that are to come of them.
+/// The record 1 with a text of its own in every field, record 2 with what is required alone, record 3 with
+/// texts that are there and empty; the beans that are to come of them.
 struct ThreeRecords
 {
     explicit ThreeRecords(const RecordKind& kind)
@@ -112,8 +118,8 @@ struct ThreeRecords
             fields[field->index()] = field->name() + ": \"" + value + "\"";
             emptyFields[field->index()] = field->name() + ": \"\"";
         }
-        const std::string owner = kind.hasType() ? ",\"typeID\":" + std::to_string(kind.number)
-                                                 : std::string(",\"dqConID\":1");
+        const std::string owner =
+            kind.hasType() ? ",\"typeID\":" + std::to_string(kind.number) : std::string(",\"dqConID\":1");
         const std::string begin = "{\"kind\":\"" + kind.name + "\"" + owner;
         const std::string file = kind.hasType() ? ",\"mainFileID\":\"1\"" : "";
         lines = begin + file + full + ",\"marks\":[3,4]}\n" + begin + ",\"" + kind.columns.front().key +
@@ -145,15 +151,17 @@ TEST_F(Records, ComeBackAsTheyWereLoaded)
     for (const RecordKind& kind : centre::recordKinds())
         if (kind.hasType() || kind.name == "point")
             lines += ThreeRecords(kind).lines;
-    EXPECT_EQ(centre::countsText(load(m_Store, lines)), "1 project, 8 type, 3 photo, 3 sat, 3 ads, 3 control, 3 point,"
-                                                " 3 dem, 3 dsm, 3 dom, 3 dlg");
+    EXPECT_EQ(centre::countsText(load(m_Store, lines)),
+              "1 project, 8 type, 3 photo, 3 sat, 3 ads, 3 control, 3 point,"
+              " 3 dem, 3 dsm, 3 dom, 3 dlg");
     serve();
     for (const RecordKind& kind : centre::recordKinds()) {
         if (!kind.hasType() && kind.name != "point")
             continue;
         const std::vector<std::string> beans = ThreeRecords(kind).beans;
         const auto list = [&kind, &beans](std::initializer_list<std::size_t> chosen) {
-            const auto& response = *findOperation(operation(kind, kind.hasType() ? "ByTypeID" : "ByDqConID")).output_type();
+            const auto& response =
+                *findOperation(operation(kind, kind.hasType() ? "ByTypeID" : "ByDqConID")).output_type();
             std::string text = "result: 0";
             for (const std::size_t i : chosen)
                 text += " " + response.field(3)->name() + " { " + beans[i] + " }";
@@ -173,7 +181,8 @@ TEST_F(Records, ComeBackAsTheyWereLoaded)
         EXPECT_EQ(ask(operation(kind, "By" + owner + "Total"), byOwner), "result: 0 total: 3");
         EXPECT_EQ(ask(operation(kind, "By" + owner + "Total"), ""), "result: 0 total: 0");
         if (byDqConId) {
-            EXPECT_EQ(ask("queryDataSrcControlByDqConID", "dqcon_id: 3"), "result: 0 bean { " + beans[2] + " }");
+            EXPECT_EQ(ask("queryDataSrcControlByDqConID", "dqcon_id: 3"),
+                      "result: 0 bean { " + beans[2] + " }");
             continue;
         }
         EXPECT_EQ(ask(operation(kind, "By" + owner), byOwner + " page_size: 2"), list({0, 1}));
@@ -181,7 +190,8 @@ TEST_F(Records, ComeBackAsTheyWereLoaded)
         if (!kind.hasType())
             continue;
         EXPECT_EQ(ask(operation(kind, "ByProjectIDTotal"), "project_id: 1"), "result: 0 total: 3");
-        EXPECT_EQ(ask(operation(kind, "ByProjectID"), "project_id: 1 page_start: 1 page_size: 9"), list({1, 2}));
+        EXPECT_EQ(ask(operation(kind, "ByProjectID"), "project_id: 1 page_start: 1 page_size: 9"),
+                  list({1, 2}));
         const std::string byMark = operation(kind, "ByProjectIDAndCommID");
         EXPECT_EQ(ask(byMark, "project_id: 1 comm_id: 4"), list({0, 1}));
         EXPECT_EQ(ask(byMark, "project_id: 1 comm_id: 3"), list({0}));
@@ -199,9 +209,11 @@ TEST_F(Records, ProjectsAndTypesAreFound)
 {"kind":"type","projectID":"1","dataType":"DEM","typeText":"t"}
 {"kind":"type","projectID":10,"dataType":"DEM"}
 {"kind":"type","projectID":1,"dataType":"任意"})");
-    const std::string first = "project_id: 1 project_name: \"一\" datum: \"WGS84\" text6: \"six\" company_id: 1";
+    const std::string first =
+        "project_id: 1 project_name: \"一\" datum: \"WGS84\" text6: \"six\" company_id: 1";
     const std::string last = "project_id: 10 project_name: \"二\" coord_extra7: \"1000\" company_id: 1";
-    const std::string dem = "type_id: 1 project_id: 1 project_name: \"一\" data_type: \"DEM\" type_text: \"t\"";
+    const std::string dem =
+        "type_id: 1 project_id: 1 project_name: \"一\" data_type: \"DEM\" type_text: \"t\"";
     const std::string other = "type_id: 3 project_id: 1 project_name: \"一\" data_type: \"任意\"";
     serve();
     const std::vector<std::array<std::string, 3>> exchanges = {
@@ -215,7 +227,8 @@ TEST_F(Records, ProjectsAndTypesAreFound)
          "result: 0 datasrcs { " + first + " } datasrcs { " + last + " }"},
         {"queryDataSrc", "company_id: 1 page_size: 0", "result: -2"},
         {"queryDataSrcTypeByTypeId", "type_id: 3", "result: 0 bean { " + other + " }"},
-        {"queryDataSrcTypeByTypeAndproId", "project_id: 1 data_type: 'DEM'", "result: 0 bean { " + dem + " }"},
+        {"queryDataSrcTypeByTypeAndproId", "project_id: 1 data_type: 'DEM'",
+         "result: 0 bean { " + dem + " }"},
         {"queryDataSrcTypeByTypeAndproId", "project_id: 1 data_type: 'Dem'", "result: -1"},
         {"queryDataSrcTypeByProjectID", "project_id: 1",
          "result: 0 datasrctypes { " + dem + " } datasrctypes { " + other + " }"},
@@ -262,7 +275,10 @@ TEST_F(Records, AreFoundByCondition)
         Ids types;
     } cases[] = {
         {"", {1, 2, 3, 4}, {1, 2, 3}, {1, 2, 3, 4}},
-        {"sentype: '' start_date: '' end_date: '' proname: '' data_type: ''", {1, 2, 3, 4}, {1, 2, 3}, {1, 2, 3, 4}},
+        {"sentype: '' start_date: '' end_date: '' proname: '' data_type: ''",
+         {1, 2, 3, 4},
+         {1, 2, 3},
+         {1, 2, 3, 4}},
         {"sentype: 'S'", {1, 2}, {}, {1, 3}},
         {"sentype: 's'", {3}, {}, {1}},
         {"sentype: 'K'", {}, {2, 3}, {4}},
@@ -284,7 +300,10 @@ TEST_F(Records, AreFoundByCondition)
         {bounds("-20 -85 -10 -84"), {3}, {}, {1}},
         {bounds("0 0 30 30") + " sentype: 'S' end_date: '2020-01-31'", {1}, {}, {1}},
         {bounds("0 0 30 30") + " sentype: 's'", {}, {}, {}},
-        {"bound_a: 5 bound_b: 9 bound_c: 5 bound_d: 1 use_bounds: false", {1, 2, 3, 4}, {1, 2, 3}, {1, 2, 3, 4}},
+        {"bound_a: 5 bound_b: 9 bound_c: 5 bound_d: 1 use_bounds: false",
+         {1, 2, 3, 4},
+         {1, 2, 3},
+         {1, 2, 3, 4}},
         {"proname: 'P'", {1, 2, 3, 4}, {}, {1, 2}},
         {"proname: 'Q' sentype: 'S'", {}, {}, {3}},
         {"proname: 'p'", {}, {}, {}},
@@ -300,9 +319,9 @@ TEST_F(Records, AreFoundByCondition)
     EXPECT_EQ(ask("searchDataType", "company_id: 2"), "result: -1");
     EXPECT_EQ(ask("searchDataByTypeDem", "type_id: 1"), "result: -1");
     for (const std::string& wrong :
-         {std::string("start_date: 'soon'"), std::string("end_date: '2020-02-30'"), std::string("end_date: '2020/01-01'"),
-          std::string("start_date: '2020-2-1'"), bounds("0 1 1 0"), bounds("nan 0 1 1"), bounds("0 0 1 nan"),
-          bounds("0 0 1"), bounds("700 0 1 1")})
+         {std::string("start_date: 'soon'"), std::string("end_date: '2020-02-30'"),
+          std::string("end_date: '2020/01-01'"), std::string("start_date: '2020-2-1'"), bounds("0 1 1 0"),
+          bounds("nan 0 1 1"), bounds("0 0 1 nan"), bounds("0 0 1"), bounds("700 0 1 1")})
         for (const char* name : {"searchDataByTypeSat", "searchDataType"})
             EXPECT_EQ(ask(name, "type_id: 1 company_id: 1 " + wrong), "result: -2") << wrong;
 }
@@ -342,7 +361,8 @@ TEST_F(Records, AreLoadedAllOrNone)
         {sat + R"("west":1,"south":"nan","east":1,"north":1})", "from -90 to 90, not 'nan'"},
         {R"({"kind":"sat","imageName":"x"})", "typeID is missing"},
         {R"({"kind":"sat","typeID":77})", "there is no type 77"},
-        {R"({"kind":"dem","typeID":6})", "type 6 is 卫星影像 and has no records of kind dem; those are of DEM"},
+        {R"({"kind":"dem","typeID":6})",
+         "type 6 is 卫星影像 and has no records of kind dem; those are of DEM"},
         {R"({"kind":"point","dqConID":3})", "there is no control 3"},
         {R"({"kind":"point"})", "dqConID is missing"},
         {R"({"kind":"type","projectID":1})", "dataType is missing"},
@@ -377,7 +397,8 @@ TEST_F(Records, OfASampleAreThereInPagesAndTheSameForASeed)
         return centre::addSample(store, "LUMO", kImages, seed, [](std::uint64_t) {});
     };
     const centre::RecordCounts counts = sample(m_Store, 1);
-    const std::string content = "SELECT group_concat(quote(image_name) || quote(value1) || quote(west)) FROM sat";
+    const std::string content =
+        "SELECT group_concat(quote(image_name) || quote(value1) || quote(west)) FROM sat";
     const std::string drawn = m_Store.database().execAndGet(content).getString();
     std::uint64_t images = 0;
     for (const RecordKind& kind : centre::recordKinds()) {
@@ -424,7 +445,9 @@ TEST_F(Records, AreLoadedByTheProgram)
         {{"load", m_Data.path(), lines}, 1, "lines:1: there is a project 1 already"},
         {{"load", m_Data.path(), lines + "0"}, 1, "No such file"},
         {{"load", m_Data.path(), "-"}, 0, "loaded standard input: nothing; "},
-        {{"sample", m_Data.path(), "--images", "20", "--seed", "7"}, 0, "made a sample: 6 project, 48 type, "},
+        {{"sample", m_Data.path(), "--images", "20", "--seed", "7"},
+         0,
+         "made a sample: 6 project, 48 type, "},
         {{"sample", m_Data.path(), "--images", "-1"}, 2, "--images"},
     };
     for (const auto& each : cases) {

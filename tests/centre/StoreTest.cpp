@@ -67,9 +67,11 @@ TEST(Store, BringsAnOlderDataFolderToItsTablesOrLeavesItAsItWas)
         makeOld += "DROP TABLE " + kind->name + ";" +
                    (kind->hasType() ? "DROP TABLE " + kind->name + "_bounds;" : "");
     centre::Store(data.path()).database().exec(makeOld + "PRAGMA user_version = 2;");
-    centre::Store(data.path()).database().exec("INSERT INTO project(company_id, project_name) VALUES (1, 'P')");
+    centre::Store(data.path())
+        .database()
+        .exec("INSERT INTO project(company_id, project_name) VALUES (1, 'P')");
     makeOld += "DROP TABLE version; DROP TABLE national_area; DROP INDEX disk_root;"
-                                "ALTER TABLE user DROP COLUMN may_write; PRAGMA user_version = 1;";
+               "ALTER TABLE user DROP COLUMN may_write; PRAGMA user_version = 1;";
     centre::Store(data.path()).database().exec(makeOld);
     centre::Store store(data.path());
     EXPECT_EQ(store.database().execAndGet("PRAGMA user_version").getInt(), 3);
