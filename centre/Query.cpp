@@ -99,7 +99,7 @@ void writeField(CodedOutputStream& bytes, const FieldDescriptor& field, const SQ
         return bytes.WriteVarint32(value.getUInt());
     case FieldDescriptor::CPPTYPE_STRING: {
         tag(kLengthDelimited);
-        const void* text = value.getBlob();
+        const char* text = value.getText();
         const int size = value.getBytes();
         bytes.WriteVarint32(static_cast<std::uint32_t>(size));
         return bytes.WriteRaw(text, size);
