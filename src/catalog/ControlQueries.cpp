@@ -1,8 +1,8 @@
 #include "catalog/RecordQueries.h"
 
-using recordqueries::byID;
 using recordqueries::byProject;
 using recordqueries::byType;
+using recordqueries::single;
 
 // Control files and points
 
@@ -10,7 +10,7 @@ ENUM_RET_TYPE CLumoDataMgr::getCtrlFile(unsigned int id, tagCtrlFileTable& recor
 {
     recordqueries::DataUtilBeanReq request;
     request.set_dqcon_id(static_cast<int>(id));
-    return byID(CallFrame(*this, "getCtrlFile"), LEDGER(queryDataSrcControlByDqConID), request, record);
+    return single(CallFrame(*this, "getCtrlFile"), LEDGER(queryDataSrcControlByDqConID), request, record);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getCtrlFileByTypeID(unsigned int typeId, QList<tagCtrlFileTable>& records)
@@ -28,7 +28,7 @@ ENUM_RET_TYPE CLumoDataMgr::getCtrlFileByDataID(unsigned int dataId, QList<tagCt
 
 ENUM_RET_TYPE CLumoDataMgr::getCtrlPoint(unsigned int id, tagCtrlPointTable& point)
 {
-    return byID(CallFrame(*this, "getCtrlPoint"), LEDGER(queryDataSrcControlInfoById), id, point);
+    return single(CallFrame(*this, "getCtrlPoint"), LEDGER(queryDataSrcControlInfoById), id, point);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getCtrlPoint(unsigned int dqConID, QList<tagCtrlPointTable>& points)

@@ -7,7 +7,7 @@
 
 namespace fieldrules {
 
-/// The coordinate settings of any bean that has them; the beans' fields bear one name for all.
+/// The coordinate settings of any bean that has them: their fields have the same names in every bean.
 template <class Bean>
 void coordSetting(tagCoordSetting& coord, const Bean& bean)
 {

@@ -6,8 +6,8 @@
 #include "catalog/ProductRecords.h"
 #include "catalog/ProjectRecords.h"
 
-/// A record of any kind but the control file: the element of lists that may hold several kinds. It is as
-/// wide as the widest record, and copied whole.
+/// A record of the image catalogue, of any kind but the control file: the element of lists that may hold
+/// several kinds. It is as wide as the widest record, and copied whole.
 struct tagImageData
 {
     union {

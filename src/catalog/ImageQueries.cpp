@@ -1,15 +1,15 @@
 #include "catalog/RecordQueries.h"
 
-using recordqueries::byID;
 using recordqueries::byProject;
 using recordqueries::byProjectAndMark;
 using recordqueries::byType;
+using recordqueries::single;
 
 // Frame photographs
 
 ENUM_RET_TYPE CLumoDataMgr::getKFImage(unsigned int id, tagKFImageTable& record)
 {
-    return byID(CallFrame(*this, "getKFImage"), LEDGER(queryDataSrcPhotoById), id, record);
+    return single(CallFrame(*this, "getKFImage"), LEDGER(queryDataSrcPhotoById), id, record);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getKFImageByTypeID(unsigned int typeId, QList<tagKFImageTable>& records)
@@ -43,7 +43,7 @@ ENUM_RET_TYPE CLumoDataMgr::getKFImageByDataAndMark(unsigned int dataId, unsigne
 
 ENUM_RET_TYPE CLumoDataMgr::getSatImage(unsigned int id, tagSatTable& record)
 {
-    return byID(CallFrame(*this, "getSatImage"), LEDGER(queryDataSrcSatById), id, record);
+    return single(CallFrame(*this, "getSatImage"), LEDGER(queryDataSrcSatById), id, record);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getSatImageByTypeID(unsigned int typeId, QList<tagSatTable>& records)
@@ -75,7 +75,7 @@ ENUM_RET_TYPE CLumoDataMgr::getSatByDataAndMark(unsigned int dataId, unsigned in
 
 ENUM_RET_TYPE CLumoDataMgr::getAdsImage(unsigned int id, tagAdsTable& record)
 {
-    return byID(CallFrame(*this, "getAdsImage"), LEDGER(queryDataSrcAdsById), id, record);
+    return single(CallFrame(*this, "getAdsImage"), LEDGER(queryDataSrcAdsById), id, record);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getAdsImageByTypeID(unsigned int typeId, QList<tagAdsTable>& records)

@@ -1,15 +1,15 @@
 #include "catalog/RecordQueries.h"
 
-using recordqueries::byID;
 using recordqueries::byProject;
 using recordqueries::byProjectAndMark;
 using recordqueries::byType;
+using recordqueries::single;
 
 // Digital elevation models
 
 ENUM_RET_TYPE CLumoDataMgr::getDem(unsigned int id, tagDemTable& record)
 {
-    return byID(CallFrame(*this, "getDem"), LEDGER(queryDataSrcDemById), id, record);
+    return single(CallFrame(*this, "getDem"), LEDGER(queryDataSrcDemById), id, record);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getDemByTypeID(unsigned int typeId, QList<tagDemTable>& records)
@@ -41,7 +41,7 @@ ENUM_RET_TYPE CLumoDataMgr::getDemByDataAndMark(unsigned int dataId, unsigned in
 
 ENUM_RET_TYPE CLumoDataMgr::getDsm(unsigned int id, tagDsmTable& record)
 {
-    return byID(CallFrame(*this, "getDsm"), LEDGER(queryDataSrcDsmById), id, record);
+    return single(CallFrame(*this, "getDsm"), LEDGER(queryDataSrcDsmById), id, record);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getDsmByTypeID(unsigned int typeId, QList<tagDsmTable>& records)
@@ -73,7 +73,7 @@ ENUM_RET_TYPE CLumoDataMgr::getDsmByDataAndMark(unsigned int dataId, unsigned in
 
 ENUM_RET_TYPE CLumoDataMgr::getDom(unsigned int id, tagDomTable& record)
 {
-    return byID(CallFrame(*this, "getDom"), LEDGER(queryDataSrcDomById), id, record);
+    return single(CallFrame(*this, "getDom"), LEDGER(queryDataSrcDomById), id, record);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getDomByTypeID(unsigned int typeId, QList<tagDomTable>& records)
@@ -105,7 +105,7 @@ ENUM_RET_TYPE CLumoDataMgr::getDomByDataAndMark(unsigned int dataId, unsigned in
 
 ENUM_RET_TYPE CLumoDataMgr::getDlg(unsigned int id, tagDlgTable& record)
 {
-    return byID(CallFrame(*this, "getDlg"), LEDGER(queryDataSrcDlgById), id, record);
+    return single(CallFrame(*this, "getDlg"), LEDGER(queryDataSrcDlgById), id, record);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getDlgByTypeID(unsigned int typeId, QList<tagDlgTable>& records)

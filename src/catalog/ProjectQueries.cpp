@@ -1,13 +1,13 @@
 #include "catalog/RecordQueries.h"
 
 using recordqueries::appendTo;
-using recordqueries::byID;
 using recordqueries::DataUtilBeanReq;
+using recordqueries::single;
 
 namespace {
 
 template <class Element>
-ENUM_RET_TYPE projects(CallFrame&& frame, unsigned int companyID, QList<Element>& data)
+ENUM_RET_TYPE projectsOf(CallFrame&& frame, unsigned int companyID, QList<Element>& data)
 {
     DataUtilBeanReq request;
     request.set_company_id(static_cast<int>(companyID));
@@ -16,7 +16,7 @@ ENUM_RET_TYPE projects(CallFrame&& frame, unsigned int companyID, QList<Element>
 }
 
 template <class Element>
-ENUM_RET_TYPE types(CallFrame&& frame, unsigned int dataId, QList<Element>& types)
+ENUM_RET_TYPE typesOf(CallFrame&& frame, unsigned int dataId, QList<Element>& types)
 {
     DataUtilBeanReq request;
     request.set_project_id(static_cast<int>(dataId));
@@ -31,7 +31,7 @@ ENUM_RET_TYPE CLumoDataMgr::getData(unsigned int dataId, tagDataTable& data)
 {
     DataUtilBeanReq request;
     request.set_project_id(static_cast<int>(dataId));
-    return byID(CallFrame(*this, "getData"), LEDGER(queryDataSrcByProjectID), request, data);
+    return single(CallFrame(*this, "getData"), LEDGER(queryDataSrcByProjectID), request, data);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getData(const QString& name, tagDataTable& data)
@@ -40,24 +40,24 @@ ENUM_RET_TYPE CLumoDataMgr::getData(const QString& name, tagDataTable& data)
     DataUtilBeanReq request;
     request.set_company_id(static_cast<int>(m_CompanyID));
     request.set_proname(name.toUtf8().constData());
-    return byID(std::move(frame), LEDGER(queryDataSrcByProjectName), request, data);
+    return single(std::move(frame), LEDGER(queryDataSrcByProjectName), request, data);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getData(QList<tagDataTable>& data)
 {
-    return projects(CallFrame(*this, "getData"), m_CompanyID, data);
+    return projectsOf(CallFrame(*this, "getData"), m_CompanyID, data);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getData(QList<tagImageData>& data)
 {
-    return projects(CallFrame(*this, "getData"), m_CompanyID, data);
+    return projectsOf(CallFrame(*this, "getData"), m_CompanyID, data);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getDataType(unsigned int typeId, tagTypeTable& type)
 {
     DataUtilBeanReq request;
     request.set_type_id(static_cast<int>(typeId));
-    return byID(CallFrame(*this, "getDataType"), LEDGER(queryDataSrcTypeByTypeId), request, type);
+    return single(CallFrame(*this, "getDataType"), LEDGER(queryDataSrcTypeByTypeId), request, type);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getDataType(unsigned int dataId, const QString& name, tagTypeTable& type)
@@ -66,15 +66,15 @@ ENUM_RET_TYPE CLumoDataMgr::getDataType(unsigned int dataId, const QString& name
     DataUtilBeanReq request;
     request.set_project_id(static_cast<int>(dataId));
     request.set_data_type(name.toUtf8().constData());
-    return byID(std::move(frame), LEDGER(queryDataSrcTypeByTypeAndproId), request, type);
+    return single(std::move(frame), LEDGER(queryDataSrcTypeByTypeAndproId), request, type);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getDataTypeByDataID(unsigned int dataId, QList<tagTypeTable>& types)
 {
-    return ::types(CallFrame(*this, "getDataTypeByDataID"), dataId, types);
+    return typesOf(CallFrame(*this, "getDataTypeByDataID"), dataId, types);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getDataTypeByDataID(unsigned int dataId, QList<tagImageData>& types)
 {
-    return ::types(CallFrame(*this, "getDataTypeByDataID"), dataId, types);
+    return typesOf(CallFrame(*this, "getDataTypeByDataID"), dataId, types);
 }

@@ -5,7 +5,7 @@
 
 /// Data projects and their types: plain values, copied whole. Texts are NUL-terminated and in the system code
 /// page (components/platform/CodePage.h); one takes at most two bytes less than its array, and a longer one
-/// leaves the array as it was. Keys of 0xFFFFFFFF mean none. What a textN, valueN or countN says is settled
+/// leaves the array as it was. Keys of 0xFFFFFFFF mean none. What a textN or typeText says is settled
 /// between the centre and the application.
 
 /// A data project, the top unit of the image catalogue.
@@ -31,7 +31,7 @@ struct tagTypeTable
     unsigned int typeID;
     unsigned int projectID; ///< project that owns the type
     char dataType[64];      ///< name of the type; decides the kind of its records
-    char projectName[256];  ///< name of the project; only the first 64 bytes are used
+    char projectName[256];  ///< name of the project, in the first 64 bytes: 62 at most
     char typeText[32];
 };
 

@@ -5,6 +5,7 @@
 #include "core/CallFrame.h"
 
 #include <cstring>
+#include <utility>
 
 /// The queries that all kinds of records have in common. The frame is the method's, just opened.
 namespace recordqueries {
@@ -45,21 +46,23 @@ auto appendTo(QList<tagImageData>& images)
     };
 }
 
+/// The answer's bean, or the default one where there is none.
 template <class Record>
-ENUM_RET_TYPE byID(CallFrame&& frame, const Operation<Record>& operation, const DataUtilBeanReq& request,
-                   Record& record)
+ENUM_RET_TYPE single(CallFrame&& frame, const Operation<Record>& operation, const DataUtilBeanReq& request,
+                     Record& record)
 {
     return frame.judged(operation, request, [&](const typename RecordKind<Record>::Response& response) {
         RecordKind<Record>::convert(response.bean(), record);
     });
 }
 
+/// The same for the record of an identifier.
 template <class Record>
-ENUM_RET_TYPE byID(CallFrame&& frame, const Operation<Record>& operation, unsigned int id, Record& record)
+ENUM_RET_TYPE single(CallFrame&& frame, const Operation<Record>& operation, unsigned int id, Record& record)
 {
     DataUtilBeanReq request;
     request.set_record_id(static_cast<int>(id));
-    return byID(std::move(frame), operation, request, record);
+    return single(std::move(frame), operation, request, record);
 }
 
 /// `Element` is Record or tagImageData.
@@ -90,6 +93,20 @@ ENUM_RET_TYPE byProjectAndMark(CallFrame&& frame, const Operation<Record>& opera
     request.set_project_id(static_cast<int>(dataId));
     request.set_comm_id(static_cast<int>(mark));
     return frame.listOrNothing(operation, request, appendTo<Record>(records), records);
+}
+
+/// The first record of the answer's list. An empty list is a failure.
+template <class Record>
+bool firstOf(CallFrame&& frame, const Operation<Record>& operation, const DataUtilBeanReq& request,
+             Record& record)
+{
+    return frame.firstOf(operation, request, [&](const typename RecordKind<Record>::Response& response) {
+        const auto& beans = RecordKind<Record>::beans(response);
+        if (beans.empty())
+            return false;
+        RecordKind<Record>::convert(beans[0], record);
+        return true;
+    });
 }
 
 } // namespace recordqueries

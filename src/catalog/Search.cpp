@@ -3,6 +3,7 @@
 #include "core/GbkTexts.h"
 #include "core/LogLine.h"
 
+#include <cstring>
 #include <strings.h>
 
 using recordqueries::appendTo;
@@ -64,10 +65,14 @@ ENUM_RET_TYPE CLumoDataMgr::searchByDataType(const tagTypeTable& type, const tag
                                              QList<tagImageData>& images)
 {
     CallFrame frame(*this, "searchByDataType");
-    if (differs(condition.projectName, type.projectName))
-        return frame.refusedBeforehand("DataName isn't Match");
-    if (differs(condition.dataType, type.dataType))
-        return frame.refusedBeforehand("DataType isn't Match");
+    if (differs(condition.projectName, type.projectName)) {
+        frame.write("DataName isn't Match");
+        return frame.leave(RET_FAILED);
+    }
+    if (differs(condition.dataType, type.dataType)) {
+        frame.write("DataType isn't Match");
+        return frame.leave(RET_FAILED);
+    }
     DataUtilBeanReq request;
     request.set_type_id(static_cast<int>(type.typeID));
     setCondition(request, condition);

@@ -2,8 +2,8 @@
 
 using ledgerserver::SrcTableUtilBeanReq;
 using recordqueries::appendTo;
-using recordqueries::byID;
 using recordqueries::DataUtilBeanReq;
+using recordqueries::single;
 
 // Disks
 
@@ -12,7 +12,7 @@ ENUM_RET_TYPE CLumoDataMgr::getDisk(unsigned int id, tagDiskTable& disk)
     CallFrame frame(*this, "getDisk");
     DataUtilBeanReq request;
     request.set_record_id(id);
-    return byID(std::move(frame), LEDGER(queryDataAddressByID), request, disk);
+    return single(std::move(frame), LEDGER(queryDataAddressByID), request, disk);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getDisk(const QString& name, tagDiskTable& disk)
@@ -21,7 +21,7 @@ ENUM_RET_TYPE CLumoDataMgr::getDisk(const QString& name, tagDiskTable& disk)
     DataUtilBeanReq request;
     request.set_company_id(m_CompanyID);
     request.set_name(name.toUtf8().constData());
-    return byID(std::move(frame), LEDGER(queryDataAddressByName), request, disk);
+    return single(std::move(frame), LEDGER(queryDataAddressByName), request, disk);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getDisk(QList<tagDiskTable>& disks)
@@ -40,7 +40,7 @@ ENUM_RET_TYPE CLumoDataMgr::getFolder(unsigned int folderID, tagFolderTable& fol
     CallFrame frame(*this, "getFolder");
     DataUtilBeanReq request;
     request.set_src_id(folderID);
-    return byID(std::move(frame), LEDGER(querySrcTableBySrcId), request, folder);
+    return single(std::move(frame), LEDGER(querySrcTableBySrcId), request, folder);
 }
 
 unsigned int CLumoDataMgr::getFolderID(unsigned int diskID, unsigned int parentID, const QString& name)
@@ -79,7 +79,7 @@ ENUM_RET_TYPE CLumoDataMgr::getFile(unsigned int fileID, tagFileTable& file)
     CallFrame frame(*this, "getFile");
     DataUtilBeanReq request;
     request.set_file_id(fileID);
-    return byID(std::move(frame), LEDGER(queryFileTableByFileId), request, file);
+    return single(std::move(frame), LEDGER(queryFileTableByFileId), request, file);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getFile(const QList<unsigned int>& fileIDs, QList<tagFileTable>& files)
@@ -97,7 +97,7 @@ ENUM_RET_TYPE CLumoDataMgr::getFileByName(unsigned int parentID, const QString& 
     DataUtilBeanReq request;
     request.set_src_id(parentID);
     request.set_filename(name.toUtf8().constData());
-    return byID(std::move(frame), LEDGER(queryFileTableByName), request, file);
+    return single(std::move(frame), LEDGER(queryFileTableByName), request, file);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getFileByParentID(unsigned int parentID, QList<tagFileTable>& files)

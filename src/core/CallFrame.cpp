@@ -22,10 +22,9 @@ CallFrame::CallFrame(const CLumoDataMgr& manager, const char* method, const char
     LUMO_LOG(m_Function.c_str(), "Enter Function : %s", m_LoggedName);
 }
 
-ENUM_RET_TYPE CallFrame::refusedBeforehand(const char* message)
+void CallFrame::write(const char* message)
 {
     LUMO_LOG(m_Function.c_str(), "%s", message);
-    return leave(RET_FAILED);
 }
 
 bool CallFrame::failed(const char* operation)
@@ -38,6 +37,12 @@ ENUM_RET_TYPE CallFrame::refused(const char* operation)
 {
     LUMO_LOG(m_Function.c_str(), "%s Result Error", operation);
     return leave(RET_FAILED);
+}
+
+bool CallFrame::refusedTersely(const char* operation)
+{
+    LUMO_LOG(m_Function.c_str(), "%s Error", operation);
+    return leave(false);
 }
 
 ENUM_RET_TYPE CallFrame::judge(const char* operation, int result)

@@ -90,6 +90,46 @@ public:
         return leave(true);
     }
 
+    template <class Stub, class Request, class Response>
+    bool accepted(const Rpc<Stub, Request, Response>& rpc, const Request& request)
+    {
+        return accepted(rpc, request, [](const Response&) {});
+    }
+
+    /// The same where `read` says whether the response is complete; one that is not is a failure.
+    template <class Stub, class Request, class Response, class Read>
+    bool firstOf(const Rpc<Stub, Request, Response>& rpc, const Request& request, Read read)
+    {
+        Response response;
+        if (!callAndAccept(rpc, request, response))
+            return false;
+        return read(response) ? leave(true) : refused(rpc.name) == RET_SUCCESS;
+    }
+
+    /// True for result 0, but the line of a bad result lacks the word Result.
+    template <class Stub, class Request, class Response>
+    bool acceptedTersely(const Rpc<Stub, Request, Response>& rpc, const Request& request)
+    {
+        Response response;
+        if (!call(rpc, request, response))
+            return false;
+        return response.result() == 0 ? leave(true) : refusedTersely(rpc.name);
+    }
+
+    /// True only where the response's own `verdict` is.
+    template <class Stub, class Request, class Response, class Read>
+    bool confirmed(const Rpc<Stub, Request, Response>& rpc, const Request& request,
+                   bool (Response::*verdict)() const, Read read)
+    {
+        Response response;
+        if (!call(rpc, request, response))
+            return false;
+        if (!(response.*verdict)())
+            return refused(rpc.name) == RET_SUCCESS;
+        read(response);
+        return leave(true);
+    }
+
     /// True only for status code 0, the verdict of the planning service.
     template <class Stub, class Request, class Response, class Read>
     bool planned(const Rpc<Stub, Request, Response>& rpc, const Request& request, Read read)
@@ -169,7 +209,16 @@ public:
         return id;
     }
 
-    /// The same where only the results -1 and -2 are failures.
+    /// The identifier of the answer itself, in the same way.
+    template <class Stub, class Request, class Response>
+    unsigned int ownIdentifier(const Rpc<Stub, Request, Response>& rpc, const Request& request)
+    {
+        unsigned int id = kNoIdentifier;
+        accepted(rpc, request, [&](const Response& response) { id = response.id(); });
+        return id;
+    }
+
+    /// As `identifier`, where only the results -1 and -2 are failures.
     template <class Stub, class Request, class Response>
     unsigned int lookedUpIdentifier(const Rpc<Stub, Request, Response>& rpc, const Request& request)
     {
@@ -190,8 +239,11 @@ public:
         return path;
     }
 
-    /// For a method that ends without a call: RET_FAILED after the log line `message`, or `value`.
-    ENUM_RET_TYPE refusedBeforehand(const char* message);
+    /// The Leave line will bear this name.
+    void leaveAs(const char* loggedName) { m_LoggedName = loggedName; }
+
+    /// For a method that ends without a call: a log line, and the end with a value.
+    void write(const char* message);
     template <class Value>
     Value leave(Value value)
     {
@@ -232,11 +284,12 @@ private:
 
     bool failed(const char* operation);
     ENUM_RET_TYPE refused(const char* operation);
+    bool refusedTersely(const char* operation);
     ENUM_RET_TYPE judge(const char* operation, int result);
     void writeLeave();
 
     const std::string m_Function;
-    const char* const m_LoggedName;
+    const char* m_LoggedName;
     const unsigned int m_Timeout;
     wirecall::RpcChannel* const m_LedgerChannel;
     wirecall::RpcChannel* const m_ForgeChannel;

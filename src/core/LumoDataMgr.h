@@ -7,6 +7,8 @@
 #include "components/platform/Export.h"
 #include "core/LumoDataTypes.h"
 #include "directory/VersionRecords.h"
+#include "operations/LumoFilterFile.h"
+#include "registration/CommentRecords.h"
 #include "transfer/TransferCallback.h"
 
 #include <QList>
@@ -25,9 +27,20 @@
 
 namespace wirecall {
 class RpcChannel;
-}
+class RpcController;
+} // namespace wirecall
+
+namespace forgeserver {
+class AnalyzeImageRsp;
+class AnalyzeImagesRsp;
+class FileCopyFromDbRsp;
+class FileCopyToDbRsp;
+} // namespace forgeserver
 
 namespace ledgerserver {
+class CheckDataBean;
+class CommentImageBean;
+class CommentInfoBean;
 class DataAddressBean;
 class DataSrcAdsBean;
 class DataSrcBean;
@@ -65,6 +78,12 @@ struct RecordKind;
 class LUMO_EXPORT CLumoDataMgr : public QObject
 {
     Q_OBJECT
+
+Q_SIGNALS:
+    void reqAnalyzeImageFinished(const CLumoFilterFile& filter);
+    void reqAnalyzeImagesFinished(const QList<CLumoFilterFile>& listFilter);
+    /// The text is the one that fileCopy was given.
+    void reqFileCopyFinished(const QString& strFile);
 
 public:
     // Singleton and start-up
@@ -130,6 +149,7 @@ public:
     ENUM_RET_TYPE getData(const QString& name, tagDataTable& data);
     /// The projects of the caller's company. Paged.
     ENUM_RET_TYPE getData(QList<tagDataTable>& data);
+    /// The same as a list of any kinds. Paged.
     ENUM_RET_TYPE getData(QList<tagImageData>& data);
     ENUM_RET_TYPE getDataType(unsigned int typeId, tagTypeTable& type);
     /// The type of that name in a project.
@@ -139,8 +159,9 @@ public:
 
     // Images, products and control data
     //
-    // The queries by type and by project are paged. Those by project and mark come in one call, and empty
-    // their list when the centre answers with an error or with nothing. Records come in the centre's order.
+    // `typeId` is the key of a data type, `mark` that of an image comment. The queries by type and by project
+    // are paged. Those by project and mark come in one call, and empty their list when the centre answers
+    // with an error or with nothing. Records come in the centre's order.
 
     // Frame photographs
 
@@ -210,15 +231,107 @@ public:
 
     // Search
 
-    /// The types of the caller's company that the condition fits.
+    // Both searches leave their list as it was on every failure.
+
+    /// The types of the caller's company that match the condition.
     ENUM_RET_TYPE searchDataType(const tagQueryCondition& condition, QList<tagTypeTable>& types);
-    /// The images or products of a type that the condition fits; control points of a type of these. A name
-    /// in the condition must be the type's, or nothing is asked. A type whose name decides no kind has none.
+    /// The images, products or control points of `type` that match the condition. The names of product types
+    /// match in any case. RET_FAILED, without a call, when the condition names another project or type;
+    /// RET_SUCCESS with nothing appended when the type's name stands for no kind.
     ENUM_RET_TYPE searchByDataType(const tagTypeTable& type, const tagQueryCondition& condition,
                                    QList<tagImageData>& images);
-    /// All images or products of a type, paged; the names of product types in capitals. Knows no control
-    /// points.
+    /// All images or products of `type`, paged. The names of product types are DEM, DSM, DOM and DLG.
+    /// RET_FAILED when the type's name stands for no kind, or for control points.
     ENUM_RET_TYPE getImageByType(const tagTypeTable& type, QList<tagImageData>& images);
+
+    // Registration
+    //
+    // A record is registered by its kind, an ENUM_DATA_TYPE from data project to DLG as a number, and a text
+    // of assignments: key='value' with single commas and no blanks between them, keys the names of the
+    // record's fields. Every value is quoted; a value can't hold a comma. The text goes to the centre as it
+    // is; checked here are its form and the keys that identify the record: of a project companyID and
+    // projectName, of a type projectID and dataType, of a control point dqConID and conNumber, of the others
+    // mainFileID.
+
+    /// Registers a record and returns its identifier; 0xFFFFFFFF on any failure.
+    unsigned int addImage(int type, const QString& text);
+    /// Registers records of one kind, all or none, in one call; their identifiers are appended to `ids`.
+    bool addImage(int type, const QStringList& texts, QList<unsigned int>& ids);
+
+    // Links
+    //
+    // The link between a data project and a folder or file. The centre judges: false is its no, and any
+    // failure.
+
+    bool linkDataFolder(unsigned int dataID, unsigned int folderID);
+    bool unlinkDataFolder(unsigned int dataID, unsigned int folderID);
+    bool linkDataFile(unsigned int dataID, unsigned int fileID);
+    bool unlinkDataFile(unsigned int dataID, unsigned int fileID);
+    /// The first data project that a folder is linked to.
+    bool getDataByFolder(unsigned int folderID, tagDataTable& data);
+    /// The first data project that a file is linked to.
+    bool getDataByFile(unsigned int fileID, tagDataTable& data);
+    /// Has the centre make a folder; its identifier, or 0xFFFFFFFF. `secondID` must not be 0; what the two
+    /// identifiers mean is settled with the centre.
+    unsigned int createFolder(unsigned int firstID, unsigned int secondID, const QString& path);
+
+    // Comments
+    //
+    // A comment is a content and a state of the caller's company; records of any kind point at it.
+    // Identifiers are 0xFFFFFFFF on any failure.
+
+    ENUM_RET_TYPE getCommentInfo(unsigned int commentID, QString& content, QString& state);
+    ENUM_RET_TYPE getCommentInfo(QList<tagCommentInfo>& comments);
+    ENUM_RET_TYPE getCommentContent(QStringList& contents);
+    /// The states of the comments with that content.
+    ENUM_RET_TYPE getCommentState(const QString& content, QStringList& states);
+    unsigned int getCommentID(const QString& content, const QString& state);
+    unsigned int addCommentInfo(const QString& content, const QString& state);
+    bool linkCommentInfoToRecord(ENUM_DATA_TYPE type, unsigned int recordID, unsigned int commentID);
+    /// No records is a success, without a call.
+    bool linkCommentInfoToRecord(ENUM_DATA_TYPE type, const QList<unsigned int>& recordIDs,
+                                 unsigned int commentID);
+    /// Adds a comment and links it; the comment's identifier, whatever became of the link.
+    unsigned int linkCommentInfoToRecord(ENUM_DATA_TYPE type, unsigned int recordID, const QString& content,
+                                         const QString& state);
+
+    // Image comments
+    //
+    // The marks that the queries by project and mark go by, of no company.
+
+    ENUM_RET_TYPE getImageComment(unsigned int commentID, QString& content, QString& state);
+    ENUM_RET_TYPE getImageComment(QList<tagCommentInfo>& comments);
+    unsigned int getImageCommentID(const QString& content, const QString& state);
+    unsigned int addImageComment(const QString& content, const QString& state);
+    bool linkImageComment(ENUM_DATA_TYPE type, unsigned int recordID, unsigned int commentID);
+    bool unlinkImageComment(ENUM_DATA_TYPE type, unsigned int recordID, unsigned int commentID);
+
+    // Image analysis and server-side copy
+    //
+    // The centre works, and a signal tells of success on a thread of the RPC runtime; a failure shows in the
+    // log alone, so whoever waits needs a limit of their own. The singleton raises the signals.
+
+    /// Has an image analysed. `analyzeFlag` is handed to the centre.
+    void analyzeImage(const CLumoFilterFile& filter, bool analyzeFlag);
+    /// Has images analysed in one call; the signal brings those that passed, in the order of the call.
+    void analyzeImages(const QList<CLumoFilterFile>& listFilter, bool analyzeFlag);
+    /// Has a file copied into the catalogue's storage. What the two targets and the flag mean is settled
+    /// with the centre.
+    void fileCopy(const QString& srcFile, unsigned int targetA, unsigned int targetB,
+                  const QString& relativePath, bool copyFlag);
+    /// Has a file copied out of the catalogue's storage.
+    void fileCopy(unsigned int sourceID, const QString& distPath, bool copyFlag);
+
+    // Metadata of scenes
+    //
+    // The centre reads a scene's metadata file by its identifier. Lists are appended to.
+
+    /// The scene's name; empty on any failure.
+    QString getSpot5FromMetadataDim(unsigned int id);
+    bool getSpot6FromDim(unsigned int id, QString& name, QStringList& mainFiles, QStringList& metaFiles);
+    bool getAlosFromSummary(unsigned int id, QString& name, QStringList& mainFiles, QStringList& metaFiles);
+    bool getAdsFromSup(unsigned int id, QString& text1, QString& text2, QString& text3, QString& text4,
+                       QString& text5, QString& text6);
 
     // Transfers
     //
@@ -305,7 +418,8 @@ protected:
     QString getAppFullPathBySoftID(const QString& softID, const QString& versionNo);
     QString getAppFullPathByAppID(const QString& appID, const QString& versionNo);
 
-    // Conversions: an absent integer becomes 0xFFFFFFFF, an absent text is zero-filled.
+    // Conversions: an absent key becomes 0xFFFFFFFF, an absent text is zero-filled, an absent number of the
+    // coordinate settings 0, an absent code -1. An absent optional number clears its presence bit alone.
 
     static void getDiskFromBean(const ledgerserver::DataAddressBean& bean, tagDiskTable& disk);
     static void getFolderFromBean(const ledgerserver::SrcTableBean& bean, tagFolderTable& folder);
@@ -324,8 +438,21 @@ protected:
     static void getDsmDataFromBean(const ledgerserver::DataSrcDsmBean& bean, tagDsmTable& dsm);
     static void getDomDataFromBean(const ledgerserver::DataSrcDomBean& bean, tagDomTable& dom);
     static void getDlgDataFromBean(const ledgerserver::DataSrcDlgBean& bean, tagDlgTable& dlg);
+    static void getCommentInfoFromBean(const ledgerserver::CommentInfoBean& bean, tagCommentInfo& info);
+    static void getCommentImageFromBean(const ledgerserver::CommentImageBean& bean, tagCommentInfo& info);
     /// An absent text leaves its member as it was.
     static void getVersionInfoFromBean(const ledgerserver::VersionTableBean& bean, tagVersionInfo& info);
+
+    // The ends of the calls that are answered by signal; each frees its controller and response.
+
+    void analyzeImageFinished(wirecall::RpcController* controller, const CLumoFilterFile& filter,
+                              forgeserver::AnalyzeImageRsp* response);
+    void analyzeImagesFinished(wirecall::RpcController* controller, const QList<CLumoFilterFile>& listFilter,
+                               forgeserver::AnalyzeImagesRsp* response);
+    void fileCopyToDbFinished(wirecall::RpcController* controller, const QString* strFile,
+                              forgeserver::FileCopyToDbRsp* response);
+    void fileCopyFromDbFinished(wirecall::RpcController* controller, const QString* strFile,
+                                forgeserver::FileCopyFromDbRsp* response);
 
     static std::atomic<CLumoDataMgr*> m_Instance;
 
@@ -346,6 +473,18 @@ private:
     /// Starts the download of a path on a storage box; false when it is empty.
     bool downloadPath(const char* localDir, const char* address, const QString& path, bool overwrite,
                       const TransferCallback& callback);
+
+    /// Fills the bean from a text of assignments; false when the text lacks what its kind needs.
+    bool populateCheckData(ledgerserver::CheckDataBean* bean, int type, const QString& text);
+
+    /// Hand the closure's copy of the text on.
+    void fileCopiedToDb(wirecall::RpcController* controller, const QString& strFile,
+                        forgeserver::FileCopyToDbRsp* response);
+    void fileCopiedFromDb(wirecall::RpcController* controller, const QString& strFile,
+                          forgeserver::FileCopyFromDbRsp* response);
+
+    /// Waits for slots that signals called; none is raised any more.
+    static void endSignals();
 
     /// Reads convert.cfg of the working directory or of the folder above; true when both texts are set.
     bool pathConvertParam();

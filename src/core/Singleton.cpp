@@ -44,6 +44,7 @@ void CLumoDataMgr::_Thread_Safe_UnLock()
 
 CLumoDataMgr::CLumoFreeSelf::~CLumoFreeSelf()
 {
+    endSignals();
     delete m_Instance.load(); // a task that the destructor waits for still asks for the object
     m_Instance = nullptr;
 }

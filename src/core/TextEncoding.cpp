@@ -16,7 +16,7 @@ std::size_t longestResult(unsigned int to, std::size_t length)
     return to == platform::kUtf8CodePage ? 3 * length : length;
 }
 
-/// Whether the eight bytes hold none that is NUL or beyond ASCII; may say no where one is 0x01.
+/// Whether the eight bytes hold none that is NUL or beyond ASCII.
 bool isPlain(std::uint64_t bytes)
 {
     constexpr std::uint64_t kOnes = 0x0101010101010101;

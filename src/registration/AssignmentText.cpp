@@ -1,0 +1,32 @@
+#include "registration/AssignmentText.h"
+
+#include <QVector>
+
+namespace assignmenttext {
+
+namespace {
+
+/// By hand, in the time that one look takes: QRegExp takes the square of a piece's length, so that one of
+/// many quotes would keep its caller busy for hours.
+bool parsePiece(const QStringRef& piece, QMap<QString, QString>& values)
+{
+    const int end = piece.lastIndexOf(QLatin1Char('\''));
+    const int equals = end < 2 ? -1 : piece.left(end).lastIndexOf(QLatin1String("='"));
+    if (equals < 0)
+        return false;
+    const int value = equals + 2;
+    values.insert(piece.left(equals).toString(), piece.mid(value, end - value).toString());
+    return true;
+}
+
+} // namespace
+
+bool parse(const QString& text, QMap<QString, QString>& values)
+{
+    for (const QStringRef& piece : text.splitRef(QLatin1Char(','), Qt::KeepEmptyParts))
+        if (!parsePiece(piece, values))
+            return false;
+    return true;
+}
+
+} // namespace assignmenttext
