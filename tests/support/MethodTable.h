@@ -19,6 +19,7 @@ struct Variant
     bool minusOneIsNull; ///< the line says Result NULL, not Result Error
     bool fiveSucceeds;
     bool nested = false; ///< the verdict is the code of a status record
+    bool terse = false;  ///< the line of a bad result says Error, not Result Error
 
     std::string verdict(int result) const
     {
@@ -66,7 +67,7 @@ protected:
     void judgesTheResult(const std::vector<Method>& methods)
     {
         for (const Method& method : methods) {
-            const Lines error = {method.operation() + " Result Error"};
+            const Lines error = {method.operation() + (method.variant.terse ? " Error" : " Result Error")};
             const Lines null = {method.operation() + " Result NULL"};
             const Variant& variant = method.variant;
             m_Channel.answer(variant.verdict(-2) + method.answer);

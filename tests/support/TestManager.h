@@ -16,9 +16,15 @@ public:
         channel.forgetCalls();
     }
 
+    using CLumoDataMgr::analyzeImageFinished;
+    using CLumoDataMgr::analyzeImagesFinished;
+    using CLumoDataMgr::fileCopyFromDbFinished;
+    using CLumoDataMgr::fileCopyToDbFinished;
     using CLumoDataMgr::getAdsImageDataFromBean;
     using CLumoDataMgr::getAppFullPathByAppID;
     using CLumoDataMgr::getAppFullPathBySoftID;
+    using CLumoDataMgr::getCommentImageFromBean;
+    using CLumoDataMgr::getCommentInfoFromBean;
     using CLumoDataMgr::getCtrlFileDataFromBean;
     using CLumoDataMgr::getCtrlPointDataFromBean;
     using CLumoDataMgr::getDataFromBean;
