@@ -2,10 +2,14 @@
 #include "ledgerserver.pb.h"
 #include "tests/support/TestManager.h"
 
+#include <QTemporaryDir>
+
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <langinfo.h>
 #include <locale.h>
 #include <memory>
 #include <sstream>
@@ -390,56 +394,66 @@ TEST(RecordConversion, CodesAreToldFromTheirTextsWholeAndInGbkOnly)
     });
 }
 
-TEST(RecordConversion, NumbersAreReadAsFarAsTheyGoWhateverTheLocale)
+const struct
 {
-    const struct
-    {
-        const char* text;
-        double number;
-        int count;
-    } kCases[] = {
-        {"1.5abc", 1.5, 1},
-        {"abc", 0, 0},
-        {" \t\n+7", 7, 7},
-        {"-2e3", -2000, -2},
-        {"0x10", 16, 0},
-        {"1e400", HUGE_VAL, 1},
-        {"-99999999999999999999", -1e20, -2147483647 - 1},
-        {"2147483648", 2147483648.0, 2147483647},
-        {"4096px", 4096, 4096},
-        {"1,5", 1, 1},
-        {".5", 0.5, 0},
-        {"5.", 5, 5},
-        {".", 0, 0},
-        {"-.", 0, 0},
-        {"-116.391275", -116.391275, -116},
-        {"123456789012.25", 123456789012.25, 2147483647},
-        {"0.1234567890123456789", 0.1234567890123456789, 0},
-        {"9007199254740993", 9007199254740993.0, 2147483647},
-        {"+", 0, 0},
-        {"12 34", 12, 12},
-    };
-    const locale_t german = newlocale(LC_ALL_MASK, "de_DE.UTF-8", nullptr);
-    for (const bool inGerman : {false, true}) {
-        if (inGerman && !german)
-            break; // not on this machine
-        const locale_t before = inGerman ? uselocale(german) : nullptr;
-        for (const auto& one : kCases) {
-            DataSrcPhotoBean bean;
-            bean.set_value1(one.text);
-            bean.set_count1(one.text);
-            bean.set_coord_param1(one.text);
-            tagKFImageTable image;
-            TestManager::getKFImageDataFromBean(bean, image);
-            EXPECT_EQ(image.value1, one.number) << one.text;
-            EXPECT_EQ(image.count1, one.count) << one.text;
-            EXPECT_EQ(image.coord.coordParam1, one.number) << one.text;
-        }
-        if (inGerman)
-            uselocale(before);
+    const char* text;
+    double number;
+    int count;
+} kNumberTexts[] = {
+    {"1.5abc", 1.5, 1},
+    {"abc", 0, 0},
+    {" \t\n+7", 7, 7},
+    {"-2e3", -2000, -2},
+    {"0x10", 16, 0},
+    {"1e400", HUGE_VAL, 1},
+    {"-99999999999999999999", -1e20, -2147483647 - 1},
+    {"2147483648", 2147483648.0, 2147483647},
+    {"4096px", 4096, 4096},
+    {"1,5", 1, 1},
+    {".5", 0.5, 0},
+    {"5.", 5, 5},
+    {".", 0, 0},
+    {"-.", 0, 0},
+    {"-116.391275", -116.391275, -116},
+    {"123456789012.25", 123456789012.25, 2147483647},
+    {"0.1234567890123456789", 0.1234567890123456789, 0},
+    {"9007199254740993", 9007199254740993.0, 2147483647},
+    {"+", 0, 0},
+    {"12 34", 12, 12},
+};
+void expectNumbersAreRead()
+{
+    for (const auto& one : kNumberTexts) {
+        DataSrcPhotoBean bean;
+        bean.set_value1(one.text);
+        bean.set_count1(one.text);
+        bean.set_coord_param1(one.text);
+        tagKFImageTable image;
+        TestManager::getKFImageDataFromBean(bean, image);
+        EXPECT_EQ(image.value1, one.number) << one.text;
+        EXPECT_EQ(image.count1, one.count) << one.text;
+        EXPECT_EQ(image.coord.coordParam1, one.number) << one.text;
     }
-    if (german)
-        freelocale(german);
+}
+
+TEST(RecordConversion, NumbersAreReadAsFarAsTheyGo)
+{
+    expectNumbersAreRead();
+}
+
+TEST(RecordConversion, NumbersHaveADecimalPointInALocaleThatHasAComma)
+{
+    const QTemporaryDir folder;
+    const QByteArray made = folder.filePath("de_DE.UTF-8").toUtf8();
+    ASSERT_EQ(std::system(("localedef --no-warnings=all -i de_DE -f UTF-8 " + made).constData()), 0);
+    ASSERT_EQ(setenv("LOCPATH", folder.path().toUtf8().constData(), 1), 0);
+    const locale_t german = newlocale(LC_ALL_MASK, "de_DE.UTF-8", nullptr);
+    ASSERT_TRUE(german);
+    ASSERT_STREQ(nl_langinfo_l(RADIXCHAR, german), ",");
+    const locale_t before = uselocale(german);
+    expectNumbersAreRead();
+    uselocale(before);
+    freelocale(german);
 }
 
 TEST(RecordConversion, APointKeepsTheControlFileThatItIsGiven)

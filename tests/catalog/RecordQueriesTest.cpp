@@ -26,6 +26,8 @@ protected:
         query();
         EXPECT_TRUE(m_Channel.allPlayed());
         EXPECT_EQ(m_Channel.calls(), calls);
+        for (const long long timeout : m_Channel.timeouts())
+            EXPECT_EQ(timeout, 4321);
         Lines lines{managerLine("Enter Function : " + method, method)};
         for (const std::string& message : between)
             lines.push_back(managerLine(message, method));
@@ -66,8 +68,14 @@ std::string onList(const std::function<ENUM_RET_TYPE(QList<Element>&)>& query,
     std::string outcome = std::to_string(query(elements));
     for (Element& element : elements)
         outcome += ":" + std::to_string(keyOf(element));
-    if constexpr (std::is_same_v<Element, tagImageData>) {
-        EXPECT_TRUE(elements.size() < 2 || elements.back().recordKind == recordKind);
+    for (int i = 1; i < elements.size(); ++i) {
+        if constexpr (std::is_same_v<Element, tagImageData>) {
+            EXPECT_EQ(elements[i].recordKind, recordKind);
+            EXPECT_TRUE(recordKind != DATA_TYPE_CTRL_POINT || !elements[i].body.ctrlPoint.ctrlFile);
+        }
+        if constexpr (std::is_same_v<Element, tagCtrlPointTable>) {
+            EXPECT_EQ(elements[i].ctrlFile, nullptr);
+        }
     }
     return outcome;
 }
@@ -135,7 +143,7 @@ void forEachKind(Check check)
 
 } // namespace
 
-class KindQueries : public RecordQueries
+class KindQueries : public RecordQueries // by shapes
 {
 protected:
     template <class Record>
@@ -251,20 +259,49 @@ TEST_F(KindQueries, OfProjectsTypesAndControlPoints)
         std::nullopt, [&](QList<tagCtrlPointTable>& points) { return manager.getCtrlPoint(3, points); });
 }
 
-TEST_F(KindQueries, ASearchForTypesSendsTheConditionAsItIs)
+namespace {
+
+/// A condition with a value of its own in each field, for the project and type of these names.
+tagQueryCondition conditionOf(const char* project, const char* type)
 {
     tagQueryCondition condition;
-    condition.projectName = QString::fromUtf8("北");
+    condition.conditionTag = 77;
+    condition.projectName = QString::fromUtf8(project);
+    condition.dataType = QString::fromUtf8(type);
+    condition.senType = QString::fromUtf8("全");
     condition.startDate = "some day";
+    condition.endDate = "";
     condition.boundA = 1;
-    condition.boundD = -4.5;
+    condition.boundB = -2.5;
+    condition.boundC = 3;
+    condition.boundD = 4;
+    return condition;
+}
+
+/// What a request says of it behind the two names.
+const char kRestOfCondition[] =
+    " sentype: \"\\345\\205\\250\" start_date: \"some day\" end_date: \"\" bound_a: 1"
+    " bound_b: -2.5 bound_c: 3 bound_d: 4 use_bounds: false";
+
+} // namespace
+
+TEST_F(KindQueries, ASearchForTypesSendsTheConditionAsItIs)
+{
     list<tagTypeTable>("searchDataType", "searchDataType",
-                       "proname: \"\\345\\214\\227\" data_type: \"\" sentype: \"\" start_date: \"some day\""
-                       " end_date: \"\" bound_a: 1 bound_b: 0 bound_c: 0 bound_d: -4.5 use_bounds: false"
-                       " company_id: 7",
+                       std::string("proname: \"\\345\\214\\227\" data_type: \"Dem\"") + kRestOfCondition +
+                           " company_id: 7",
                        "datasrctypes { type_id", std::nullopt, false, [&](QList<tagTypeTable>& types) {
-                           return m_Manager.searchDataType(condition, types);
+                           return m_Manager.searchDataType(conditionOf("北", "Dem"), types);
                        });
+    tagQueryCondition condition = conditionOf("", "");
+    condition.endDate = "2024";
+    condition.useBounds = true;
+    m_Channel.forgetCalls();
+    m_Channel.answer("result: 0");
+    QList<tagTypeTable> types;
+    EXPECT_EQ(m_Manager.searchDataType(condition, types), RET_SUCCESS);
+    EXPECT_NE(m_Channel.calls().back().find("end_date: \"2024\""), std::string::npos);
+    EXPECT_NE(m_Channel.calls().back().find("use_bounds: true"), std::string::npos);
 }
 
 namespace {
@@ -306,22 +343,20 @@ tagTypeTable typeOf(const char* name, const char* project = "北")
     return type;
 }
 
-const char kNoCondition[] = "proname: \"\" data_type: \"\" sentype: \"\" start_date: \"\" end_date: \"\""
-                            " bound_a: 0 bound_b: 0 bound_c: 0 bound_d: 0 use_bounds: true";
-
 } // namespace
 
 TEST_F(KindQueries, TheNameOfATypeDecidesWhatASearchAsksFor)
 {
-    tagQueryCondition condition;
-    condition.useBounds = true;
+    const tagQueryCondition condition = conditionOf("北", "");
     for (const auto& one : kTypes) {
         const tagTypeTable type = typeOf(one.name);
         const auto query = [&](QList<tagImageData>& images) {
             return m_Manager.searchByDataType(type, condition, images);
         };
         if (one.searched)
-            list<tagImageData>("searchByDataType", one.searched, std::string("type_id: 3 ") + kNoCondition,
+            list<tagImageData>("searchByDataType", one.searched,
+                               std::string("type_id: 3 proname: \"\\345\\214\\227\" data_type: \"\"") +
+                                   kRestOfCondition,
                                one.element, one.recordKind, false, query);
         else
             expect("searchByDataType", {}, {}, {}, [&] { EXPECT_EQ(onList<tagImageData>(query), "1:99"); });
@@ -378,6 +413,8 @@ TEST_F(KindQueries, ASearchOfAnotherTypeThanTheConditionsAsksNothing)
         } else {
             m_Channel.answer("result: 0");
             EXPECT_EQ(onList<tagImageData>(query), "1:99");
+            EXPECT_NE(m_Channel.calls().back().find(std::string("data_type: \"") + one.type + '"'),
+                      std::string::npos);
         }
     }
 }
