@@ -1,5 +1,6 @@
 #include "centre/LedgerOperations.h"
 
+#include "centre/AnnotationOperations.h"
 #include "centre/ImageOperations.h"
 
 #include <array>
@@ -112,7 +113,8 @@ const std::vector<Operation>& ledgerOperations()
 {
     static const std::vector<Operation> operations = [] {
         std::vector<Operation> all = directoryOperations();
-        for (std::vector<Operation>& more : std::array{imageOperations(), searchOperations()})
+        for (std::vector<Operation>& more :
+             std::array{imageOperations(), searchOperations(), annotationOperations()})
             std::move(more.begin(), more.end(), std::back_inserter(all));
         return all;
     }();

@@ -8,7 +8,7 @@
 
 namespace centre {
 
-/// The operations of ledgerserver.LedgerServices.
+/// The operations of ledgerserver.LedgerServices that read; Changes.h has the others.
 const std::vector<Operation>& ledgerOperations();
 
 /// What cuts the request's page from a list that an index holds in its order. A caller that asks for more

@@ -1,37 +1,88 @@
 #include "centre/LedgerService.h"
 
 #include "centre/LedgerOperations.h"
+#include "centre/Ownership.h"
+#include "components/wirecall/RpcServer.h"
 
 #include <iostream>
+#include <stdexcept>
 
 namespace centre {
 
+namespace {
+
+using google::protobuf::Message;
 using google::protobuf::MethodDescriptor;
+
+void setResult(Message& response, Result result)
+{
+    response.GetReflection()->SetInt32(&response, response.GetDescriptor()->FindFieldByName("result"),
+                                       result);
+}
+
+User userOf(Connection& connection, const std::string& token)
+{
+    if (std::optional<User> user = connection.user(token))
+        return *user;
+    throw std::runtime_error("the token is not that of a user of this centre");
+}
+
+} // namespace
 
 LedgerService::LedgerService(ConnectionPool& pool) : m_Pool(pool)
 {
     ConnectionPool::Lease connection(pool);
     for (const Operation& operation : ledgerOperations()) {
-        const MethodDescriptor* method = descriptor()->FindMethodByName(operation.name);
+        const Method* method = descriptor()->FindMethodByName(operation.name);
         connection->query(operation, *method);
         m_Operations.emplace(method, &operation);
     }
+    for (const std::vector<Change>& changes : {linkChanges(), commentChanges(), registrationChanges()})
+        for (const Change& change : changes)
+            m_Changes.emplace(descriptor()->FindMethodByName(change.name), change);
 }
 
-void LedgerService::CallMethod(const MethodDescriptor* method, google::protobuf::RpcController*,
-                               const google::protobuf::Message* request, google::protobuf::Message* response,
-                               google::protobuf::Closure* done)
+void LedgerService::CallMethod(const MethodDescriptor* method, google::protobuf::RpcController* controller,
+                               const Message* request, Message* response, google::protobuf::Closure* done)
 {
+    const std::string token = static_cast<wirecall::ServerCall*>(controller)->token();
     try {
-        ConnectionPool::Lease connection(m_Pool);
-        connection->query(*m_Operations.at(method), *method).answer(*request, *response);
+        const auto change = m_Changes.find(method);
+        const auto operation = m_Operations.find(method);
+        if (change != m_Changes.end())
+            make(change->second, token, *request, *response);
+        else if (operation != m_Operations.end())
+            ask(*operation->second, *method, token, *request, *response);
+        else
+            controller->SetFailed(method->name() + " is not implemented");
     } catch (const std::exception& exception) {
         std::cerr << "lumo-centre: " + method->name() + ": " + exception.what() + "\n";
         response->Clear();
-        response->GetReflection()->SetInt32(response, response->GetDescriptor()->FindFieldByName("result"),
-                                            kError);
+        setResult(*response, kError);
     }
     done->Run();
+}
+
+void LedgerService::ask(const Operation& operation, const Method& method, const std::string& token,
+                        const Message& request, Message& response)
+{
+    ConnectionPool::Lease connection(m_Pool);
+    Query& query = connection->query(operation, method);
+    query.answer(request, response, query.asksForCaller() ? userOf(*connection, token).companyId : 0);
+}
+
+void LedgerService::make(const Change& change, const std::string& token, const Message& request,
+                         Message& response)
+{
+    const std::lock_guard<std::mutex> lock(m_Changing);
+    ConnectionPool::Lease connection(m_Pool);
+    SQLite::Transaction transaction(connection->database(), SQLite::TransactionBehavior::IMMEDIATE);
+    const User user = userOf(*connection, token);
+    requireWriter(user);
+    const Result result = change.run({*connection, user}, request, response);
+    if (result == kDone)
+        transaction.commit();
+    setResult(response, result);
 }
 
 } // namespace centre

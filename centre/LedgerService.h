@@ -1,19 +1,22 @@
 #ifndef LUMO_CENTRE_LEDGERSERVICE_H
 #define LUMO_CENTRE_LEDGERSERVICE_H
 
+#include "centre/Changes.h"
 #include "centre/ConnectionPool.h"
 #include "ledgerserver.pb.h"
 
+#include <mutex>
 #include <unordered_map>
+#include <vector>
 
 namespace centre {
 
-/// The catalogue service: each operation is answered by its query. Which of the records a user sees is for
-/// the calls to say.
+/// The catalogue service: an operation is answered by its query or makes its change. Which of the records a
+/// user sees is for the calls to say; what a user changes must be of the user's company.
 class LedgerService : public ledgerserver::LedgerServices
 {
 public:
-    /// Prepares all operations once, so that a mistake shows at the start: throws what Query throws.
+    /// Prepares all queries once, so that a mistake shows at the start: throws what Query throws.
     explicit LedgerService(ConnectionPool& pool);
 
     void CallMethod(const google::protobuf::MethodDescriptor* method,
@@ -21,8 +24,17 @@ public:
                     google::protobuf::Message* response, google::protobuf::Closure* done) override;
 
 private:
+    using Method = google::protobuf::MethodDescriptor;
+
+    void ask(const Operation& operation, const Method& method, const std::string& token,
+             const google::protobuf::Message& request, google::protobuf::Message& response);
+    void make(const Change& change, const std::string& token, const google::protobuf::Message& request,
+              google::protobuf::Message& response);
+
     ConnectionPool& m_Pool;
-    std::unordered_map<const google::protobuf::MethodDescriptor*, const Operation*> m_Operations;
+    std::unordered_map<const Method*, const Operation*> m_Operations;
+    std::unordered_map<const Method*, Change> m_Changes;
+    std::mutex m_Changing; ///< threads that wait here follow at once, those that wait in SQLite sleep
 };
 
 } // namespace centre

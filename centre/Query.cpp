@@ -127,13 +127,15 @@ Query::Query(const SQLite::Database& database, const Operation& operation,
     : m_Shape(operation.shape),
       m_MakeFit(operation.makeFit),
       m_Statement(database, operation.sql),
+      m_CallerCompany(m_Statement.getIndex(":caller_company")),
       m_Result(require(*method.output_type(), "result"))
 {
     const Descriptor& request = *method.input_type();
     for (int i = 0; i < request.field_count(); ++i)
         if (const int place = m_Statement.getIndex((":" + request.field(i)->name()).c_str()))
             m_Parameters.emplace_back(place, request.field(i));
-    if (static_cast<int>(m_Parameters.size()) != m_Statement.getBindParameterCount())
+    const int parameters = static_cast<int>(m_Parameters.size()) + (asksForCaller() ? 1 : 0);
+    if (parameters != m_Statement.getBindParameterCount())
         throw std::logic_error(operation.name + " has a parameter that its request lacks");
 
     if (m_Shape == Shape::Record)
@@ -145,8 +147,10 @@ Query::Query(const SQLite::Database& database, const Operation& operation,
         m_Fields.push_back(require(rows, m_Statement.getColumnName(column)));
 }
 
-void Query::answer(const Message& request, Message& response)
+void Query::answer(const Message& request, Message& response, std::uint32_t company)
 {
+    if (asksForCaller())
+        m_Statement.bind(m_CallerCompany, company);
     if (m_Shape == Shape::Page)
         requirePage(request);
     if (!m_MakeFit)

@@ -5,6 +5,7 @@
 #include <google/protobuf/descriptor.h>
 #include <google/protobuf/message.h>
 
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,8 +22,9 @@ enum class Shape
 };
 
 /// One operation of a service, answered by one SQL statement. A parameter `:x` takes the value of the
-/// request's field x: NULL if it is absent, a JSON array if it is repeated. A column y goes into the
-/// field y of its place in the response; NULL leaves the field absent.
+/// request's field x: NULL if it is absent, a JSON array if it is repeated; `:caller_company` takes the
+/// caller's company. A column y goes into the field y of its place in the response; NULL leaves the field
+/// absent.
 struct Operation
 {
     std::string name;
@@ -49,8 +51,12 @@ public:
     Query(const SQLite::Database& database, const Operation& operation,
           const google::protobuf::MethodDescriptor& method);
 
-    /// Fills `response`, its `result` included. Throws SQLite::Exception or std::runtime_error.
-    void answer(const google::protobuf::Message& request, google::protobuf::Message& response);
+    /// Whether the answer depends on who asks.
+    bool asksForCaller() const { return m_CallerCompany != 0; }
+    /// Fills `response`, its `result` included. `company` is the caller's, if the query asks for it.
+    /// Throws SQLite::Exception or std::runtime_error.
+    void answer(const google::protobuf::Message& request, google::protobuf::Message& response,
+                std::uint32_t company = 0);
 
 private:
     void step(const google::protobuf::Message& request, google::protobuf::Message& response);
@@ -64,6 +70,7 @@ private:
     Shape m_Shape;
     void (*m_MakeFit)(google::protobuf::Message& request);
     SQLite::Statement m_Statement;
+    const int m_CallerCompany;                       ///< its parameter's place; 0: there is none
     std::vector<std::pair<int, Field>> m_Parameters; ///< place in the statement, field of the request
     Field m_Result;
     Field m_Bean = nullptr;      ///< the response's field that takes beans; null for Values

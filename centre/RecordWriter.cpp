@@ -205,7 +205,8 @@ private:
     std::vector<const std::string*> m_Texts;              ///< by slot
 };
 
-RecordWriter::RecordWriter(SQLite::Database& database) : m_Database(database)
+RecordWriter::RecordWriter(SQLite::Database& database, UnknownMarks unknownMarks)
+    : m_Database(database), m_UnknownMarks(unknownMarks)
 {
 }
 
@@ -308,12 +309,29 @@ void RecordWriter::addMarks(const RecordKind& kind, std::uint32_t id, const std:
         m_AddMark.emplace(m_Database, "INSERT OR IGNORE INTO image_mark VALUES (?, ?, ?)");
     for (std::size_t start = 0; start < marks.size();) {
         const std::size_t end = std::min(marks.find(',', start), marks.size());
+        const std::uint32_t mark = identifier("marks: each", marks.substr(start, end - start));
+        requireImageComment(mark);
         const ResetAtEnd resetAtEnd(*m_AddMark);
-        SQLite::bind(*m_AddMark, identifier("marks: each", marks.substr(start, end - start)), kind.number,
-                     id);
+        SQLite::bind(*m_AddMark, mark, kind.number, id);
         m_AddMark->exec();
         start = end + 1;
     }
+}
+
+void RecordWriter::requireImageComment(std::uint32_t id)
+{
+    if (!m_ImageComments.insert(id).second)
+        return;
+    if (m_UnknownMarks == UnknownMarks::Make) {
+        SQLite::Statement addition(m_Database, "INSERT INTO image_comment VALUES (?1, 'mark ' || ?1, '')"
+                                               " ON CONFLICT DO NOTHING");
+        addition.bind(1, id);
+        addition.exec();
+    }
+    SQLite::Statement comment(m_Database, "SELECT 1 FROM image_comment WHERE id = ?");
+    comment.bind(1, id);
+    if (!comment.executeStep())
+        throw refusal("there is no image comment " + std::to_string(id) + " to be a mark");
 }
 
 } // namespace centre

@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -20,11 +21,18 @@ namespace centre {
 /// Numbers are decimal.
 using RecordTexts = std::vector<std::pair<std::string, std::string>>;
 
+/// What is made of a mark whose image comment is not there.
+enum class UnknownMarks
+{
+    Make,  ///< the image comment "mark N" is added for it
+    Refuse ///< an error
+};
+
 /// Adds records to the image catalogue, inside the caller's transactions; used by one thread at a time.
 class RecordWriter
 {
 public:
-    explicit RecordWriter(SQLite::Database& database);
+    RecordWriter(SQLite::Database& database, UnknownMarks unknownMarks);
     ~RecordWriter();
 
     /// Adds a record and returns its identifier, which is the next free one if the texts have none. A text
@@ -44,11 +52,14 @@ private:
     [[noreturn]] void refuse(const RecordKind& kind, Insertion& insertion,
                              const SQLite::Exception& exception);
     void addMarks(const RecordKind& kind, std::uint32_t id, const std::string& marks);
+    void requireImageComment(std::uint32_t id);
 
     SQLite::Database& m_Database;
+    const UnknownMarks m_UnknownMarks;
     std::unordered_map<const RecordKind*, std::unique_ptr<Insertion>> m_Insertions;
     std::unordered_map<std::uint32_t, std::string> m_TypeNames;
     std::optional<SQLite::Statement> m_AddMark;
+    std::unordered_set<std::uint32_t> m_ImageComments; ///< those that are known to be there
 };
 
 } // namespace centre

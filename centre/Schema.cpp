@@ -79,7 +79,7 @@ CREATE TABLE data_file (
     file_id INTEGER NOT NULL REFERENCES file(id),
     PRIMARY KEY (project_id, file_id)) WITHOUT ROWID;
 
--- data_type_id: 1 folder, 2 file
+-- data_type_id: 1 folder, 2 file; image catalogue as RecordKind::number
 CREATE TABLE comment_record (
     comment_id INTEGER NOT NULL,
     data_type_id INTEGER NOT NULL,
@@ -117,13 +117,40 @@ CREATE INDEX version_box ON version(kesta_code);
 CREATE INDEX version_path ON version(app_full_path);
 )sql";
 
-constexpr int kSchemaVersion = 3;
+// A record bears one comment and any number of image comments, which belong to no company. The marks that are
+// there get image comments of their own.
+constexpr const char* kVersion4 = R"sql(
+CREATE TABLE comment (
+    id INTEGER PRIMARY KEY CHECK (id BETWEEN 1 AND 4294967294),
+    company_id INTEGER NOT NULL REFERENCES company(id),
+    commentcontent TEXT NOT NULL,
+    commentstate TEXT NOT NULL,
+    UNIQUE (company_id, commentcontent, commentstate));
+
+CREATE TABLE image_comment (
+    id INTEGER PRIMARY KEY CHECK (id BETWEEN 1 AND 4294967294),
+    commentcontent TEXT NOT NULL,
+    commentstate TEXT NOT NULL,
+    UNIQUE (commentcontent, commentstate));
+
+INSERT INTO image_comment SELECT DISTINCT comm_id, 'mark ' || comm_id, '' FROM image_mark;
+
+DELETE FROM comment_record WHERE EXISTS (
+    SELECT 1 FROM comment_record AS other WHERE other.data_type_id = comment_record.data_type_id
+    AND other.record_id = comment_record.record_id AND other.comment_id < comment_record.comment_id);
+
+CREATE UNIQUE INDEX comment_record_record ON comment_record(data_type_id, record_id);
+CREATE INDEX data_folder_folder ON data_folder(src_id);
+CREATE INDEX data_file_file ON data_file(file_id);
+)sql";
+
+constexpr int kSchemaVersion = 4;
 
 /// What leads from a version of the tables to the next.
 std::string stepFrom(int version)
 {
     // The tables of the image catalogue follow the beans, whose fields have their places for good.
-    const std::string steps[kSchemaVersion] = {kVersion1, kVersion2, recordTables()};
+    const std::string steps[kSchemaVersion] = {kVersion1, kVersion2, recordTables(), kVersion4};
     return steps[version];
 }
 

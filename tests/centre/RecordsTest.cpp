@@ -1,4 +1,3 @@
-#include "centre/LedgerOperations.h"
 #include "centre/Load.h"
 #include "centre/RecordKinds.h"
 #include "tests/centre/CentreSupport.h"
@@ -6,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <functional>
-#include <set>
 #include <sstream>
 
 using centre::Content;
@@ -68,17 +66,6 @@ protected:
     std::unique_ptr<centre::Centre> m_Centre;
     boost::shared_ptr<wirecall::RpcChannel> m_Channel;
 };
-
-TEST_F(Records, EveryOperationHasAHandler)
-{
-    std::set<std::string> handled;
-    for (const centre::Operation& each : centre::ledgerOperations())
-        EXPECT_TRUE(handled.insert(each.name).second) << each.name;
-    const auto& service = *ledgerserver::LedgerServices::descriptor();
-    for (int i = 0; i < service.method_count(); ++i)
-        EXPECT_EQ(handled.erase(service.method(i)->name()), 1u) << service.method(i)->name();
-    EXPECT_THAT(handled, testing::IsEmpty());
-}
 
 TEST(RecordKind, KeysAreTheNamesOfTheRecordsFields)
 {

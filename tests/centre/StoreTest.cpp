@@ -62,7 +62,19 @@ TEST(Store, RefusesAnotherProgramsOrANewerVersionsDatabase)
 TEST(Store, BringsAnOlderDataFolderToItsTablesOrLeavesItAsItWas)
 {
     DataFolder data;
-    std::string makeOld = "DROP TABLE image_mark;";
+    std::string makeOld = "DROP INDEX comment_record_record; DROP INDEX data_folder_folder;"
+                          "DROP INDEX data_file_file; DROP TABLE comment; DROP TABLE image_comment;";
+    const std::string versionThree = makeOld + "INSERT INTO image_mark VALUES (4, 6, 1), (4, 6, 2);"
+                                               "INSERT INTO comment_record VALUES (9, 1, 4), (8, 1, 4);"
+                                               "PRAGMA user_version = 3;";
+    centre::Store(data.path()).database().exec(versionThree);
+    {
+        centre::Store store(data.path());
+        EXPECT_EQ(store.database().execAndGet("SELECT id || commentcontent FROM image_comment").getString(),
+                  "4mark 4");
+        EXPECT_EQ(store.database().execAndGet("SELECT comment_id FROM comment_record").getInt(), 8);
+    }
+    makeOld += "DROP TABLE image_mark;";
     for (auto kind = centre::recordKinds().rbegin(); kind != centre::recordKinds().rend(); ++kind)
         makeOld += "DROP TABLE " + kind->name + ";" +
                    (kind->hasType() ? "DROP TABLE " + kind->name + "_bounds;" : "");
@@ -74,7 +86,7 @@ TEST(Store, BringsAnOlderDataFolderToItsTablesOrLeavesItAsItWas)
                "ALTER TABLE user DROP COLUMN may_write; PRAGMA user_version = 1;";
     centre::Store(data.path()).database().exec(makeOld);
     centre::Store store(data.path());
-    EXPECT_EQ(store.database().execAndGet("PRAGMA user_version").getInt(), 3);
+    EXPECT_EQ(store.database().execAndGet("PRAGMA user_version").getInt(), 4);
     EXPECT_EQ(store.database().execAndGet("SELECT username || may_write FROM user").getString(), "demo1");
     store.addArea(1, "area");
 
