@@ -230,12 +230,12 @@ std::vector<Disk> Catalogue::disks()
 }
 
 template <class Row, class Record>
-std::vector<Row> Catalogue::listing(ENUM_RET_TYPE (CLumoDataMgr::*query)(unsigned int, QList<Record>&),
-                                    unsigned int folderID, Text Row::*name, unsigned int Row::*id,
+std::vector<Row> Catalogue::listing(const std::function<ENUM_RET_TYPE(QList<Record>&)>& query,
+                                    Text Row::*name, unsigned int Row::*id,
                                     std::optional<Row> (Catalogue::*own)(unsigned int))
 {
     QList<Record> records;
-    answered((m_Manager.*query)(folderID, records));
+    answered(query(records));
     std::vector<Row> rows;
     const Record* previous = nullptr;
     for (const Record& record : records) {
@@ -253,16 +253,35 @@ std::vector<Row> Catalogue::listing(ENUM_RET_TYPE (CLumoDataMgr::*query)(unsigne
     return rows;
 }
 
+std::vector<Folder> Catalogue::folders(const std::function<ENUM_RET_TYPE(QList<tagFolderTable>&)>& query)
+{
+    return listing(query, &Folder::folderName, &Folder::folderID, &Catalogue::folder);
+}
+
+std::vector<File> Catalogue::files(const std::function<ENUM_RET_TYPE(QList<tagFileTable>&)>& query)
+{
+    return listing(query, &File::fileName, &File::fileID, &Catalogue::file);
+}
+
 std::vector<Folder> Catalogue::foldersIn(unsigned int folderID)
 {
-    return listing(&CLumoDataMgr::getFolderByParentID, folderID, &Folder::folderName, &Folder::folderID,
-                   &Catalogue::folder);
+    return folders([&](auto& found) { return m_Manager.getFolderByParentID(folderID, found); });
 }
 
 std::vector<File> Catalogue::filesIn(unsigned int folderID)
 {
-    return listing(&CLumoDataMgr::getFileByParentID, folderID, &File::fileName, &File::fileID,
-                   &Catalogue::file);
+    return files([&](auto& found) { return m_Manager.getFileByParentID(folderID, found); });
+}
+
+std::vector<Folder> Catalogue::foldersWith(unsigned int projectID, unsigned int commentID)
+{
+    return folders(
+        [&](auto& found) { return m_Manager.getFolderByDataAndComment(projectID, commentID, found); });
+}
+
+std::vector<File> Catalogue::filesWith(unsigned int projectID, unsigned int commentID)
+{
+    return files([&](auto& found) { return m_Manager.getFileByDataAndComment(projectID, commentID, found); });
 }
 
 unsigned int Catalogue::topFolder(const Disk& disk)

@@ -4,10 +4,12 @@
 #include "cli/Journal.h"
 #include "cli/Place.h"
 
+#include "catalog/StorageRecords.h"
 #include "core/LumoDataTypes.h"
 
 #include <QPair>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -81,6 +83,9 @@ public:
     std::vector<Folder> foldersIn(unsigned int folderID);
     /// Files, by name.
     std::vector<File> filesIn(unsigned int folderID);
+    /// Those of a project that bear a comment.
+    std::vector<Folder> foldersWith(unsigned int projectID, unsigned int commentID);
+    std::vector<File> filesWith(unsigned int projectID, unsigned int commentID);
     /// The top folder of a disk; throws Failure (PlaceNotFound).
     unsigned int topFolder(const Disk& disk);
 
@@ -103,9 +108,10 @@ private:
 
     /// A listing by name; `own` reads the record of one.
     template <class Row, class Record>
-    std::vector<Row> listing(ENUM_RET_TYPE (CLumoDataMgr::*query)(unsigned int, QList<Record>&),
-                             unsigned int folderID, Text Row::*name, unsigned int Row::*id,
-                             std::optional<Row> (Catalogue::*own)(unsigned int));
+    std::vector<Row> listing(const std::function<ENUM_RET_TYPE(QList<Record>&)>& query, Text Row::*name,
+                             unsigned int Row::*id, std::optional<Row> (Catalogue::*own)(unsigned int));
+    std::vector<Folder> folders(const std::function<ENUM_RET_TYPE(QList<tagFolderTable>&)>& query);
+    std::vector<File> files(const std::function<ENUM_RET_TYPE(QList<tagFileTable>&)>& query);
 
     Found findPath(const Place& place);
     /// The place of a path of two components or more.

@@ -8,13 +8,6 @@ namespace cli {
 
 namespace {
 
-/// What stands directly in a place.
-struct Listing
-{
-    std::vector<Folder> folders;
-    std::vector<File> files;
-};
-
 Listing listingOf(Catalogue& catalogue, const Found& found)
 {
     if (found.kind == Place::Kind::File) {
@@ -78,6 +71,11 @@ Json recordJson(const Found& found)
 
 } // namespace
 
+void printIdentifier(const Session& session, unsigned int id)
+{
+    print(session.json ? jsonText({{"id", id}}) : std::to_string(id) + "\n");
+}
+
 void listDisks(Session& session)
 {
     const std::vector<Disk> disks = session.catalogue.disks();
@@ -93,14 +91,8 @@ void listDisks(Session& session)
     printTable(table, disks.empty(), "(the company has no disks)");
 }
 
-void listPlace(Session& session, const Place& place)
+void printListing(const Session& session, const Listing& listing)
 {
-    const Found found = session.catalogue.find(place);
-    if (found.kind == Place::Kind::Path) {
-        listDisks(session);
-        return;
-    }
-    const Listing listing = listingOf(session.catalogue, found);
     if (session.json) {
         print(jsonText({{"folders", listedJson(listing.folders)}, {"files", listedJson(listing.files)}}));
         return;
@@ -113,6 +105,16 @@ void listPlace(Session& session, const Place& place)
         table.add({identifierText("file", file.fileID), shownName(file.fileName)});
     }
     printTable(table, listing.folders.empty() && listing.files.empty(), "(no folders or files)");
+}
+
+void listPlace(Session& session, const Place& place)
+{
+    const Found found = session.catalogue.find(place);
+    if (found.kind == Place::Kind::Path) {
+        listDisks(session);
+        return;
+    }
+    printListing(session, listingOf(session.catalogue, found));
 }
 
 void showRecord(Session& session, const Place& place)

@@ -15,6 +15,13 @@ namespace cli {
 
 void listDisks(Session& session);
 void listPlace(Session& session, const Place& place);
+/// Folders and files, as of one place.
+struct Listing
+{
+    std::vector<Folder> folders;
+    std::vector<File> files;
+};
+void printListing(const Session& session, const Listing& listing);
 /// `depth` is the number of levels below the place.
 void showTree(Session& session, const Place& place, unsigned int depth);
 void showRecord(Session& session, const Place& place);
@@ -33,6 +40,9 @@ Action listProjects(const RecordOptions& options);
 Action listTypes(const std::string& project, const RecordOptions& options);
 /// A type is its identifier or PROJECT/TYPENAME.
 Action listImages(const std::string& type, const RecordOptions& options);
+/// All records of a kind in a project; with `mark` not empty those that bear it, told by its identifier.
+Action listImagesOfProject(const std::string& project, const std::string& kind, const std::string& mark,
+                           const RecordOptions& options);
 /// The points of a control file, which is its identifier.
 Action listPoints(const std::string& control, const RecordOptions& options);
 /// One record by the word for its kind; a project and a type may be named as above.
@@ -47,6 +57,7 @@ struct SearchRequest
     std::string from;
     std::string to;
     std::string bounds;
+    std::string mark; ///< its identifier
 };
 Action searchImages(const SearchRequest& request, const RecordOptions& options);
 
@@ -72,6 +83,43 @@ void listBoxes(Session& session);
 void listAreas(Session& session, unsigned int areaID);
 /// The latest version when `version` is empty.
 void showVersion(Session& session, const Product& product, const std::string& version);
+
+// Changing the catalogues. What the user typed is checked first here, too.
+
+/// Prints the identifier of what was made or found.
+void printIdentifier(const Session& session, unsigned int id);
+
+/// Links a project and a folder or file, or takes the link away.
+Action linkPlace(const std::string& project, const std::string& place, bool link);
+Action showProjectOf(const std::string& place, const RecordOptions& options);
+/// `parents`: makes the folders on the way to it too, and is content with what is there.
+Action makeFolder(const std::string& place, bool parents);
+
+/// `assignments` as typed, KEY=VALUE.
+Action registerRecord(const std::string& kind, const std::vector<std::string>& assignments);
+/// The records of a CSV file whose header has the fields' names.
+Action registerFile(const std::string& kind, const std::string& path);
+
+/// The two tables of comments, which have the same commands but for some.
+enum class CommentTable
+{
+    Comments, ///< of a company, for records of any kind
+    Marks     ///< image comments
+};
+
+Action listComments(CommentTable table);
+Action showComment(CommentTable table, const std::string& id);
+Action findComment(CommentTable table, const std::string& content, const std::string& state);
+Action addComment(CommentTable table, const std::string& content, const std::string& state);
+/// Adds a comment and links a record to it.
+Action addCommentTo(const std::string& kind, const std::string& id, const std::string& content,
+                    const std::string& state);
+/// Links records to a comment, or takes a mark away. `arguments`: KIND ID... COMMENT.
+Action linkComment(CommentTable table, const std::vector<std::string>& arguments, bool link);
+/// Every content once; with `content` the states that comments of this content have.
+Action listCommentTexts(const std::string& content);
+/// The folders and files of a project that bear a comment.
+Action listCommentedPlaces(const std::string& project, const std::string& comment);
 
 // Moving files. What the user typed is checked on the local side first, before there is a connection;
 // the action that is returned moves the files and throws Failure (TransferFailed) unless all arrived.

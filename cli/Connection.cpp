@@ -121,6 +121,8 @@ std::string describe(const Reason& reason)
     case Reason::Kind::NoChannel:
     case Reason::Kind::FileFailed:
         return reason.text;
+    case Reason::Kind::KeyMissing:
+        return reason.text + " is missing, or no value for it";
     case Reason::Kind::ErrorResult:
         return reason.operation + ": the centre reported an error";
     case Reason::Kind::NullResult:

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstring>
 
 #include <strings.h>
 
@@ -28,29 +27,20 @@ std::optional<unsigned int> identifierOf(const std::string& text)
     throw Failure(ExitCode::PlaceNotFound, message);
 }
 
-/// A record in which a text that does not fit leaves its mark, see RecordText.
-template <class Record>
-Record markedRecord()
-{
-    Record record;
-    std::memset(&record, 1, sizeof record);
-    return record;
-}
-
-template <class Record>
-RecordList listOfOne(const Record& record)
-{
-    return listOf(QList<Record>{record});
-}
-
 template <class Record>
 using GetOne = ENUM_RET_TYPE (CLumoDataMgr::*)(unsigned int, Record&);
 template <class Record>
 using GetList = ENUM_RET_TYPE (CLumoDataMgr::*)(unsigned int, QList<Record>&);
+template <class Record>
+using GetMarked = ENUM_RET_TYPE (CLumoDataMgr::*)(unsigned int, unsigned int, QList<Record>&);
 
+/// Nothing for no query.
 template <class Record>
 std::function<RecordList(Session&, unsigned int)> listBy(GetList<Record> get)
 {
+    if (get == nullptr) {
+        return {};
+    }
     return [get](Session& session, unsigned int parent) {
         QList<Record> records;
         answered(session, (session.manager.*get)(parent, records));
@@ -59,7 +49,21 @@ std::function<RecordList(Session&, unsigned int)> listBy(GetList<Record> get)
 }
 
 template <class Record>
-Kind kind(const char* word, const char* typeName, GetOne<Record> get, GetList<Record> getList)
+std::function<RecordList(Session&, unsigned int, unsigned int)> listBy(GetMarked<Record> get)
+{
+    if (get == nullptr) {
+        return {};
+    }
+    return [get](Session& session, unsigned int project, unsigned int mark) {
+        QList<Record> records;
+        answered(session, (session.manager.*get)(project, mark, records));
+        return listOf(records);
+    };
+}
+
+template <class Record>
+Kind kind(const char* word, ENUM_DATA_TYPE number, const char* typeName, GetOne<Record> get,
+          GetList<Record> getList, GetList<Record> getInProject, GetMarked<Record> getMarked)
 {
     const auto find = [word, get](const std::string& text) -> FindRecord {
         const unsigned int id = parseIdentifier(text, std::string("identifier of a ") + word);
@@ -71,7 +75,13 @@ Kind kind(const char* word, const char* typeName, GetOne<Record> get, GetList<Re
             return listOfOne(record);
         };
     };
-    return {word, typeName, find, listBy<Record>(getList)};
+    return {word,
+            number,
+            typeName,
+            find,
+            listBy<Record>(getList),
+            listBy<Record>(getInProject),
+            listBy<Record>(getMarked)};
 }
 
 FindRecord findProjectNamed(const std::string& text)
@@ -89,17 +99,26 @@ const std::vector<Kind>& kinds()
     using Manager = CLumoDataMgr;
     // clang-format off
     static const std::vector<Kind> kKinds = {
-        {"project", nullptr, findProjectNamed, {}},
-        {"type", nullptr, findTypeNamed, listBy<tagTypeTable>(&Manager::getDataTypeByDataID)},
-        kind<tagKFImageTable>("photo", "框幅式影像", &Manager::getKFImage, &Manager::getKFImageByTypeID),
-        kind<tagSatTable>("sat", "卫星影像", &Manager::getSatImage, &Manager::getSatImageByTypeID),
-        kind<tagAdsTable>("ads", "航空三线阵影像", &Manager::getAdsImage, &Manager::getAdsImageByTypeID),
-        kind<tagCtrlFileTable>("control", "控制点属性", &Manager::getCtrlFile, &Manager::getCtrlFileByTypeID),
-        kind<tagCtrlPointTable>("point", nullptr, &Manager::getCtrlPoint, &Manager::getCtrlPoint),
-        kind<tagDemTable>("dem", "DEM", &Manager::getDem, &Manager::getDemByTypeID),
-        kind<tagDsmTable>("dsm", "DSM", &Manager::getDsm, &Manager::getDsmByTypeID),
-        kind<tagDomTable>("dom", "DOM", &Manager::getDom, &Manager::getDomByTypeID),
-        kind<tagDlgTable>("dlg", "DLG", &Manager::getDlg, &Manager::getDlgByTypeID),
+        {"project", DATA_TYPE_DATA, nullptr, findProjectNamed, {}, {}, {}},
+        {"type", DATA_TYPE_TYPE, nullptr, findTypeNamed, listBy<tagTypeTable>(&Manager::getDataTypeByDataID), {}, {}},
+        kind<tagKFImageTable>("photo", DATA_TYPE_KF_IMAGE, "框幅式影像", &Manager::getKFImage,
+            &Manager::getKFImageByTypeID, &Manager::getKFImageByDataID, &Manager::getKFImageByDataAndMark),
+        kind<tagSatTable>("sat", DATA_TYPE_SAT_IMAGE, "卫星影像", &Manager::getSatImage,
+            &Manager::getSatImageByTypeID, &Manager::getSatImageByDataID, &Manager::getSatByDataAndMark),
+        kind<tagAdsTable>("ads", DATA_TYPE_ADS_IMAGE, "航空三线阵影像", &Manager::getAdsImage,
+            &Manager::getAdsImageByTypeID, &Manager::getAdsImageByDataID, &Manager::getAdsByDataAndMark),
+        kind<tagCtrlFileTable>("control", DATA_TYPE_CTRL_FILE, "控制点属性", &Manager::getCtrlFile,
+            &Manager::getCtrlFileByTypeID, &Manager::getCtrlFileByDataID, nullptr),
+        kind<tagCtrlPointTable>("point", DATA_TYPE_CTRL_POINT, nullptr, &Manager::getCtrlPoint,
+            &Manager::getCtrlPoint, nullptr, nullptr),
+        kind<tagDemTable>("dem", DATA_TYPE_DEM, "DEM", &Manager::getDem,
+            &Manager::getDemByTypeID, &Manager::getDemByDataID, &Manager::getDemByDataAndMark),
+        kind<tagDsmTable>("dsm", DATA_TYPE_DSM, "DSM", &Manager::getDsm,
+            &Manager::getDsmByTypeID, &Manager::getDsmByDataID, &Manager::getDsmByDataAndMark),
+        kind<tagDomTable>("dom", DATA_TYPE_DOM, "DOM", &Manager::getDom,
+            &Manager::getDomByTypeID, &Manager::getDomByDataID, &Manager::getDomByDataAndMark),
+        kind<tagDlgTable>("dlg", DATA_TYPE_DLG, "DLG", &Manager::getDlg,
+            &Manager::getDlgByTypeID, &Manager::getDlgByDataID, &Manager::getDlgByDataAndMark),
     };
     // clang-format on
     return kKinds;

@@ -4,6 +4,7 @@
 #include "cli/RecordOutput.h"
 #include "cli/Session.h"
 
+#include <cstring>
 #include <functional>
 #include <optional>
 #include <string>
@@ -17,15 +18,35 @@ namespace cli {
 /// A record that the user has named; throws Failure (PlaceNotFound).
 using FindRecord = std::function<RecordList(Session&)>;
 
+/// A record in which a text that does not fit leaves its mark, see RecordText.
+template <class Record>
+Record markedRecord()
+{
+    Record record;
+    std::memset(&record, 1, sizeof record);
+    return record;
+}
+
+template <class Record>
+RecordList listOfOne(const Record& record)
+{
+    return listOf(QList<Record>{record});
+}
+
 /// A kind of record.
 struct Kind
 {
-    const char* word;     ///< its name on the command line
+    const char* word; ///< its name on the command line
+    ENUM_DATA_TYPE number;
     const char* typeName; ///< of the types whose records are of this kind; null for the other kinds
     /// From what the user typed; throws Failure (WrongUse) for what can't name a record of this kind.
     std::function<FindRecord(const std::string&)> find;
     /// The records of a type, a project or a control file; none for projects.
     std::function<RecordList(Session&, unsigned int)> listIn;
+    /// All records of this kind in a project; none where the library has no such list.
+    std::function<RecordList(Session&, unsigned int)> listInProject;
+    /// Those of them that bear a mark, by the project and the mark; none as above.
+    std::function<RecordList(Session&, unsigned int, unsigned int)> listMarked;
 };
 
 bool isKind(const std::string& word);

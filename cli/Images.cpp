@@ -52,6 +52,24 @@ Action listImages(const std::string& type, const RecordOptions& options)
     };
 }
 
+Action listImagesOfProject(const std::string& project, const std::string& kindWord, const std::string& mark,
+                           const RecordOptions& options)
+{
+    const Kind& kind = kindNamed(kindWord);
+    const bool known = mark.empty() ? kind.listInProject != nullptr : kind.listMarked != nullptr;
+    if (!known) {
+        throw Failure(ExitCode::WrongUse, "there is no list of the " + kindWord + " records of a project" +
+                                              (mark.empty() ? "" : " that bear a mark"));
+    }
+    const unsigned int markID = mark.empty() ? kNone : parseIdentifier(mark, "mark");
+    return [&kind, project, markID, options](Session& session) {
+        const unsigned int id = findProject(session, project).projectID;
+        showList(options,
+                 markID == kNone ? kind.listInProject(session, id) : kind.listMarked(session, id, markID),
+                 markID == kNone ? "(the project has no such records)" : "(no such records bear the mark)");
+    };
+}
+
 Action listPoints(const std::string& control, const RecordOptions& options)
 {
     const unsigned int id = parseIdentifier(control, "control file");

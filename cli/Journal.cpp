@@ -52,6 +52,10 @@ Reason reasonOf(const std::string& entry)
 {
     static const std::string kError = "Error : ";
     const std::string message = messageOf(entry);
+    const std::string missing = between(message, "Can't Find Field : ", "\n");
+    if (!missing.empty()) {
+        return {Reason::Kind::KeyMissing, {}, missing};
+    }
     const std::size_t blank = message.find(' ');
     if (blank == std::string::npos) {
         return {};
@@ -61,7 +65,7 @@ Reason reasonOf(const std::string& entry)
     if (rest.compare(0, kError.size(), kError) == 0) {
         reason.kind = Reason::Kind::CallFailed;
         reason.text = convertToUtf8(rest.substr(kError.size()));
-    } else if (rest == "Result Error") {
+    } else if (rest == "Result Error" || rest == "Error") {
         reason.kind = Reason::Kind::ErrorResult;
     } else if (rest == "Result NULL") {
         reason.kind = Reason::Kind::NullResult;

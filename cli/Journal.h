@@ -19,6 +19,7 @@ struct Reason
         None,       ///< no call has failed
         CallFailed, ///< no answer: the connection, the time limit, a refusal
         NoChannel,  ///< a channel could not be opened
+        KeyMissing, ///< a record was not sent, since it lacks what identifies it
         FileFailed, ///< a local file or folder could not be made or fetched
         ErrorResult,
         NullResult
@@ -26,7 +27,7 @@ struct Reason
 
     Kind kind = Kind::None;
     std::string operation;
-    std::string text; ///< of CallFailed and NoChannel; of FileFailed the file's path
+    std::string text; ///< of CallFailed and NoChannel; of FileFailed the file's path, of KeyMissing the key
 };
 
 /// Reads the reason out of one entry; Kind::None when it tells none.

@@ -1,22 +1,11 @@
 #include "cli/Program.h"
 
+#include "cli/HelpText.h"
 #include "cli/ImageCatalogue.h"
 
 namespace cli {
 
 namespace {
-
-constexpr const char* kPlaceHelp =
-    R"(PLACE is a path such as /disk/folder/file, or an identifier with its kind:
-disk:1, folder:12, file:33.)";
-
-constexpr const char* kKindHelp =
-    R"(KIND is project, type, photo (frame photograph), sat (satellite image), ads (airborne
-three-line image), control (control file), point (control point), dem, dsm, dom or dlg;
-ID is its number, for a project also its name, for a type also PROJECT/TYPENAME.)";
-
-constexpr const char* kCommandFooter =
-    "The options of connection and output, which every command takes: lumo --help";
 
 constexpr const char* kFooter = R"( "/" stands for all disks.
 
@@ -62,15 +51,31 @@ Program::Program() : m_App("lumo: the catalogues of a geospatial data centre, an
     addShow();
     addImages();
     addTransfers();
+    addLinks();
+    addRegister();
+    addComments();
+    addMarks();
     addLookups();
+}
+
+CLI::App* Program::addTo(CLI::App* parent, const char* name, const char* description)
+{
+    CLI::App* const command = parent->add_subcommand(name, description)->fallthrough();
+    command->footer(kCommandFooter);
+    return command;
+}
+
+CLI::App* Program::addBelow(CLI::App* parent, const char* name, const char* description,
+                            const Prepare& prepare)
+{
+    CLI::App* const command = addTo(parent, name, description);
+    command->callback([this, prepare] { m_Prepare = prepare; });
+    return command;
 }
 
 CLI::App* Program::add(const char* name, const char* description, const Prepare& prepare)
 {
-    CLI::App* const command = m_App.add_subcommand(name, description)->fallthrough();
-    command->footer(kCommandFooter);
-    command->callback([this, prepare] { m_Prepare = prepare; });
-    return command;
+    return addBelow(&m_App, name, description, prepare);
 }
 
 void Program::addBrowsing()
@@ -117,7 +122,9 @@ void Program::addShow()
         ->required();
     command->add_option("ID", m_Name, "The record's identifier, behind a KIND")->option_text(" ");
     addCsv(command);
-    command->footer(std::string(kPlaceHelp) + "\n\n" + kKindHelp + "\n\n" + kCommandFooter);
+    command->footer(std::string(kPlaceHelp) + "\n\n" + kKindHelp +
+                    "\nID is its number, for a project also its name, for a type also PROJECT/TYPENAME.\n\n" +
+                    kCommandFooter);
 }
 
 RecordOptions Program::recordOptions()
@@ -156,9 +163,20 @@ void Program::addImages()
     takes(addListing("types", "List the types of a project",
                      [this] { return listTypes(m_Name, recordOptions()); }),
           "PROJECT", "A project's identifier or name");
-    takes(addListing("images", "List the images, products or control files of a type",
-                     [this] { return listImages(m_Name, recordOptions()); }),
-          "TYPE", "A type's identifier, or PROJECT/TYPENAME as in north/DEM");
+    CLI::App* const images =
+        addListing("images", "List the images, products or control files of a type or a project", [this] {
+            if (m_Kind.empty() && !m_Mark.empty()) {
+                throw Failure(
+                    ExitCode::WrongUse,
+                    "--mark takes a project and --kind, as in: lumo images north --kind sat --mark 1");
+            }
+            return m_Kind.empty() ? listImages(m_Name, recordOptions())
+                                  : listImagesOfProject(m_Name, m_Kind, m_Mark, recordOptions());
+        });
+    takes(images, "TYPE", "A type's identifier, or PROJECT/TYPENAME as in north/DEM; with --kind a PROJECT");
+    images->add_option("--kind", m_Kind, "All records of this kind in the project")->option_text("KIND");
+    images->add_option("--mark", m_Mark, "Of those the ones that bear this mark, its identifier")
+        ->option_text("MARK");
     addSearch();
     takes(addListing("points", "List the points of a control file",
                      [this] { return listPoints(m_Name, recordOptions()); }),
@@ -179,6 +197,7 @@ void Program::addSearch()
     condition("--from", m_Search.from, "DATE", "Not before this day: 2024-07-31, 20240731, 2024/07/31");
     condition("--to", m_Search.to, "DATE", "Not after this day");
     condition("--bounds", m_Search.bounds, "WEST,SOUTH,EAST,NORTH", "Touching these bounds, in degrees");
+    condition("--mark", m_Search.mark, "MARK", "Bearing this mark, its identifier");
     command->footer(std::string("What is found fits all conditions that are given.\n\n") + kCommandFooter);
 }
 
@@ -284,8 +303,11 @@ Failure Program::wrongUse(const CLI::ParseError& error) const
 {
     const auto chosen = m_App.get_subcommands();
     const auto extras = m_App.remaining(true);
-    const std::string help =
-        chosen.empty() ? "lumo --help" : "lumo " + chosen.front()->get_name() + " --help";
+    std::string help = "lumo ";
+    for (auto level = chosen; !level.empty(); level = level.front()->get_subcommands()) {
+        help += level.front()->get_name() + " ";
+    }
+    help += "--help";
     std::string message = error.what();
     if (!extras.empty() && extras.front().rfind('-', 0) == 0) {
         message = "there is no option '" + extras.front() + "'";

@@ -31,6 +31,9 @@ private:
     using Prepare = std::function<Action()>;
 
     CLI::App* add(const char* name, const char* description, const Prepare& prepare);
+    static CLI::App* addTo(CLI::App* parent, const char* name, const char* description);
+    /// A command below another, as in: lumo comment list.
+    CLI::App* addBelow(CLI::App* parent, const char* name, const char* description, const Prepare& prepare);
     /// A command that moves files.
     CLI::App* addMoving(const char* name, const char* description, const Prepare& prepare);
     void addBrowsing();
@@ -42,6 +45,12 @@ private:
     void addCsv(CLI::App* command);
     RecordOptions recordOptions();
     void addLookups();
+    void addLinks();
+    void addRegister();
+    void addComments();
+    void addMarks();
+    /// What comments and marks have in common.
+    CLI::App* addCommentTable(const char* name, const char* description, CommentTable table);
     void addTransfers();
     void addPackage(const char* name, const char* description, Product::Kind kind, const char* number);
     Failure wrongUse(const CLI::ParseError& error) const;
@@ -54,6 +63,11 @@ private:
     unsigned int m_Depth = std::numeric_limits<unsigned int>::max();
     unsigned int m_AreaID = 0;
     std::string m_Name;
+    std::string m_Kind;
+    std::string m_Mark;
+    std::string m_Content;
+    std::string m_State;
+    bool m_Parents = false;
     bool m_Csv = false;
     unsigned int m_Limit = std::numeric_limits<unsigned int>::max();
     SearchRequest m_Search;

@@ -2,11 +2,11 @@
 
 #include "cli/DisplayText.h"
 #include "cli/Output.h"
+#include "cli/ProgressLine.h"
 
 #include <algorithm>
 #include <iostream>
 
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace cli {
@@ -151,7 +151,7 @@ public:
     void refresh(const Totals& totals) override
     {
         if (totals.ended() < totals.transfers().size()) {
-            std::cerr << "\r" + line(totals, columns() - 1) + "\x1b[K" << std::flush;
+            std::cerr << "\r" + line(totals, progressColumns()) + "\x1b[K" << std::flush;
             m_Shown = true;
         }
     }
@@ -167,12 +167,6 @@ private:
             std::cerr << "\r\x1b[K" << std::flush;
             m_Shown = false;
         }
-    }
-
-    static std::size_t columns()
-    {
-        winsize size = {};
-        return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1 ? size.ws_col : 80;
     }
 
     static std::string headOf(const Totals& totals);
@@ -224,16 +218,7 @@ std::string BarView::line(const Totals& totals, std::size_t width)
                 figures,
             width);
     }
-    char percent[16];
-    static_cast<void>(std::snprintf(percent, sizeof percent, "%3d %%", static_cast<int>(*fraction * 100)));
-    const std::string name = clipped(head, width / 3);
-    const std::size_t room = std::min<std::size_t>(width / 4, 40);
-    const auto filled = static_cast<std::size_t>(*fraction * static_cast<double>(room));
-    std::string bar = "[" + std::string(filled, '#') + std::string(room - filled, '.') + "] ";
-    if (displayWidth(name + bar + percent + figures) + 2 > width) {
-        bar.clear();
-    }
-    return clipped(name + "  " + bar + percent + figures, width);
+    return progressLine(head, *fraction, figures, width);
 }
 
 } // namespace

@@ -13,6 +13,7 @@
 #include <charconv>
 #include <cstring>
 #include <map>
+#include <set>
 
 namespace cli {
 
@@ -89,10 +90,19 @@ void setNameInGbk(tagTypeTable& type, const char* name)
                      sizeof type.dataType - 1);
 }
 
+/// The identifier of a record, its first field.
+unsigned int keyOf(const Fields& fields)
+{
+    const auto* const key = std::get_if<unsigned int>(&fields.front().value);
+    return key == nullptr ? kNone : *key;
+}
+
 class Search
 {
 public:
-    Search(Session& session, const tagQueryCondition& condition) : m_Session(session), m_Condition(condition)
+    /// `mark`: kNone for any and none.
+    Search(Session& session, const tagQueryCondition& condition, unsigned int mark)
+        : m_Session(session), m_Condition(condition), m_Mark(mark)
     {
     }
 
@@ -144,9 +154,16 @@ private:
                      "), whose name tells no kind of records");
             return {};
         }
+        // Control files and their points can't be asked for by a mark.
+        if (m_Mark != kNone && kind->listMarked == nullptr) {
+            return {};
+        }
         setNameInGbk(type, kind->typeName);
         QList<tagImageData> hits;
         answered(m_Session, m_Session.manager.searchByDataType(type, m_Condition, hits));
+        if (m_Mark != kNone && !hits.isEmpty()) {
+            hits = marked(hits, kind->listMarked(m_Session, type.projectID, m_Mark));
+        }
         if (hits.isEmpty()) {
             return {};
         }
@@ -156,6 +173,21 @@ private:
         list.common = {points ? "point" : kind->word, project.value_or(""), *typeName};
         list.heading = heading;
         return list;
+    }
+
+    static QList<tagImageData> marked(const QList<tagImageData>& hits, const RecordList& bearers)
+    {
+        std::set<unsigned int> bearing;
+        for (std::size_t i = 0; i < bearers.size; ++i) {
+            bearing.insert(keyOf(bearers.at(i)));
+        }
+        QList<tagImageData> marked;
+        for (const tagImageData& hit : hits) {
+            if (bearing.count(keyOf(fieldsOf(hit))) > 0) {
+                marked.append(hit);
+            }
+        }
+        return marked;
     }
 
     /// From the project itself, since that of a type may be cut short.
@@ -172,6 +204,7 @@ private:
 
     Session& m_Session;
     tagQueryCondition m_Condition;
+    unsigned int m_Mark;
     std::map<unsigned int, Text> m_ProjectNames;
 };
 
@@ -186,8 +219,9 @@ Action searchImages(const SearchRequest& request, const RecordOptions& options)
     if (!request.bounds.empty()) {
         readBounds(request.bounds, condition);
     }
-    return [condition, project = request.project, options](Session& session) {
-        RecordLists found = Search(session, condition).run(project, options.limit);
+    const unsigned int mark = request.mark.empty() ? kNone : parseIdentifier(request.mark, "mark");
+    return [condition, mark, project = request.project, options](Session& session) {
+        RecordLists found = Search(session, condition, mark).run(project, options.limit);
         limit(found, options.limit);
         printRecords(found, options.form);
     };

@@ -1,0 +1,45 @@
+#include "cli/AssignmentText.h"
+
+#include "cli/DisplayText.h"
+#include "cli/ExitCode.h"
+
+#include <algorithm>
+
+namespace cli {
+
+namespace {
+
+[[noreturn]] void refuse(const std::string& message)
+{
+    throw Failure(ExitCode::WrongUse, message);
+}
+
+bool isKeyCharacter(char byte)
+{
+    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9') ||
+           byte == '_';
+}
+
+} // namespace
+
+void AssignmentText::add(const std::string& key, const std::string& value)
+{
+    if (key.empty() || !std::all_of(key.begin(), key.end(), isKeyCharacter)) {
+        refuse("'" + key + "' is no field: fields are named as in imageName and value1");
+    }
+    if (!isUtf8(value)) {
+        refuse("the value of " + key + " is not UTF-8");
+    }
+    // A reader takes the last =' for the begin of the value, and no text goes on behind a NUL.
+    const char* const carried = value.find(',') != std::string::npos    ? "a comma"
+                                : value.find("='") != std::string::npos ? "a quote behind an equals sign"
+                                : value.find('\0') != std::string::npos ? "a NUL character"
+                                                                        : nullptr;
+    if (carried != nullptr) {
+        refuse("the value of " + key + " can't be registered: it holds " + carried +
+               ", which the form of a registration has no room for");
+    }
+    m_Text += (m_Text.empty() ? "" : ",") + key + "='" + value + "'";
+}
+
+} // namespace cli

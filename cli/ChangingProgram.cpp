@@ -1,0 +1,134 @@
+#include "cli/Program.h"
+
+#include "cli/HelpText.h"
+
+namespace cli {
+
+// The commands that change the catalogues, and those that ask for what they put there.
+
+namespace {
+
+void takes(CLI::App* command, const char* name, std::string& value, const char* description)
+{
+    command->add_option(name, value, description)->option_text(" ")->required();
+}
+
+void takes(CLI::App* command, const char* name, std::vector<std::string>& values, const char* description)
+{
+    command->add_option(name, values, description)->option_text(" ")->required();
+}
+
+void explain(CLI::App* command, const std::string& text)
+{
+    command->footer(text + "\n\n" + kCommandFooter);
+}
+
+} // namespace
+
+void Program::addLinks()
+{
+    constexpr const char* kProject = "A project's identifier or name";
+    constexpr const char* kPlace = "A disk, a folder or a file";
+    CLI::App* const link = add("link", "Link a project and a folder or file",
+                               [this] { return linkPlace(m_Name, m_Place, true); });
+    CLI::App* const unlink =
+        add("unlink", "Take such a link away", [this] { return linkPlace(m_Name, m_Place, false); });
+    for (CLI::App* const command : {link, unlink}) {
+        takes(command, "PROJECT", m_Name, kProject);
+        takes(command, "PLACE", m_Place, kPlace);
+        explain(command, std::string(kPlaceHelp) + " A disk is its top folder.");
+    }
+    CLI::App* const project = add("project", "Show the project that a folder or file is linked to",
+                                  [this] { return showProjectOf(m_Place, recordOptions()); });
+    takes(project, "PLACE", m_Place, kPlace);
+    addCsv(project);
+    explain(project, kPlaceHelp);
+
+    CLI::App* const folder = add("mkdir", "Make a folder", [this] { return makeFolder(m_Place, m_Parents); });
+    takes(folder, "PLACE", m_Place, "The new folder's path");
+    folder
+        ->add_flag("--parents", m_Parents, "Make the folders on the way to it too; one that is there is fine")
+        ->option_text(" ");
+}
+
+void Program::addRegister()
+{
+    CLI::App* const command = add("register", "Register a record, or those of a CSV file", [this] {
+        if (m_Folder.empty() == m_Arguments.empty()) {
+            throw Failure(ExitCode::WrongUse, "register takes either KEY=VALUE... or --from FILE");
+        }
+        return m_Folder.empty() ? registerRecord(m_Kind, m_Arguments) : registerFile(m_Kind, m_Folder);
+    });
+    takes(command, "KIND", m_Kind, "The kind of the record");
+    command
+        ->add_option("KEY=VALUE", m_Arguments, "Its fields, as in typeID=2 mainFileID=33 imageName=scene-1")
+        ->option_text(" ");
+    command
+        ->add_option("--from", m_Folder,
+                     "Register the records of this CSV file, whose first line has the "
+                     "fields' names; - reads standard input")
+        ->option_text("FILE");
+    explain(command, kKindHelp);
+}
+
+CLI::App* Program::addCommentTable(const char* name, const char* description, CommentTable table)
+{
+    CLI::App* const command = addTo(&m_App, name, description);
+    command->require_subcommand(1);
+    addBelow(command, "list", "List all", [table] { return listComments(table); });
+    takes(addBelow(command, "show", "Show one", [this, table] { return showComment(table, m_Name); }), "ID",
+          m_Name, "Its identifier");
+    CLI::App* const find = addBelow(command, "find", "Find the identifier of a content and a state",
+                                    [this, table] { return findComment(table, m_Content, m_State); });
+    takes(find, "CONTENT", m_Content, "The text");
+    takes(find, "STATE", m_State, "The text of its state");
+    CLI::App* const link = addBelow(command, "link", "Link records to one",
+                                    [this, table] { return linkComment(table, m_Arguments, true); });
+    takes(link, "KIND ID...", m_Arguments, "Records of a kind, and at last the identifier to link them to");
+    explain(link, kKindHelp);
+    return command;
+}
+
+void Program::addComments()
+{
+    CLI::App* const command =
+        addCommentTable("comment", "List, add and link comments", CommentTable::Comments);
+    CLI::App* const add = addBelow(command, "add", "Add one, and link a record to it", [this] {
+        if (m_Kind.empty() != m_Name.empty()) {
+            throw Failure(ExitCode::WrongUse, "which " + m_Kind + "? write its identifier too");
+        }
+        return m_Kind.empty() ? addComment(CommentTable::Comments, m_Content, m_State)
+                              : addCommentTo(m_Kind, m_Name, m_Content, m_State);
+    });
+    takes(add, "CONTENT", m_Content, "The text");
+    takes(add, "STATE", m_State, "The text of its state");
+    add->add_option("KIND", m_Kind, "The kind of the record to link")->option_text(" ");
+    add->add_option("ID", m_Name, "Its identifier")->option_text(" ");
+    explain(add, std::string(kKindHelp) + " Comments can be linked to a disk, folder or file, too.");
+    CLI::App* const texts = addBelow(command, "texts", "List every content once, or the states of a content",
+                                     [this] { return listCommentTexts(m_Content); });
+    texts->add_option("CONTENT", m_Content, "List the states that comments of this content have")
+        ->option_text(" ");
+    CLI::App* const places =
+        addBelow(command, "places", "List the folders and files of a project that are linked to one",
+                 [this] { return listCommentedPlaces(m_Name, m_Content); });
+    takes(places, "PROJECT", m_Name, "A project's identifier or name");
+    takes(places, "ID", m_Content, "The comment's identifier");
+}
+
+void Program::addMarks()
+{
+    CLI::App* const command =
+        addCommentTable("mark", "List, add and set the marks of images", CommentTable::Marks);
+    CLI::App* const add = addBelow(command, "add", "Add one",
+                                   [this] { return addComment(CommentTable::Marks, m_Content, m_State); });
+    takes(add, "CONTENT", m_Content, "The text");
+    takes(add, "STATE", m_State, "The text of its state");
+    CLI::App* const unlink = addBelow(command, "unlink", "Take it away from records", [this] {
+        return linkComment(CommentTable::Marks, m_Arguments, false);
+    });
+    takes(unlink, "KIND ID...", m_Arguments, "Records of a kind, and at last the mark's identifier");
+    explain(unlink, kKindHelp);
+}
+
+} // namespace cli
