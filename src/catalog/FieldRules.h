@@ -2,6 +2,7 @@
 #define LUMO_CATALOG_FIELDRULES_H
 
 #include "catalog/NumberText.h"
+#include "core/Identifier.h"
 #include "core/TextEncoding.h"
 
 #include <cstring>
@@ -17,7 +18,7 @@ namespace fieldrules {
 /// An identifier; absent, 0xFFFFFFFF.
 inline void key(unsigned int& target, bool present, unsigned int value)
 {
-    target = present ? value : 0xFFFFFFFF;
+    target = present ? value : kNoIdentifier;
 }
 
 /// A text in the system code page, in the first `Capacity` bytes of the field; absent, these are

@@ -3,6 +3,7 @@
 
 #include "components/wirecall/RpcChannel.h"
 #include "components/wirecall/RpcController.h"
+#include "core/Identifier.h"
 #include "core/LumoDataMgr.h"
 #include "ledgerserver.pb.h"
 
@@ -252,7 +253,6 @@ public:
     }
 
 private:
-    static constexpr unsigned int kNoIdentifier = 0xFFFFFFFF;
     static constexpr int kPageSize = 10000;
 
     /// Calls and waits. False when the call failed; the RPC error and Leave lines are written then.

@@ -5,13 +5,13 @@
 #include "components/wirecall/RpcChannel.h"
 #include "core/CStringCodec.h"
 #include "core/CallFrame.h"
+#include "core/Identifier.h"
 #include "core/LogLine.h"
 
 #include <boost/bind.hpp>
 
 namespace {
 
-constexpr unsigned int kNoIdentifier = 0xFFFFFFFF;
 constexpr unsigned int kDefaultTimeout = 10000;
 constexpr int kChunksInFlight = 5;
 constexpr int kFilesInFlight = 5;
@@ -40,6 +40,11 @@ CLumoDataMgr::CLumoDataMgr()
 }
 
 CLumoDataMgr::~CLumoDataMgr()
+{
+    endTransfers();
+}
+
+void CLumoDataMgr::endTransfers()
 {
     bulkhaul::EndBulkhaul();
     // Running tasks read fields that are declared behind the pool, so its own destructor waits too late.

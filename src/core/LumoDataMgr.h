@@ -6,6 +6,7 @@
 #include "catalog/StorageRecords.h"
 #include "components/platform/Export.h"
 #include "core/LumoDataTypes.h"
+#include "core/ServiceMessages.h"
 #include "directory/VersionRecords.h"
 #include "operations/LumoFilterFile.h"
 #include "registration/CommentRecords.h"
@@ -25,53 +26,15 @@
 #include <mutex>
 #include <string>
 
-namespace wirecall {
-class RpcChannel;
-class RpcController;
-} // namespace wirecall
-
-namespace forgeserver {
-class AnalyzeImageRsp;
-class AnalyzeImagesRsp;
-class FileCopyFromDbRsp;
-class FileCopyToDbRsp;
-} // namespace forgeserver
-
-namespace ledgerserver {
-class CheckDataBean;
-class CommentImageBean;
-class CommentInfoBean;
-class DataAddressBean;
-class DataSrcAdsBean;
-class DataSrcBean;
-class DataSrcControlBean;
-class DataSrcControlInfoBean;
-class DataSrcDemBean;
-class DataSrcDlgBean;
-class DataSrcDomBean;
-class DataSrcDsmBean;
-class DataSrcPhotoBean;
-class DataSrcSatBean;
-class DataSrcTypeBean;
-class FileTableBean;
-class SrcTableBean;
-class VersionTableBean;
-} // namespace ledgerserver
-
-namespace google {
-namespace protobuf {
-class Message;
-}
-} // namespace google
-
 template <class Record>
 struct RecordKind;
 
 /// The client of a geospatial data centre, and the only way into this library.
 ///
 /// Get the one object with GetSingleTon or GetSinglePton, call initDataMgr once, then anything from any
-/// thread. Every remote call blocks its caller for up to the time limit; a method asks the centre anew and
-/// retries nothing. Failures are return values; the reason goes to CLumoLogger alone. Out-parameters are
+/// thread. A remote call blocks its caller for up to the time limit, but for those that are answered by
+/// signal; a method asks the centre anew and retries nothing. Failures are return values; the reason goes to
+/// CLumoLogger alone. Out-parameters are
 /// written only on success and lists are appended to; a paged query (so marked) empties its list when a
 /// page fails. Identifiers are unsigned, 0xFFFFFFFF means none. Texts in records are in the system code
 /// page (see components/platform/CodePage.h).
@@ -80,9 +43,15 @@ class LUMO_EXPORT CLumoDataMgr : public QObject
     Q_OBJECT
 
 Q_SIGNALS:
+    // Raised on a thread of the RPC runtime. A slot that is connected directly runs there too: it must be
+    // short, must not wait for another signal and must not keep the reference. For a queued connection the
+    // application registers the types first, see LumoFilterFile.h.
+
+    /// The image passed; it is the object that analyzeImage was given.
     void reqAnalyzeImageFinished(const CLumoFilterFile& filter);
+    /// Those of the images that passed, perhaps none; not raised when the call as a whole failed.
     void reqAnalyzeImagesFinished(const QList<CLumoFilterFile>& listFilter);
-    /// The text is the one that fileCopy was given.
+    /// The copy is done; the text is the one that fileCopy was given.
     void reqFileCopyFinished(const QString& strFile);
 
 public:
@@ -260,7 +229,7 @@ public:
 
     // Links
     //
-    // The link between a data project and a folder or file. The centre judges: false is its no, and any
+    // The link between a data project and a folder or file; false when the centre refuses, and on any
     // failure.
 
     bool linkDataFolder(unsigned int dataID, unsigned int folderID);
@@ -308,8 +277,8 @@ public:
 
     // Image analysis and server-side copy
     //
-    // The centre works, and a signal tells of success on a thread of the RPC runtime; a failure shows in the
-    // log alone, so whoever waits needs a limit of their own. The singleton raises the signals.
+    // These return at once and have no time limit. A signal of the singleton tells of success; a failure
+    // shows in the log alone, so whoever waits needs a limit of their own.
 
     /// Has an image analysed. `analyzeFlag` is handed to the centre.
     void analyzeImage(const CLumoFilterFile& filter, bool analyzeFlag);
@@ -483,8 +452,8 @@ private:
     void fileCopiedFromDb(wirecall::RpcController* controller, const QString& strFile,
                           forgeserver::FileCopyFromDbRsp* response);
 
-    /// Waits for slots that signals called; none is raised any more.
-    static void endSignals();
+    /// Waits for all transfers, running and queued.
+    void endTransfers();
 
     /// Reads convert.cfg of the working directory or of the folder above; true when both texts are set.
     bool pathConvertParam();

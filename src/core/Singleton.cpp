@@ -1,5 +1,7 @@
 #include "core/LumoDataMgr.h"
 
+#include "operations/AsyncCall.h"
+
 #include <QTextCodec>
 
 namespace {
@@ -44,7 +46,10 @@ void CLumoDataMgr::_Thread_Safe_UnLock()
 
 CLumoDataMgr::CLumoFreeSelf::~CLumoFreeSelf()
 {
-    endSignals();
+    if (!asynccall::endAll()) {
+        m_Instance.load()->endTransfers();
+        return; // an answer may still come to the object, which stays
+    }
     delete m_Instance.load(); // a task that the destructor waits for still asks for the object
     m_Instance = nullptr;
 }

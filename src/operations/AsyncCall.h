@@ -3,7 +3,6 @@
 
 #include "components/wirecall/Closures.h"
 #include "components/wirecall/RpcController.h"
-#include "core/CStringCodec.h"
 #include "core/CallFrame.h"
 #include "core/LogLine.h"
 #include "forgeserver.pb.h"
@@ -15,6 +14,17 @@
 /// writes the Leave line. There is no time limit.
 namespace asynccall {
 
+/// Calls that have been started and have not ended: their closures point to the manager.
+void countStart();
+void countEnd();
+/// The process ends: nothing of the application's or of Qt's is touched by an answer any more. True when no
+/// call is outstanding; otherwise the manager must stay.
+bool endAll();
+bool reachesApplication();
+
+/// UTF-8 text of an answer, as it stands in the log.
+std::string logText(const std::string& text);
+
 /// Starts a call and returns. `finished` gets a copy of `remembered` with the answer, and owns the
 /// controller and the response.
 template <class Request, class Response, class Remembered>
@@ -23,22 +33,18 @@ void start(wirecall::RpcChannel* channel, const Rpc<forgeserver::ForgeServices_S
            void (CLumoDataMgr::*finished)(wirecall::RpcController*, Remembered, Response*),
            Remembered remembered)
 {
-    using Closure =
-        wirecall::MethodClosure_Bind3<true, CLumoDataMgr, wirecall::RpcController*, Remembered, Response*>;
+    using Closure = wirecall::MethodClosure_Bind3<true, CLumoDataMgr*, CLumoDataMgr, wirecall::RpcController*,
+                                                  Remembered, Response*>;
     forgeserver::ForgeServices_Stub stub(channel);
-    auto* response = new Response;
-    auto* controller = new wirecall::RpcController;
-    auto* closure = new Closure(CLumoDataMgr::GetSinglePton(), finished, controller, remembered, response);
-    (stub.*rpc.call)(controller, &request, response, closure);
+    auto response = std::make_unique<Response>();
+    auto controller = std::make_unique<wirecall::RpcController>();
+    auto closure = std::make_unique<Closure>(CLumoDataMgr::GetSinglePton(), finished, controller.get(),
+                                             remembered, response.get());
+    countStart();
+    (stub.*rpc.call)(controller.release(), &request, response.release(), closure.release());
 }
 
-/// UTF-8 text of an answer, as it stands in the log.
-inline std::string logText(const std::string& text)
-{
-    return CLumoCStringCodec::toStdString(QString::fromStdString(text));
-}
-
-/// A call that has ended: frees its controller and response on every path.
+/// A call that ends: frees its controller and response on every path, and counts its end.
 template <class Response>
 class Completion
 {
@@ -49,6 +55,11 @@ public:
         : m_Method(method), m_Function(function), m_Controller(controller), m_Response(response)
     {
     }
+
+    ~Completion() { countEnd(); }
+
+    Completion(const Completion&) = delete;
+    Completion& operator=(const Completion&) = delete;
 
     /// Whether there is an answer; if not, the end of the call is told.
     bool answered()
@@ -86,7 +97,7 @@ public:
             error(m_Response->has_error_text() ? logText(m_Response->error_text()).c_str()
                                                : "No Error String");
         free();
-        if (good)
+        if (good && reachesApplication())
             succeeded();
         leave();
     }

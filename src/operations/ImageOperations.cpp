@@ -2,8 +2,6 @@
 #include "operations/AsyncCall.h"
 
 #include <algorithm>
-#include <mutex>
-#include <shared_mutex>
 
 using forgeserver::AnalyzeImageReq;
 using forgeserver::AnalyzeImageRsp;
@@ -15,28 +13,6 @@ using forgeserver::FileCopyToDbReq;
 using forgeserver::FileCopyToDbRsp;
 
 namespace {
-
-/// An answer may come while the process ends and the manager with it: then no signal is raised any more.
-struct SignalGate
-{
-    std::shared_mutex mutex;
-    bool closed = false;
-};
-
-SignalGate& signalGate()
-{
-    static SignalGate& gate = *new SignalGate; // used to the very end
-    return gate;
-}
-
-template <class Signal>
-void raise(Signal signal)
-{
-    SignalGate& gate = signalGate();
-    const std::shared_lock<std::shared_mutex> lock(gate.mutex);
-    if (!gate.closed)
-        signal();
-}
 
 void add(google::protobuf::RepeatedPtrField<forgeserver::Reference>& references,
          const QList<CLumoFilterFile::Reference>& files)
@@ -62,13 +38,6 @@ void fill(AnalyzeImageReq& request, const CLumoFilterFile& filter, bool analyzeF
 }
 
 } // namespace
-
-void CLumoDataMgr::endSignals()
-{
-    SignalGate& gate = signalGate();
-    const std::unique_lock<std::shared_mutex> lock(gate.mutex);
-    gate.closed = true;
-}
 
 // Image analysis
 
@@ -96,8 +65,7 @@ void CLumoDataMgr::analyzeImageFinished(wirecall::RpcController* controller, con
 {
     asynccall::Completion<AnalyzeImageRsp>("analyzeImage", "CLumoDataMgr::analyzeImageFinished", controller,
                                            response)
-        .end(&AnalyzeImageRsp::analyze_result,
-             [&] { raise([&] { Q_EMIT reqAnalyzeImageFinished(filter); }); });
+        .end(&AnalyzeImageRsp::analyze_result, [&] { Q_EMIT reqAnalyzeImageFinished(filter); });
 }
 
 void CLumoDataMgr::analyzeImagesFinished(wirecall::RpcController* controller,
@@ -117,7 +85,8 @@ void CLumoDataMgr::analyzeImagesFinished(wirecall::RpcController* controller,
             completion.error(asynccall::logText(answer.error_text()).c_str());
     }
     completion.free();
-    raise([&] { Q_EMIT reqAnalyzeImagesFinished(analyzed); });
+    if (asynccall::reachesApplication())
+        Q_EMIT reqAnalyzeImagesFinished(analyzed);
     completion.leave();
 }
 
@@ -166,7 +135,7 @@ void CLumoDataMgr::fileCopyToDbFinished(wirecall::RpcController* controller, con
 {
     asynccall::Completion<FileCopyToDbRsp>("fileCopy", "CLumoDataMgr::fileCopyToDbFinished", controller,
                                            response)
-        .end(&FileCopyToDbRsp::copy_result, [&] { raise([&] { Q_EMIT reqFileCopyFinished(*strFile); }); });
+        .end(&FileCopyToDbRsp::copy_result, [&] { Q_EMIT reqFileCopyFinished(*strFile); });
 }
 
 void CLumoDataMgr::fileCopyFromDbFinished(wirecall::RpcController* controller, const QString* strFile,
@@ -174,5 +143,5 @@ void CLumoDataMgr::fileCopyFromDbFinished(wirecall::RpcController* controller, c
 {
     asynccall::Completion<FileCopyFromDbRsp>("fileCopy", "CLumoDataMgr::fileCopyFromDbFinished", controller,
                                              response)
-        .end(&FileCopyFromDbRsp::copy_result, [&] { raise([&] { Q_EMIT reqFileCopyFinished(*strFile); }); });
+        .end(&FileCopyFromDbRsp::copy_result, [&] { Q_EMIT reqFileCopyFinished(*strFile); });
 }

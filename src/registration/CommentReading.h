@@ -7,8 +7,12 @@
 #include <QList>
 #include <QString>
 
+#include <type_traits>
+
 /// What comments and image comments have in common: their beans have the same fields.
 namespace commentreading {
+
+static_assert(std::is_trivially_copyable<tagCommentInfo>::value, "records are copied whole");
 
 template <class Bean>
 void convert(const Bean& bean, tagCommentInfo& info)

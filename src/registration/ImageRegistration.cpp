@@ -10,8 +10,6 @@ using ledgerserver::DataUtilBeanRsp;
 
 namespace {
 
-constexpr unsigned int kNoIdentifier = 0xFFFFFFFF;
-
 /// Takes the value of a key into its field; false when the value can't be one.
 using Take = bool (*)(CheckDataBean& bean, const QString& value);
 
@@ -102,10 +100,7 @@ unsigned int CLumoDataMgr::addImage(int type, const QString& text)
     DataUtilBeanReq request;
     request.set_data_type_id(type);
     request.mutable_checkdatabean()->Swap(&bean);
-    unsigned int id = kNoIdentifier;
-    frame.accepted(LEDGER(saveSingleDataByType), request,
-                   [&](const DataUtilBeanRsp& response) { id = response.id(); });
-    return id;
+    return frame.ownIdentifier(LEDGER(saveSingleDataByType), request);
 }
 
 bool CLumoDataMgr::addImage(int type, const QStringList& texts, QList<unsigned int>& ids)

@@ -69,7 +69,6 @@ bool CLumoDataMgr::getDataByFile(unsigned int fileID, tagDataTable& data)
 
 unsigned int CLumoDataMgr::createFolder(unsigned int firstID, unsigned int secondID, const QString& path)
 {
-    constexpr unsigned int kNoIdentifier = 0xFFFFFFFF;
     CallFrame frame(*this, "createFolder");
     if (secondID == 0)
         return frame.leave(kNoIdentifier);

@@ -4,6 +4,7 @@
 #include "components/hubline/Hubline.h"
 #include "core/CStringCodec.h"
 #include "core/GbkTexts.h"
+#include "core/Identifier.h"
 #include "core/LogLine.h"
 #include "core/LumoDataMgr.h"
 #include "transfer/TransferCodes.h"
@@ -21,8 +22,6 @@
 using namespace transferpaths;
 
 namespace {
-
-constexpr unsigned int kNoIdentifier = 0xFFFFFFFF;
 
 const char kFetch[] = "CLumoDownloadRunnable::fetchDownloadInformation";
 const char kRun[] = "CLumoDownloadRunnable::run";

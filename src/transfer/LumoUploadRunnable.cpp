@@ -4,6 +4,7 @@
 #include "components/hubline/Hubline.h"
 #include "core/CStringCodec.h"
 #include "core/GbkTexts.h"
+#include "core/Identifier.h"
 #include "core/LogLine.h"
 #include "core/LumoDataMgr.h"
 #include "transfer/TransferCodes.h"
@@ -17,8 +18,6 @@
 using namespace transferpaths;
 
 namespace {
-
-constexpr unsigned int kNoIdentifier = 0xFFFFFFFF;
 
 const char kFetch[] = "CLumoUploadRunnable::fetchUploadInformation";
 

@@ -16,10 +16,6 @@ public:
         channel.forgetCalls();
     }
 
-    using CLumoDataMgr::analyzeImageFinished;
-    using CLumoDataMgr::analyzeImagesFinished;
-    using CLumoDataMgr::fileCopyFromDbFinished;
-    using CLumoDataMgr::fileCopyToDbFinished;
     using CLumoDataMgr::getAdsImageDataFromBean;
     using CLumoDataMgr::getAppFullPathByAppID;
     using CLumoDataMgr::getAppFullPathBySoftID;

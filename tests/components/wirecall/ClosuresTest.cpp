@@ -21,8 +21,10 @@ TEST(MethodClosure, KeepsACopyOfAReferenceAndRunsOnce)
     Receiver receiver;
     std::string target;
     std::string text = "kept";
-    auto* closure = new wirecall::MethodClosure_Bind3<true, Receiver, int, const std::string&, std::string*>(
-        &receiver, &Receiver::receive, 7, text, &target);
+    using Closure =
+        wirecall::MethodClosure_Bind3<true, Receiver*, Receiver, int, const std::string&, std::string*>;
+    auto* closure = new Closure(&receiver, &Receiver::receive, 7, text, &target);
+    EXPECT_TRUE(closure->deletesItself());
     text = "changed";
     closure->Run(); // and deletes itself: the leak check would tell
     EXPECT_EQ(target, "7kept");
