@@ -7,6 +7,7 @@
 #include <QMetaMethod>
 
 #include <condition_variable>
+#include <cstdlib>
 #include <mutex>
 #include <thread>
 
@@ -299,26 +300,54 @@ private:
 
 constexpr int kCalls = 1000;
 
+/// A server of held analyses, with the singleton connected to it.
+struct HeldAnalyses
+{
+    HeldAnalyses()
+    {
+        server.add(&service);
+        std::string error;
+        wirecall::RpcServer::Options options;
+        options.address = "127.0.0.1:0";
+        EXPECT_TRUE(server.start(options, error)) << error;
+        wirecall::ChannelOptions client;
+        client.address = "127.0.0.1:" + std::to_string(server.port());
+        channel = wirecall::openChannel(client, error);
+        EXPECT_TRUE(channel) << error;
+        ledger.answer("result: 0 bean { id: 7 }").answer("result: 0 bean { id: 8 }");
+        EXPECT_EQ(manager.initDataMgr(&ledger, channel.get(), "t", "user", "company", 1000), INIT_SUCCESS);
+    }
+
+    HoldingService service;
+    wirecall::RpcServer server;
+    boost::shared_ptr<wirecall::RpcChannel> channel;
+    FakeChannel ledger;
+    CLumoDataMgr& manager = CLumoDataMgr::GetSingleTon();
+};
+
+[[noreturn]] void endWhileAnswersCome()
+{
+    static HeldAnalyses& held = *new HeldAnalyses;
+    QObject::connect(&held.manager, &CLumoDataMgr::reqAnalyzeImageFinished, [](const CLumoFilterFile&) {});
+    for (int i = 0; i < kCalls; ++i)
+        held.manager.analyzeImage(filterOf("x"), true);
+    held.service.waitFor(kCalls);
+    std::thread([] { held.service.answerAll(); }).detach();
+    std::exit(0);
+}
+
 } // namespace
+
+TEST(OutstandingAnalysesDeathTest, AProcessMayEndWhileAnswersCome)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(endWhileAnswersCome(), testing::ExitedWithCode(0), "");
+}
 
 TEST(OutstandingAnalyses, AThousandAreAnsweredEachOnceAndADyingCentreEndsTheRest)
 {
-    HoldingService service;
-    wirecall::RpcServer server;
-    server.add(&service);
-    std::string error;
-    wirecall::RpcServer::Options options;
-    options.address = "127.0.0.1:0";
-    ASSERT_TRUE(server.start(options, error)) << error;
-    wirecall::ChannelOptions client;
-    client.address = "127.0.0.1:" + std::to_string(server.port());
-    const boost::shared_ptr<wirecall::RpcChannel> channel = wirecall::openChannel(client, error);
-    ASSERT_TRUE(channel) << error;
-
-    FakeChannel ledger;
-    ledger.answer("result: 0 bean { id: 7 }").answer("result: 0 bean { id: 8 }");
-    CLumoDataMgr& manager = CLumoDataMgr::GetSingleTon();
-    ASSERT_EQ(manager.initDataMgr(&ledger, channel.get(), "t", "user", "company", 1000), INIT_SUCCESS);
+    HeldAnalyses held;
+    CLumoDataMgr& manager = held.manager;
     std::mutex mutex;
     QStringList told;
     QObject receiver;
@@ -332,8 +361,8 @@ TEST(OutstandingAnalyses, AThousandAreAnsweredEachOnceAndADyingCentreEndsTheRest
     EndCounter ends;
     for (int i = 0; i < kCalls; ++i)
         manager.analyzeImage(filterOf(i % 10 == 0 ? QString("bad") : QString::number(i)), true);
-    service.waitFor(kCalls);
-    service.answerAll();
+    held.service.waitFor(kCalls);
+    held.service.answerAll();
     ends.waitFor(kCalls);
     {
         const std::lock_guard<std::mutex> lock(mutex);
@@ -343,10 +372,11 @@ TEST(OutstandingAnalyses, AThousandAreAnsweredEachOnceAndADyingCentreEndsTheRest
 
     for (int i = 0; i < kCalls; ++i)
         manager.analyzeImage(filterOf("never"), true);
-    service.waitFor(kCalls);
-    std::thread dying([&] { server.stop(0); }); // waits for the held closures, cancels their calls before
+    held.service.waitFor(kCalls);
+    std::thread dying(
+        [&] { held.server.stop(0); }); // waits for the held closures, cancels their calls before
     ends.waitFor(2 * kCalls);
     EXPECT_EQ(ends.failed(), kCalls);
-    service.answerAll();
+    held.service.answerAll();
     dying.join();
 }
