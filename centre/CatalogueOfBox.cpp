@@ -188,7 +188,7 @@ try {
 
 void CatalogueOfBox::registerAll(const std::vector<Entry>& entries)
 {
-    const std::lock_guard<std::mutex> lock(m_Recording);
+    const std::lock_guard<std::mutex> lock(m_Pool.changing());
     ConnectionPool::Lease connection(m_Pool);
     SQLite::Transaction transaction(connection->database(), SQLite::TransactionBehavior::IMMEDIATE);
     Recorder recorder(*connection, m_BoxCode);

@@ -4,8 +4,6 @@
 #include "centre/ConnectionPool.h"
 #include "centre/box/BoxCatalogue.h"
 
-#include <mutex>
-
 namespace centre {
 
 /// The catalogue of a data folder, as one of its storage boxes asks it. A user may read and write what lies
@@ -29,7 +27,6 @@ private:
 
     ConnectionPool& m_Pool;
     const std::string m_BoxCode;
-    std::mutex m_Recording; ///< threads that wait here follow at once, those that wait in SQLite sleep
 };
 
 } // namespace centre

@@ -25,12 +25,12 @@ std::unique_ptr<ServeLock> lockDataFolder(const std::string& dataFolder)
 
 struct Centre::Impl
 {
-    explicit Impl(const std::string& dataFolder)
+    Impl(const std::string& dataFolder, const std::vector<std::string>& copyRoots)
         : lock(lockDataFolder(dataFolder)),
           pool(dataFolder),
           ledger(pool),
           planning(pool),
-          forge(pool),
+          forge(pool, copyRoots),
           endpoint(pool, faults)
     {
         endpoint.add(ledger);
@@ -49,7 +49,7 @@ struct Centre::Impl
 };
 
 Centre::Centre(const std::string& dataFolder, const ServeOptions& options)
-    : m_Impl(std::make_unique<Impl>(dataFolder))
+    : m_Impl(std::make_unique<Impl>(dataFolder, options.copyRoots))
 {
     std::vector<const google::protobuf::ServiceDescriptor*> services;
     if (!options.boxes.empty())
@@ -89,6 +89,11 @@ std::vector<BoxPlace> Centre::boxes() const
     for (const auto& box : m_Impl->boxes)
         places.push_back({box->code(), box->address()});
     return places;
+}
+
+const std::vector<std::string>& Centre::copyRoots() const
+{
+    return m_Impl->forge.copyRoots();
 }
 
 void Centre::stop()

@@ -19,8 +19,9 @@ struct BoxPlace
 
 struct ServeOptions : ListenOptions
 {
-    std::vector<std::string> faults; ///< switches as Faults::add takes them; for the boxes, too
-    std::vector<BoxPlace> boxes;     ///< storage boxes to serve as well, in the same way
+    std::vector<std::string> faults;    ///< switches as Faults::add takes them; for the boxes, too
+    std::vector<BoxPlace> boxes;        ///< storage boxes to serve as well, in the same way
+    std::vector<std::string> copyRoots; ///< folders that FileCopyToDb and FileCopyFromDb may reach
 };
 
 /// A development centre: serves one data folder until it is stopped or destroyed.
@@ -29,8 +30,8 @@ class Centre
 {
 public:
     /// Serves from the return of the constructor on. Throws Error: a folder that is served already or is
-    /// no data folder, an address that can't be listened on, plain text beyond this machine, wrong faults,
-    /// what Box throws.
+    /// no data folder, a copy root that is none, an address that can't be listened on, plain text beyond this
+    /// machine, wrong faults, what Box throws.
     Centre(const std::string& dataFolder, const ServeOptions& options);
     ~Centre();
 
@@ -42,6 +43,8 @@ public:
     std::string address() const;
     /// The boxes that are served, in the order of the options, with the ports that were taken.
     std::vector<BoxPlace> boxes() const;
+    /// The folders of the options, absolute and without symbolic links.
+    const std::vector<std::string>& copyRoots() const;
     /// Ends running calls, then gives the folder and the boxes free. May be called again.
     void stop();
     std::vector<FaultCount> faultCounts() const;

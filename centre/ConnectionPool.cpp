@@ -5,6 +5,7 @@
 #include "centre/Token.h"
 
 #include <filesystem>
+#include <stdexcept>
 
 namespace centre {
 
@@ -48,6 +49,13 @@ std::optional<User> Connection::user(const std::string& token)
     if (!row.executeStep())
         return std::nullopt;
     return User{row.getColumn(0).getString(), row.getColumn(1).getUInt(), row.getColumn(2).getInt() != 0};
+}
+
+User Connection::requireUser(const std::string& token)
+{
+    if (std::optional<User> known = user(token))
+        return *known;
+    throw std::runtime_error("the token is not that of a user of this centre");
 }
 
 ConnectionPool::ConnectionPool(const std::string& dataFolder)

@@ -39,6 +39,8 @@ public:
 
     /// Whose token it is. Looked up anew each time, so that a user who was just added can log in.
     std::optional<User> user(const std::string& token);
+    /// The same; throws std::runtime_error if it is nobody's.
+    User requireUser(const std::string& token);
 
 private:
     std::unique_ptr<SQLite::Database> m_Database;
@@ -75,12 +77,17 @@ public:
         std::unique_ptr<Connection> m_Connection;
     };
 
+    /// Held around each transaction that writes: threads that wait here follow at once, those that wait in
+    /// SQLite sleep.
+    std::mutex& changing() { return m_Changing; }
+
 private:
     std::unique_ptr<Connection> take();
     void giveBack(std::unique_ptr<Connection> connection);
 
     const std::string m_DataFolder;
     std::mutex m_Mutex;
+    std::mutex m_Changing;
     std::vector<std::unique_ptr<Connection>> m_Free;
 };
 

@@ -5,7 +5,6 @@
 #include "components/wirecall/RpcServer.h"
 
 #include <iostream>
-#include <stdexcept>
 
 namespace centre {
 
@@ -18,13 +17,6 @@ void setResult(Message& response, Result result)
 {
     response.GetReflection()->SetInt32(&response, response.GetDescriptor()->FindFieldByName("result"),
                                        result);
-}
-
-User userOf(Connection& connection, const std::string& token)
-{
-    if (std::optional<User> user = connection.user(token))
-        return *user;
-    throw std::runtime_error("the token is not that of a user of this centre");
 }
 
 } // namespace
@@ -68,16 +60,16 @@ void LedgerService::ask(const Operation& operation, const Method& method, const 
 {
     ConnectionPool::Lease connection(m_Pool);
     Query& query = connection->query(operation, method);
-    query.answer(request, response, query.asksForCaller() ? userOf(*connection, token).companyId : 0);
+    query.answer(request, response, query.asksForCaller() ? connection->requireUser(token).companyId : 0);
 }
 
 void LedgerService::make(const Change& change, const std::string& token, const Message& request,
                          Message& response)
 {
-    const std::lock_guard<std::mutex> lock(m_Changing);
+    const std::lock_guard<std::mutex> lock(m_Pool.changing());
     ConnectionPool::Lease connection(m_Pool);
     SQLite::Transaction transaction(connection->database(), SQLite::TransactionBehavior::IMMEDIATE);
-    const User user = userOf(*connection, token);
+    const User user = connection->requireUser(token);
     requireWriter(user);
     const Result result = change.run({*connection, user}, request, response);
     if (result == kDone)

@@ -5,7 +5,6 @@
 #include "centre/ConnectionPool.h"
 #include "ledgerserver.pb.h"
 
-#include <mutex>
 #include <unordered_map>
 #include <vector>
 
@@ -34,7 +33,6 @@ private:
     ConnectionPool& m_Pool;
     std::unordered_map<const Method*, const Operation*> m_Operations;
     std::unordered_map<const Method*, Change> m_Changes;
-    std::mutex m_Changing; ///< threads that wait here follow at once, those that wait in SQLite sleep
 };
 
 } // namespace centre

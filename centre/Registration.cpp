@@ -48,6 +48,16 @@ std::uint32_t Registration::addFolder(std::uint32_t diskId, std::uint32_t parent
     return static_cast<std::uint32_t>(m_Database.getLastInsertRowid());
 }
 
+std::uint32_t Registration::makeFolders(std::uint32_t diskId, std::uint32_t parentId,
+                                        const std::vector<std::string>& names)
+{
+    for (const std::string& name : names) {
+        const std::optional<std::uint32_t> known = findFolder(diskId, parentId, name);
+        parentId = known ? *known : addFolder(diskId, parentId, name);
+    }
+    return parentId;
+}
+
 bool Registration::addFile(std::uint32_t folderId, const std::string& name)
 {
     const ResetAtEnd resetAtEnd(m_AddFile);

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace centre {
 
@@ -22,6 +23,9 @@ public:
                                             const std::string& name);
     /// Of a folder that `findFolder` does not find; its identifier.
     std::uint32_t addFolder(std::uint32_t diskId, std::uint32_t parentId, const std::string& name);
+    /// The folder that the names lead to; adds what is missing of them.
+    std::uint32_t makeFolders(std::uint32_t diskId, std::uint32_t parentId,
+                              const std::vector<std::string>& names);
     /// False if the file is registered already.
     bool addFile(std::uint32_t folderId, const std::string& name);
 

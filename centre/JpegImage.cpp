@@ -1,0 +1,76 @@
+#include "centre/Error.h"
+#include "centre/ImageFormats.h"
+
+#include <csetjmp>
+
+#include <jpeglib.h>
+
+#include <memory>
+
+namespace centre {
+
+namespace {
+
+/// The library's error handling, which leaves by a jump: no object of a class is made below it.
+struct Errors
+{
+    jpeg_error_mgr manager;
+    std::jmp_buf place;
+    char text[JMSG_LENGTH_MAX];
+};
+
+[[noreturn]] void leave(j_common_ptr image)
+{
+    auto* errors = reinterpret_cast<Errors*>(image->err);
+    (*image->err->format_message)(image, errors->text);
+    std::longjmp(errors->place, 1);
+}
+
+/// A warning says that data is damaged or missing.
+void leaveAtWarning(j_common_ptr image, int level)
+{
+    if (level < 0)
+        leave(image);
+}
+
+/// Reads an image at an eighth of its size, whose memory is `row` where it has one.
+bool readAll(jpeg_decompress_struct& image, Errors& errors, std::FILE* file)
+{
+    if (setjmp(errors.place) != 0)
+        return false;
+    jpeg_create_decompress(&image);
+    image.mem->max_memory_to_use = kMostMemory;
+    jpeg_stdio_src(&image, file);
+    jpeg_read_header(&image, TRUE);
+    if (std::uint64_t(image.image_width) * image.image_height > kMostPixelsRead)
+        return true;
+    image.scale_num = 1;
+    image.scale_denom = DCTSIZE;
+    jpeg_start_decompress(&image);
+    JSAMPARRAY row = (*image.mem->alloc_sarray)(reinterpret_cast<j_common_ptr>(&image), JPOOL_IMAGE,
+                                                image.output_width * image.output_components, 1);
+    while (image.output_scanline < image.output_height)
+        jpeg_read_scanlines(&image, row, 1);
+    jpeg_finish_decompress(&image);
+    return true;
+}
+
+} // namespace
+
+ImageFacts readJpeg(std::FILE* file)
+{
+    Errors errors = {};
+    jpeg_decompress_struct image = {};
+    image.err = jpeg_std_error(&errors.manager);
+    errors.manager.error_exit = leave;
+    errors.manager.emit_message = leaveAtWarning;
+    const bool whole = readAll(image, errors, file);
+    const ImageFacts facts{"JPEG", image.image_width, image.image_height,
+                           static_cast<std::uint32_t>(image.num_components), std::nullopt};
+    jpeg_destroy_decompress(&image);
+    if (!whole)
+        throw Error(ExitCode::Failed, std::string("damaged JPEG: ") + errors.text);
+    return facts;
+}
+
+} // namespace centre

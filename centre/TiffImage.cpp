@@ -1,0 +1,142 @@
+#include "centre/Error.h"
+#include "centre/ImageFormats.h"
+
+#include <geotiff/geotiffio.h>
+#include <geotiff/xtiffio.h>
+#include <tiffio.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdarg>
+#include <memory>
+#include <vector>
+
+namespace centre {
+
+namespace {
+
+using Tiff = std::unique_ptr<TIFF, decltype(&TIFFClose)>;
+
+Error refusal(const std::string& reason)
+{
+    return {ExitCode::Failed, reason};
+}
+
+/// Keeps the first error of a file; nothing is printed.
+int keepError(TIFF*, void* kept, const char*, const char* format, va_list arguments)
+{
+    auto& text = *static_cast<std::string*>(kept);
+    if (text.empty()) {
+        char buffer[512];
+        std::vsnprintf(buffer, sizeof buffer, format, arguments);
+        text = buffer;
+    }
+    return 1;
+}
+
+int dropWarning(TIFF*, void*, const char*, const char*, va_list)
+{
+    return 1;
+}
+
+Tiff open(bulkhaul::FileHandle file, std::string& error)
+{
+    XTIFFInitialize();
+    const std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> options(TIFFOpenOptionsAlloc(),
+                                                                                   &TIFFOpenOptionsFree);
+    TIFFOpenOptionsSetErrorHandlerExtR(options.get(), keepError, &error);
+    TIFFOpenOptionsSetWarningHandlerExtR(options.get(), dropWarning, nullptr);
+    TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), kMostMemory);
+    // Not mapped: a file that is cut short meanwhile must be an error, not a signal.
+    Tiff tiff(TIFFFdOpenExt(file.get(), "image", "rm", options.get()), &TIFFClose);
+    if (!tiff)
+        throw refusal("damaged TIFF: " + error);
+    file.release();
+    return tiff;
+}
+
+/// The strips or tiles of the image must lie in the file, and the first and last be readable.
+void requireData(TIFF* tiff, std::uint64_t fileSize, const std::string& error)
+{
+    const bool tiled = TIFFIsTiled(tiff) != 0;
+    const std::uint32_t pieces = tiled ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff);
+    const tmsize_t size = tiled ? TIFFTileSize(tiff) : TIFFStripSize(tiff);
+    for (std::uint32_t i = 0; i < pieces; ++i) {
+        const std::uint64_t offset = TIFFGetStrileOffset(tiff, i);
+        const std::uint64_t bytes = TIFFGetStrileByteCount(tiff, i);
+        if (offset > fileSize || bytes > fileSize - offset)
+            throw refusal("cut short: piece " + std::to_string(i + 1) + " of " + std::to_string(pieces) +
+                          " of its data lies beyond the file's end");
+    }
+    if (pieces == 0 || size <= 0 || size > kMostMemory)
+        throw refusal("damaged TIFF: " + (error.empty() ? "pieces of no possible size" : error));
+    std::vector<char> data(static_cast<std::size_t>(size));
+    for (const std::uint32_t i : {std::uint32_t(0), pieces - 1}) {
+        if (TIFFGetStrileByteCount(tiff, i) == 0)
+            continue; // a piece that is left out is empty
+        const tmsize_t read = tiled ? TIFFReadEncodedTile(tiff, i, data.data(), size)
+                                    : TIFFReadEncodedStrip(tiff, i, data.data(), size);
+        if (read < 0)
+            throw refusal("damaged TIFF: " + error);
+    }
+}
+
+std::string systemOf(GTIF* geo)
+{
+    for (const geokey_t key : {ProjectedCSTypeGeoKey, GeographicTypeGeoKey}) {
+        unsigned short code = 0;
+        if (GTIFKeyGetSHORT(geo, key, &code, 0, 1) == 1 && code > 0 && code < 32767)
+            return "EPSG:" + std::to_string(code);
+    }
+    return "local";
+}
+
+std::optional<ImageFacts::Georeference> georeferenceOf(TIFF* tiff, const ImageFacts& facts)
+{
+    const std::unique_ptr<GTIF, decltype(&GTIFFree)> geo(GTIFNew(tiff), &GTIFFree);
+    std::uint16_t count = 0;
+    double* values = nullptr;
+    const bool placed = TIFFGetField(tiff, TIFFTAG_GEOTIEPOINTS, &count, &values) != 0 ||
+                        TIFFGetField(tiff, TIFFTAG_GEOTRANSMATRIX, &count, &values) != 0;
+    if (!geo || !placed)
+        return std::nullopt;
+    unsigned short raster = RasterPixelIsArea;
+    GTIFKeyGetSHORT(geo.get(), GTRasterTypeGeoKey, &raster, 0, 1);
+    const double edge = raster == RasterPixelIsPoint ? -0.5 : 0; // the points are the pixels' centres
+    ImageFacts::Georeference place{systemOf(geo.get()), HUGE_VAL, HUGE_VAL, -HUGE_VAL, -HUGE_VAL};
+    for (const double column : {0.0, double(facts.width)})
+        for (const double row : {0.0, double(facts.height)}) {
+            double x = column + edge;
+            double y = row + edge;
+            if (GTIFImageToPCS(geo.get(), &x, &y) == 0 || !std::isfinite(x) || !std::isfinite(y))
+                return std::nullopt;
+            place.west = std::min(place.west, x);
+            place.east = std::max(place.east, x);
+            place.south = std::min(place.south, y);
+            place.north = std::max(place.north, y);
+        }
+    return place;
+}
+
+} // namespace
+
+ImageFacts readTiff(bulkhaul::FileHandle file, std::uint64_t size)
+{
+    std::string error;
+    const Tiff tiff = open(std::move(file), error);
+    ImageFacts facts{"TIFF", 0, 0, 0, std::nullopt};
+    std::uint16_t bands = 1;
+    TIFFGetField(tiff.get(), TIFFTAG_IMAGEWIDTH, &facts.width);
+    TIFFGetField(tiff.get(), TIFFTAG_IMAGELENGTH, &facts.height);
+    TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_SAMPLESPERPIXEL, &bands);
+    facts.bands = bands;
+    if (facts.width == 0 || facts.height == 0 || facts.bands == 0)
+        throw refusal("damaged TIFF: an image without pixels");
+    requireData(tiff.get(), size, error);
+    facts.georeference = georeferenceOf(tiff.get(), facts);
+    if (facts.georeference)
+        facts.format = "GTiff";
+    return facts;
+}
+
+} // namespace centre

@@ -1,0 +1,362 @@
+#include "centre/Import.h"
+#include "centre/SceneMetadata.h"
+#include "tests/centre/CentreSupport.h"
+
+#include <sys/stat.h>
+
+using testing::AllOf;
+using testing::HasSubstr;
+
+namespace {
+
+const std::string kSamples = LUMO_SAMPLES;
+
+/// A disk of company LUMO with the sample scenes and images, one of another company, and a folder that the
+/// centre copies from and to.
+class Forge : public testing::Test
+{
+protected:
+    Forge()
+    {
+        const std::string disk = m_Data.below("disk");
+        std::filesystem::create_directories(m_Data.below("copies/folder"));
+        std::filesystem::create_directories(disk);
+        std::filesystem::copy(kSamples + "/scenes", disk + "/scenes",
+                              std::filesystem::copy_options::recursive);
+        std::filesystem::copy(kSamples + "/imagery", disk + "/imagery");
+        for (const char* name : {"VOL", "LED", "IMG"})
+            m_Data.makeFile(std::string("disk/scenes/alos/") + name + "-ALPSMW162762790-O1B2R_UW");
+        m_Data.makeFile("foreign/file");
+        std::filesystem::copy(kSamples + "/地形/青藏高原.png", m_Data.below("copies/青藏高原.png"));
+        m_Store.addCompany("other");
+        import(disk, "disk", "LUMO");
+        import(m_Data.below("foreign"), "foreign", "other");
+    }
+
+    void import(const std::string& folder, const std::string& disk, const std::string& company)
+    {
+        centre::ImportOptions options;
+        options.folder = folder;
+        options.diskName = disk;
+        options.companyNo = company;
+        centre::importTree(m_Store, options, [](const std::string& problem) { ADD_FAILURE() << problem; });
+    }
+
+    void importAgain() { import(m_Data.below("disk"), "disk", "LUMO"); }
+
+    void serve()
+    {
+        centre::ServeOptions options;
+        options.copyRoots = {m_Data.below("copies")};
+        m_Centre = std::make_unique<centre::Centre>(m_Data.path(), options);
+        m_Channel = channelTo(m_Centre->address(), m_Data.token());
+        m_Root = m_Centre->copyRoots().front();
+    }
+
+    std::string id(const std::string& place) { return std::to_string(catalogueOf(m_Store).at(place)); }
+
+    /// `told` also gets what the centre wrote to standard error.
+    std::string ask(const std::string& operation, const std::string& request)
+    {
+        testing::internal::CaptureStderr();
+        const std::string answer = ::ask(*m_Channel, operation, request);
+        m_Told = testing::internal::GetCapturedStderr();
+        return answer;
+    }
+
+    void makeFile(const std::string& name, const std::string& bytes)
+    {
+        m_Data.makeFile(name);
+        std::ofstream(m_Data.below(name), std::ios::binary) << bytes;
+    }
+
+    DataFolder m_Data;
+    centre::Store m_Store{m_Data.path()};
+    std::unique_ptr<centre::Centre> m_Centre;
+    boost::shared_ptr<wirecall::RpcChannel> m_Channel;
+    std::string m_Root;
+    std::string m_Told;
+};
+
+TEST_F(Forge, MakesFoldersOnTheDiskAndInTheCatalogueOrNowhere)
+{
+    const std::string remote = std::to_string(m_Store.addDisk("remote", "/no/such/root", "LUMO"));
+    serve();
+    const std::string top = id("disk/");
+    const std::string parent = "second_id: " + top + " folder_path: ";
+    EXPECT_EQ(ask("CreateFolder", "first_id: 1 " + parent + "'新/b'"), "folder_id: " + id("disk/新/b/"));
+    EXPECT_TRUE(std::filesystem::is_directory(m_Data.below("disk/新/b")));
+    EXPECT_EQ(ask("CreateFolder", parent + "'新/b'"), "folder_id: " + id("disk/新/b/"));
+    EXPECT_EQ(ask("CreateFolder", parent + "'新/c'"), "folder_id: " + id("disk/新/c/"));
+    EXPECT_EQ(ask("CreateFolder", "second_id: " + remote + " folder_path: 'a'"),
+              "folder_id: " + id("remote/a/"));
+
+    std::filesystem::create_symlink("/tmp", m_Data.below("disk/link"));
+    const std::size_t places = catalogueOf(m_Store).size();
+    const std::pair<std::string, std::string> refused[] = {
+        {parent + "''", "has no name"},
+        {parent + "'..'", "not a name of a file or folder: .."},
+        {parent + "'a/../b'", "not a name"},
+        {parent + "'/a'", "not a name"},
+        {parent + "'a/'", "not a name"},
+        {parent + "'a\\000'", "not a name"},
+        {parent + "'" + std::string(300, 'x') + "'", "not a name"},
+        {parent + "'link/a'", "link"},
+        {parent + "'imagery/east-asia.jpg/a'", "Not a directory"},
+        {"first_id: 2 " + parent + "'a'", "disk 2 is not of the company"},
+        {"first_id: 3 " + parent + "'a'", "is on disk 1, not on disk 3"},
+        {"second_id: 9999 folder_path: 'a'", "there is no folder 9999"},
+        {"second_id: " + id("foreign/") + " folder_path: 'a'", "is not of the company of user demo"},
+    };
+    for (const auto& [request, reason] : refused) {
+        EXPECT_THAT(ask("CreateFolder", request), AllOf(testing::StartsWith("failed: "), HasSubstr(reason)));
+        EXPECT_THAT(m_Told, AllOf(HasSubstr("CreateFolder: "), HasSubstr(reason)));
+    }
+    EXPECT_EQ(catalogueOf(m_Store).size(), places);
+    m_Channel = channelTo(m_Centre->address(), m_Store.addUser("reader", "LUMO", false));
+    EXPECT_THAT(ask("CreateFolder", parent + "'d'"), HasSubstr("user reader may only read"));
+}
+
+TEST_F(Forge, CopiesFilesInAndOut)
+{
+    serve();
+    const std::string source = "src_file: '" + m_Root + "/青藏高原.png'";
+    const std::string top = " target_a: 1 target_b: " + id("disk/");
+    EXPECT_EQ(ask("FileCopyToDb", source + top + " relative_path: 'x/y'"), "copy_result: true");
+    EXPECT_EQ(content(m_Data.below("disk/x/y/青藏高原.png")), content(kSamples + "/地形/青藏高原.png"));
+    const std::string file = id("disk/x/y/青藏高原.png");
+    EXPECT_THAT(ask("FileCopyToDb", source + top + " relative_path: 'x/y'"),
+                AllOf(HasSubstr("copy_result: false"), HasSubstr("is there already")));
+    makeFile("copies/青藏高原.png", "new");
+    EXPECT_EQ(ask("FileCopyToDb", source + top + " relative_path: 'x/y' copy_flag: true"),
+              "copy_result: true");
+    EXPECT_EQ(content(m_Data.below("disk/x/y/青藏高原.png")), "new");
+    EXPECT_EQ(id("disk/x/y/青藏高原.png"), file);
+
+    const std::string out = "source_id: " + file + " dist_path: '" + m_Root;
+    EXPECT_EQ(ask("FileCopyFromDb", out + "/folder'"), "copy_result: true");
+    EXPECT_EQ(content(m_Data.below("copies/folder/青藏高原.png")), "new");
+    EXPECT_EQ(ask("FileCopyFromDb", out + "/folder/named'"), "copy_result: true");
+    EXPECT_EQ(ask("FileCopyFromDb", out + "/folder/named' copy_flag: true"), "copy_result: true");
+
+    std::filesystem::create_symlink("/etc/passwd", m_Data.below("copies/link"));
+    std::filesystem::create_directory_symlink("/etc", m_Data.below("copies/etc"));
+    const auto in = [&top](const std::string& path) { return "src_file: '" + path + "'" + top; };
+    const struct
+    {
+        std::string operation;
+        std::string request;
+        std::string reason;
+    } refused[] = {
+        {"FileCopyToDb", in("/etc/passwd"),
+         "lies in no folder that the centre copies from and to; those are"},
+        {"FileCopyToDb", in(m_Root + "/../disk/imagery/east-asia.jpg"), "lies in no folder"},
+        {"FileCopyToDb", in(m_Root + "more/a"), "lies in no folder"},
+        {"FileCopyToDb", in("青藏高原.png"), "lies in no folder"},
+        {"FileCopyToDb", in(m_Root), "is no file"},
+        {"FileCopyToDb", in(m_Root + "/link"), "link"},
+        {"FileCopyToDb", in(m_Root + "/etc/passwd"), "etc"},
+        {"FileCopyToDb", in(m_Root + "/folder"), "folder"},
+        {"FileCopyToDb", in(m_Root + "/none"), "No such file"},
+        {"FileCopyToDb", source + top + " relative_path: '../x'", "not a name"},
+        {"FileCopyToDb", source + " target_a: 2 target_b: 1", "disk 2 is not of the company"},
+        {"FileCopyToDb", source, "there is no folder 0"},
+        {"FileCopyFromDb", out + "/folder/named'", "named is there already and is not to be overwritten"},
+        {"FileCopyFromDb", out + "/none/named'", "No such file"},
+        {"FileCopyFromDb", out + "/etc/named'", "etc"},
+        {"FileCopyFromDb", "source_id: " + file + " dist_path: '/etc/named'", "lies in no folder"},
+        {"FileCopyFromDb", "source_id: 9999 dist_path: '" + m_Root + "/a'", "there is no file 9999"},
+        {"FileCopyFromDb", "source_id: " + id("foreign/file") + " dist_path: '" + m_Root + "/a'",
+         "is not of the company of user demo"},
+    };
+    for (const auto& each : refused)
+        EXPECT_THAT(ask(each.operation, each.request),
+                    AllOf(HasSubstr("copy_result: false error_text: "), HasSubstr(each.reason)))
+            << each.request;
+    m_Channel = channelTo(m_Centre->address(), m_Store.addUser("reader", "LUMO", false));
+    for (const auto& [operation, request] :
+         {std::pair<std::string, std::string>("FileCopyToDb", source + top), {"FileCopyFromDb", out + "/a'"}})
+        EXPECT_THAT(ask(operation, request), HasSubstr("user reader may only read"));
+    centre::ServeOptions options;
+    for (const std::string& root : {m_Data.path(), m_Data.below(""), m_Data.below("none")}) {
+        options.copyRoots = {root};
+        EXPECT_THROW(centre::Centre(m_Data.path(), options), centre::Error) << root;
+    }
+}
+
+TEST_F(Forge, AnalysesImages)
+{
+    const std::string tif = content(kSamples + "/imagery/east-asia.tif");
+    const std::string jpg = content(kSamples + "/imagery/east-asia.jpg");
+    const std::string png = content(kSamples + "/地形/青藏高原.png");
+    const std::string start = "II*" + std::string("\0\x08\0\0\0", 5);
+    const std::pair<std::string, std::string> damaged[] = {
+        {"empty", ""},
+        {"text", "no image at all"},
+        {"cut.tif", tif.substr(0, tif.size() / 2)},
+        {"head.tif", tif.substr(0, 4)},
+        {"loop.tif", start + std::string("\xff\xff", 2) + std::string(4000, '\x08')},
+        {"cut.jpg", jpg.substr(0, jpg.size() / 2)},
+        {"head.jpg", jpg.substr(0, 8)},
+        {"cut.png", png.substr(0, png.size() / 2)},
+        {"wrong.png", png.substr(0, 60) + "xxxx" + png.substr(64)},
+    };
+    for (const auto& [name, bytes] : damaged)
+        makeFile("disk/damaged/" + name, bytes);
+    m_Data.makeFile("disk/gone");
+    ASSERT_EQ(::mkfifo(m_Data.below("disk/pipe").c_str(), 0600), 0);
+    std::filesystem::copy(kSamples + "/地形/青藏高原.png", m_Data.below("disk/gray.png"));
+    importAgain();
+    std::filesystem::remove(m_Data.below("disk/gone"));
+    std::filesystem::create_symlink("/etc/passwd", m_Data.below("disk/gone"));
+    m_Store.database().exec("INSERT INTO file(parent_id, name) VALUES (1, 'pipe')");
+    serve();
+    const auto main = [this](const std::string& place, const std::string& rest = "") {
+        return "img_name: 'N' main_file { ref_id: " + id(place) + " text: '" +
+               place.substr(place.rfind('/') + 1) + "' } " + rest;
+    };
+    const struct
+    {
+        const char* place;
+        const char* texts;
+    } images[] = {
+        {"disk/imagery/east-asia.tif",
+         "short_text: \"GTiff 320x180x3\" long_text: \"EPSG:4326 west 70 south 10 east 150 north 55\""},
+        {"disk/imagery/east-asia.jpg", "short_text: \"JPEG 640x360x3\""},
+        {"disk/gray.png", "short_text: \"PNG 256x128x1\""},
+    };
+    for (const auto& image : images) {
+        const std::string query = "file_id: " + id(image.place);
+        EXPECT_EQ(ask("AnalyzeImage", main(image.place)), "analyze_result: true");
+        EXPECT_THAT(ask("queryFileTableByFileId", query), testing::Not(HasSubstr("short_text")));
+        EXPECT_EQ(ask("AnalyzeImage", main(image.place, "analyze_flag: true")), "analyze_result: true");
+        EXPECT_THAT(ask("queryFileTableByFileId", query), HasSubstr(std::string(image.texts) + " }"));
+    }
+    for (const auto& [name, bytes] : damaged)
+        EXPECT_THAT(
+            ask("AnalyzeImage", main("disk/damaged/" + name)),
+            AllOf(HasSubstr("analyze_result: false"), HasSubstr("image N: main file "), HasSubstr(name)))
+            << name;
+    const std::string jpeg = "disk/imagery/east-asia.jpg";
+    const std::string other = "{ ref_id: " + id("disk/scenes/alos/summary.txt") + " }";
+    EXPECT_EQ(ask("AnalyzeImage", main(jpeg, "meta_file " + other + " attach_file " + other)),
+              "analyze_result: true");
+    const std::pair<std::string, std::string> refused[] = {
+        {"img_name: 'N'", "image N: it has no main file"},
+        {main("disk/gone"), "gone: Too many levels of symbolic links"},
+        {main("disk/pipe"), "pipe is no regular file"},
+        {main("foreign/file"), "is not of the company of user demo"},
+        {"main_file { ref_id: 9999 }", "there is no file 9999"},
+        {"main_file { ref_id: " + id(jpeg) + " text: 'b.jpg' }", "in the catalogue it is east-asia.jpg"},
+        {main(jpeg, "meta_file { ref_id: 9999 }"), "metadata file 9999"},
+        {main(jpeg, "attach_file { ref_id: " + id("disk/gone") + " }"), "attached file "},
+    };
+    for (const auto& [request, reason] : refused)
+        EXPECT_THAT(ask("AnalyzeImage", request),
+                    AllOf(HasSubstr("analyze_result: false error_text: "), HasSubstr(reason)));
+    EXPECT_EQ(ask("AnalyzeImages", ""), "");
+    EXPECT_THAT(ask("AnalyzeImages", "analyze_req { " + main(jpeg) + " } analyze_req { } analyze_req { " +
+                                         main("disk/gray.png") + " }"),
+                AllOf(testing::StartsWith("analyze_rsp { analyze_result: true } "
+                                          "analyze_rsp { analyze_result: false error_text: "),
+                      testing::EndsWith(" analyze_rsp { analyze_result: true }")));
+    m_Channel = channelTo(m_Centre->address(), m_Store.addUser("reader", "LUMO", false));
+    EXPECT_EQ(ask("AnalyzeImage", main(jpeg)), "analyze_result: true");
+    EXPECT_THAT(ask("AnalyzeImage", main(jpeg, "analyze_flag: true")),
+                HasSubstr("user reader may only read"));
+}
+
+TEST_F(Forge, ReadsMetadataOfScenes)
+{
+    const std::string spot6 = "SPOT6_MS_201305180300123_ORT_1";
+    const std::string dim = content(kSamples + "/scenes/spot5/metadata.dim");
+    const std::string entity = "<!DOCTYPE a [<!ENTITY x SYSTEM \"file:///etc/passwd\">]>";
+    const struct
+    {
+        const char* operation;
+        const char* name;
+        std::string bytes;
+        const char* reason;
+    } damaged[] = {
+        {"Spot5FromDim", "cut.dim", dim.substr(0, dim.size() / 2), "damaged XML at byte "},
+        {"Spot5FromDim", "entity.dim", entity + dim.substr(dim.find("<Dimap")), "declares entities"},
+        {"Spot5FromDim", "other.dim", "<other/>", "no DIMAP document"},
+        {"Spot5FromDim", "nameless.dim", "<Dimap_Document/>", "has no Dataset_Id/DATASET_NAME"},
+        {"Spot6FromDim", "five.XML", dim, "has no Dataset_Identification/DATASET_NAME"},
+        {"Spot6FromDim", "empty.XML", "", "damaged XML"},
+        {"AlosFromSummary", "summary1.txt", "Scs_SceneID=ALPS", "key=\"value\", not Scs_SceneID=ALPS"},
+        {"AlosFromSummary", "summary2.txt", "a=\"b\"\n", "no Scs_SceneID"},
+        {"AlosFromSummary", "summary3.txt", "a=\"\xff\"", "no text in UTF-8"},
+        {"AdsFromSup", "a.sup", "SENSOR_TYPE ADS80", "no IMAGE_ID"},
+        {"AdsFromSup", "b.sup", std::string("IMAGE_ID a\0b", 12), "no text in UTF-8"},
+    };
+    for (const auto& each : damaged)
+        makeFile(std::string("disk/damaged/") + each.name, each.bytes);
+    m_Data.makeFile("disk/damaged/large.dim");
+    std::filesystem::resize_file(m_Data.below("disk/damaged/large.dim"), std::uintmax_t(1) << 34);
+    makeFile("disk/damaged/a.sup.txt", "image_id:\tA\r\n\r\nDate_Time = 2026-01-31\r\nLINES\r\n");
+    importAgain();
+    serve();
+    const auto read = [this](const std::string& operation, const std::string& place) {
+        return ask(operation, "image_id: " + id(place));
+    };
+    EXPECT_EQ(read("Spot5FromDim", "disk/scenes/spot5/metadata.dim"),
+              "sat_name: \"SCENE 5 271-266 26/01/31 03:10:35 2 J\" main_file: \"imagery.tif\""
+              " meta_file: \"metadata.dim\" sat_result: true");
+    EXPECT_EQ(read("Spot6FromDim", "disk/scenes/spot6/DIM_" + spot6 + ".XML"),
+              "sat_name: \"DS_SPOT6_201305180300123_FR1_FR1_E100N34_01234\" main_file: \"IMG_" + spot6 +
+                  ".TIF\" meta_file: \"DIM_" + spot6 + ".XML\" meta_file: \"RPC_" + spot6 +
+                  ".XML\" sat_result: true");
+    EXPECT_EQ(read("AlosFromSummary", "disk/scenes/alos/summary.txt"),
+              "sat_name: \"ALPSMW162762790\" main_file: \"IMG-ALPSMW162762790-O1B2R_UW\""
+              " meta_file: \"summary.txt\" meta_file: \"VOL-ALPSMW162762790-O1B2R_UW\""
+              " meta_file: \"LED-ALPSMW162762790-O1B2R_UW\" sat_result: true");
+    EXPECT_EQ(read("AdsFromSup", "disk/scenes/ads/L0_201605120932_PANF28A.sup"),
+              "ads_text1: \"L0_201605120932_PANF28A\" ads_text2: \"ADS80\""
+              " ads_text3: \"L0_201605120932_PANF28A.tif\" ads_text4: \"201605120932.odf\""
+              " ads_text5: \"PANF28A.cam\" ads_text6: \"2016-05-12 09:32:10\" ads_result: true");
+    EXPECT_EQ(read("AdsFromSup", "disk/damaged/a.sup.txt"),
+              "ads_text1: \"A\" ads_text2: \"\" ads_text3: \"\" ads_text4: \"\" ads_text5: \"\""
+              " ads_text6: \"2026-01-31\" ads_result: true");
+    for (const auto& each : damaged) {
+        EXPECT_THAT(read(each.operation, std::string("disk/damaged/") + each.name),
+                    testing::AnyOf("sat_result: false", "ads_result: false"))
+            << each.name;
+        EXPECT_THAT(m_Told, AllOf(HasSubstr(each.operation), HasSubstr(each.reason)));
+    }
+    EXPECT_EQ(read("Spot5FromDim", "disk/damaged/large.dim"), "sat_result: false");
+    EXPECT_THAT(m_Told, HasSubstr("17179869184 bytes; 16777216 are read at most"));
+    EXPECT_EQ(read("Spot5FromDim", "foreign/file"), "sat_result: false");
+    EXPECT_THAT(m_Told, HasSubstr("is not of the company of user demo"));
+    EXPECT_EQ(ask("AlosFromSummary", "image_id: 9999"), "sat_result: false");
+}
+
+TEST(SceneMetadata, OfAnyDepthIsRead)
+{
+    std::string deep = "<Dimap_Document>";
+    for (int i = 0; i < 1000000; ++i)
+        deep += "<a>";
+    EXPECT_THROW(centre::readSpot5Dim(deep), centre::Error);
+    for (int i = 0; i < 1000000; ++i)
+        deep += "</a>";
+    deep += "<Dataset_Id><DATASET_NAME>n</DATASET_NAME></Dataset_Id></Dimap_Document>";
+    EXPECT_EQ(centre::readSpot5Dim(deep).name, "n");
+}
+
+TEST_F(Forge, IsFaulted)
+{
+    centre::ServeOptions options;
+    options.faults = {"AnalyzeImage@1=refuse", "CreateFolder=refuse", "addDataFile=result:-7"};
+    m_Centre = std::make_unique<centre::Centre>(m_Data.path(), options);
+    m_Channel = channelTo(m_Centre->address(), m_Data.token());
+    EXPECT_EQ(ask("AnalyzeImage", ""), "failed: refused by a fault switch");
+    EXPECT_THAT(ask("AnalyzeImage", ""), HasSubstr("analyze_result: false"));
+    EXPECT_EQ(ask("CreateFolder", ""), "failed: refused by a fault switch");
+    EXPECT_EQ(ask("addDataFile", ""), "result: -7");
+    m_Centre->stop();
+    options.faults = {"AnalyzeImage=result:-1"};
+    expectError(centre::ExitCode::WrongUse, "AnalyzeImage has no result to fault",
+                [&] { centre::Centre(m_Data.path(), options); });
+}
+
+} // namespace
