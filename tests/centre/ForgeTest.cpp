@@ -84,12 +84,17 @@ TEST_F(Forge, MakesFoldersOnTheDiskAndInTheCatalogueOrNowhere)
     serve();
     const std::string top = id("disk/");
     const std::string parent = "second_id: " + top + " folder_path: ";
-    EXPECT_EQ(ask("CreateFolder", "first_id: 1 " + parent + "'新/b'"), "folder_id: " + id("disk/新/b/"));
+    const std::pair<std::string, std::string> made[] = {
+        {"first_id: 1 " + parent + "'新/b'", "disk/新/b/"},
+        {parent + "'新/b'", "disk/新/b/"},
+        {parent + "'新/c'", "disk/新/c/"},
+        {"second_id: " + remote + " folder_path: 'a'", "remote/a/"},
+    };
+    for (const auto& [request, place] : made) {
+        const std::string answer = ask("CreateFolder", request);
+        EXPECT_EQ(answer, "folder_id: " + id(place));
+    }
     EXPECT_TRUE(std::filesystem::is_directory(m_Data.below("disk/新/b")));
-    EXPECT_EQ(ask("CreateFolder", parent + "'新/b'"), "folder_id: " + id("disk/新/b/"));
-    EXPECT_EQ(ask("CreateFolder", parent + "'新/c'"), "folder_id: " + id("disk/新/c/"));
-    EXPECT_EQ(ask("CreateFolder", "second_id: " + remote + " folder_path: 'a'"),
-              "folder_id: " + id("remote/a/"));
 
     std::filesystem::create_symlink("/tmp", m_Data.below("disk/link"));
     const std::size_t places = catalogueOf(m_Store).size();
