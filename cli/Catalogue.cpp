@@ -324,6 +324,22 @@ Found Catalogue::find(const Place& place)
     return place.kind == Place::Kind::Path ? findPath(place) : findIdentifier(place);
 }
 
+FoundPart Catalogue::findWithMissing(Place place)
+{
+    std::string names;
+    for (;;) {
+        try {
+            return {find(place), names};
+        } catch (const Failure& failure) {
+            if (failure.code() != ExitCode::PlaceNotFound || place.components.size() < 2) {
+                throw;
+            }
+        }
+        names = place.components.back() + (names.empty() ? "" : "/" + names);
+        place.components.pop_back();
+    }
+}
+
 Found Catalogue::findIdentifier(const Place& place)
 {
     Found found;

@@ -63,6 +63,13 @@ struct Found
     File file{};
 };
 
+/// As much of a path as there is.
+struct FoundPart
+{
+    Found found;
+    std::string names; ///< of the folders that are missing, with '/' between them
+};
+
 /// The name of a disk, a folder or a file.
 const Text& nameOf(const Found& found);
 /// Kind and identifier of a disk, a folder or a file, as the library takes them.
@@ -77,6 +84,8 @@ public:
 
     /// The record of a place; throws Failure (PlaceNotFound).
     Found find(const Place& place);
+    /// The same, but for folders at the end of a path that are not there; its disk must be.
+    FoundPart findWithMissing(Place place);
 
     std::vector<Disk> disks();
     /// Folders, by name.

@@ -131,4 +131,53 @@ void Program::addMarks()
     explain(unlink, kKindHelp);
 }
 
+void Program::addAnalysis()
+{
+    CLI::App* const command = add("analyze", "Have the centre analyse images", [this] {
+        m_Analysis.timeout = parseTimeout(m_Options.timeout);
+        return analyzeFiles(m_Analysis);
+    });
+    takes(command, "FILE", m_Analysis.places, "Files of the catalogue, each an image");
+    command->add_option("--sensor", m_Analysis.sensor, "The sensor that made them")->option_text("NAME");
+    command->add_flag("--note", m_Analysis.note, "Note what is found in the files' records")
+        ->option_text(" ");
+    explain(command, "FILE is a path such as /disk/folder/file or an identifier such as file:33.\n"
+                     "--timeout is the limit for all of them together.");
+}
+
+void Program::addCopies()
+{
+    const auto addCopy = [this](const char* name, const char* description,
+                                Action (*copy)(const CopyRequest& request)) {
+        CLI::App* const command = add(name, description, [this, copy] {
+            m_Copy.timeout = parseTimeout(m_Options.timeout);
+            return copy(m_Copy);
+        });
+        command->add_flag("--overwrite", m_Copy.overwrite, "Replace a file that exists at the target")
+            ->option_text(" ");
+        explain(command, kPlaceHelp);
+        return command;
+    };
+    CLI::App* const in = addCopy("copy-in", "Have the centre copy a file of its machine to a place", copyIn);
+    takes(in, "SRC", m_Copy.source, "The file's path on the centre's machine");
+    takes(in, "PLACE", m_Copy.target, "The disk or the folder to copy it to");
+    in->add_flag("--parents", m_Copy.parents, "Make the folders of PLACE that are missing")->option_text(" ");
+    CLI::App* const out =
+        addCopy("copy-out", "Have the centre copy the file of a place to a path of its machine", copyOut);
+    takes(out, "PLACE", m_Copy.source, "A file of the catalogue");
+    takes(out, "DIST", m_Copy.target, "The folder or the new file on the centre's machine");
+}
+
+void Program::addMetadata()
+{
+    CLI::App* const command = add("metadata", "Show what the metadata file of a scene tells",
+                                  [this] { return showSceneMetadata(m_Kind, m_Place); });
+    command->add_option("FORMAT", m_Kind, "spot5, spot6, alos or ads")
+        ->option_text(" ")
+        ->required()
+        ->check(CLI::IsMember({"spot5", "spot6", "alos", "ads"}));
+    takes(command, "ID", m_Place, "The metadata file: its identifier, or its place");
+    explain(command, kPlaceHelp);
+}
+
 } // namespace cli

@@ -121,6 +121,35 @@ Action listCommentTexts(const std::string& content);
 /// The folders and files of a project that bear a comment.
 Action listCommentedPlaces(const std::string& project, const std::string& comment);
 
+// Having the centre work. Whoever waits for an answer that comes later does so for `timeout` milliseconds, 0
+// for no limit.
+
+struct AnalysisRequest
+{
+    std::vector<std::string> places; ///< of files
+    std::string sensor;
+    bool note = false; ///< what is found goes into the records of the files
+    unsigned int timeout = 0;
+};
+Action analyzeFiles(const AnalysisRequest& request);
+
+struct CopyRequest
+{
+    std::string source;
+    std::string target;
+    bool overwrite = false;
+    bool parents = false; ///< makes folders of the catalogue that are missing
+    unsigned int timeout = 0;
+};
+/// A file of the centre's machine to a place.
+Action copyIn(const CopyRequest& request);
+/// The file of a place to a path of the centre's machine.
+Action copyOut(const CopyRequest& request);
+
+/// What the centre reads in the metadata file of a scene; `format` is spot5, spot6, alos or ads, `file` a
+/// place or an identifier alone.
+Action showSceneMetadata(const std::string& format, const std::string& file);
+
 // Moving files. What the user typed is checked on the local side first, before there is a connection;
 // the action that is returned moves the files and throws Failure (TransferFailed) unless all arrived.
 

@@ -132,7 +132,43 @@ void Journal::take(const std::string& entry)
     if (!transfer.empty()) {
         m_ClientTransfers[std::this_thread::get_id()] = transfer;
     }
+    listen(entry);
     write(entry);
+}
+
+void Journal::listen(const std::string& entry)
+{
+    if (m_Expected.empty()) {
+        return;
+    }
+    const std::string message = messageOf(entry);
+    const std::string error = m_Expected + " Error : ";
+    if (message == "Leave Function : " + m_Expected) {
+        m_Answer.ended = true;
+        m_Answered.notify_all();
+    } else if (message.compare(0, error.size(), error) == 0) {
+        m_Answer.errors.push_back(message.substr(error.size()));
+    }
+}
+
+void Journal::expect(const std::string& word)
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    m_Expected = word;
+    m_Answer = {};
+}
+
+LaterAnswer Journal::await(unsigned int timeout)
+{
+    std::unique_lock<std::mutex> lock(m_Mutex);
+    const auto ended = [this] { return m_Answer.ended; };
+    if (timeout == 0) {
+        m_Answered.wait(lock, ended);
+    } else {
+        m_Answered.wait_for(lock, std::chrono::milliseconds(timeout), ended);
+    }
+    m_Expected.clear();
+    return m_Answer;
 }
 
 void Journal::takeStatus(int level, const std::string& line)

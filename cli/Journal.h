@@ -36,6 +36,13 @@ Reason reasonOf(const std::string& entry);
 /// The identifier that the bulk transfer client gave a transfer, from an entry that tells it; else empty.
 std::string clientTransferOf(const std::string& entry);
 
+/// What the log has told of a call that returned at once.
+struct LaterAnswer
+{
+    bool ended = false;
+    std::vector<std::string> errors; ///< UTF-8, in the order of the log
+};
+
 /// Takes the library's log while it lives: keeps the last reason of each thread and passes the entries on to
 /// a file.
 class Journal
@@ -57,7 +64,13 @@ public:
     /// waits for it a moment. Empty when it does not come.
     std::string clientReason(const std::string& clientTransfer);
 
+    /// From now on listens for the end of one call whose lines in the log bear this word.
+    void expect(const std::string& word);
+    /// Waits for that end up to so many milliseconds; 0 for no limit.
+    LaterAnswer await(unsigned int timeout);
+
 private:
+    void listen(const std::string& entry);
     void take(const std::string& entry);
     void takeStatus(int level, const std::string& line);
     void write(const std::string& entry);
@@ -69,6 +82,9 @@ private:
     std::map<std::thread::id, std::string> m_ClientTransfers;
     std::vector<std::string> m_ClientFailures;
     std::condition_variable m_ClientFailed;
+    std::string m_Expected;
+    LaterAnswer m_Answer;
+    std::condition_variable m_Answered;
 };
 
 } // namespace cli

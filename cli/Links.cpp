@@ -21,45 +21,10 @@ Place parseLinked(const std::string& text)
     return place;
 }
 
-std::optional<Found> findIfThere(Catalogue& catalogue, const Place& place)
+unsigned int madeFolder(Session& session, const FoundPart& missing)
 {
-    try {
-        return catalogue.find(place);
-    } catch (const Failure& failure) {
-        if (failure.code() != ExitCode::PlaceNotFound) {
-            throw;
-        }
-        return {};
-    }
-}
-
-/// The folder in which the new ones of a path are to be made, and their names.
-struct NewFolders
-{
-    Found parent;
-    std::string names;
-    std::size_t count = 0;
-};
-
-NewFolders missingOf(Catalogue& catalogue, Place place)
-{
-    NewFolders missing;
-    std::optional<Found> found = findIfThere(catalogue, place);
-    while (!found && place.components.size() > 1) {
-        missing.names = place.components.back() + (missing.count == 0 ? "" : "/" + missing.names);
-        ++missing.count;
-        place.components.pop_back();
-        found = findIfThere(catalogue, place);
-    }
-    // A disk is not made, and what is in the way says what it is.
-    missing.parent = found ? *found : catalogue.find(place);
-    return missing;
-}
-
-unsigned int madeFolder(Session& session, const NewFolders& missing)
-{
-    const auto disk = session.catalogue.diskOf(missing.parent);
-    const unsigned int parent = session.catalogue.folderOf(missing.parent);
+    const auto disk = session.catalogue.diskOf(missing.found);
+    const unsigned int parent = session.catalogue.folderOf(missing.found);
     if (!disk) {
         throw Failure(ExitCode::PlaceNotFound, "the folder's disk is not there");
     }
@@ -121,19 +86,19 @@ Action makeFolder(const std::string& placeText, bool parents)
                       "'" + placeText + "' names no new folder: write its path, as in /disk/folder");
     }
     return [placeText, place, parents](Session& session) {
-        const NewFolders missing = missingOf(session.catalogue, place);
-        if (missing.count == 0 && (!parents || missing.parent.kind == Place::Kind::File)) {
+        const FoundPart missing = session.catalogue.findWithMissing(place);
+        if (missing.names.empty() && (!parents || missing.found.kind == Place::Kind::File)) {
             throw Failure(ExitCode::WrongUse, "'" + placeText + "' is there already");
         }
-        if (missing.parent.kind == Place::Kind::File) {
+        if (missing.found.kind == Place::Kind::File) {
             throw Failure(ExitCode::PlaceNotFound, "a file stands in the way of '" + placeText + "'");
         }
-        if (missing.count > 1 && !parents) {
+        if (missing.names.find('/') != std::string::npos && !parents) {
             throw Failure(ExitCode::PlaceNotFound,
                           "the folder of '" + placeText + "' is not there; --parents makes it, too");
         }
         const unsigned int id =
-            missing.count == 0 ? missing.parent.folder.folderID : madeFolder(session, missing);
+            missing.names.empty() ? missing.found.folder.folderID : madeFolder(session, missing);
         print(session.json ? jsonText({{"folderID", id}}) : identifierText("folder", id) + "\n");
     };
 }

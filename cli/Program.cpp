@@ -38,6 +38,19 @@ std::string wholeNumber(const std::string& text)
                : "'" + text + "' is no whole number";
 }
 
+std::string commandList(const CLI::App& app)
+{
+    std::string list;
+    const auto commands = app.get_subcommands([](const CLI::App*) { return true; });
+    for (const CLI::App* const command : commands) {
+        if (!list.empty()) {
+            list += command == commands.back() ? " and " : ", ";
+        }
+        list += command->get_name();
+    }
+    return list;
+}
+
 } // namespace
 
 Program::Program() : m_App("lumo: the catalogues of a geospatial data centre, and its files", "lumo")
@@ -55,6 +68,9 @@ Program::Program() : m_App("lumo: the catalogues of a geospatial data centre, an
     addRegister();
     addComments();
     addMarks();
+    addAnalysis();
+    addCopies();
+    addMetadata();
     addLookups();
 }
 
@@ -286,39 +302,26 @@ void Program::addLookups()
         ->required();
 }
 
-std::string Program::commandList() const
-{
-    std::string list;
-    const auto commands = m_App.get_subcommands([](const CLI::App*) { return true; });
-    for (const CLI::App* const command : commands) {
-        if (!list.empty()) {
-            list += command == commands.back() ? " and " : ", ";
-        }
-        list += command->get_name();
-    }
-    return list;
-}
-
 Failure Program::wrongUse(const CLI::ParseError& error) const
 {
-    const auto chosen = m_App.get_subcommands();
-    const auto extras = m_App.remaining(true);
-    std::string help = "lumo ";
-    for (auto level = chosen; !level.empty(); level = level.front()->get_subcommands()) {
-        help += level.front()->get_name() + " ";
+    const CLI::App* command = &m_App;
+    std::string typed = "lumo";
+    for (auto chosen = m_App.get_subcommands(); !chosen.empty(); chosen = command->get_subcommands()) {
+        command = chosen.front();
+        typed += " " + command->get_name();
     }
-    help += "--help";
+    const bool group = !command->get_subcommands([](const CLI::App*) { return true; }).empty();
+    const auto extras = m_App.remaining(true);
     std::string message = error.what();
     if (!extras.empty() && extras.front().rfind('-', 0) == 0) {
         message = "there is no option '" + extras.front() + "'";
-    } else if (!extras.empty() && !chosen.empty()) {
+    } else if (!extras.empty() && !group) {
         message = "'" + extras.front() + "' is one argument too many";
-    } else if (chosen.empty() &&
-               (!extras.empty() || dynamic_cast<const CLI::RequiredError*>(&error) != nullptr)) {
+    } else if (group && (!extras.empty() || dynamic_cast<const CLI::RequiredError*>(&error) != nullptr)) {
         message = extras.empty() ? "which command?" : "there is no command '" + extras.front() + "';";
-        message += " the commands are " + commandList();
+        message += " the commands are " + commandList(*command);
     }
-    return {ExitCode::WrongUse, message + " (see '" + help + "')"};
+    return {ExitCode::WrongUse, message + " (see '" + typed + " --help')"};
 }
 
 Action Program::parse(int argc, const char* const* argv)

@@ -49,12 +49,14 @@ private:
     void addRegister();
     void addComments();
     void addMarks();
+    void addAnalysis();
+    void addCopies();
+    void addMetadata();
     /// What comments and marks have in common.
     CLI::App* addCommentTable(const char* name, const char* description, CommentTable table);
     void addTransfers();
     void addPackage(const char* name, const char* description, Product::Kind kind, const char* number);
     Failure wrongUse(const CLI::ParseError& error) const;
-    std::string commandList() const;
 
     CLI::App m_App;
     Options m_Options;
@@ -73,6 +75,8 @@ private:
     SearchRequest m_Search;
     std::vector<std::string> m_Arguments;
     std::string m_Folder;
+    AnalysisRequest m_Analysis;
+    CopyRequest m_Copy;
     bool m_Keep = false;
     std::string m_Program;
     std::string m_Module;

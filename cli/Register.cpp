@@ -86,6 +86,16 @@ std::vector<NewRecord> readRecords(const std::string& path)
     return records;
 }
 
+/// The whole text: a project belongs to the user's company unless it says otherwise.
+QString textFor(const Session& session, ENUM_DATA_TYPE kind, const std::string& text)
+{
+    const bool told = ("," + text).find(",companyID='") != std::string::npos;
+    const std::string company = kind == DATA_TYPE_DATA && !told
+                                    ? ",companyID='" + std::to_string(session.manager.companyID()) + "'"
+                                    : std::string();
+    return QString::fromStdString(text + company);
+}
+
 using Records = std::vector<NewRecord>::const_iterator;
 
 /// Registers the records of a file, batch after batch.
@@ -112,7 +122,7 @@ private:
     {
         QStringList texts;
         for (auto record = begin; record != end; ++record) {
-            texts.append(QString::fromStdString(record->text));
+            texts.append(textFor(m_Session, m_Kind, record->text));
         }
         QList<unsigned int> ids;
         m_Session.journal.forget();
@@ -136,7 +146,7 @@ private:
     void registerOne(Records record)
     {
         m_Session.journal.forget();
-        const unsigned int id = m_Session.manager.addImage(m_Kind, QString::fromStdString(record->text));
+        const unsigned int id = m_Session.manager.addImage(m_Kind, textFor(m_Session, m_Kind, record->text));
         if (id != kNone) {
             m_Report.registered(record->line, id);
             return;
@@ -183,7 +193,7 @@ Action registerRecord(const std::string& kindWord, const std::vector<std::string
     }
     return [&kind, text = text.text()](Session& session) {
         session.journal.forget();
-        const unsigned int id = session.manager.addImage(kind.number, QString::fromStdString(text));
+        const unsigned int id = session.manager.addImage(kind.number, textFor(session, kind.number, text));
         const Reason reason = session.journal.lastReason();
         if (id == kNone && reason.kind == Reason::Kind::KeyMissing) {
             refuse("a " + std::string(kind.word) + " needs more: " + describe(reason));
