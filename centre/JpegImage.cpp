@@ -5,7 +5,7 @@
 
 #include <jpeglib.h>
 
-#include <memory>
+#include <jerror.h>
 
 namespace centre {
 
@@ -26,14 +26,16 @@ struct Errors
     std::longjmp(errors->place, 1);
 }
 
-/// A warning says that data is damaged or missing.
-void leaveAtWarning(j_common_ptr image, int level)
+/// Of the warnings these say that data is damaged or missing.
+void leaveAtLoss(j_common_ptr image, int level)
 {
-    if (level < 0)
+    const int code = image->err->msg_code;
+    if (level < 0 && (code == JWRN_JPEG_EOF || code == JWRN_HIT_MARKER || code == JWRN_HUFF_BAD_CODE ||
+                      code == JWRN_MUST_RESYNC))
         leave(image);
 }
 
-/// Reads an image at an eighth of its size, whose memory is `row` where it has one.
+/// Reads an image at an eighth of its size. False when it was left, with the reason in `errors`.
 bool readAll(jpeg_decompress_struct& image, Errors& errors, std::FILE* file)
 {
     if (setjmp(errors.place) != 0)
@@ -63,7 +65,7 @@ ImageFacts readJpeg(std::FILE* file)
     jpeg_decompress_struct image = {};
     image.err = jpeg_std_error(&errors.manager);
     errors.manager.error_exit = leave;
-    errors.manager.emit_message = leaveAtWarning;
+    errors.manager.emit_message = leaveAtLoss;
     const bool whole = readAll(image, errors, file);
     const ImageFacts facts{"JPEG", image.image_width, image.image_height,
                            static_cast<std::uint32_t>(image.num_components), std::nullopt};

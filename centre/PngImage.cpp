@@ -5,8 +5,6 @@
 
 #include <png.h>
 
-#include <memory>
-
 namespace centre {
 
 namespace {

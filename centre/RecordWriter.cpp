@@ -308,7 +308,7 @@ void RecordWriter::addMarks(const RecordKind& kind, std::uint32_t id, const std:
     if (!m_AddMark)
         m_AddMark.emplace(m_Database, "INSERT OR IGNORE INTO image_mark VALUES (?, ?, ?)");
     for (std::size_t start = 0; start < marks.size();) {
-        const std::size_t end = std::min(marks.find(',', start), marks.size());
+        const std::size_t end = std::min(marks.find_first_of(", ", start), marks.size());
         const std::uint32_t mark = identifier("marks: each", marks.substr(start, end - start));
         requireImageComment(mark);
         const ResetAtEnd resetAtEnd(*m_AddMark);

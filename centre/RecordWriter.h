@@ -17,8 +17,8 @@
 namespace centre {
 
 /// A record as texts by their keys: those of its columns, `coordParam8`, which is another name for
-/// `coordExtra7`, `marks`, numbers with commas between them, and for a project `company`, a company's number.
-/// Numbers are decimal.
+/// `coordExtra7`, `marks`, numbers with a comma or a blank between them, and for a project `company`, a
+/// company's number. Numbers are decimal.
 using RecordTexts = std::vector<std::pair<std::string, std::string>>;
 
 /// What is made of a mark whose image comment is not there.

@@ -28,6 +28,12 @@ std::string trimmed(const std::string& text)
     return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
+void requireText(const std::string& text)
+{
+    if (!isUtf8(text) || text.find('\0') != std::string::npos)
+        throw refusal("the file is no text in UTF-8");
+}
+
 /// A DIMAP document. Entities of its own are refused: the format has none.
 class Dimap
 {
@@ -53,6 +59,7 @@ public:
             trimmed(m_Document.child("Dimap_Document").first_element_by_path(path).text().get());
         if (value.empty())
             throw refusal(std::string("the DIMAP document has no ") + path);
+        requireText(value);
         return value;
     }
 
@@ -72,12 +79,6 @@ public:
 private:
     pugi::xml_document m_Document;
 };
-
-void requireText(const std::string& text)
-{
-    if (!isUtf8(text) || text.find('\0') != std::string::npos)
-        throw refusal("the file is no text in UTF-8");
-}
 
 /// Calls `take` with each line that holds more than blanks.
 template <class Take>

@@ -55,12 +55,16 @@ Tiff open(bulkhaul::FileHandle file, std::string& error)
     return tiff;
 }
 
-/// The strips or tiles of the image must lie in the file, and the first and last be readable.
+/// The strips or tiles of the image must lie in the file, and the first and last be readable if they are not
+/// too large for that.
 void requireData(TIFF* tiff, std::uint64_t fileSize, const std::string& error)
 {
+    constexpr std::uint64_t kLeastOfPiece = 4; // bytes that tell where a piece is
     const bool tiled = TIFFIsTiled(tiff) != 0;
     const std::uint32_t pieces = tiled ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff);
     const tmsize_t size = tiled ? TIFFTileSize(tiff) : TIFFStripSize(tiff);
+    if (pieces == 0 || size <= 0 || pieces > fileSize / kLeastOfPiece)
+        throw refusal("damaged TIFF: pieces of no possible number or size");
     for (std::uint32_t i = 0; i < pieces; ++i) {
         const std::uint64_t offset = TIFFGetStrileOffset(tiff, i);
         const std::uint64_t bytes = TIFFGetStrileByteCount(tiff, i);
@@ -68,8 +72,10 @@ void requireData(TIFF* tiff, std::uint64_t fileSize, const std::string& error)
             throw refusal("cut short: piece " + std::to_string(i + 1) + " of " + std::to_string(pieces) +
                           " of its data lies beyond the file's end");
     }
-    if (pieces == 0 || size <= 0 || size > kMostMemory)
-        throw refusal("damaged TIFF: " + (error.empty() ? "pieces of no possible size" : error));
+    if (!error.empty())
+        throw refusal("damaged TIFF: " + error);
+    if (size > kMostMemory)
+        return;
     std::vector<char> data(static_cast<std::size_t>(size));
     for (const std::uint32_t i : {std::uint32_t(0), pieces - 1}) {
         if (TIFFGetStrileByteCount(tiff, i) == 0)

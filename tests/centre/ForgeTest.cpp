@@ -189,6 +189,25 @@ TEST_F(Forge, CopiesFilesInAndOut)
     }
 }
 
+/// A TIFF with these fields, tag and number.
+std::string tiffOf(const std::vector<std::pair<std::uint16_t, std::uint32_t>>& fields)
+{
+    std::string bytes = "II*" + std::string("\0\x08\0\0\0", 5);
+    const auto put = [&bytes](std::uint32_t value, int size) {
+        for (int i = 0; i < size; ++i)
+            bytes += static_cast<char>(value >> 8 * i);
+    };
+    put(static_cast<std::uint32_t>(fields.size()), 2);
+    for (const auto& [tag, value] : fields) {
+        put(tag, 2);
+        put(4, 2); // a number of 32 bits
+        put(1, 4);
+        put(value, 4);
+    }
+    put(0, 4);
+    return bytes;
+}
+
 TEST_F(Forge, AnalysesImages)
 {
     const std::string tif = content(kSamples + "/imagery/east-asia.tif");
@@ -201,6 +220,10 @@ TEST_F(Forge, AnalysesImages)
         {"cut.tif", tif.substr(0, tif.size() / 2)},
         {"head.tif", tif.substr(0, 4)},
         {"loop.tif", start + std::string("\xff\xff", 2) + std::string(4000, '\x08')},
+        {"manyPieces.tif",
+         tiffOf({{256, 1}, {257, 0xFFFFFFFF}, {258, 8}, {262, 1}, {273, 8}, {278, 1}, {279, 1}})},
+        {"noPixels.tif", tiffOf({{256, 0}, {257, 0}, {258, 8}, {262, 1}, {273, 8}, {279, 1}})},
+        {"farAway.tif", tiffOf({{256, 9}, {257, 9}, {258, 8}, {262, 1}, {273, 4000000000}, {279, 81}})},
         {"cut.jpg", jpg.substr(0, jpg.size() / 2)},
         {"head.jpg", jpg.substr(0, 8)},
         {"cut.png", png.substr(0, png.size() / 2)},

@@ -121,7 +121,8 @@ TEST_F(Registrations, MakeARecordOfEachKindThatQueriesSeeAtOnce)
                                    HasSubstr("datum: \"it\\'s\""), testing::Not(HasSubstr("image_id: 2"))));
     }
     EXPECT_EQ(ask(*m_Channel, "addCommentImage", "commentcontent: 'x'"), "result: 0 id: 1");
-    EXPECT_EQ(save(6, "typeID='16',mainFileID='1',marks='1'"), "result: 0 id: 3");
+    EXPECT_EQ(ask(*m_Channel, "addCommentImage", "commentcontent: 'y'"), "result: 0 id: 2");
+    EXPECT_EQ(save(6, "typeID='16',mainFileID='1',marks='2 1'"), "result: 0 id: 3");
     EXPECT_EQ(ask(*m_Channel, "queryDataSrcSatByProjectIDAndCommID", "project_id: 3 comm_id: 1"),
               "result: 0 datasrcsats { image_id: 3 main_file_id: 1 }");
 }
