@@ -47,19 +47,28 @@ public:
 
         grpc::ChannelArguments arguments;
         arguments.SetMaxReceiveMessageSize(-1);
-        m_Bare = ledgerserver::bare::LedgerServices::NewStub(
-            grpc::CreateCustomChannel(m_Centre->address(), grpc::InsecureChannelCredentials(), arguments));
+        m_BareChannel =
+            grpc::CreateCustomChannel(m_Centre->address(), grpc::InsecureChannelCredentials(), arguments);
+        m_Bare = ledgerserver::bare::LedgerServices::NewStub(m_BareChannel);
     }
 
     static CLumoDataMgr& manager() { return CLumoDataMgr::GetSingleTon(); }
+
+    const std::shared_ptr<grpc::Channel>& bareChannel() const { return m_BareChannel; }
+
+    /// Gives a bare call the time limit and the token that the library's have.
+    void authorize(grpc::ClientContext& context) const
+    {
+        context.set_deadline(std::chrono::system_clock::now() + std::chrono::milliseconds(kTimeout));
+        context.AddMetadata("authorization", "Bearer " + m_Token);
+    }
 
     template <class Request, class Response>
     bool bare(grpc::Status (BareStub::*operation)(grpc::ClientContext*, const Request&, Response*),
               const Request& request, Response& response) const
     {
         grpc::ClientContext context;
-        context.set_deadline(std::chrono::system_clock::now() + std::chrono::milliseconds(kTimeout));
-        context.AddMetadata("authorization", "Bearer " + m_Token);
+        authorize(context);
         return (m_Bare.get()->*operation)(&context, request, &response).ok();
     }
 
@@ -95,6 +104,7 @@ private:
     std::string m_Token;
     std::unique_ptr<centre::Centre> m_Centre;
     boost::shared_ptr<wirecall::RpcChannel> m_Channel;
+    std::shared_ptr<grpc::Channel> m_BareChannel;
     std::unique_ptr<BareStub> m_Bare;
 };
 
