@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <set>
@@ -37,11 +38,14 @@ struct NewRecord
 std::string readWhole(const std::string& path)
 {
     std::ifstream file(path == "-" ? "/dev/stdin" : path, std::ios::binary);
-    std::string text{std::istreambuf_iterator<char>(file), {}};
-    if (!file.is_open() || file.bad() || (text.empty() && file.fail() && errno == EISDIR)) {
+    if (!file) {
         refuse("can't read '" + path + "': " + std::strerror(errno));
     }
-    return text;
+    std::error_code ignored;
+    if (std::filesystem::is_directory(path, ignored)) {
+        refuse("can't read '" + path + "': it is a folder");
+    }
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 NewRecord recordOf(const std::vector<std::string>& names, const CsvRow& row, const std::string& path)

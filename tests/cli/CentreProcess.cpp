@@ -59,7 +59,8 @@ void CentreProcess::serve(const std::vector<std::string>& arguments)
     command.insert(command.end(), arguments.begin(), arguments.end());
     m_Process = std::make_unique<Process>(command);
     std::string line = m_Process->readLine();
-    while (line.find(": box ") != std::string::npos) {
+    // Its boxes and the folders it copies to come first.
+    while (!line.empty() && line.find(": serving ") == std::string::npos) {
         line = m_Process->readLine();
     }
     m_Address = line.substr(line.rfind(' ') + 1);
