@@ -55,7 +55,7 @@ protected:
 
     std::string id(const std::string& place) { return std::to_string(catalogueOf(m_Store).at(place)); }
 
-    /// `told` also gets what the centre wrote to standard error.
+    /// `m_Told` gets what the centre wrote to standard error.
     std::string ask(const std::string& operation, const std::string& request)
     {
         testing::internal::CaptureStderr();
