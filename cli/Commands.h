@@ -61,7 +61,9 @@ struct SearchRequest
 };
 Action searchImages(const SearchRequest& request, const RecordOptions& options);
 
-// Asking about boxes, areas and versions.
+// Asking about the caller, boxes, areas and versions.
+
+void showCaller(Session& session);
 
 /// A program or a module by its number.
 struct Product

@@ -62,6 +62,23 @@ void showVersion(Session& session, const Product& product, const std::string& ve
     print(session.json ? jsonText(record) : table.text());
 }
 
+void showCaller(Session& session)
+{
+    const unsigned int companyID = session.manager.companyID();
+    session.journal.forget();
+    const std::string companyNo = session.manager.getCompanyNo(companyID).toStdString();
+    if (companyNo.empty() && session.journal.lastReason().kind != Reason::Kind::None) {
+        requestFailed(session.journal);
+    }
+    const std::string user = session.manager.roleName().toStdString();
+    Table table({"", ""});
+    table.add({"User", shownText(user)});
+    table.add({"Company", shownText(companyNo)});
+    table.add({"Identifier", std::to_string(companyID)});
+    print(session.json ? jsonText({{"user", user}, {"companyNo", companyNo}, {"companyID", companyID}})
+                       : table.text());
+}
+
 void listBoxes(Session& session)
 {
     QMap<QString, QString> boxes;

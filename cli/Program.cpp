@@ -292,6 +292,7 @@ void Program::addLookups()
     versions->add_option("--program", m_Program, "The program's number")->option_text("NO");
     versions->add_option("--module", m_Module, "The module's number")->option_text("NO");
     versions->add_option("VERSION", m_Package.version, "The version's number")->option_text(" ");
+    add("whoami", "Show who you are to the centre, and your company", [] { return Action(showCaller); });
     add("boxes", "List the storage boxes of your company", [] { return Action(listBoxes); });
     CLI::App* const areas =
         add("areas", "List the national areas that the centre gives for an area",

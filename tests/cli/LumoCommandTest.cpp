@@ -61,6 +61,8 @@ TEST(Lumo, ShowsTheImportedTreeInEveryForm)
     EXPECT_EQ(shown(centre.lumo({"ls", "/地球/empty"})), "(no folders or files)\n");
     EXPECT_EQ(centre.lumo({"ls", "disk:1"}).output, centre.lumo({"ls", "/地球"}).output);
 
+    EXPECT_EQ(parsed(centre.lumo({"whoami", "--json"})),
+              (json{{"user", "demo"}, {"companyNo", "LUMO"}, {"companyID", 1}}));
     const json disk = parsed(centre.lumo({"disks", "--json"})).at(0);
     EXPECT_EQ(disk["diskName"], "地球");
     EXPECT_EQ(disk["rootPath"], tree.string());
