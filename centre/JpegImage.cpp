@@ -23,7 +23,7 @@ struct Errors
 {
     auto* errors = reinterpret_cast<Errors*>(image->err);
     (*image->err->format_message)(image, errors->text);
-    std::longjmp(errors->place, 1);
+    std::longjmp(errors->place, 1); // NOLINT(cert-err52-cpp): the library's way out
 }
 
 /// Of the warnings these say that data is damaged or missing.
@@ -38,7 +38,7 @@ void leaveAtLoss(j_common_ptr image, int level)
 /// Reads an image at an eighth of its size. False when it was left, with the reason in `errors`.
 bool readAll(jpeg_decompress_struct& image, Errors& errors, std::FILE* file)
 {
-    if (setjmp(errors.place) != 0)
+    if (setjmp(errors.place) != 0) // NOLINT(cert-err52-cpp)
         return false;
     jpeg_create_decompress(&image);
     image.mem->max_memory_to_use = kMostMemory;
@@ -67,8 +67,8 @@ ImageFacts readJpeg(std::FILE* file)
     errors.manager.error_exit = leave;
     errors.manager.emit_message = leaveAtLoss;
     const bool whole = readAll(image, errors, file);
-    const ImageFacts facts{"JPEG", image.image_width, image.image_height,
-                           static_cast<std::uint32_t>(image.num_components), std::nullopt};
+    ImageFacts facts{"JPEG", image.image_width, image.image_height,
+                     static_cast<std::uint32_t>(image.num_components), std::nullopt};
     jpeg_destroy_decompress(&image);
     if (!whole)
         throw Error(ExitCode::Failed, std::string("damaged JPEG: ") + errors.text);

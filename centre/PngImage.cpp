@@ -2,6 +2,7 @@
 #include "centre/ImageFormats.h"
 
 #include <csetjmp>
+#include <cstring>
 
 #include <png.h>
 
@@ -9,10 +10,12 @@ namespace centre {
 
 namespace {
 
+constexpr std::size_t kLongestError = 199;
+
 /// The library's error handling leaves by a jump: no object of a class is made below it.
 [[noreturn]] void leave(png_structp png, png_const_charp text)
 {
-    std::snprintf(static_cast<char*>(png_get_error_ptr(png)), 200, "%s", text);
+    std::strncat(static_cast<char*>(png_get_error_ptr(png)), text, kLongestError);
     png_longjmp(png, 1);
 }
 
@@ -30,7 +33,7 @@ struct Header
 /// Reads an image; `row`, which png_malloc made, is for the caller to free.
 bool readAll(png_structp png, png_infop info, std::FILE* file, Header& header, png_bytep& row)
 {
-    if (setjmp(png_jmpbuf(png)) != 0)
+    if (setjmp(png_jmpbuf(png)) != 0) // NOLINT(cert-err52-cpp): the library's way out
         return false;
     png_init_io(png, file);
     png_read_info(png, info);
@@ -51,7 +54,7 @@ bool readAll(png_structp png, png_infop info, std::FILE* file, Header& header, p
 
 ImageFacts readPng(std::FILE* file)
 {
-    char error[200] = "";
+    char error[kLongestError + 1] = "";
     png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, error, leave, drop);
     png_infop info = png ? png_create_info_struct(png) : nullptr;
     Header header;

@@ -28,8 +28,8 @@ int keepError(TIFF*, void* kept, const char*, const char* format, va_list argume
     auto& text = *static_cast<std::string*>(kept);
     if (text.empty()) {
         char buffer[512];
-        std::vsnprintf(buffer, sizeof buffer, format, arguments);
-        text = buffer;
+        text =
+            std::vsnprintf(buffer, sizeof buffer, format, arguments) > 0 ? buffer : "an error without text";
     }
     return 1;
 }
