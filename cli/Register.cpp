@@ -79,7 +79,9 @@ std::vector<NewRecord> readRecords(const std::string& path)
     for (const std::string& name : names) {
         AssignmentText().add(name, {});
         if (!known.insert(name).second) {
-            refuse("'" + path + "' has two columns " + name);
+            std::string message = path;
+            message += ": two columns are named " + name;
+            refuse(message);
         }
     }
     std::vector<NewRecord> records;
