@@ -30,11 +30,6 @@ constexpr char kAddMark[] = "INSERT INTO image_mark(comm_id, data_type_id, recor
 constexpr char kRemoveMark[] =
     "DELETE FROM image_mark WHERE comm_id = ? AND data_type_id = ? AND record_id = ?";
 
-Error refusal(const std::string& reason)
-{
-    return {ExitCode::Failed, reason};
-}
-
 /// How many rows the statement changed.
 template <class... Values>
 int change(const Caller& caller, const char* sql, const Values&... values)

@@ -28,6 +28,12 @@ private:
     ExitCode m_Code;
 };
 
+/// The refusal of a request, or of something that is to be brought in.
+inline Error refusal(const std::string& reason)
+{
+    return {ExitCode::Failed, reason};
+}
+
 } // namespace centre
 
 #endif

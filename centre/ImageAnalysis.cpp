@@ -18,11 +18,6 @@ using forgeserver::Reference;
 constexpr char kNote[] = "UPDATE file SET short_text = ?, long_text = nullif(?, '') WHERE id = ?";
 constexpr std::size_t kShown = 200;
 
-Error refusal(const std::string& reason)
-{
-    return {ExitCode::Failed, reason};
-}
-
 std::string shown(const std::string& name)
 {
     return escaped(name.substr(0, kShown));

@@ -7,8 +7,6 @@ namespace centre {
 
 namespace {
 
-const std::string kCount = "SELECT count(*) AS total ";
-
 void addProjects(std::vector<Operation>& operations, const RecordKind& kind)
 {
     const std::string projects = "SELECT " + beanColumns(kind) + " FROM project ";

@@ -15,7 +15,6 @@ const std::string kFolderColumns = "SELECT folder.id, parent_id, name, long_text
 const std::string kFolders = kFolderColumns + "FROM folder ";
 const std::string kFileColumns = "SELECT file.id, parent_id, name, short_text, long_text ";
 const std::string kFiles = kFileColumns + "FROM file ";
-const std::string kCount = "SELECT count(*) AS total ";
 
 const std::string kPage = pageLimit();
 

@@ -20,11 +20,6 @@ namespace {
 constexpr double kTurn = 360;
 constexpr std::uint32_t kNoIdentifier = 0xFFFFFFFF; // means "none" to the clients
 
-Error refusal(const std::string& reason)
-{
-    return {ExitCode::Failed, reason};
-}
-
 /// The text as it is shown to the one who wrote it.
 std::string shown(const std::string& text)
 {

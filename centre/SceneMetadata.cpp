@@ -15,11 +15,6 @@ namespace {
 
 constexpr char kBlanks[] = " \t\r\n";
 
-Error refusal(const std::string& reason)
-{
-    return {ExitCode::Failed, reason};
-}
-
 std::string trimmed(const std::string& text)
 {
     const std::size_t first = text.find_first_not_of(kBlanks);

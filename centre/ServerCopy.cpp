@@ -16,11 +16,6 @@ namespace {
 
 using bulkhaul::Folder;
 
-Error refusal(const std::string& reason)
-{
-    return {ExitCode::Failed, reason};
-}
-
 bool isFolder(const Folder& folder, const std::string& name)
 {
     struct stat status = {};

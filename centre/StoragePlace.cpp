@@ -24,11 +24,6 @@ constexpr char kWayDown[] =
     " JOIN disk ON disk.id = disk_id ORDER BY step DESC";
 constexpr char kFile[] = "SELECT parent_id, name FROM file WHERE id = ?";
 
-Error refusal(const std::string& reason)
-{
-    return {ExitCode::Failed, reason};
-}
-
 std::string pathOf(const FolderPlace& place)
 {
     std::string path = place.root == "/" ? "" : place.root;

@@ -17,11 +17,6 @@ namespace {
 
 using Tiff = std::unique_ptr<TIFF, decltype(&TIFFClose)>;
 
-Error refusal(const std::string& reason)
-{
-    return {ExitCode::Failed, reason};
-}
-
 /// Keeps the first error of a file; nothing is printed.
 int keepError(TIFF*, void* kept, const char*, const char* format, va_list arguments)
 {

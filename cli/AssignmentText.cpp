@@ -9,11 +9,6 @@ namespace cli {
 
 namespace {
 
-[[noreturn]] void refuse(const std::string& message)
-{
-    throw Failure(ExitCode::WrongUse, message);
-}
-
 bool isKeyCharacter(char byte)
 {
     return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9') ||

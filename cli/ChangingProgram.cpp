@@ -55,7 +55,7 @@ void Program::addRegister()
 {
     CLI::App* const command = add("register", "Register a record, or those of a CSV file", [this] {
         if (m_Folder.empty() == m_Arguments.empty()) {
-            throw Failure(ExitCode::WrongUse, "register takes either KEY=VALUE... or --from FILE");
+            refuse("register takes either KEY=VALUE... or --from FILE");
         }
         return m_Folder.empty() ? registerRecord(m_Kind, m_Arguments) : registerFile(m_Kind, m_Folder);
     });
@@ -95,7 +95,7 @@ void Program::addComments()
         addCommentTable("comment", "List, add and link comments", CommentTable::Comments);
     CLI::App* const add = addBelow(command, "add", "Add one, and link a record to it", [this] {
         if (m_Kind.empty() != m_Name.empty()) {
-            throw Failure(ExitCode::WrongUse, "which " + m_Kind + "? write its identifier too");
+            refuse("which " + m_Kind + "? write its identifier too");
         }
         return m_Kind.empty() ? addComment(CommentTable::Comments, m_Content, m_State)
                               : addCommentTo(m_Kind, m_Name, m_Content, m_State);

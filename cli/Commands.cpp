@@ -121,9 +121,8 @@ void showRecord(Session& session, const Place& place)
 {
     const Found found = session.catalogue.find(place);
     if (found.kind == Place::Kind::Path) {
-        throw Failure(ExitCode::WrongUse,
-                      "'/' stands for all disks and has no record: name a disk, a folder or a "
-                      "file; 'lumo disks' lists the disks");
+        refuse("'/' stands for all disks and has no record: name a disk, a folder or a "
+               "file; 'lumo disks' lists the disks");
     }
     const Text path = session.catalogue.pathOf(found);
     if (session.json) {

@@ -110,9 +110,8 @@ Links parseLinks(CommentTable table, const std::vector<std::string>& arguments)
 {
     const char* const word = operationsOf(table).word;
     if (arguments.size() < 3) {
-        throw Failure(ExitCode::WrongUse, std::string("which records, and which ") + word +
-                                              "? write KIND ID... and the " + word +
-                                              "'s identifier, as in sat 7 8 1");
+        refuse(std::string("which records, and which ") + word + "? write KIND ID... and the " + word +
+               "'s identifier, as in sat 7 8 1");
     }
     Links links{arguments.front(), linkedKind(table, arguments.front()), {}, 0};
     for (std::size_t i = 1; i + 1 < arguments.size(); ++i) {

@@ -20,9 +20,8 @@ namespace {
 void require(const std::string& value, const char* option, const char* variable, const char* example)
 {
     if (value.empty()) {
-        throw Failure(ExitCode::WrongUse, std::string("--") + option + " is missing: give --" + option + " " +
-                                              example + ", set " + variable + ", or write '" + option +
-                                              " = " + example + "' in ~/.config/lumo/profile.ini");
+        refuse(std::string("--") + option + " is missing: give --" + option + " " + example + ", set " +
+               variable + ", or write '" + option + " = " + example + "' in ~/.config/lumo/profile.ini");
     }
 }
 
@@ -37,8 +36,7 @@ void checkAddress(const std::string& address)
     const bool otherForm = host.find_first_of(" \t\r\n/") != std::string::npos ||
                            (!bracketed && host.find(':') != std::string::npos);
     if (host.empty() || otherForm || !digits || std::stoul(port) == 0 || std::stoul(port) > 65535) {
-        throw Failure(ExitCode::WrongUse,
-                      "'" + address + "' is no address of a centre: write HOST:PORT, as in localhost:7400");
+        refuse("'" + address + "' is no address of a centre: write HOST:PORT, as in localhost:7400");
     }
 }
 
@@ -52,16 +50,14 @@ std::string readToken(const std::string& path)
     std::string rest;
     std::getline(file, token);
     if (file.bad() || !file.is_open() || token.empty()) {
-        throw Failure(ExitCode::WrongUse,
-                      "can't read a token from '" + path + "': its one line is the token");
+        refuse("can't read a token from '" + path + "': its one line is the token");
     }
     if (token.back() == '\r') {
         token.pop_back();
     }
     const auto visible = [](unsigned char byte) { return byte > 0x20 && byte < 0x7F; };
     if (!std::all_of(token.begin(), token.end(), visible) || (std::getline(file, rest) && !rest.empty())) {
-        throw Failure(ExitCode::WrongUse,
-                      "'" + path + "' holds no token: a token is one line of ASCII without blanks");
+        refuse("'" + path + "' holds no token: a token is one line of ASCII without blanks");
     }
     return token;
 }
@@ -74,23 +70,21 @@ void checkCertificate(const std::string& path)
     std::error_code ignored;
     std::ifstream file(path);
     if (!file || !std::filesystem::is_regular_file(path, ignored)) {
-        throw Failure(ExitCode::WrongUse, "can't read the certificate file '" + path + "'");
+        refuse("can't read the certificate file '" + path + "'");
     }
     for (std::string line; std::getline(file, line);) {
         if (line.find("BEGIN CERTIFICATE") != std::string::npos) {
             return;
         }
     }
-    throw Failure(ExitCode::WrongUse,
-                  "'" + path + "' holds no certificate: give a PEM file, with a line BEGIN CERTIFICATE");
+    refuse("'" + path + "' holds no certificate: give a PEM file, with a line BEGIN CERTIFICATE");
 }
 
 hubline::Security securityOf(const Options& options)
 {
     const bool tls = options.tls || !options.tlsCa.empty();
     if (tls && options.plainText) {
-        throw Failure(ExitCode::WrongUse,
-                      "--plain-text contradicts --tls and --tls-ca: give one or the other");
+        refuse("--plain-text contradicts --tls and --tls-ca: give one or the other");
     }
     if (tls) {
         return hubline::Security::Tls;

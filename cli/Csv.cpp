@@ -31,7 +31,7 @@ public:
 
     [[noreturn]] void refuse(std::size_t line, const std::string& what) const
     {
-        throw Failure(ExitCode::WrongUse, m_Name + ":" + std::to_string(line) + ": " + what);
+        cli::refuse(m_Name + ":" + std::to_string(line) + ": " + what);
     }
 
 private:

@@ -32,6 +32,12 @@ private:
     ExitCode m_Code;
 };
 
+/// Ends the command because of its arguments, or of what they name.
+[[noreturn]] inline void refuse(const std::string& message)
+{
+    throw Failure(ExitCode::WrongUse, message);
+}
+
 } // namespace cli
 
 #endif

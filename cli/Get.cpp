@@ -12,11 +12,6 @@ namespace cli {
 
 namespace {
 
-[[noreturn]] void refuse(const std::string& message)
-{
-    throw Failure(ExitCode::WrongUse, message);
-}
-
 bool canBePlace(const std::string& text)
 {
     try {

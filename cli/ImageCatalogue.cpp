@@ -141,7 +141,7 @@ const Kind& kindNamed(const std::string& word)
         }
         words += (words.empty() ? "" : ", ") + std::string(known.word);
     }
-    throw Failure(ExitCode::WrongUse, "'" + word + "' is no kind of record; the kinds are " + words);
+    refuse("'" + word + "' is no kind of record; the kinds are " + words);
 }
 
 const Kind* kindOfType(const Text& typeName)
@@ -177,7 +177,7 @@ unsigned int parseIdentifier(const std::string& text, const std::string& what)
 {
     const auto id = identifierOf(text);
     if (!id) {
-        throw Failure(ExitCode::WrongUse, "'" + text + "' is no " + what + ": write its number");
+        refuse("'" + text + "' is no " + what + ": write its number");
     }
     return *id;
 }
@@ -212,8 +212,7 @@ TypeName parseType(const std::string& text)
     } else if (const auto id = identifierOf(text)) {
         type.id = *id;
     } else {
-        throw Failure(ExitCode::WrongUse,
-                      "'" + text + "' is no type: write its number, or PROJECT/TYPENAME as in north/DEM");
+        refuse("'" + text + "' is no type: write its number, or PROJECT/TYPENAME as in north/DEM");
     }
     return type;
 }

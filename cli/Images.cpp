@@ -44,9 +44,8 @@ Action listImages(const std::string& type, const RecordOptions& options)
         const Text name = textOf(recordText(found.dataType));
         const Kind* const kind = kindOfType(name);
         if (kind == nullptr) {
-            throw Failure(ExitCode::WrongUse, "type '" + type + "' is named '" + name.value_or("") +
-                                                  "', which tells no kind of records; those that do are " +
-                                                  decidingTypeNames());
+            refuse("type '" + type + "' is named '" + name.value_or("") +
+                   "', which tells no kind of records; those that do are " + decidingTypeNames());
         }
         showList(options, kind->listIn(session, found.typeID), "(the type has no records)");
     };
@@ -58,8 +57,8 @@ Action listImagesOfProject(const std::string& project, const std::string& kindWo
     const Kind& kind = kindNamed(kindWord);
     const bool known = mark.empty() ? kind.listInProject != nullptr : kind.listMarked != nullptr;
     if (!known) {
-        throw Failure(ExitCode::WrongUse, "there is no list of the " + kindWord + " records of a project" +
-                                              (mark.empty() ? "" : " that bear a mark"));
+        refuse("there is no list of the " + kindWord + " records of a project" +
+               (mark.empty() ? "" : " that bear a mark"));
     }
     const unsigned int markID = mark.empty() ? kNone : parseIdentifier(mark, "mark");
     return [&kind, project, markID, options](Session& session) {

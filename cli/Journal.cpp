@@ -89,8 +89,7 @@ Journal::Journal(const std::string& path)
     if (!path.empty()) {
         m_File = std::fopen(path.c_str(), "ae");
         if (m_File == nullptr) {
-            throw Failure(ExitCode::WrongUse,
-                          "can't write the log file '" + path + "': " + std::strerror(errno));
+            refuse("can't write the log file '" + path + "': " + std::strerror(errno));
         }
     }
     CLumoLogger::GetSinglePton()->toCallback(

@@ -15,8 +15,7 @@ Place parseLinked(const std::string& text)
 {
     Place place = parsePlace(text);
     if (place.kind == Place::Kind::Path && place.components.empty()) {
-        throw Failure(ExitCode::WrongUse,
-                      "'/' stands for all disks and belongs to no project: name a disk, a folder or a file");
+        refuse("'/' stands for all disks and belongs to no project: name a disk, a folder or a file");
     }
     return place;
 }
@@ -82,13 +81,12 @@ Action makeFolder(const std::string& placeText, bool parents)
 {
     const Place place = parsePlace(placeText);
     if (place.kind != Place::Kind::Path || place.components.size() < 2) {
-        throw Failure(ExitCode::WrongUse,
-                      "'" + placeText + "' names no new folder: write its path, as in /disk/folder");
+        refuse("'" + placeText + "' names no new folder: write its path, as in /disk/folder");
     }
     return [placeText, place, parents](Session& session) {
         const FoundPart missing = session.catalogue.findWithMissing(place);
         if (missing.names.empty() && (!parents || missing.found.kind == Place::Kind::File)) {
-            throw Failure(ExitCode::WrongUse, "'" + placeText + "' is there already");
+            refuse("'" + placeText + "' is there already");
         }
         if (missing.found.kind == Place::Kind::File) {
             throw Failure(ExitCode::PlaceNotFound, "a file stands in the way of '" + placeText + "'");

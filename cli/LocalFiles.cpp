@@ -15,11 +15,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-[[noreturn]] void refuse(const std::string& message)
-{
-    throw Failure(ExitCode::WrongUse, message);
-}
-
 void requireUtf8(const std::string& path)
 {
     if (!isUtf8(path)) {

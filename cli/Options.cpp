@@ -41,9 +41,9 @@ void applySetting(CLI::App& app, const std::string& path, const CLI::ConfigItem&
     CLI::Option* const option =
         item.fullname() == "profile" ? nullptr : app.get_option_no_throw("--" + item.fullname());
     if (option == nullptr || !option->get_configurable()) {
-        throw Failure(ExitCode::WrongUse, path + ": '" + item.fullname() +
-                                              "' is no setting; settings are the long options without their "
-                                              "dashes, as in: centre = localhost:7400");
+        refuse(path + ": '" + item.fullname() +
+               "' is no setting; settings are the long options without their "
+               "dashes, as in: centre = localhost:7400");
     }
     // Read from the command line or the environment, which go first.
     if (option->count() > 0) {
@@ -57,7 +57,7 @@ void applySetting(CLI::App& app, const std::string& path, const CLI::ConfigItem&
         }
         option->run_callback();
     } catch (const CLI::ParseError& error) {
-        throw Failure(ExitCode::WrongUse, path + ": " + item.fullname() + ": " + error.what());
+        refuse(path + ": " + item.fullname() + ": " + error.what());
     }
 }
 
@@ -111,7 +111,7 @@ void applyProfile(CLI::App& app, Options& options)
     std::ifstream file(path);
     std::error_code ignored;
     if (!file || std::filesystem::is_directory(path, ignored)) {
-        throw Failure(ExitCode::WrongUse, "can't read the profile '" + path + "'");
+        refuse("can't read the profile '" + path + "'");
     }
     // A value is all that stands behind the '=', blanks, commas and '#' too.
     CLI::ConfigINI ini;
@@ -138,10 +138,9 @@ unsigned int parseTimeout(const std::string& text)
             return number * known.milliseconds;
         }
     }
-    throw Failure(ExitCode::WrongUse,
-                  "'" + text +
-                      "' is no time limit: write a whole number and its unit, as in 500ms, 10s or "
-                      "2m; 0 for no limit");
+    refuse("'" + text +
+           "' is no time limit: write a whole number and its unit, as in 500ms, 10s or "
+           "2m; 0 for no limit");
 }
 
 } // namespace cli

@@ -9,12 +9,11 @@ namespace cli {
 
 namespace {
 
-[[noreturn]] void refuse(const std::string& text)
+[[noreturn]] void refusePlace(const std::string& text)
 {
-    throw Failure(ExitCode::WrongUse,
-                  "'" + text +
-                      "' is no place: write a path such as /disk/folder/file, or an identifier such as "
-                      "disk:1, folder:12 or file:33");
+    refuse("'" + text +
+           "' is no place: write a path such as /disk/folder/file, or an identifier such as "
+           "disk:1, folder:12 or file:33");
 }
 
 bool readKind(const std::string& text, Place::Kind& kind)
@@ -38,13 +37,13 @@ Place parseIdentifier(const std::string& text)
     const std::size_t colon = text.find(':');
     Place place;
     if (colon == std::string::npos || !readKind(text.substr(0, colon), place.kind)) {
-        refuse(text);
+        refusePlace(text);
     }
     const char* const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data() + colon + 1, end, place.id);
     // The largest number means "none" everywhere in the catalogue.
     if (error != std::errc() || stop != end || place.id == 0xFFFFFFFFU) {
-        refuse(text);
+        refusePlace(text);
     }
     return place;
 }
@@ -54,7 +53,7 @@ Place parseIdentifier(const std::string& text)
 Place parsePlace(const std::string& text)
 {
     if (!isUtf8(text) || text.empty()) {
-        refuse(text);
+        refusePlace(text);
     }
     if (text.front() != '/') {
         return parseIdentifier(text);

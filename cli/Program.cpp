@@ -124,12 +124,10 @@ void Program::addShow()
             return showRecordOfKind(m_Place, m_Name, recordOptions());
         }
         if (m_Csv) {
-            throw Failure(ExitCode::WrongUse,
-                          "--csv is for records of the image catalogue, as in: lumo show sat 7 --csv");
+            refuse("--csv is for records of the image catalogue, as in: lumo show sat 7 --csv");
         }
         if (isKind(m_Place)) {
-            throw Failure(ExitCode::WrongUse,
-                          "which " + m_Place + "? write its identifier too: lumo show " + m_Place + " ID");
+            refuse("which " + m_Place + "? write its identifier too: lumo show " + m_Place + " ID");
         }
         return [place = parsePlace(m_Place)](Session& session) { showRecord(session, place); };
     });
@@ -280,8 +278,7 @@ void Program::addLookups()
         add("versions", "Show a version of a program or a module (without VERSION: the latest)",
             [this]() -> Action {
                 if (m_Program.empty() == m_Module.empty()) {
-                    throw Failure(ExitCode::WrongUse,
-                                  "versions takes either --program NO or --module NO, and a VERSION or none");
+                    refuse("versions takes either --program NO or --module NO, and a VERSION or none");
                 }
                 const Product product = m_Module.empty() ? Product{Product::Kind::Program, m_Program}
                                                          : Product{Product::Kind::Module, m_Module};

@@ -53,21 +53,21 @@ void runPut(Session& session, const std::vector<LocalSource>& sources, const std
 Action putPaths(std::vector<std::string> paths, bool overwrite)
 {
     if (paths.size() < 2) {
-        throw Failure(ExitCode::WrongUse, "put takes what to send and where to: lumo put PATH... PLACE");
+        refuse("put takes what to send and where to: lumo put PATH... PLACE");
     }
     const std::string placeText = paths.back();
     paths.pop_back();
     const Place place = parsePlace(placeText);
     if (place.kind == Place::Kind::Path && place.components.empty()) {
-        throw Failure(ExitCode::WrongUse, "files can't be put beside the disks: name one, as in /disk");
+        refuse("files can't be put beside the disks: name one, as in /disk");
     }
     std::vector<LocalSource> sources;
     std::set<std::string> names;
     for (const std::string& path : paths) {
         sources.push_back(localSource(path));
         if (!names.insert(sources.back().name).second) {
-            throw Failure(ExitCode::WrongUse, "two of the paths are named '" + sources.back().name +
-                                                  "': put them one by one, into two folders");
+            refuse("two of the paths are named '" + sources.back().name +
+                   "': put them one by one, into two folders");
         }
     }
     return

@@ -23,11 +23,6 @@ namespace {
 
 constexpr std::size_t kBatch = 500;
 
-[[noreturn]] void refuse(const std::string& message)
-{
-    throw Failure(ExitCode::WrongUse, message);
-}
-
 /// A record of a file, ready to be sent.
 struct NewRecord
 {

@@ -84,7 +84,7 @@ Action showSceneMetadata(const std::string& format, const std::string& file)
         if (!number) {
             const Found found = session.catalogue.find(place);
             if (found.kind != Place::Kind::File) {
-                throw Failure(ExitCode::WrongUse, "'" + file + "' is no file");
+                refuse("'" + file + "' is no file");
             }
             id = found.file.fileID;
         }

@@ -19,11 +19,6 @@ namespace cli {
 
 namespace {
 
-[[noreturn]] void refuse(const std::string& message)
-{
-    throw Failure(ExitCode::WrongUse, message);
-}
-
 /// A day of the calendar in one of the forms that the centre reads; it goes there as it was typed.
 QDate parseDate(const std::string& text)
 {

@@ -68,7 +68,7 @@ public:
         for (const std::string& place : request.places) {
             const Found found = session.catalogue.find(parsePlace(place));
             if (found.kind != Place::Kind::File) {
-                throw Failure(ExitCode::WrongUse, "'" + place + "' is no file");
+                refuse("'" + place + "' is no file");
             }
             m_Images.push_back({place, found.file.fileID, {}});
             CLumoFilterFile filter;
@@ -235,7 +235,7 @@ Action copyOut(const CopyRequest& request)
     return [request, place = parsePlace(request.source)](Session& session) {
         const Found found = session.catalogue.find(place);
         if (found.kind != Place::Kind::File) {
-            throw Failure(ExitCode::WrongUse, "'" + request.source + "' is no file");
+            refuse("'" + request.source + "' is no file");
         }
         copy(session, request, request.target, [&] {
             session.manager.fileCopy(found.file.fileID, QString::fromStdString(request.target),

@@ -7,29 +7,16 @@ target_compile_definitions(lumo_options INTERFACE QT_NO_KEYWORDS BOOST_BIND_GLOB
 if(LUMO_WARNINGS_AS_ERRORS)
     target_compile_options(lumo_options INTERFACE -Werror)
 endif()
+if(CMAKE_UNITY_BUILD)
+    # A source that stands in another's place has types of its own in public ones.
+    target_compile_options(lumo_options INTERFACE -Wno-subobject-linkage)
+endif()
 if(LUMO_SANITIZER)
     add_compile_options(-fsanitize=${LUMO_SANITIZER} -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
     add_link_options(-fsanitize=${LUMO_SANITIZER})
     # GCC 12 reports standard headers that the sanitizers have instrumented.
     target_compile_options(lumo_options INTERFACE -Wno-maybe-uninitialized)
 endif()
-
-# Headers of others that most sources of a target include.
-set(LUMO_MESSAGE_HEADERS
-    <google/protobuf/arena.h> <google/protobuf/extension_set.h> <google/protobuf/generated_message_reflection.h>
-    <google/protobuf/message.h> <google/protobuf/repeated_field.h> <google/protobuf/service.h>
-    <google/protobuf/unknown_field_set.h> <functional> <memory> <string> <vector>)
-set(LUMO_QT_HEADERS <QList> <QMap> <QObject> <QString> <QStringList> <QVector>)
-set(LUMO_TEST_HEADERS ${LUMO_MESSAGE_HEADERS} <gmock/gmock.h> <gtest/gtest.h> <filesystem> <fstream>)
-
-# lumo_precompile(TARGET HEADERS...)
-# Compiles these headers once for all sources of the target. The sources include what they use all the
-# same: the builds without precompiled headers would fail otherwise.
-function(lumo_precompile TARGET)
-    if(LUMO_PRECOMPILED_HEADERS)
-        target_precompile_headers(${TARGET} PRIVATE ${ARGN})
-    endif()
-endfunction()
 
 # lumo_shared_library(NAME SOURCES ... PUBLIC_HEADERS ...)
 # A shared library of the package: exported as LumoDataMgr::NAME, headers installed under the
@@ -72,7 +59,7 @@ function(lumo_protobuf_sources OUT)
             DEPENDS ${ARGN} # all: one may import another
             COMMENT "Generating ${STEM}.pb"
             VERBATIM)
-        set_source_files_properties(${BASE}.cc PROPERTIES COMPILE_OPTIONS "${OPTIONS}" SKIP_PRECOMPILE_HEADERS ON)
+        set_source_files_properties(${BASE}.cc PROPERTIES COMPILE_OPTIONS "${OPTIONS}")
         list(APPEND SOURCES ${BASE}.cc ${BASE}.h)
     endforeach()
     set(${OUT} ${SOURCES} PARENT_SCOPE)

@@ -8,6 +8,7 @@
 #include "core/LogLine.h"
 #include "core/LumoDataMgr.h"
 #include "transfer/TransferCodes.h"
+#include "transfer/TransferManager.h"
 #include "transfer/TransferPaths.h"
 
 #include <QDir>
@@ -23,16 +24,11 @@ using namespace transferpaths;
 
 namespace {
 
-const char kFetch[] = "CLumoDownloadRunnable::fetchDownloadInformation";
+const char kFetchDownload[] = "CLumoDownloadRunnable::fetchDownloadInformation";
 const char kRun[] = "CLumoDownloadRunnable::run";
 const char kDownload[] = "CLumoDownloadRunnable::download";
 const char kCopyFile[] = "CLumoDownloadRunnable::copyFile";
 const char kCopyDirectory[] = "CLumoDownloadRunnable::copyDirectory";
-
-CLumoDataMgr& manager()
-{
-    return *CLumoDataMgr::GetSinglePton();
-}
 
 /// A text of a catalogue record.
 QString recordText(const char* text)
@@ -103,12 +99,12 @@ bool CLumoDownloadRunnable::fetchDownloadInformation(const QString& localDir,
             return false;
         break;
     default:
-        DOWNLOAD_LOG(kFetch, gbktexts::kSourceWrong);
+        DOWNLOAD_LOG(kFetchDownload, gbktexts::kSourceWrong);
         return false;
     }
     m_KestaIP = manager().getKestaIP(m_KestaCode);
     if (m_KestaIP.isEmpty()) {
-        DOWNLOAD_LOG(kFetch, gbktexts::kBoxNotFound, logText(m_KestaCode).c_str());
+        DOWNLOAD_LOG(kFetchDownload, gbktexts::kBoxNotFound, logText(m_KestaCode).c_str());
         return false;
     }
     m_LocalDir = withSlashes(localDir);
@@ -123,7 +119,7 @@ bool CLumoDownloadRunnable::findFile(unsigned int id)
     if (manager().getFile(id, file) == RET_SUCCESS)
         m_SourcePath = manager().getFileFullPath(id, m_KestaCode);
     if (m_SourcePath.isEmpty()) {
-        DOWNLOAD_LOG(kFetch, gbktexts::kSourceNotFound, "File", static_cast<int>(id));
+        DOWNLOAD_LOG(kFetchDownload, gbktexts::kSourceNotFound, "File", static_cast<int>(id));
         return false;
     }
     m_Name = recordText(file.fileName);
@@ -141,7 +137,7 @@ bool CLumoDownloadRunnable::findFolder(unsigned int id)
     if (found)
         m_SourcePath = manager().getFolderFullPath(id, m_KestaCode);
     if (m_SourcePath.isEmpty()) {
-        DOWNLOAD_LOG(kFetch, gbktexts::kSourceNotFound, "Folder", static_cast<int>(id));
+        DOWNLOAD_LOG(kFetchDownload, gbktexts::kSourceNotFound, "Folder", static_cast<int>(id));
         return false;
     }
     m_Name = recordText(folder.folderName);
@@ -154,7 +150,7 @@ bool CLumoDownloadRunnable::findDisk(unsigned int id)
 {
     tagDiskTable disk = tagDiskTable();
     if (manager().getDisk(id, disk) != RET_SUCCESS) {
-        DOWNLOAD_LOG(kFetch, gbktexts::kSourceNotFound, "Disk", static_cast<int>(id));
+        DOWNLOAD_LOG(kFetchDownload, gbktexts::kSourceNotFound, "Disk", static_cast<int>(id));
         return false;
     }
     m_KestaCode = recordText(disk.kestaCode);

@@ -8,6 +8,7 @@
 #include "core/LogLine.h"
 #include "core/LumoDataMgr.h"
 #include "transfer/TransferCodes.h"
+#include "transfer/TransferManager.h"
 #include "transfer/TransferPaths.h"
 
 #include <QUuid>
@@ -19,12 +20,7 @@ using namespace transferpaths;
 
 namespace {
 
-const char kFetch[] = "CLumoUploadRunnable::fetchUploadInformation";
-
-CLumoDataMgr& manager()
-{
-    return *CLumoDataMgr::GetSinglePton();
-}
+const char kFetchUpload[] = "CLumoUploadRunnable::fetchUploadInformation";
 
 } // namespace
 
@@ -44,16 +40,16 @@ bool CLumoUploadRunnable::fetchUploadInformation(const QString& localPath,
 {
     const int id = static_cast<int>(dest.second);
     if (dest.first != DATA_TYPE_FOLDER && dest.first != DATA_TYPE_DISK) {
-        UPLOAD_LOG(kFetch, gbktexts::kDestinationWrong, dest.first, id);
+        UPLOAD_LOG(kFetchUpload, gbktexts::kDestinationWrong, dest.first, id);
         return false;
     }
     if (!(dest.first == DATA_TYPE_FOLDER ? findFolder(dest.second) : findDisk(dest.second))) {
-        UPLOAD_LOG(kFetch, gbktexts::kDestinationNotFound, dest.first, id);
+        UPLOAD_LOG(kFetchUpload, gbktexts::kDestinationNotFound, dest.first, id);
         return false;
     }
     m_KestaIP = manager().getKestaIP(m_KestaCode);
     if (m_KestaIP.isEmpty()) {
-        UPLOAD_LOG(kFetch, gbktexts::kBoxNotFound, CLumoCStringCodec::toStdString(m_KestaCode).c_str());
+        UPLOAD_LOG(kFetchUpload, gbktexts::kBoxNotFound, CLumoCStringCodec::toStdString(m_KestaCode).c_str());
         return false;
     }
     m_LocalPath = withoutTrailingSlash(withSlashes(localPath));

@@ -1,5 +1,8 @@
 #include "tests/cli/CentreProcess.h"
 
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
 #include <signal.h>
 
 #include <algorithm>
@@ -97,6 +100,18 @@ Outcome CentreProcess::lumo(const std::vector<std::string>& arguments,
     std::vector<std::string> variables{"XDG_CONFIG_HOME=/nonexistent"};
     variables.insert(variables.end(), environment.begin(), environment.end());
     return run(lumoCommand(arguments), variables);
+}
+
+std::string shown(const Outcome& outcome)
+{
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_EQ(outcome.errors, "");
+    return outcome.output;
+}
+
+nlohmann::json parsed(const Outcome& outcome)
+{
+    return nlohmann::json::parse(shown(outcome), nullptr, false);
 }
 
 void writeFile(const std::filesystem::path& path, const std::string& content)

@@ -3,6 +3,8 @@
 
 #include "tests/support/Process.h"
 
+#include <nlohmann/json_fwd.hpp>
+
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -52,6 +54,10 @@ private:
     std::string m_Address;
     std::unique_ptr<Process> m_Process;
 };
+
+/// The output of a command that must succeed and complain of nothing; as JSON.
+std::string shown(const Outcome& outcome);
+nlohmann::json parsed(const Outcome& outcome);
 
 /// Writes a file with its folders.
 void writeFile(const std::filesystem::path& path, const std::string& content);

@@ -10,24 +10,12 @@
 namespace {
 
 using clitest::CentreProcess;
+using clitest::parsed;
+using clitest::shown;
 using clitest::writeFile;
 using nlohmann::json;
 using testing::HasSubstr;
 using testing::IsEmpty;
-
-json parsed(const Outcome& outcome)
-{
-    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
-    EXPECT_THAT(outcome.errors, IsEmpty());
-    return json::parse(outcome.output, nullptr, false);
-}
-
-std::string shown(const Outcome& outcome)
-{
-    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
-    EXPECT_THAT(outcome.errors, IsEmpty());
-    return outcome.output;
-}
 
 TEST(Lumo, ShowsTheImportedTreeInEveryForm)
 {

@@ -8,21 +8,11 @@
 namespace {
 
 using clitest::CentreProcess;
+using clitest::parsed;
+using clitest::shown;
 using nlohmann::json;
 using testing::HasSubstr;
 using testing::IsEmpty;
-
-std::string shown(const Outcome& outcome)
-{
-    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
-    EXPECT_THAT(outcome.errors, IsEmpty());
-    return outcome.output;
-}
-
-json parsed(const Outcome& outcome)
-{
-    return json::parse(shown(outcome), nullptr, false);
-}
 
 /// A kind with the number of its record's fields but `presence`, and what its record must have.
 struct Kind

@@ -11,7 +11,6 @@ const char kFolder[] = "bean { id: 5 parent_id: 2 name: 'f' }";
 const char kDisk[] = "bean { id: 3 name: 'd' kesta_code: 'K1' root_path: 'C:\\\\r' }";
 const char kFilePath[] = "full_path: '/r/a.tif' kesta_code: 'K1'";
 const char kFolderPath[] = "full_path: '/r/f' kesta_code: 'K1'";
-const char kBox[] = "info { address: 'box:1' }";
 const char kOpen[] = "open box:1 t0ken";
 const char kRelease[] = "release box:1";
 const char kMessage[] = " {data_class: 0 user_name: \"user\"}";

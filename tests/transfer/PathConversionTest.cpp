@@ -4,7 +4,6 @@ namespace {
 
 typedef std::vector<std::string> Lines;
 
-const char kBox[] = "info { address: 'box:1' }";
 const char kRun[] = " Func:CLumoDownloadRunnable::run";
 
 class PathConversion : public TransferFixture

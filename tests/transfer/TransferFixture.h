@@ -16,6 +16,9 @@
 #include <memory>
 #include <regex>
 
+/// The planning service's answer for a storage box.
+constexpr char kBox[] = "info { address: 'box:1' }";
+
 /// The singleton over fakes, in a temporary working folder. end() waits for the tasks by deleting it.
 class TransferFixture : public ::testing::Test
 {

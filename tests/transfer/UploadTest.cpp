@@ -5,8 +5,7 @@ namespace {
 
 typedef std::vector<std::string> Lines;
 
-const char kDisk[] = "bean { id: 3 name: 'd' kesta_code: 'K1' root_path: 'C:\\\\r\\\\' }";
-const char kBox[] = "info { address: 'box:1' }";
+const char kSlashedDisk[] = "bean { id: 3 name: 'd' kesta_code: 'K1' root_path: 'C:\\\\r\\\\' }";
 
 class Upload : public TransferFixture
 {
@@ -26,7 +25,7 @@ TEST_F(Upload, ADestinationThatIsNotFoundStartsNothing)
         {-1, {}, "目的地址错误:type(-1) ID(-2)"},
         {1, {"result: -1"}, "目的地址获取失败:type(1) ID(-2)"},
         {0, {"result: -1"}, "目的地址获取失败:type(0) ID(-2)"},
-        {0, {kDisk, "result: -1"}, "目的地址获取失败:type(0) ID(-2)"},
+        {0, {kSlashedDisk, "result: -1"}, "目的地址获取失败:type(0) ID(-2)"},
         {1, {"full_path: '/r' kesta_code: 'K1'", ""}, "存储器信息获取失败:code(K1)"},
     };
     for (const auto& c : cases) {
@@ -42,7 +41,7 @@ TEST_F(Upload, ADestinationThatIsNotFoundStartsNothing)
 TEST_F(Upload, OneCallMovesTheWholePathAndTellsWhatTheClientReports)
 {
     const Lines toFolder = {"full_path: 'C:\\\\r\\\\' kesta_code: 'K1'", kBox};
-    const Lines toDisk = {kDisk, "bean { id: 8 }", kBox};
+    const Lines toDisk = {kSlashedDisk, "bean { id: 8 }", kBox};
     const Lines toRoot = {"bean { id: 3 name: 'd' kesta_code: 'K1' root_path: '/' }", "bean { id: 8 }", kBox};
     const Lines reported = {"1 0 0", "1 0 5", "1 7 100"};
     const struct

@@ -19,7 +19,6 @@ namespace bulkhaul {
 
 namespace {
 
-constexpr std::size_t kLongestName = 255;
 constexpr std::size_t kDeepest = 256; // folders in folders: each costs a descriptor while a tree is walked
 constexpr mode_t kFolderMode = 0777;
 
@@ -62,7 +61,7 @@ FileHandle::~FileHandle()
 
 bool isSafeName(const std::string& name)
 {
-    return !name.empty() && name.size() <= kLongestName && name != "." && name != ".." &&
+    return !name.empty() && name.size() <= NAME_MAX && name != "." && name != ".." &&
            name.find('/') == std::string::npos && name.find('\0') == std::string::npos && isUtf8(name) &&
            !isPartialName(name);
 }

@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <climits>
 #include <cstdio>
 #include <set>
 #include <thread>
@@ -18,7 +19,6 @@ namespace bulkhaul {
 namespace {
 
 const std::string kPartialEnding = ".lumo-part";
-constexpr std::size_t kLongestName = 255;
 constexpr mode_t kFileMode = 0666;
 constexpr std::chrono::seconds kLongestWait(3);
 constexpr std::chrono::milliseconds kPause(5);
@@ -26,7 +26,7 @@ constexpr std::chrono::milliseconds kPause(5);
 /// A name too long to be lengthened is replaced by its digest.
 std::string partialName(const std::string& name)
 {
-    if (name.size() + kPartialEnding.size() < kLongestName)
+    if (name.size() + kPartialEnding.size() < NAME_MAX)
         return "." + name + kPartialEnding;
     std::string hex;
     for (const char byte : digestOf(name)) {

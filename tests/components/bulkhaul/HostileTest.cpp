@@ -8,12 +8,6 @@
 
 using namespace bulkhaul;
 
-namespace {
-
-constexpr std::size_t kMiB = 1024 * 1024;
-
-} // namespace
-
 TEST_F(TransferTest, NothingIsWrittenThroughALinkThatIsPlantedInTheTarget)
 {
     TestBox testBox(*catalogue);

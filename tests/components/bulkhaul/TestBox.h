@@ -23,6 +23,8 @@
 
 namespace fs = std::filesystem;
 
+constexpr std::size_t kMiB = 1024 * 1024;
+
 inline std::string content(std::size_t size, unsigned seed)
 {
     std::mt19937 random(seed);

@@ -11,7 +11,6 @@ using namespace bulkhaul;
 
 namespace {
 
-constexpr std::size_t kMiB = 1024 * 1024;
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr long kMostGrowth = 1L << 30; // sanitizers keep what was freed for a while
 #else
