@@ -310,7 +310,7 @@ TEST_F(ServedBox, AndItsCentreSpeakTlsAlone)
     EXPECT_THAT(askUser(certificate.certificate()), HasSubstr("result: 0"));
     EXPECT_EQ(fetch(""), bulkhaul::kNoConnection);
     EXPECT_EQ(fetch(certificate.certificate()), bulkhaul::kDone);
-    EXPECT_EQ(content(data.below("here")), "content");
+    EXPECT_EQ(readFile(data.below("here")), "content");
 }
 
 TEST_F(ServedBox, AnUploadOutlivesAFileSizeLimitAndAKilledBox)
@@ -342,7 +342,7 @@ TEST_F(ServedBox, AnUploadOutlivesAFileSizeLimitAndAKilledBox)
     Process again(serveBox({}));
     EXPECT_EQ(servingAddress(again), address);
     EXPECT_EQ(send(address), bulkhaul::kDone);
-    EXPECT_TRUE(content(root + "/large") == bytes);
+    EXPECT_TRUE(readFile(root + "/large") == bytes);
 }
 
 TEST_F(ServedBox, RefusesCodesAndAddressesThatCannotBe)

@@ -10,6 +10,7 @@
 #include "haulbox.pb.h"
 #include "ledgerserver.pb.h"
 #include "tavrel.pb.h"
+#include "tests/support/Files.h"
 #include "tests/support/Process.h"
 
 #include <QTemporaryDir>
@@ -105,12 +106,6 @@ inline std::string ask(wirecall::RpcChannel& channel, const std::string& operati
     wirecall::RpcController controller;
     controller.SetTimeout(20000);
     return ask(channel, operation, requestText, controller);
-}
-
-inline std::string content(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 /// Every place of the catalogue, from the disk's name on, with its identifier; folders end with "/".

@@ -128,19 +128,19 @@ TEST_F(Forge, CopiesFilesInAndOut)
     const std::string source = "src_file: '" + m_Root + "/青藏高原.png'";
     const std::string top = " target_a: 1 target_b: " + id("disk/");
     EXPECT_EQ(ask("FileCopyToDb", source + top + " relative_path: 'x/y'"), "copy_result: true");
-    EXPECT_EQ(content(m_Data.below("disk/x/y/青藏高原.png")), content(kSamples + "/地形/青藏高原.png"));
+    EXPECT_EQ(summaryOf(m_Data.below("disk/x/y/青藏高原.png")), summaryOf(kSamples + "/地形/青藏高原.png"));
     const std::string file = id("disk/x/y/青藏高原.png");
     EXPECT_THAT(ask("FileCopyToDb", source + top + " relative_path: 'x/y'"),
                 AllOf(HasSubstr("copy_result: false"), HasSubstr("is there already")));
     makeFile("copies/青藏高原.png", "new");
     EXPECT_EQ(ask("FileCopyToDb", source + top + " relative_path: 'x/y' copy_flag: true"),
               "copy_result: true");
-    EXPECT_EQ(content(m_Data.below("disk/x/y/青藏高原.png")), "new");
+    EXPECT_EQ(readFile(m_Data.below("disk/x/y/青藏高原.png")), "new");
     EXPECT_EQ(id("disk/x/y/青藏高原.png"), file);
 
     const std::string out = "source_id: " + file + " dist_path: '" + m_Root;
     EXPECT_EQ(ask("FileCopyFromDb", out + "/folder'"), "copy_result: true");
-    EXPECT_EQ(content(m_Data.below("copies/folder/青藏高原.png")), "new");
+    EXPECT_EQ(readFile(m_Data.below("copies/folder/青藏高原.png")), "new");
     EXPECT_EQ(ask("FileCopyFromDb", out + "/folder/named'"), "copy_result: true");
     EXPECT_EQ(ask("FileCopyFromDb", out + "/folder/named' copy_flag: true"), "copy_result: true");
 
@@ -210,9 +210,9 @@ std::string tiffOf(const std::vector<std::pair<std::uint16_t, std::uint32_t>>& f
 
 TEST_F(Forge, AnalysesImages)
 {
-    const std::string tif = content(kSamples + "/imagery/east-asia.tif");
-    const std::string jpg = content(kSamples + "/imagery/east-asia.jpg");
-    const std::string png = content(kSamples + "/地形/青藏高原.png");
+    const std::string tif = readFile(kSamples + "/imagery/east-asia.tif");
+    const std::string jpg = readFile(kSamples + "/imagery/east-asia.jpg");
+    const std::string png = readFile(kSamples + "/地形/青藏高原.png");
     const std::string start = "II*" + std::string("\0\x08\0\0\0", 5);
     const std::pair<std::string, std::string> damaged[] = {
         {"empty", ""},
@@ -297,7 +297,7 @@ TEST_F(Forge, AnalysesImages)
 TEST_F(Forge, ReadsMetadataOfScenes)
 {
     const std::string spot6 = "SPOT6_MS_201305180300123_ORT_1";
-    const std::string dim = content(kSamples + "/scenes/spot5/metadata.dim");
+    const std::string dim = readFile(kSamples + "/scenes/spot5/metadata.dim");
     const std::string entity = "<!DOCTYPE a [<!ENTITY x SYSTEM \"file:///etc/passwd\">]>";
     const struct
     {

@@ -18,7 +18,7 @@ TEST(Store, KeepsNoToken)
     EXPECT_NE(second, data.token());
     for (const auto& entry : std::filesystem::directory_iterator(data.path()))
         for (const std::string& token : {data.token(), second})
-            EXPECT_EQ(content(entry.path()).find(token), std::string::npos) << entry.path();
+            EXPECT_EQ(readFile(entry.path()).find(token), std::string::npos) << entry.path();
 }
 
 TEST(Store, RefusesNamesThatAreTakenOrCannotBe)
@@ -164,7 +164,7 @@ TEST(Token, FileIsForItsOwnerAlone)
     struct stat status = {};
     ASSERT_EQ(::stat(data.below("token").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777u, 0600u);
-    EXPECT_EQ(content(data.below("token")), "secret\n");
+    EXPECT_EQ(readFile(data.below("token")), "secret\n");
     expectError(ExitCode::Failed, "no/token",
                 [&] { centre::writeTokenFile(data.below("no/token"), "secret"); });
 }

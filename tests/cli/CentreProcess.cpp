@@ -114,16 +114,4 @@ nlohmann::json parsed(const Outcome& outcome)
     return nlohmann::json::parse(shown(outcome), nullptr, false);
 }
 
-void writeFile(const std::filesystem::path& path, const std::string& content)
-{
-    std::filesystem::create_directories(path.parent_path());
-    std::ofstream(path) << content;
-}
-
-std::string readFile(const std::filesystem::path& path)
-{
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 } // namespace clitest

@@ -1,6 +1,7 @@
 #ifndef LUMO_TESTS_CLI_CENTREPROCESS_H
 #define LUMO_TESTS_CLI_CENTREPROCESS_H
 
+#include "tests/support/Files.h"
 #include "tests/support/Process.h"
 
 #include <nlohmann/json_fwd.hpp>
@@ -58,10 +59,6 @@ private:
 /// The output of a command that must succeed and complain of nothing; as JSON.
 std::string shown(const Outcome& outcome);
 nlohmann::json parsed(const Outcome& outcome);
-
-/// Writes a file with its folders.
-void writeFile(const std::filesystem::path& path, const std::string& content);
-std::string readFile(const std::filesystem::path& path);
 
 } // namespace clitest
 

@@ -12,7 +12,6 @@ namespace {
 using clitest::CentreProcess;
 using clitest::parsed;
 using clitest::shown;
-using clitest::writeFile;
 using nlohmann::json;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -131,8 +130,8 @@ TEST(Lumo, NameTooLongForItsRecordIsSaidSoAndNeverAnothersName)
 TEST(Lumo, NamesThatTheCodePageMakesEqualAreNotTooLong)
 {
     CentreProcess centre;
-    clitest::writeFile(centre.folder() / "tree" / "🌍", "");
-    clitest::writeFile(centre.folder() / "tree" / "🌎", "");
+    writeFile(centre.folder() / "tree" / "🌍", "");
+    writeFile(centre.folder() / "tree" / "🌎", "");
     centre.import(centre.folder() / "tree", "odd");
     centre.serve();
     const json files = parsed(centre.lumo({"ls", "/odd", "--json", "--code-page", "gbk"}))["files"];

@@ -36,8 +36,8 @@ TEST(LumoWrongUse, SaysWhatWouldBeRight)
     const clitest::TemporaryFolder folder;
     const std::string twoLines = folder.path / "two";
     const std::string blank = folder.path / "blank";
-    clitest::writeFile(twoLines, "one\ntwo\n");
-    clitest::writeFile(blank, "to ken\n");
+    writeFile(twoLines, "one\ntwo\n");
+    writeFile(blank, "to ken\n");
     const Failure kCases[] = {
         {{}, 2, "which command? the commands are disks, ls, tree, show, projects,"},
         {{"lss"}, 2, "no command 'lss'; the commands are disks, ls, tree, show, projects,"},
@@ -135,9 +135,9 @@ TEST(LumoFailure, EachHasItsOwnMessageAndExitCode)
 {
     CentreProcess centre;
     const std::string wrongToken = centre.folder() / "wrong";
-    clitest::writeFile(wrongToken, "not-the-token\n");
-    clitest::writeFile(centre.folder() / "tree" / "a" / "f", "x");
-    clitest::writeFile(centre.folder() / "in-the-way" / "earth", "x");
+    writeFile(wrongToken, "not-the-token\n");
+    writeFile(centre.folder() / "tree" / "a" / "f", "x");
+    writeFile(centre.folder() / "in-the-way" / "earth", "x");
     centre.import(centre.folder() / "tree", "earth");
     centre.administrate("add-version",
                         {"--program", "P", "--version", "1", "--path", wrongToken, "--box", "B1"});
@@ -201,7 +201,7 @@ TEST(LumoFailure, CentreThatFailsOrStallsIsNotMistakenForAnUnknownName)
         {"queryFileTableByName=result:-2", {"ls", "/earth/none"}, "queryFileTableByName: the centre"},
     };
     CentreProcess centre;
-    clitest::writeFile(centre.folder() / "tree" / "a" / "f", "x");
+    writeFile(centre.folder() / "tree" / "a" / "f", "x");
     centre.import(centre.folder() / "tree", "earth");
     for (const auto& one : kCases) {
         centre.serve({"--fault", one.fault});

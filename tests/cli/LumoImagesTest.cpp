@@ -134,7 +134,7 @@ protected:
                 m_Shown[one.word].push_back(sample.shown);
             }
         }
-        clitest::writeFile(m_Centre.folder() / "lines", lines.str());
+        writeFile(m_Centre.folder() / "lines", lines.str());
         m_Centre.administrate("load", {m_Centre.folder() / "lines"});
         m_Centre.serve();
     }

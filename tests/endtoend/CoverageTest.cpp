@@ -8,14 +8,13 @@
 #include "forgeserver.pb.h"
 #include "ledgerserver.pb.h"
 #include "tavrel.pb.h"
+#include "tests/support/Files.h"
 
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <regex>
 #include <set>
@@ -64,8 +63,7 @@ TEST(Coverage, EveryOperationHasACallerInTheLibrary)
     for (const auto& entry : std::filesystem::recursive_directory_iterator(LUMO_LIBRARY_SOURCES)) {
         if (entry.path().extension() != ".cpp")
             continue;
-        std::ifstream file(entry.path());
-        const std::string source((std::istreambuf_iterator<char>(file)), {});
+        const std::string source = readFile(entry.path());
         for (std::sregex_iterator match(source.begin(), source.end(), call), end; match != end; ++match)
             called.insert((*match)[2]);
     }

@@ -7,17 +7,19 @@
 #include "components/bulkhaul/Bulkhaul.h"
 #include "components/wirecall/RpcChannel.h"
 #include "components/wirecall/RpcServer.h"
+#include "tests/support/Files.h"
 
 #include <google/protobuf/wrappers.pb.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <map>
 #include <mutex>
 #include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -29,44 +31,11 @@ inline std::string content(std::size_t size, unsigned seed)
 {
     std::mt19937 random(seed);
     std::string bytes(size, '\0');
-    for (char& byte : bytes)
-        byte = static_cast<char>(random());
-    return bytes;
-}
-
-/// The bytes themselves, or of many their number and hash: a mismatch must not print megabytes.
-inline std::string summary(const std::string& bytes)
-{
-    if (bytes.size() < 100)
-        return bytes;
-    return std::to_string(bytes.size()) + " bytes, hash " + std::to_string(std::hash<std::string>()(bytes));
-}
-
-inline void writeFile(const fs::path& path, const std::string& bytes)
-{
-    fs::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary) << bytes;
-}
-
-inline std::string readFile(const fs::path& path)
-{
-    std::ostringstream bytes;
-    bytes << std::ifstream(path, std::ios::binary).rdbuf();
-    return summary(bytes.str());
-}
-
-/// What lies below a folder: each path with its bytes, a folder with "/" behind it.
-inline std::map<std::string, std::string> treeOf(const fs::path& root)
-{
-    std::map<std::string, std::string> tree;
-    for (const auto& entry : fs::recursive_directory_iterator(root)) {
-        const std::string below = fs::relative(entry.path(), root).string();
-        if (entry.is_directory())
-            tree[below + "/"];
-        else
-            tree[below] = readFile(entry.path());
+    for (std::size_t i = 0; i < size; i += 4) {
+        const std::uint32_t four = random();
+        bytes.replace(i, 4, reinterpret_cast<const char*>(&four), std::min<std::size_t>(4, size - i));
     }
-    return tree;
+    return bytes;
 }
 
 /// A catalogue that admits everything below one folder and records what comes.

@@ -73,13 +73,13 @@ TEST_F(TransferTest, AnExistingTargetIsReplacedOrKept)
             const std::string old = summary(content(size, 2));
             for (const std::string name : {"file", "tree"}) {
                 EXPECT_EQ(move(way, testBox, name, true), kDone);
-                EXPECT_EQ(readFile(target(way) / (name == "file" ? name : "tree/file")), old);
+                EXPECT_EQ(summaryOf(target(way) / (name == "file" ? name : "tree/file")), old);
                 EXPECT_EQ(move(way, testBox, name, false), kDone);
-                EXPECT_EQ(readFile(target(way) / (name == "file" ? name : "tree/file")), fresh);
+                EXPECT_EQ(summaryOf(target(way) / (name == "file" ? name : "tree/file")), fresh);
             }
             writeFile(target(way) / "file", content(1, 3)); // of another size
             EXPECT_EQ(move(way, testBox, "file"), kDone);
-            EXPECT_EQ(readFile(target(way) / "file"), fresh);
+            EXPECT_EQ(summaryOf(target(way) / "file"), fresh);
         }
 }
 
@@ -144,14 +144,14 @@ TEST_F(TransferTest, EachFaultFailsWithItsCodeLeavesTheOldTargetAndIsMendedByThe
         EXPECT_EQ(last, row.code);
         EXPECT_LT(percent, 100);
         if (row.name != "tree") {
-            EXPECT_EQ(readFile(target(row.way) / row.name), "the old target");
+            EXPECT_EQ(summaryOf(target(row.way) / row.name), "the old target");
         }
         TestBox sound(*catalogue);
         EXPECT_EQ(move(row.way, sound, row.name), kDone);
         if (row.name == "tree") {
             EXPECT_EQ(treeOf(target(row.way) / "tree"), treeOf(source(row.way) / "tree"));
         } else {
-            EXPECT_EQ(readFile(target(row.way) / row.name), readFile(source(row.way) / row.name));
+            EXPECT_EQ(summaryOf(target(row.way) / row.name), summaryOf(source(row.way) / row.name));
         }
     }
 }
@@ -292,7 +292,7 @@ TEST_F(TransferTest, TransfersToOneTargetNeverMix)
             });
         for (std::thread& thread : threads)
             thread.join();
-        const std::string result = readFile(target(way) / "one");
+        const std::string result = summaryOf(target(way) / "one");
         EXPECT_TRUE(result == summary(both[0]) || result == summary(both[1]));
         EXPECT_GE(done, 1);
     }
@@ -325,7 +325,7 @@ TEST_F(TransferTest, ThousandsOfMixedTransfersEndWithBoundedMemory)
                               kDone);
                     ASSERT_EQ(Upload(channel, back, here, false, {}, nullptr, nullptr), kDone);
                     if (i % 4 == 3) {
-                        ASSERT_EQ(readFile(back), readFile(box() / name));
+                        ASSERT_EQ(summaryOf(back), summaryOf(box() / name));
                         fs::remove(back);
                         fs::remove(here);
                     }
