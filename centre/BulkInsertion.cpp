@@ -11,7 +11,7 @@ constexpr std::uint64_t kProgressStep = 10000;
 } // namespace
 
 BulkInsertion::BulkInsertion(SQLite::Database& database, const std::function<void(std::uint64_t)>& progress)
-    : m_Database(database), m_Progress(progress), m_Writer(database, UnknownMarks::Make)
+    : m_Database(database), m_Progress(progress), m_Writer(database, Origin::Operator)
 {
     database.exec(kLargeCache);
     m_Transaction.emplace(database, SQLite::TransactionBehavior::IMMEDIATE);

@@ -34,6 +34,22 @@ Column identifier(const std::string& name, const std::string& references, bool r
     return {name, keyOf(name), Content::Identifier, references, required};
 }
 
+/// As the library's conversions of beans read the fields.
+Content contentOf(const std::string& name)
+{
+    const auto startsWith = [&name](const char* start) { return name.rfind(start, 0) == 0; };
+    if (name == "project_name" || name == "data_type")
+        return Content::Name;
+    if (name == "datum" || name == "projection" || name == "hemisphere")
+        return Content::Code;
+    if (startsWith("count"))
+        return Content::Count;
+    if (startsWith("value") || startsWith("coord_param") || startsWith("coord_extra") || name == "point_x" ||
+        name == "point_y" || name == "point_z")
+        return Content::Number;
+    return Content::Text;
+}
+
 Column beanColumn(const FieldDescriptor& field)
 {
     const std::string& name = field.name();
@@ -45,8 +61,8 @@ Column beanColumn(const FieldDescriptor& field)
         return identifier(name, "project(project_id)", true);
     if (name == "dq_con_id")
         return identifier(name, "control(dq_con_id)", true);
-    const bool isName = name == "project_name" || name == "data_type";
-    return {name, keyOf(name), isName ? Content::Name : Content::Text, "", isName};
+    const Content content = contentOf(name);
+    return {name, keyOf(name), content, "", content == Content::Name};
 }
 
 /// What a record that belongs to a type has beside its bean's fields. It stands before them, where a long

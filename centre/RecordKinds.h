@@ -14,6 +14,9 @@ enum class Content
     Identifier, ///< 1 to 4294967294
     Name,       ///< a text that is never absent or empty
     Text,
+    Number, ///< a text that clients read as a number
+    Count,  ///< the same, a whole number
+    Code,   ///< a text of which clients know a few
     Date,   ///< YYYY-MM-DD
     Degrees ///< a longitude or latitude
 };

@@ -11,7 +11,9 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <iterator>
+#include <locale.h>
 
 namespace centre {
 
@@ -56,6 +58,46 @@ std::string date(const std::string& key, const std::string& text)
     throw refusal(key + " is a day, YYYY-MM-DD, not " + shown(text));
 }
 
+/// Whether clients find a number at the start of the text; they read it with these functions.
+bool startsWithNumber(Content content, const std::string& text)
+{
+    static const locale_t neutral = ::newlocale(LC_ALL_MASK, "C", nullptr); // used for good
+    char* end = nullptr;
+    if (content == Content::Count)
+        std::strtol(text.c_str(), &end, 10);
+    else
+        ::strtod_l(text.c_str(), &end, neutral);
+    return end != text.c_str();
+}
+
+/// The texts of a code that clients know; any other is lost to them.
+const std::vector<std::string>& knownTexts(const std::string& key)
+{
+    static const std::unordered_map<std::string, std::vector<std::string>> texts = {
+        {"datum", {"WGS84", "北京54", "西安80", "中国2000", "自定义"}},
+        {"projection", {"经纬度", "TM投影", "高斯投影", "UTM投影", "兰波特等角投影", "地心直角坐标"}},
+        {"hemisphere", {"南半球", "北半球"}}};
+    return texts.at(key);
+}
+
+void requireReadable(const Column& column, const std::string& text)
+{
+    if (text.empty())
+        return;
+    const bool isNumber = column.content == Content::Number || column.content == Content::Count;
+    if (isNumber && !startsWithNumber(column.content, text))
+        throw refusal(column.key + " is a number, not " + shown(text));
+    if (column.content != Content::Code)
+        return;
+    const std::vector<std::string>& known = knownTexts(column.key);
+    if (std::find(known.begin(), known.end(), text) != known.end())
+        return;
+    std::string all;
+    for (const std::string& each : known)
+        all += (all.empty() ? "" : ", ") + each;
+    throw refusal(column.key + " is one of " + all + ", not " + shown(text));
+}
+
 void bindText(SQLite::Statement& statement, int place, const Column& column, const std::string& text)
 {
     if (column.content == Content::Name && (text.empty() || escaped(text) != text))
@@ -81,7 +123,7 @@ void bindValue(SQLite::Statement& statement, int place, const Column& column, co
 
 bool emptyIsValue(Content content)
 {
-    return content == Content::Text || content == Content::Name;
+    return content != Content::Identifier && content != Content::Date && content != Content::Degrees;
 }
 
 /// East is not below west: what crosses the date line ends beyond 180.
@@ -110,8 +152,11 @@ std::string insertionSql(const RecordKind& kind)
 class RecordWriter::Insertion
 {
 public:
-    Insertion(SQLite::Database& database, const RecordKind& kind)
-        : m_Kind(kind), m_Insert(database, insertionSql(kind)), m_Texts(kind.columns.size() + kExtraSlots)
+    Insertion(SQLite::Database& database, const RecordKind& kind, Origin origin)
+        : m_Kind(kind),
+          m_Origin(origin),
+          m_Insert(database, insertionSql(kind)),
+          m_Texts(kind.columns.size() + kExtraSlots)
     {
         for (std::size_t i = 0; i < kind.columns.size(); ++i)
             m_Slots.emplace(kind.columns[i].key, i);
@@ -139,6 +184,8 @@ public:
                 emptyIsValue(m_Kind.columns[slot->second].content))
                 known = &text;
         }
+        if (m_Origin == Origin::User)
+            requireFromUser();
     }
 
     /// Null if the record has none.
@@ -193,15 +240,24 @@ public:
 private:
     static constexpr std::size_t kExtraSlots = 2; // company, marks
 
+    void requireFromUser() const
+    {
+        if (m_Texts.front())
+            throw refusal(m_Kind.columns.front().key + " is given by the centre and can't be chosen");
+        for (std::size_t i = 0; i < m_Kind.columns.size(); ++i)
+            if (m_Texts[i])
+                requireReadable(m_Kind.columns[i], *m_Texts[i]);
+    }
+
     const RecordKind& m_Kind;
+    const Origin m_Origin;
     SQLite::Statement m_Insert;
     std::optional<SQLite::Statement> m_AddBounds;
     std::unordered_map<std::string, std::size_t> m_Slots; ///< columns by key, then the extra ones
     std::vector<const std::string*> m_Texts;              ///< by slot
 };
 
-RecordWriter::RecordWriter(SQLite::Database& database, UnknownMarks unknownMarks)
-    : m_Database(database), m_UnknownMarks(unknownMarks)
+RecordWriter::RecordWriter(SQLite::Database& database, Origin origin) : m_Database(database), m_Origin(origin)
 {
 }
 
@@ -220,6 +276,10 @@ std::uint32_t RecordWriter::add(const RecordKind& kind, const RecordTexts& texts
     } else if (kind.name == "project" && record.text("company")) {
         throw refusal("company and companyID are both given");
     }
+    if (const std::string* name = record.text("dataType"))
+        for (const RecordKind& each : recordKinds()) // so that no project has both "dom" and "DOM"
+            if (owns(*name, each))
+                record.setText("dataType", each.typeName);
     const std::optional<Bounds> bounds = record.bounds();
     try {
         record.run(bounds);
@@ -238,7 +298,7 @@ RecordWriter::Insertion& RecordWriter::insertion(const RecordKind& kind)
 {
     std::unique_ptr<Insertion>& known = m_Insertions[&kind];
     if (!known)
-        known = std::make_unique<Insertion>(m_Database, kind);
+        known = std::make_unique<Insertion>(m_Database, kind, m_Origin);
     return *known;
 }
 
@@ -281,6 +341,8 @@ void RecordWriter::refuse(const RecordKind& kind, Insertion& insertion, const SQ
         throw refusal("there is a " + kind.name + " " +
                       shown(*insertion.text(kind.name == "project" ? "projectName" : "dataType")) +
                       " already");
+    if (code == SQLITE_CONSTRAINT_CHECK)
+        throw refusal("no identifier is left for another " + kind.name);
     if (code != SQLITE_CONSTRAINT_FOREIGNKEY)
         throw exception;
     for (const Column& column : kind.columns) {
@@ -317,7 +379,7 @@ void RecordWriter::requireImageComment(std::uint32_t id)
 {
     if (!m_ImageComments.insert(id).second)
         return;
-    if (m_UnknownMarks == UnknownMarks::Make) {
+    if (m_Origin == Origin::Operator) {
         SQLite::Statement addition(m_Database, "INSERT INTO image_comment VALUES (?1, 'mark ' || ?1, '')"
                                                " ON CONFLICT DO NOTHING");
         addition.bind(1, id);

@@ -21,26 +21,27 @@ namespace centre {
 /// company's number. Numbers are decimal.
 using RecordTexts = std::vector<std::pair<std::string, std::string>>;
 
-/// What is made of a mark whose image comment is not there.
-enum class UnknownMarks
+/// Whom the texts come from.
+enum class Origin
 {
-    Make,  ///< the image comment "mark N" is added for it
-    Refuse ///< an error
+    Operator, ///< records may bring their identifiers and any texts; marks get their image comments made
+    User      ///< the centre gives identifiers; numbers and codes must be such; image comments be there
 };
 
 /// Adds records to the image catalogue, inside the caller's transactions; used by one thread at a time.
 class RecordWriter
 {
 public:
-    RecordWriter(SQLite::Database& database, UnknownMarks unknownMarks);
+    RecordWriter(SQLite::Database& database, Origin origin);
     ~RecordWriter();
 
     /// Adds a record and returns its identifier, which is the next free one if the texts have none. A text
-    /// that is empty leaves its column empty, but for a Content::Text, where it is a value.
+    /// that is empty leaves an identifier, a date or degrees empty; elsewhere it is a value.
     /// Throws Error(Failed): a key that the kind lacks or that comes twice with different texts, a text that
     /// can't be the column's value, what is required and missing, an identifier that is taken, a company,
-    /// project, type, file or control file that is not there, a type that does not own the kind. Then nothing
-    /// of the record is in the database once the transaction is rolled back.
+    /// project, type, file or control file that is not there, a type that does not own the kind, what the
+    /// origin may not bring. Then nothing of the record is in the database once the transaction is rolled
+    /// back.
     std::uint32_t add(const RecordKind& kind, const RecordTexts& texts);
 
 private:
@@ -55,7 +56,7 @@ private:
     void requireImageComment(std::uint32_t id);
 
     SQLite::Database& m_Database;
-    const UnknownMarks m_UnknownMarks;
+    const Origin m_Origin;
     std::unordered_map<const RecordKind*, std::unique_ptr<Insertion>> m_Insertions;
     std::unordered_map<std::uint32_t, std::string> m_TypeNames;
     std::optional<SQLite::Statement> m_AddMark;

@@ -30,7 +30,7 @@ class Registrar
 {
 public:
     Registrar(const Caller& caller, const RecordKind& kind)
-        : m_Caller(caller), m_Kind(kind), m_Writer(caller.connection.database(), UnknownMarks::Refuse)
+        : m_Caller(caller), m_Kind(kind), m_Writer(caller.connection.database(), Origin::User)
     {
     }
 

@@ -97,16 +97,16 @@ TEST_F(Registrations, MakeARecordOfEachKindThatQueriesSeeAtOnce)
     EXPECT_EQ(save(3, "companyID='1',projectName='新',datum='WGS84'"), "result: 0 id: 3");
     EXPECT_EQ(ask(*m_Channel, "queryDataSrcByProjectName", "company_id: 1 proname: '新'"),
               "result: 0 bean { project_id: 3 project_name: \"新\" datum: \"WGS84\" company_id: 1 }");
+    int lastType = 1;
     for (const RecordKind& kind : centre::recordKinds()) {
         if (!kind.hasType())
             continue;
-        const std::string typeId = std::to_string(kind.number + 10);
-        EXPECT_EQ(save(4, "projectID='3',dataType='" + kind.typeName + "',typeID='" + typeId + "'"),
-                  "result: 0 id: " + typeId);
+        const std::string typeId = std::to_string(++lastType);
+        EXPECT_EQ(save(4, "projectID='3',dataType='" + kind.typeName + "'"), "result: 0 id: " + typeId);
         EXPECT_EQ(saveAll(kind.number, {"mainFileID='1',typeID='" + typeId +
                                             "',sensor='S',date='2026-01-31',west='1',south='2',east='3',"
-                                            "north='4',datum='it's'",
-                                        "mainFileID='',typeID='" + typeId + "'"}),
+                                            "north='4',text1='it's',value1=' -.5 m',datum='西安80'",
+                                        "mainFileID='',value1='',datum='',typeID='" + typeId + "'"}),
                   "result: 0 id_list: 1 id_list: 2")
             << m_Told;
         if (kind.name == "control") {
@@ -118,22 +118,23 @@ TEST_F(Registrations, MakeARecordOfEachKindThatQueriesSeeAtOnce)
                             " sentype: 'S' start_date: '2026-01-31' end_date: '2026-01-31' use_bounds: true"
                             " bound_a: 3 bound_b: 4 bound_c: 5 bound_d: 6"),
                     testing::AllOf(testing::StartsWith("result: 0 "), HasSubstr("image_id: 1"),
-                                   HasSubstr("datum: \"it\\'s\""), testing::Not(HasSubstr("image_id: 2"))));
+                                   HasSubstr("text1: \"it\\'s\""), testing::Not(HasSubstr("image_id: 2"))));
     }
     EXPECT_EQ(ask(*m_Channel, "addCommentImage", "commentcontent: 'x'"), "result: 0 id: 1");
     EXPECT_EQ(ask(*m_Channel, "addCommentImage", "commentcontent: 'y'"), "result: 0 id: 2");
-    EXPECT_EQ(save(6, "typeID='16',mainFileID='1',marks='2 1'"), "result: 0 id: 3");
+    EXPECT_EQ(save(6, "typeID='3',mainFileID='1',marks='2 1'"), "result: 0 id: 3");
     EXPECT_EQ(ask(*m_Channel, "queryDataSrcSatByProjectIDAndCommID", "project_id: 3 comm_id: 1"),
               "result: 0 datasrcsats { image_id: 3 main_file_id: 1 }");
 }
 
 TEST_F(Registrations, AreRefusedAloneAndAsABatchWithTheReason)
 {
-    save(4, "projectID='1',dataType='卫星影像',typeID='6'");
-    std::string keys = "typeID='6'";
+    EXPECT_EQ(save(4, "projectID='1',dataType='卫星影像'"), "result: 0 id: 2");
+    EXPECT_EQ(save(4, "projectID='1',dataType='Dom'"), "result: 0 id: 3");
+    std::string keys = "typeID='2'";
     for (int i = 0; i < 1000; ++i)
         keys += ",key" + std::to_string(i) + "='v'";
-    const std::string good = "typeID='6',mainFileID='1'";
+    const std::string good = "typeID='2',mainFileID='1'";
     const struct
     {
         int kind;
@@ -141,23 +142,30 @@ TEST_F(Registrations, AreRefusedAloneAndAsABatchWithTheReason)
         std::string reason;
     } cases[] = {
         {6, good + ",imagename='x'", "a record of kind sat has no key 'imagename'"},
-        {6, "typeID='6', mainFileID='1'", "has no key ' mainFileID'"},
+        {6, "typeID='2', mainFileID='1'", "has no key ' mainFileID'"},
         {6, keys, "has no key 'key0'"},
         {6, "typeID='9',mainFileID='1'", "there is no type 9"},
         {6, "mainFileID='1'", "typeID is missing"},
-        {6, "typeID='6',mainFileID='9'", "there is no file 9"},
-        {6, "typeID='6',mainFileID='A-17'", "mainFileID is a number from 1 to 4294967294, not 'A-17'"},
-        {6, "typeID='6',mainFileID='2'", "file 2 is not of the company of user demo"},
+        {6, "typeID='2',mainFileID='9'", "there is no file 9"},
+        {6, "typeID='2',mainFileID='A-17'", "mainFileID is a number from 1 to 4294967294, not 'A-17'"},
+        {6, "typeID='2',mainFileID='2'", "file 2 is not of the company of user demo"},
         {6, "typeID='1',mainFileID='1'", "is not of the company of user demo"},
-        {10, good, "type 6 is 卫星影像 and has no records of kind dem"},
+        {10, good, "type 2 is 卫星影像 and has no records of kind dem"},
         {6, good + ",marks='7'", "there is no image comment 7"},
         {6, good + ",date='soon'", "date is a day"},
+        {6, good + ",imageID='4294967294'", "imageID is given by the centre"},
+        {6, good + ",value1='abc'", "value1 is a number, not 'abc'"},
+        {6, good + ",count1='.5'", "count1 is a number, not '.5'"},
+        {6, good + ",coordParam8='-'", "coordExtra7 is a number, not '-'"},
+        {6, good + ",hemisphere='north'", "hemisphere is one of 南半球, 北半球, not 'north'"},
         {6, good + std::string(",text1='a\0b'", 12), "without the character 0"},
         {6, std::string(1 << 20, '\''), "a record is key='value',key='value', not"},
         {6, "", "a record is key='value'"},
         {3, "companyID='2',projectName='X'", "is not of the company of user demo"},
         {3, "companyID='9',projectName='X'", "there is no company 9"},
         {3, "companyID='1',projectName='P'", "there is a project 'P' already"},
+        {3, "companyID='1',projectName='X',projectID='9'", "projectID is given by the centre"},
+        {4, "projectID='1',dataType='dOM'", "there is a type 'DOM' already"},
         {4, "projectID='9',dataType='DEM'", "there is no project 9"},
         {4, "projectID='2',dataType='DEM'", "is not of the company of user demo"},
         {9, "dqConID='9',conNumber='1'", "there is no control 9"},
@@ -172,11 +180,14 @@ TEST_F(Registrations, AreRefusedAloneAndAsABatchWithTheReason)
         EXPECT_LT(m_Told.size(), 1000u) << shown;
         if (each.kind != 6)
             continue;
-        EXPECT_EQ(saveAll(6, {good + ",imageID='8'", each.text, good}), "result: -2") << shown;
+        EXPECT_EQ(saveAll(6, {good, each.text, good}), "result: -2") << shown;
         EXPECT_THAT(m_Told, HasSubstr("record 2 of 3: ")) << shown;
     }
     EXPECT_EQ(m_Store.database().execAndGet("SELECT count(*) FROM sat").getInt(), 0);
     EXPECT_EQ(saveAll(6, {}), "result: 0");
+    m_Store.database().exec("INSERT INTO sat(image_id, type_id) VALUES (4294967294, 2)");
+    EXPECT_EQ(save(6, good), "result: -2");
+    EXPECT_THAT(m_Told, HasSubstr("no identifier is left for another sat"));
     m_Channel = channelTo(m_Centre->address(), m_Store.addUser("reader", "LUMO", false));
     EXPECT_EQ(save(6, good), "result: -2");
     EXPECT_THAT(m_Told, HasSubstr("user reader may only read"));
