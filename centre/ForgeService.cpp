@@ -80,7 +80,8 @@ void ForgeService::TransferProgress(RpcController*, const forgeserver::TransferP
 void ForgeService::AnalyzeImage(RpcController* controller, const forgeserver::AnalyzeImageReq* request,
                                 forgeserver::AnalyzeImageRsp* response, Closure* done)
 {
-    tell(*response, attempt("AnalyzeImage", [&] { analyzeImage(m_Pool, userOf(controller), *request); }));
+    tell(*response,
+         attempt("AnalyzeImage", [&] { analyzeImage(m_Pool, userOf(controller), *request, *controller); }));
     done->Run();
 }
 
@@ -89,21 +90,23 @@ void ForgeService::AnalyzeImages(RpcController* controller, const forgeserver::A
 {
     for (const forgeserver::AnalyzeImageReq& each : request->analyze_req())
         tell(*response->add_analyze_rsp(),
-             attempt("AnalyzeImages", [&] { analyzeImage(m_Pool, userOf(controller), each); }));
+             attempt("AnalyzeImages", [&] { analyzeImage(m_Pool, userOf(controller), each, *controller); }));
     done->Run();
 }
 
 void ForgeService::FileCopyToDb(RpcController* controller, const forgeserver::FileCopyToDbReq* request,
                                 forgeserver::FileCopyToDbRsp* response, Closure* done)
 {
-    tell(*response, attempt("FileCopyToDb", [&] { m_Copy.copyIn(userOf(controller), *request); }));
+    tell(*response,
+         attempt("FileCopyToDb", [&] { m_Copy.copyIn(userOf(controller), *request, *controller); }));
     done->Run();
 }
 
 void ForgeService::FileCopyFromDb(RpcController* controller, const forgeserver::FileCopyFromDbReq* request,
                                   forgeserver::FileCopyFromDbRsp* response, Closure* done)
 {
-    tell(*response, attempt("FileCopyFromDb", [&] { m_Copy.copyOut(userOf(controller), *request); }));
+    tell(*response,
+         attempt("FileCopyFromDb", [&] { m_Copy.copyOut(userOf(controller), *request, *controller); }));
     done->Run();
 }
 

@@ -6,6 +6,7 @@
 #include "centre/ResetAtEnd.h"
 #include "centre/StoragePlace.h"
 #include "centre/Text.h"
+#include "centre/Wanted.h"
 
 #include <utility>
 
@@ -14,6 +15,7 @@ namespace centre {
 namespace {
 
 using forgeserver::Reference;
+using google::protobuf::RpcController;
 
 constexpr char kNote[] = "UPDATE file SET short_text = ?, long_text = nullif(?, '') WHERE id = ?";
 constexpr std::size_t kShown = 200;
@@ -27,7 +29,10 @@ std::string shown(const std::string& name)
 class Files
 {
 public:
-    Files(ConnectionPool& pool, const User& user) : m_Pool(pool), m_User(user) {}
+    Files(ConnectionPool& pool, const User& user, const RpcController& call)
+        : m_Pool(pool), m_User(user), m_Call(call)
+    {
+    }
 
     FilePlace place(const Reference& reference) const
     {
@@ -46,6 +51,7 @@ public:
                  Look look) const
     {
         for (const Reference& reference : references) {
+            requireWanted(m_Call);
             try {
                 look(reference, place(reference));
             } catch (const std::exception& exception) {
@@ -59,6 +65,7 @@ public:
 private:
     ConnectionPool& m_Pool;
     const User& m_User;
+    const RpcController& m_Call;
 };
 
 using Found = std::vector<std::pair<std::uint32_t, ImageFacts>>;
@@ -77,17 +84,20 @@ void note(ConnectionPool& pool, const Found& found)
     transaction.commit();
 }
 
-void analyze(ConnectionPool& pool, const User& user, const forgeserver::AnalyzeImageReq& request)
+void analyze(ConnectionPool& pool, const User& user, const forgeserver::AnalyzeImageReq& request,
+             const RpcController& call)
 {
     if (request.analyze_flag())
         requireWriter(user);
     if (request.main_file_size() == 0)
         throw refusal("it has no main file");
-    const Files files(pool, user);
+    const Files files(pool, user, call);
     Found found;
-    files.forEach("main", request.main_file(), [&found](const Reference& reference, const FilePlace& place) {
-        found.emplace_back(static_cast<std::uint32_t>(reference.ref_id()), readImage(openFile(place)));
-    });
+    files.forEach("main", request.main_file(),
+                  [&found, &call](const Reference& reference, const FilePlace& place) {
+                      found.emplace_back(static_cast<std::uint32_t>(reference.ref_id()),
+                                         readImage(openFile(place), call));
+                  });
     const auto open = [](const Reference&, const FilePlace& place) { openFile(place); };
     files.forEach("metadata", request.meta_file(), open);
     files.forEach("attached", request.attach_file(), open);
@@ -97,10 +107,11 @@ void analyze(ConnectionPool& pool, const User& user, const forgeserver::AnalyzeI
 
 } // namespace
 
-void analyzeImage(ConnectionPool& pool, const User& user, const forgeserver::AnalyzeImageReq& request)
+void analyzeImage(ConnectionPool& pool, const User& user, const forgeserver::AnalyzeImageReq& request,
+                  const RpcController& call)
 {
     try {
-        analyze(pool, user, request);
+        analyze(pool, user, request, call);
     } catch (const std::exception& exception) {
         throw refusal("image " + shown(request.img_name()) + ": " + exception.what());
     }

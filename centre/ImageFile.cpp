@@ -28,7 +28,7 @@ std::string numberText(double value)
 
 } // namespace
 
-ImageFacts readImage(OpenFile file)
+ImageFacts readImage(OpenFile file, const google::protobuf::RpcController& call)
 {
     std::string signature(kSignature, '\0');
     const ssize_t read = ::pread(file.handle.get(), signature.data(), signature.size(), 0);
@@ -36,7 +36,7 @@ ImageFacts readImage(OpenFile file)
     for (const std::string& tiff :
          {std::string("II*\0", 4), std::string("MM\0*", 4), std::string("II+\0", 4), std::string("MM\0+", 4)})
         if (startsWith(signature, tiff))
-            return readTiff(std::move(file.handle), file.size);
+            return readTiff(std::move(file.handle), file.size, call);
     const bool isJpeg = startsWith(signature, "\xFF\xD8\xFF");
     if (!isJpeg && !startsWith(signature, "\x89PNG\r\n\x1A\n"))
         throw Error(ExitCode::Failed, file.size == 0 ? "the file is empty" : "no TIFF, JPEG or PNG image");
@@ -45,7 +45,7 @@ ImageFacts readImage(OpenFile file)
     if (!stream)
         throw Error(ExitCode::Failed, "the file can't be read");
     file.handle.release();
-    return isJpeg ? readJpeg(stream.get()) : readPng(stream.get());
+    return isJpeg ? readJpeg(stream.get(), call) : readPng(stream.get(), call);
 }
 
 std::string formatText(const ImageFacts& facts)

@@ -3,6 +3,8 @@
 
 #include "centre/StoragePlace.h"
 
+#include <google/protobuf/service.h>
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -30,8 +32,9 @@ struct ImageFacts
 };
 
 /// Reads an image: its header, and what it takes to tell that its data is there and whole. A TIFF's first
-/// image is meant. Closes the file. Throws Error(Failed) with the reason.
-ImageFacts readImage(OpenFile file);
+/// image is meant. Closes the file. Throws Error(Failed) with the reason, also when nobody waits for the
+/// call's answer any more.
+ImageFacts readImage(OpenFile file, const google::protobuf::RpcController& call);
 
 /// "GTiff 512x256x3".
 std::string formatText(const ImageFacts& facts);

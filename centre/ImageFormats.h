@@ -12,12 +12,14 @@ constexpr std::uint64_t kMostPixelsRead = 1 << 28;
 /// What a format may take of memory for one image, in bytes.
 constexpr std::int64_t kMostMemory = 256 << 20;
 
-// Each reads a file from its start and throws Error(Failed).
+// Each reads a file from its start and throws Error(Failed), also when nobody waits for the call's answer any
+// more.
 
 /// Takes the descriptor over, also when it throws.
-ImageFacts readTiff(bulkhaul::FileHandle file, std::uint64_t size);
-ImageFacts readJpeg(std::FILE* file);
-ImageFacts readPng(std::FILE* file);
+ImageFacts readTiff(bulkhaul::FileHandle file, std::uint64_t size,
+                    const google::protobuf::RpcController& call);
+ImageFacts readJpeg(std::FILE* file, const google::protobuf::RpcController& call);
+ImageFacts readPng(std::FILE* file, const google::protobuf::RpcController& call);
 
 } // namespace centre
 

@@ -1,5 +1,6 @@
 #include "centre/Error.h"
 #include "centre/ImageFormats.h"
+#include "centre/Wanted.h"
 
 #include <csetjmp>
 
@@ -10,6 +11,8 @@
 namespace centre {
 
 namespace {
+
+constexpr int kMostScans = 100; // each goes over the whole image; ten are usual
 
 /// The library's error handling, which leaves by a jump: no object of a class is made below it.
 struct Errors
@@ -35,12 +38,30 @@ void leaveAtLoss(j_common_ptr image, int level)
         leave(image);
 }
 
+/// What the library calls again and again while it decodes.
+struct Progress
+{
+    jpeg_progress_mgr manager;
+    const google::protobuf::RpcController* call;
+};
+
+void leaveIfTooLong(j_common_ptr image)
+{
+    auto* errors = reinterpret_cast<Errors*>(image->err);
+    const bool tooMany = reinterpret_cast<j_decompress_ptr>(image)->input_scan_number > kMostScans;
+    if (!tooMany && !reinterpret_cast<Progress*>(image->progress)->call->IsCanceled())
+        return;
+    std::snprintf(errors->text, sizeof errors->text, "it has more than %d scans", kMostScans);
+    std::longjmp(errors->place, 1); // NOLINT(cert-err52-cpp)
+}
+
 /// Reads an image at an eighth of its size. False when it was left, with the reason in `errors`.
-bool readAll(jpeg_decompress_struct& image, Errors& errors, std::FILE* file)
+bool readAll(jpeg_decompress_struct& image, Errors& errors, Progress& progress, std::FILE* file)
 {
     if (setjmp(errors.place) != 0) // NOLINT(cert-err52-cpp)
         return false;
     jpeg_create_decompress(&image);
+    image.progress = &progress.manager;
     image.mem->max_memory_to_use = kMostMemory;
     jpeg_stdio_src(&image, file);
     jpeg_read_header(&image, TRUE);
@@ -59,17 +80,22 @@ bool readAll(jpeg_decompress_struct& image, Errors& errors, std::FILE* file)
 
 } // namespace
 
-ImageFacts readJpeg(std::FILE* file)
+ImageFacts readJpeg(std::FILE* file, const google::protobuf::RpcController& call)
 {
     Errors errors = {};
     jpeg_decompress_struct image = {};
     image.err = jpeg_std_error(&errors.manager);
     errors.manager.error_exit = leave;
     errors.manager.emit_message = leaveAtLoss;
-    const bool whole = readAll(image, errors, file);
+    Progress progress = {{}, &call};
+    progress.manager.progress_monitor = leaveIfTooLong;
+    // A progressive image that would take too much memory is left, too, before its data is read.
+    const bool whole =
+        readAll(image, errors, progress, file) || errors.manager.msg_code == JERR_NO_BACKING_STORE;
     ImageFacts facts{"JPEG", image.image_width, image.image_height,
                      static_cast<std::uint32_t>(image.num_components), std::nullopt};
     jpeg_destroy_decompress(&image);
+    requireWanted(call);
     if (!whole)
         throw Error(ExitCode::Failed, std::string("damaged JPEG: ") + errors.text);
     return facts;

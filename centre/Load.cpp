@@ -138,7 +138,7 @@ RecordCounts loadRecords(Store& store, std::istream& lines, const std::string& n
 {
     BulkInsertion insertion(store.database(), progress);
     LineReader reader;
-    std::string line(kLongestLine, '\0');
+    std::string line(kLongestLine + 1, '\0');
     std::uint64_t number = 0;
     try {
         for (number = 1;
@@ -146,7 +146,7 @@ RecordCounts loadRecords(Store& store, std::istream& lines, const std::string& n
              ++number) {
             if (lines.fail())
                 throw Error(ExitCode::Failed,
-                            "the line is longer than " + std::to_string(kLongestLine - 2) + " bytes");
+                            "the line is longer than " + std::to_string(kLongestLine) + " bytes");
             const char* end = line.data() + lines.gcount() - (lines.eof() ? 0 : 1);
             if (std::all_of(static_cast<const char*>(line.data()), end,
                             [](char c) { return c == ' ' || c == '\t' || c == '\r'; }))

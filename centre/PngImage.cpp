@@ -1,5 +1,6 @@
 #include "centre/Error.h"
 #include "centre/ImageFormats.h"
+#include "centre/Wanted.h"
 
 #include <csetjmp>
 #include <cstring>
@@ -30,8 +31,9 @@ struct Header
     png_byte bands = 0;
 };
 
-/// Reads an image; `row`, which png_malloc made, is for the caller to free.
-bool readAll(png_structp png, png_infop info, std::FILE* file, Header& header, png_bytep& row)
+/// Reads an image; `row`, which png_malloc made, is for the caller to free. False when it was left.
+bool readAll(png_structp png, png_infop info, std::FILE* file, const google::protobuf::RpcController& call,
+             Header& header, png_bytep& row)
 {
     if (setjmp(png_jmpbuf(png)) != 0) // NOLINT(cert-err52-cpp): the library's way out
         return false;
@@ -44,25 +46,29 @@ bool readAll(png_structp png, png_infop info, std::FILE* file, Header& header, p
     png_read_update_info(png, info);
     row = static_cast<png_bytep>(png_malloc(png, png_get_rowbytes(png, info)));
     for (int pass = 0; pass < passes; ++pass)
-        for (png_uint_32 i = 0; i < header.height; ++i)
+        for (png_uint_32 i = 0; i < header.height; ++i) {
+            if (call.IsCanceled())
+                return false;
             png_read_row(png, row, nullptr);
+        }
     png_read_end(png, nullptr);
     return true;
 }
 
 } // namespace
 
-ImageFacts readPng(std::FILE* file)
+ImageFacts readPng(std::FILE* file, const google::protobuf::RpcController& call)
 {
     char error[kLongestError + 1] = "";
     png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, error, leave, drop);
     png_infop info = png ? png_create_info_struct(png) : nullptr;
     Header header;
     png_bytep row = nullptr;
-    const bool whole = info && readAll(png, info, file, header, row);
+    const bool whole = info && readAll(png, info, file, call, header, row);
     if (png)
         png_free(png, row);
     png_destroy_read_struct(&png, &info, nullptr);
+    requireWanted(call);
     if (!whole)
         throw Error(ExitCode::Failed, std::string("damaged PNG: ") + error);
     return {"PNG", header.width, header.height, header.bands, std::nullopt};

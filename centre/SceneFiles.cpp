@@ -3,7 +3,7 @@
 #include "centre/ResetAtEnd.h"
 #include "centre/StoragePlace.h"
 
-#include <algorithm>
+#include <unordered_set>
 
 namespace centre {
 
@@ -23,12 +23,15 @@ void keepThoseIn(Connection& connection, std::uint32_t folderId, std::vector<std
 {
     SQLite::Statement& beside = connection.statement(kBeside);
     std::vector<std::string> kept;
+    std::unordered_set<std::string> known;
     for (std::string& name : names) {
         if (name.rfind("./", 0) == 0)
             name.erase(0, 2);
+        if (!known.insert(name).second)
+            continue;
         const ResetAtEnd resetAtEnd(beside);
         SQLite::bind(beside, folderId, name);
-        if (beside.executeStep() && std::find(kept.begin(), kept.end(), name) == kept.end())
+        if (beside.executeStep())
             kept.push_back(name);
     }
     names = std::move(kept);

@@ -29,12 +29,24 @@ void requireText(const std::string& text)
         throw refusal("the file is no text in UTF-8");
 }
 
+/// XML has no character 0, and the parser would end a text there.
+void requireNoNul(const std::string& xml)
+{
+    for (std::size_t at = xml.find("&#"); at != std::string::npos; at = xml.find("&#", at + 2)) {
+        const std::size_t digits = at + (xml.compare(at, 3, "&#x") == 0 ? 3 : 2);
+        const std::size_t end = std::min(xml.find_first_not_of('0', digits), xml.size());
+        if (end > digits && xml[end] == ';')
+            throw refusal("damaged XML at byte " + std::to_string(at) + ": the character 0");
+    }
+}
+
 /// A DIMAP document. Entities of its own are refused: the format has none.
 class Dimap
 {
 public:
     explicit Dimap(const std::string& xml)
     {
+        requireNoNul(xml);
         const pugi::xml_parse_result result =
             m_Document.load_buffer(xml.data(), xml.size(), pugi::parse_default | pugi::parse_doctype);
         if (!result)
@@ -58,16 +70,13 @@ public:
         return value;
     }
 
-    /// Those that the elements of that name refer to, in their order.
+    /// Those that the elements of that name refer to, in their order and as often.
     std::vector<std::string> files(const char* element) const
     {
         std::vector<std::string> names;
         for (const pugi::xpath_node& each :
-             m_Document.select_nodes(("//" + std::string(element) + "/@href").c_str())) {
-            const std::string name = trimmed(each.attribute().value());
-            if (std::find(names.begin(), names.end(), name) == names.end())
-                names.push_back(name);
-        }
+             m_Document.select_nodes(("//" + std::string(element) + "/@href").c_str()))
+            names.push_back(trimmed(each.attribute().value()));
         return names;
     }
 

@@ -14,7 +14,8 @@ namespace centre {
 
 namespace {
 
-/// SIGTERM and SIGINT, blocked before any thread starts, so that only `wait` sees them.
+/// SIGTERM and SIGINT, blocked before any thread starts, so that only `wait` sees the first. A second one
+/// ends the process at once.
 class StopSignals
 {
 public:
@@ -30,6 +31,7 @@ public:
     {
         int signal = 0;
         sigwait(&m_Signals, &signal);
+        pthread_sigmask(SIG_UNBLOCK, &m_Signals, nullptr);
     }
 
 private:

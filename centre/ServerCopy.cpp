@@ -5,16 +5,31 @@
 #include "centre/Ownership.h"
 #include "centre/StoragePlace.h"
 #include "centre/Text.h"
+#include "centre/Wanted.h"
 #include "components/bulkhaul/IncomingFile.h"
 #include "components/bulkhaul/SourceFile.h"
 
+#include <algorithm>
 #include <filesystem>
 
 namespace centre {
 
 namespace {
 
+constexpr std::size_t kShown = 200; // of a path
+
 using bulkhaul::Folder;
+using google::protobuf::RpcController;
+
+/// The path without separators that say nothing: doubled ones and that at its end.
+std::string plainPath(std::string path)
+{
+    const auto bothSeparators = [](char one, char next) { return one == '/' && next == '/'; };
+    path.erase(std::unique(path.begin(), path.end(), bothSeparators), path.end());
+    if (path.size() > 1 && path.back() == '/')
+        path.pop_back();
+    return path;
+}
 
 bool isFolder(const Folder& folder, const std::string& name)
 {
@@ -33,17 +48,26 @@ void requireFree(const Folder& folder, const std::string& name, bool overwrite)
         throw refusal(escaped(name) + " is there already and is no file");
 }
 
-void copy(const Folder& from, const std::string& fromName, Folder to, const std::string& toName)
+/// Whole, or nothing is left behind: no later copy would go on with a part.
+void copy(const bulkhaul::SourceFile& source, Folder to, const std::string& name, bool overwrite,
+          const RpcController& call)
 {
-    const bulkhaul::SourceFile source(from, fromName);
-    bulkhaul::IncomingFile target(std::move(to), toName, source.size());
-    std::string data;
-    for (std::uint64_t chunk = 0; chunk < bulkhaul::chunkCount(source.size()); ++chunk) {
-        source.read(chunk, data);
-        target.write(chunk, data, bulkhaul::digestOf(data));
+    bulkhaul::IncomingFile target(std::move(to), name, source.size());
+    try {
+        std::string data;
+        std::uint64_t chunk = 0;
+        do { // for an empty file, too: from the first write on nobody else can give the name
+            requireWanted(call);
+            source.read(chunk, data);
+            target.write(chunk, data, bulkhaul::digestOf(data));
+        } while (++chunk < bulkhaul::chunkCount(source.size()));
+        source.requireUnchanged();
+        requireFree(target.folder(), name, overwrite);
+        target.finish();
+    } catch (...) {
+        target.discard();
+        throw;
     }
-    source.requireUnchanged();
-    target.finish();
     target.folder().flush();
 }
 
@@ -67,17 +91,19 @@ ServerCopy::ServerCopy(ConnectionPool& pool, const std::vector<std::string>& cop
 /// The innermost root that the path lies in.
 std::string ServerCopy::requireRoot(const std::string& path) const
 {
+    if (!isBoxPath(path))
+        throw refusal(escaped(path.substr(0, kShown)) + " is no plain absolute path, /FOLDER/NAME");
     std::string found;
-    if (isBoxPath(path))
-        for (const std::string& root : m_Roots)
-            if (isAtOrBelow(root, path) && root.size() > found.size())
-                found = root;
+    for (const std::string& root : m_Roots)
+        if (isAtOrBelow(root, path) && root.size() > found.size())
+            found = root;
     if (!found.empty())
         return found;
     std::string all;
     for (const std::string& root : m_Roots)
         all += (all.empty() ? "" : ", ") + escaped(root);
-    throw refusal(escaped(path.substr(0, 200)) + " lies in no folder that the centre copies from and to; " +
+    throw refusal(escaped(path.substr(0, kShown)) +
+                  " lies in no folder that the centre copies from and to; " +
                   (all.empty() ? "there is none, see serve --copy-root" : "those are " + all));
 }
 
@@ -101,15 +127,17 @@ std::uint32_t ServerCopy::makeFolder(const User& user, const forgeserver::Create
     return id;
 }
 
-void ServerCopy::copyIn(const User& user, const forgeserver::FileCopyToDbReq& request)
+void ServerCopy::copyIn(const User& user, const forgeserver::FileCopyToDbReq& request,
+                        const RpcController& call)
 {
     requireWriter(user);
-    const std::string root = requireRoot(request.src_file());
-    if (request.src_file() == root)
+    const std::string path = plainPath(request.src_file());
+    const std::string root = requireRoot(path);
+    if (path == root)
         throw refusal(escaped(root) + " is no file");
-    const Folder source =
-        Folder::open(root).below(bulkhaul::splitBelow(pathBelow(root, folderAbove(request.src_file()))));
-    const std::string name = lastName(request.src_file());
+    const std::string name = lastName(path);
+    const bulkhaul::SourceFile source(
+        Folder::open(root).below(bulkhaul::splitBelow(pathBelow(root, folderAbove(path)))), name);
     const std::vector<std::string> names = bulkhaul::splitBelow(request.relative_path());
 
     FolderPlace place;
@@ -124,7 +152,7 @@ void ServerCopy::copyIn(const User& user, const forgeserver::FileCopyToDbReq& re
         throw refusal(escaped(name) + " can't be a file's name");
     Folder target = place.open(Folder::Missing::MakeFlushed);
     requireFree(target, name, request.copy_flag());
-    copy(source, name, std::move(target), name);
+    copy(source, std::move(target), name, request.copy_flag(), call);
 
     const std::lock_guard<std::mutex> lock(m_Pool.changing());
     ConnectionPool::Lease connection(m_Pool);
@@ -134,16 +162,18 @@ void ServerCopy::copyIn(const User& user, const forgeserver::FileCopyToDbReq& re
     transaction.commit();
 }
 
-void ServerCopy::copyOut(const User& user, const forgeserver::FileCopyFromDbReq& request)
+void ServerCopy::copyOut(const User& user, const forgeserver::FileCopyFromDbReq& request,
+                         const RpcController& call)
 {
     requireWriter(user); // it changes folders of the centre's machine
-    const std::string root = requireRoot(request.dist_path());
+    const std::string path = plainPath(request.dist_path());
+    const std::string root = requireRoot(path);
     FilePlace place;
     {
         ConnectionPool::Lease connection(m_Pool);
         place = placeOfFile(*connection, user, m_Pool.dataFolder(), request.source_id());
     }
-    std::vector<std::string> below = bulkhaul::splitBelow(pathBelow(root, request.dist_path()));
+    std::vector<std::string> below = bulkhaul::splitBelow(pathBelow(root, path));
     std::string name = place.name;
     Folder target = Folder::open(root);
     if (!below.empty()) {
@@ -152,11 +182,14 @@ void ServerCopy::copyOut(const User& user, const forgeserver::FileCopyFromDbReq&
         target = target.below(below);
         if (isFolder(target, last))
             target = target.below(last);
+        else if (request.dist_path().back() == '/')
+            throw refusal(escaped(path) + " is no folder");
         else
             name = last;
     }
     requireFree(target, name, request.copy_flag());
-    copy(place.folder.open(), place.name, std::move(target), name);
+    copy(bulkhaul::SourceFile(place.folder.open(), place.name), std::move(target), name, request.copy_flag(),
+         call);
 }
 
 } // namespace centre

@@ -4,6 +4,8 @@
 #include "centre/ConnectionPool.h"
 #include "forgeserver.pb.h"
 
+#include <google/protobuf/service.h>
+
 #include <string>
 #include <vector>
 
@@ -25,8 +27,11 @@ public:
     /// Makes what is missing of a folder's path, on the disk if that is local and in the catalogue; the
     /// identifier of its last folder.
     std::uint32_t makeFolder(const User& user, const forgeserver::CreateFolderReq& request);
-    void copyIn(const User& user, const forgeserver::FileCopyToDbReq& request);
-    void copyOut(const User& user, const forgeserver::FileCopyFromDbReq& request);
+    // A copy is given up when nobody waits for the call's answer any more.
+    void copyIn(const User& user, const forgeserver::FileCopyToDbReq& request,
+                const google::protobuf::RpcController& call);
+    void copyOut(const User& user, const forgeserver::FileCopyFromDbReq& request,
+                 const google::protobuf::RpcController& call);
 
 private:
     std::string requireRoot(const std::string& path) const;

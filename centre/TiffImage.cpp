@@ -1,5 +1,6 @@
 #include "centre/Error.h"
 #include "centre/ImageFormats.h"
+#include "centre/Wanted.h"
 
 #include <geotiff/geotiffio.h>
 #include <geotiff/xtiffio.h>
@@ -9,6 +10,7 @@
 #include <cmath>
 #include <cstdarg>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 namespace centre {
@@ -29,9 +31,13 @@ int keepError(TIFF*, void* kept, const char*, const char* format, va_list argume
     return 1;
 }
 
-int dropWarning(TIFF*, void*, const char*, const char*, va_list)
+/// A field that can't be read is a mere warning to the library, which then goes on without it. Warnings about
+/// odd fields, which many programs write, are dropped.
+int keepLoss(TIFF* tiff, void* kept, const char* module, const char* format, va_list arguments)
 {
-    return 1;
+    return std::string_view(format).rfind("IO error", 0) == 0
+               ? keepError(tiff, kept, module, format, arguments)
+               : 1;
 }
 
 Tiff open(bulkhaul::FileHandle file, std::string& error)
@@ -40,7 +46,7 @@ Tiff open(bulkhaul::FileHandle file, std::string& error)
     const std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> options(TIFFOpenOptionsAlloc(),
                                                                                    &TIFFOpenOptionsFree);
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), keepError, &error);
-    TIFFOpenOptionsSetWarningHandlerExtR(options.get(), dropWarning, nullptr);
+    TIFFOpenOptionsSetWarningHandlerExtR(options.get(), keepLoss, &error);
     TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), kMostMemory);
     // Not mapped: a file that is cut short meanwhile must be an error, not a signal.
     Tiff tiff(TIFFFdOpenExt(file.get(), "image", "rm", options.get()), &TIFFClose);
@@ -52,7 +58,8 @@ Tiff open(bulkhaul::FileHandle file, std::string& error)
 
 /// The strips or tiles of the image must lie in the file, and the first and last be readable if they are not
 /// too large for that.
-void requireData(TIFF* tiff, std::uint64_t fileSize, const std::string& error)
+void requireData(TIFF* tiff, std::uint64_t fileSize, const google::protobuf::RpcController& call,
+                 const std::string& error)
 {
     constexpr std::uint64_t kLeastOfPiece = 4; // bytes that tell where a piece is
     const bool tiled = TIFFIsTiled(tiff) != 0;
@@ -60,19 +67,24 @@ void requireData(TIFF* tiff, std::uint64_t fileSize, const std::string& error)
     const tmsize_t size = tiled ? TIFFTileSize(tiff) : TIFFStripSize(tiff);
     if (pieces == 0 || size <= 0 || pieces > fileSize / kLeastOfPiece)
         throw refusal("damaged TIFF: pieces of no possible number or size");
+    bool allEmpty = true;
     for (std::uint32_t i = 0; i < pieces; ++i) {
         const std::uint64_t offset = TIFFGetStrileOffset(tiff, i);
         const std::uint64_t bytes = TIFFGetStrileByteCount(tiff, i);
         if (offset > fileSize || bytes > fileSize - offset)
             throw refusal("cut short: piece " + std::to_string(i + 1) + " of " + std::to_string(pieces) +
                           " of its data lies beyond the file's end");
+        allEmpty = allEmpty && bytes == 0;
     }
     if (!error.empty())
         throw refusal("damaged TIFF: " + error);
+    if (allEmpty)
+        throw refusal("damaged TIFF: an image without data");
     if (size > kMostMemory)
         return;
     std::vector<char> data(static_cast<std::size_t>(size));
     for (const std::uint32_t i : {std::uint32_t(0), pieces - 1}) {
+        requireWanted(call);
         if (TIFFGetStrileByteCount(tiff, i) == 0)
             continue; // a piece that is left out is empty
         const tmsize_t read = tiled ? TIFFReadEncodedTile(tiff, i, data.data(), size)
@@ -121,7 +133,8 @@ std::optional<ImageFacts::Georeference> georeferenceOf(TIFF* tiff, const ImageFa
 
 } // namespace
 
-ImageFacts readTiff(bulkhaul::FileHandle file, std::uint64_t size)
+ImageFacts readTiff(bulkhaul::FileHandle file, std::uint64_t size,
+                    const google::protobuf::RpcController& call)
 {
     std::string error;
     const Tiff tiff = open(std::move(file), error);
@@ -133,7 +146,7 @@ ImageFacts readTiff(bulkhaul::FileHandle file, std::uint64_t size)
     facts.bands = bands;
     if (facts.width == 0 || facts.height == 0 || facts.bands == 0)
         throw refusal("damaged TIFF: an image without pixels");
-    requireData(tiff.get(), size, error);
+    requireData(tiff.get(), size, call, error);
     facts.georeference = georeferenceOf(tiff.get(), facts);
     if (facts.georeference)
         facts.format = "GTiff";

@@ -1,7 +1,12 @@
+#include "centre/ImageFile.h"
 #include "centre/Import.h"
 #include "centre/SceneMetadata.h"
+#include "centre/ServerCopy.h"
 #include "tests/centre/CentreSupport.h"
 
+#include <functional>
+
+#include <fcntl.h>
 #include <sys/stat.h>
 
 using testing::AllOf;
@@ -143,6 +148,7 @@ TEST_F(Forge, CopiesFilesInAndOut)
     EXPECT_EQ(readFile(m_Data.below("copies/folder/青藏高原.png")), "new");
     EXPECT_EQ(ask("FileCopyFromDb", out + "/folder/named'"), "copy_result: true");
     EXPECT_EQ(ask("FileCopyFromDb", out + "/folder/named' copy_flag: true"), "copy_result: true");
+    EXPECT_EQ(ask("FileCopyFromDb", out + "//folder//' copy_flag: true"), "copy_result: true");
 
     std::filesystem::create_symlink("/etc/passwd", m_Data.below("copies/link"));
     std::filesystem::create_directory_symlink("/etc", m_Data.below("copies/etc"));
@@ -155,19 +161,20 @@ TEST_F(Forge, CopiesFilesInAndOut)
     } refused[] = {
         {"FileCopyToDb", in("/etc/passwd"),
          "lies in no folder that the centre copies from and to; those are"},
-        {"FileCopyToDb", in(m_Root + "/../disk/imagery/east-asia.jpg"), "lies in no folder"},
+        {"FileCopyToDb", in(m_Root + "/../disk/imagery/east-asia.jpg"), "is no plain absolute path"},
         {"FileCopyToDb", in(m_Root + "more/a"), "lies in no folder"},
-        {"FileCopyToDb", in("青藏高原.png"), "lies in no folder"},
+        {"FileCopyToDb", in("青藏高原.png"), "is no plain absolute path"},
         {"FileCopyToDb", in(m_Root), "is no file"},
         {"FileCopyToDb", in(m_Root + "/link"), "link"},
         {"FileCopyToDb", in(m_Root + "/etc/passwd"), "etc"},
         {"FileCopyToDb", in(m_Root + "/folder"), "folder"},
-        {"FileCopyToDb", in(m_Root + "/none"), "No such file"},
+        {"FileCopyToDb", in(m_Root + "/none") + " relative_path: 'left/over'", "No such file"},
         {"FileCopyToDb", source + top + " relative_path: '../x'", "not a name"},
         {"FileCopyToDb", source + " target_a: 2 target_b: 1", "disk 2 is not of the company"},
         {"FileCopyToDb", source, "there is no folder 0"},
         {"FileCopyFromDb", out + "/folder/named'", "named is there already and is not to be overwritten"},
         {"FileCopyFromDb", out + "/none/named'", "No such file"},
+        {"FileCopyFromDb", out + "/none/'", "none is no folder"},
         {"FileCopyFromDb", out + "/etc/named'", "etc"},
         {"FileCopyFromDb", "source_id: " + file + " dist_path: '/etc/named'", "lies in no folder"},
         {"FileCopyFromDb", "source_id: 9999 dist_path: '" + m_Root + "/a'", "there is no file 9999"},
@@ -178,6 +185,7 @@ TEST_F(Forge, CopiesFilesInAndOut)
         EXPECT_THAT(ask(each.operation, each.request),
                     AllOf(HasSubstr("copy_result: false error_text: "), HasSubstr(each.reason)))
             << each.request;
+    EXPECT_FALSE(std::filesystem::exists(m_Data.below("disk/left")));
     m_Channel = channelTo(m_Centre->address(), m_Store.addUser("reader", "LUMO", false));
     for (const auto& [operation, request] :
          {std::pair<std::string, std::string>("FileCopyToDb", source + top), {"FileCopyFromDb", out + "/a'"}})
@@ -187,6 +195,89 @@ TEST_F(Forge, CopiesFilesInAndOut)
         options.copyRoots = {root};
         EXPECT_THROW(centre::Centre(m_Data.path(), options), centre::Error) << root;
     }
+}
+
+/// A call that something happens to while it is worked on.
+class DisturbedCall : public wirecall::RpcController
+{
+public:
+    explicit DisturbedCall(std::function<void()> disturb) : m_Disturb(std::move(disturb)) {}
+    bool IsCanceled() const override
+    {
+        if (m_Disturb)
+            m_Disturb();
+        return !m_Disturb;
+    }
+
+private:
+    std::function<void()> m_Disturb; ///< empty: the caller goes
+};
+
+std::string reasonOf(const std::function<void()>& work)
+{
+    try {
+        work();
+        return "none";
+    } catch (const std::exception& exception) {
+        return exception.what();
+    }
+}
+
+TEST_F(Forge, LongWorkThatIsDisturbedLeavesNothing)
+{
+    centre::ConnectionPool pool(m_Data.path());
+    const std::string root = std::filesystem::canonical(m_Data.below("copies")).string();
+    centre::ServerCopy copy(pool, {root});
+    const centre::User user = centre::ConnectionPool::Lease(pool)->requireUser(m_Data.token());
+    for (const std::string content : {"content", ""}) {
+        const struct
+        {
+            std::function<void()> disturb;
+            const char* reason;
+            std::string left;
+        } cases[] = {
+            {nullptr, "given up", ""},
+            {[this] { makeFile("copies/file", "changed"); }, "changed", ""},
+            {[this] { makeFile("disk/to/file", "other"); }, "is there already", "other"},
+        };
+        for (const auto& each : cases) {
+            std::filesystem::remove_all(m_Data.below("disk/to"));
+            makeFile("copies/file", content);
+            forgeserver::FileCopyToDbReq request;
+            request.set_src_file(root + "/file");
+            request.set_target_a(1);
+            request.set_relative_path("to");
+            const auto work = [&] { copy.copyIn(user, request, DisturbedCall(each.disturb)); };
+            EXPECT_THAT(reasonOf(work), HasSubstr(each.reason));
+            std::string left;
+            for (const auto& entry : std::filesystem::directory_iterator(m_Data.below("disk/to")))
+                left += readFile(entry.path().string());
+            EXPECT_EQ(left, each.left);
+            EXPECT_EQ(catalogueOf(m_Store).count("disk/to/file"), 0u);
+        }
+    }
+    for (const char* image : {"/imagery/east-asia.tif", "/imagery/east-asia.jpg", "/地形/青藏高原.png"}) {
+        const std::string path = kSamples + image;
+        const auto work = [&path] {
+            centre::readImage({bulkhaul::FileHandle(::open(path.c_str(), O_RDONLY | O_CLOEXEC)),
+                               std::filesystem::file_size(path)},
+                              DisturbedCall(nullptr));
+        };
+        EXPECT_THAT(reasonOf(work), HasSubstr("given up"));
+    }
+}
+
+/// A progressive JPEG of one band, its first block coming again in each scan.
+std::string jpegOf(const std::string& sides, int scans)
+{
+    std::string bytes =
+        "\xFF\xD8\xFF\xC2" + std::string("\0\x0B\x08", 3) + sides + std::string("\1\1\x11\0", 4);
+    bytes += "\xFF\xDB" + std::string("\0\x43\0", 3) + std::string(64, '\1');
+    bytes +=
+        "\xFF\xC4" + std::string("\0\x14\0\1", 4) + std::string(16, '\0'); // one code, of no bits to follow
+    for (int i = 0; i < scans; ++i)
+        bytes += "\xFF\xDA" + std::string("\0\x08\1\1\0\0\0\0\x7F", 9);
+    return bytes + "\xFF\xD9";
 }
 
 /// A TIFF with these fields, tag and number.
@@ -214,7 +305,7 @@ TEST_F(Forge, AnalysesImages)
     const std::string jpg = readFile(kSamples + "/imagery/east-asia.jpg");
     const std::string png = readFile(kSamples + "/地形/青藏高原.png");
     const std::string start = "II*" + std::string("\0\x08\0\0\0", 5);
-    const std::pair<std::string, std::string> damaged[] = {
+    std::vector<std::pair<std::string, std::string>> damaged = {
         {"empty", ""},
         {"text", "no image at all"},
         {"cut.tif", tif.substr(0, tif.size() / 2)},
@@ -223,12 +314,18 @@ TEST_F(Forge, AnalysesImages)
         {"manyPieces.tif",
          tiffOf({{256, 1}, {257, 0xFFFFFFFF}, {258, 8}, {262, 1}, {273, 8}, {278, 1}, {279, 1}})},
         {"noPixels.tif", tiffOf({{256, 0}, {257, 0}, {258, 8}, {262, 1}, {273, 8}, {279, 1}})},
+        {"noData.tif", tiffOf({{256, 1}, {257, 1}, {258, 8}, {262, 1}, {273, 0}, {278, 1}, {279, 0}})},
         {"farAway.tif", tiffOf({{256, 9}, {257, 9}, {258, 8}, {262, 1}, {273, 4000000000}, {279, 81}})},
+        {"scans.jpg", jpegOf(std::string("\0\x08\0\x08", 4), 101)},
         {"cut.jpg", jpg.substr(0, jpg.size() / 2)},
         {"head.jpg", jpg.substr(0, 8)},
         {"cut.png", png.substr(0, png.size() / 2)},
         {"wrong.png", png.substr(0, 60) + "xxxx" + png.substr(64)},
     };
+    for (const std::size_t lost : {1, 2, 31, 32, 33, 90}) // values of fields behind the data
+        damaged.emplace_back("cut" + std::to_string(lost) + ".tif", tif.substr(0, tif.size() - lost));
+    makeFile("disk/scans.jpg", jpegOf(std::string("\0\x08\0\x08", 4), 100));
+    makeFile("disk/large.jpg", jpegOf("\x40\x01\x3F\x01", 1)); // its coefficients have 512 MiB
     for (const auto& [name, bytes] : damaged)
         makeFile("disk/damaged/" + name, bytes);
     m_Data.makeFile("disk/gone");
@@ -251,6 +348,8 @@ TEST_F(Forge, AnalysesImages)
         {"disk/imagery/east-asia.tif",
          "short_text: \"GTiff 320x180x3\" long_text: \"EPSG:4326 west 70 south 10 east 150 north 55\""},
         {"disk/imagery/east-asia.jpg", "short_text: \"JPEG 640x360x3\""},
+        {"disk/scans.jpg", "short_text: \"JPEG 8x8x1\""},
+        {"disk/large.jpg", "short_text: \"JPEG 16129x16385x1\""},
         {"disk/gray.png", "short_text: \"PNG 256x128x1\""},
     };
     for (const auto& image : images) {
@@ -308,6 +407,7 @@ TEST_F(Forge, ReadsMetadataOfScenes)
     } damaged[] = {
         {"Spot5FromDim", "cut.dim", dim.substr(0, dim.size() / 2), "damaged XML at byte "},
         {"Spot5FromDim", "entity.dim", entity + dim.substr(dim.find("<Dimap")), "declares entities"},
+        {"Spot5FromDim", "nul.dim", "<Dimap_Document>a&#x00;b</Dimap_Document>", "the character 0"},
         {"Spot5FromDim", "other.dim", "<other/>", "no DIMAP document"},
         {"Spot5FromDim", "nameless.dim", "<Dimap_Document/>", "has no Dataset_Id/DATASET_NAME"},
         {"Spot6FromDim", "five.XML", dim, "has no Dataset_Identification/DATASET_NAME"},

@@ -32,6 +32,18 @@ TEST(Process, EndsCleanlyOnASignalAndTellsItsFaults)
     EXPECT_THAT(process.readLine(), HasSubstr("queryCompanyTableByCompanyNo@2=refuse fired 1 times"));
 }
 
+TEST(Process, ASecondSignalEndsItAtOnce)
+{
+    DataFolder data;
+    Process process(serve(data));
+    ASSERT_NE(servingAddress(process), "");
+    process.signal(SIGSTOP); // so that both signals are there when it goes on
+    process.signal(SIGTERM);
+    process.signal(SIGINT);
+    process.signal(SIGCONT);
+    EXPECT_THAT(process.wait(), testing::AnyOf(128 + SIGTERM, 128 + SIGINT));
+}
+
 TEST(Process, WhatWasAcknowledgedSurvivesAKill)
 {
     DataFolder data;

@@ -317,14 +317,14 @@ TEST_F(Records, AreLoadedAllOrNone)
 {
     m_Store.addMadeUpFiles(m_Store.addDisk("disk", "/srv", "LUMO"), 1);
     const std::string sat = R"({"kind":"sat","typeID":6,)";
-    load(m_Store, owners() + sat + "\"imageID\":5}");
+    load(m_Store, owners() + std::string(1 << 20, ' ') + "\n" + sat + "\"imageID\":5}");
     const std::pair<std::string, std::string> cases[] = {
         {R"({"kind":"sat")", "not JSON"},
         {R"({"kind":"project","projectName":"Q"} {})", "not JSON"},
         {"[1]", "a line is an object, {...}, not a list"},
         {"7", "not a number"},
         {"{\"kind\":\"sat\",\"text1\":\"\xff\"}", "not JSON"},
-        {std::string(2 << 20, ' '), "the line is longer than"},
+        {std::string((1 << 20) + 1, ' '), "the line is longer than 1048576 bytes"},
         {"{}", "kind is missing; the kinds are project, type, photo, sat"},
         {R"({"kind":"map"})", "there is no kind map"},
         {sat + R"("imagename":"x"})", "sat has no key 'imagename'"},

@@ -256,6 +256,15 @@ void IncomingFile::finish()
     m_Finished = true;
 }
 
+void IncomingFile::discard()
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    if (m_Partial && isCurrent(m_Folder, partialName(m_Name), m_Partial))
+        ::unlinkat(m_Folder.get(), partialName(m_Name).c_str(), 0);
+    m_Partial = FileHandle();
+    m_Finished = true;
+}
+
 bool IncomingSmallFiles::exists(const std::string& below)
 {
     std::string name;

@@ -47,6 +47,8 @@ public:
     Digest wholeDigest() const;
     /// Gives the target its name. All chunks must be there. Nothing can be done with the object afterwards.
     void finish();
+    /// Removes the partial file instead. Nothing can be done with the object afterwards.
+    void discard();
 
     const Folder& folder() const { return m_Folder; }
 
