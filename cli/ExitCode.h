@@ -18,7 +18,9 @@ enum class ExitCode
     UnknownUser = 6,
     PlaceNotFound = 7,
     CentreFailed = 8,
-    TransferFailed = 9
+    TransferFailed = 9,
+    Interrupted = 130, ///< by SIGINT
+    Terminated = 143   ///< by SIGTERM
 };
 
 /// Ends the command: what to tell the user, and the exit code.

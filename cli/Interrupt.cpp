@@ -1,5 +1,6 @@
 #include "cli/Interrupt.h"
 
+#include <atomic>
 #include <csignal>
 #include <cstring>
 
@@ -14,14 +15,15 @@ constexpr int kSignals[] = {SIGINT, SIGTERM};
 // Read by the handler, so written before it is installed.
 volatile std::sig_atomic_t clearsLine = 0;
 volatile std::sig_atomic_t tellsEvent = 0;
+// Signals may come at once on two threads.
+std::atomic<int> noted{0};
 
 void writeAll(int descriptor, const char* text)
 {
     static_cast<void>(!write(descriptor, text, std::strlen(text)));
 }
 
-/// The library can't cancel a transfer, and what has arrived is safe however the process ends.
-void endProcess(int signal)
+[[noreturn]] void endProcess(int signal, const char* message)
 {
     if (clearsLine != 0) {
         writeAll(STDERR_FILENO, "\r\x1b[K");
@@ -29,19 +31,34 @@ void endProcess(int signal)
     if (tellsEvent != 0) {
         writeAll(STDOUT_FILENO, "{\"event\":\"interrupted\"}\n");
     }
-    writeAll(STDERR_FILENO, "lumo: interrupted; what arrived is kept: run the same command again to go on\n");
+    writeAll(STDERR_FILENO, message);
     _exit(128 + signal);
 }
 
-void handle(int signal, void (*from)(int), void (*to)(int))
+/// The library can't cancel a transfer, and what has arrived is safe however the process ends.
+void endTransfers(int signal)
 {
-    struct sigaction action = {};
-    sigaction(signal, nullptr, &action);
-    if (action.sa_handler != from) {
-        return;
+    endProcess(signal, "lumo: interrupted; what arrived is kept: run the same command again to go on\n");
+}
+
+void note(int signal)
+{
+    if (noted.exchange(signal) != 0) {
+        endProcess(signal, "lumo: interrupted twice; what the last call did is not known\n");
     }
-    action.sa_handler = to;
-    sigaction(signal, &action, nullptr);
+}
+
+void handleAll(void (*from)(int), void (*to)(int))
+{
+    for (const int signal : kSignals) {
+        struct sigaction action = {};
+        sigaction(signal, nullptr, &action);
+        if (action.sa_handler == from) {
+            action.sa_handler = to;
+            action.sa_flags |= SA_RESTART; // a write to a full pipe goes on
+            sigaction(signal, &action, nullptr);
+        }
+    }
 }
 
 } // namespace
@@ -50,16 +67,30 @@ Interrupt::Interrupt(bool json)
 {
     clearsLine = isatty(STDERR_FILENO);
     tellsEvent = json ? 1 : 0;
-    for (const int signal : kSignals) {
-        handle(signal, SIG_DFL, endProcess);
-    }
+    handleAll(SIG_DFL, endTransfers);
 }
 
 Interrupt::~Interrupt()
 {
-    for (const int signal : kSignals) {
-        handle(signal, endProcess, SIG_DFL);
-    }
+    handleAll(endTransfers, SIG_DFL);
+}
+
+NotedInterrupt::NotedInterrupt()
+{
+    clearsLine = isatty(STDERR_FILENO);
+    tellsEvent = 0; // a line of the output may be half written
+    noted = 0;
+    handleAll(SIG_DFL, note);
+}
+
+NotedInterrupt::~NotedInterrupt()
+{
+    handleAll(note, SIG_DFL);
+}
+
+int NotedInterrupt::signal()
+{
+    return noted;
 }
 
 } // namespace cli

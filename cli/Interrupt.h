@@ -16,6 +16,20 @@ public:
     Interrupt& operator=(const Interrupt&) = delete;
 };
 
+/// While it lives, the first SIGINT or SIGTERM is only noted, for work that must not be left halfway; a
+/// second one ends the process at once. Otherwise as Interrupt.
+class NotedInterrupt
+{
+public:
+    NotedInterrupt();
+    ~NotedInterrupt();
+    NotedInterrupt(const NotedInterrupt&) = delete;
+    NotedInterrupt& operator=(const NotedInterrupt&) = delete;
+
+    /// The signal that came; 0 for none.
+    static int signal();
+};
+
 } // namespace cli
 
 #endif

@@ -5,12 +5,14 @@
 #include "cli/Csv.h"
 #include "cli/ExitCode.h"
 #include "cli/ImageCatalogue.h"
+#include "cli/Interrupt.h"
 #include "cli/RegisterReport.h"
 
 #include "core/LumoDataMgr.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -108,18 +110,36 @@ public:
     {
     }
 
+    /// A signal ends it with the batch under way, of which is told what became.
     void run(const std::vector<NewRecord>& records)
     {
-        for (auto begin = records.begin(); begin != records.end();) {
+        const NotedInterrupt interrupt;
+        auto begin = records.begin();
+        while (begin != records.end() && NotedInterrupt::signal() == 0) {
             const auto end = begin + std::min<std::ptrdiff_t>(kBatch, records.end() - begin);
-            registerBatch(begin, end);
+            begin = registerBatch(begin, end);
             m_Report.refresh();
-            begin = end;
+        }
+        m_Report.finish(begin != records.end());
+        if (begin != records.end()) {
+            flushOutput();
+            stop(records.begin(), begin);
         }
     }
 
 private:
-    void registerBatch(Records begin, Records end)
+    [[noreturn]] void stop(Records begin, Records end) const
+    {
+        throw Failure(NotedInterrupt::signal() == SIGINT ? ExitCode::Interrupted : ExitCode::Terminated,
+                      "interrupted; " +
+                          (begin == end ? "nothing was sent"
+                                        : std::to_string(m_Report.registeredRecords()) + " registered, " +
+                                              std::to_string(m_Report.failedRecords()) + " failed" +
+                                              linesText(begin, end) + "; no later line was sent"));
+    }
+
+    /// Returns where it has come to.
+    Records registerBatch(Records begin, Records end)
     {
         QStringList texts;
         for (auto record = begin; record != end; ++record) {
@@ -130,9 +150,10 @@ private:
         if (!m_Session.manager.addImage(m_Kind, texts, ids)) {
             requireRefusal(begin, end);
             // All or none of a batch: each alone tells which ones it was.
-            std::for_each(begin, end,
-                          [this, next = begin](const NewRecord&) mutable { registerOne(next++); });
-            return;
+            while (begin != end && NotedInterrupt::signal() == 0) {
+                registerOne(begin++);
+            }
+            return begin;
         }
         if (ids.size() != texts.size()) {
             throw Failure(ExitCode::CentreFailed, "the centre told " + std::to_string(ids.size()) +
@@ -142,6 +163,7 @@ private:
         for (auto record = begin; record != end; ++record) {
             m_Report.registered(record->line, ids[static_cast<int>(record - begin)]);
         }
+        return end;
     }
 
     void registerOne(Records record)
@@ -199,6 +221,10 @@ Action registerRecord(const std::string& kindWord, const std::vector<std::string
         if (id == kNone && reason.kind == Reason::Kind::KeyMissing) {
             refuse("a " + std::string(kind.word) + " needs more: " + describe(reason));
         }
+        if (id == kNone && reason.kind == Reason::Kind::ErrorResult) {
+            throw Failure(ExitCode::CentreFailed,
+                          "the centre failed the request: " + describe(reason) + "; its log says why");
+        }
         if (id == kNone) {
             requestFailed(session.journal);
         }
@@ -212,7 +238,6 @@ Action registerFile(const std::string& kindWord, const std::string& path)
     return [&kind, path, records = readRecords(path)](Session& session) {
         RegisterReport report(path, records.size(), session.json);
         FileRegistration(session, kind.number, report).run(records);
-        report.finish();
         if (report.failedRecords() > 0) {
             throw Failure(ExitCode::TransferFailed, std::to_string(report.failedRecords()) + " of " +
                                                         std::to_string(records.size()) +

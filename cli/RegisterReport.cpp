@@ -60,11 +60,11 @@ void RegisterReport::refresh()
     }
 }
 
-void RegisterReport::finish()
+void RegisterReport::finish(bool interrupted)
 {
     clear();
     if (m_Json) {
-        print(jsonLine({{"event", "finished"},
+        print(jsonLine({{"event", interrupted ? "interrupted" : "finished"},
                         {"registered", m_Registered},
                         {"failed", m_Failed},
                         {"seconds", seconds()}}));

@@ -22,7 +22,8 @@ public:
     void failed(std::size_t line, const std::string& reason);
     /// Shows how far it has come.
     void refresh();
-    void finish();
+    /// The end: of the whole file, or of what was sent before an interrupt.
+    void finish(bool interrupted);
 
     std::size_t registeredRecords() const { return m_Registered; }
     std::size_t failedRecords() const { return m_Failed; }
