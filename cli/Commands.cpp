@@ -19,7 +19,7 @@ Listing listingOf(Catalogue& catalogue, const Found& found)
 
 void printTable(const Table& table, bool empty, const char* whenEmpty)
 {
-    print(empty ? std::string(whenEmpty) + "\n" : table.text());
+    print(empty ? std::string(whenEmpty) + "\n" : table.text(listWidth()));
 }
 
 std::string parentOf(unsigned int folderID)

@@ -85,14 +85,21 @@ std::vector<Comment> commentsOf(const Session& session, const Operations& operat
 /// The number of a kind to which comments of that table can be linked.
 ENUM_DATA_TYPE linkedKind(CommentTable table, const std::string& word)
 {
-    if (table == CommentTable::Comments) {
-        for (const auto& [name, number] :
-             {std::pair("disk", DATA_TYPE_DISK), std::pair("folder", DATA_TYPE_FOLDER),
-              std::pair("file", DATA_TYPE_FILE)}) {
-            if (word == name) {
-                return number;
-            }
+    if (table == CommentTable::Marks) {
+        if (!isKind(word) || !kindNamed(word).listMarked) {
+            refuse("'" + word + "' bears no marks; a mark is of " + kindWords(true));
         }
+        return kindNamed(word).number;
+    }
+    for (const auto& [name, number] :
+         {std::pair("disk", DATA_TYPE_DISK), std::pair("folder", DATA_TYPE_FOLDER),
+          std::pair("file", DATA_TYPE_FILE)}) {
+        if (word == name) {
+            return number;
+        }
+    }
+    if (!isKind(word)) {
+        refuse("'" + word + "' is no kind of record; the kinds are " + kindWords() + ", disk, folder, file");
     }
     return kindNamed(word).number;
 }
@@ -124,21 +131,26 @@ Links parseLinks(CommentTable table, const std::vector<std::string>& arguments)
 void linkMarks(Session& session, const Links& links, bool link)
 {
     int failed = 0;
+    ExitCode code = ExitCode::PlaceNotFound;
     for (const unsigned int record : links.records) {
         session.journal.forget();
         const bool done = link ? session.manager.linkImageComment(links.kind, record, links.comment)
                                : session.manager.unlinkImageComment(links.kind, record, links.comment);
         if (!done) {
             ++failed;
+            const Reason reason = session.journal.lastReason();
+            // The library tells an error of the centre and a mark that is not there alike.
+            const bool absent = !link && reason.kind == Reason::Kind::ErrorResult;
+            code = absent ? code : ExitCode::CentreFailed;
             complain(links.kindWord + " " + std::to_string(record) +
-                     ": the centre failed the request: " + describe(session.journal.lastReason()));
+                     (absent ? " does not bear mark " + std::to_string(links.comment)
+                             : ": the centre failed the request: " + describe(reason)));
         }
     }
     if (failed > 0) {
-        throw Failure(ExitCode::CentreFailed, links.records.size() == 1
-                                                  ? std::string()
-                                                  : std::to_string(failed) + " of " +
-                                                        std::to_string(links.records.size()) + " failed");
+        throw Failure(code, links.records.size() == 1 ? std::string()
+                                                      : std::to_string(failed) + " of " +
+                                                            std::to_string(links.records.size()) + " failed");
     }
 }
 
@@ -151,6 +163,13 @@ void linkComments(Session& session, const Links& links)
             : session.manager.linkCommentInfoToRecord(links.kind, links.records, links.comment);
     if (!done) {
         requestFailed(session.journal);
+    }
+}
+
+void requireContent(const std::string& content)
+{
+    if (content.empty()) {
+        refuse("without content a text says nothing; only the state may be empty");
     }
 }
 
@@ -177,7 +196,7 @@ Action listComments(CommentTable table)
         }
         print(session.json   ? jsonText(list)
               : list.empty() ? std::string("(there are no ") + operations.word + "s)\n"
-                             : shownComments.text());
+                             : shownComments.text(listWidth()));
     };
 }
 
@@ -212,6 +231,7 @@ Action findComment(CommentTable table, const std::string& content, const std::st
 
 Action addComment(CommentTable table, const std::string& content, const std::string& state)
 {
+    requireContent(content);
     return [table, content, state](Session& session) {
         session.journal.forget();
         printIdentifier(session, requireAdded(session, (session.manager.*operationsOf(table).add)(
@@ -223,6 +243,7 @@ Action addComment(CommentTable table, const std::string& content, const std::str
 Action addCommentTo(const std::string& kindWord, const std::string& idText, const std::string& content,
                     const std::string& state)
 {
+    requireContent(content);
     const ENUM_DATA_TYPE kind = linkedKind(CommentTable::Comments, kindWord);
     return [kind, kindWord, id = parseIdentifier(idText, "identifier of a " + kindWord), content,
             state](Session& session) {

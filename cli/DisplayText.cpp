@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cwchar>
 #include <locale.h>
+#include <numeric>
 
 namespace cli {
 
@@ -95,6 +96,22 @@ private:
     locale_t m_Previous;
 };
 
+constexpr std::size_t kGap = 2;       ///< between two columns
+constexpr std::size_t kNarrowest = 8; ///< a column that is shortened
+
+/// Takes from the widest columns what is too much for a line.
+void narrow(std::vector<std::size_t>& widths, std::size_t line)
+{
+    std::size_t used = std::accumulate(widths.begin(), widths.end(), kGap * (widths.size() - 1));
+    for (; used > line; --used) {
+        std::size_t& widest = *std::max_element(widths.begin(), widths.end());
+        if (widest <= kNarrowest) {
+            return;
+        }
+        --widest;
+    }
+}
+
 } // namespace
 
 bool isUtf8(const std::string& text)
@@ -164,7 +181,7 @@ void Table::add(std::vector<std::string> cells)
     m_Rows.push_back(std::move(cells));
 }
 
-std::string Table::text() const
+std::string Table::text(std::size_t width) const
 {
     std::vector<std::size_t> widths(m_Rows.front().size());
     for (const auto& row : m_Rows) {
@@ -172,6 +189,7 @@ std::string Table::text() const
             widths[column] = std::max(widths[column], displayWidth(row[column]));
         }
     }
+    narrow(widths, width);
     const auto& headings = m_Rows.front();
     const bool headed =
         std::any_of(headings.begin(), headings.end(), [](const auto& h) { return !h.empty(); });
@@ -179,10 +197,11 @@ std::string Table::text() const
     for (std::size_t index = headed ? 0 : 1; index < m_Rows.size(); ++index) {
         const auto& row = m_Rows[index];
         for (std::size_t column = 0; column + 1 < row.size(); ++column) {
-            result += row[column];
-            result.append(widths[column] - displayWidth(row[column]) + 2, ' ');
+            const std::string cell = clipped(row[column], widths[column]);
+            result += cell;
+            result.append(widths[column] - displayWidth(cell) + kGap, ' ');
         }
-        result += row.back() + "\n";
+        result += clipped(row.back(), widths.back()) + "\n";
     }
     return result;
 }

@@ -2,6 +2,7 @@
 #define LUMO_CLI_DISPLAYTEXT_H
 
 #include <cstddef>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -27,8 +28,9 @@ public:
     explicit Table(std::vector<std::string> headings);
     /// As many cells as there are headings.
     void add(std::vector<std::string> cells);
-    /// One line for the headings unless they are all empty, then one for each row.
-    std::string text() const;
+    /// One line for the headings unless they are all empty, then one for each row. What is wider than `width`
+    /// is shortened in its widest columns, as far as it can be.
+    std::string text(std::size_t width = std::numeric_limits<std::size_t>::max()) const;
 
 private:
     std::vector<std::vector<std::string>> m_Rows;

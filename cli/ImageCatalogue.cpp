@@ -132,16 +132,25 @@ bool isKind(const std::string& word)
     return std::any_of(kinds().begin(), kinds().end(), named);
 }
 
-const Kind& kindNamed(const std::string& word)
+std::string kindWords(bool marked)
 {
     std::string words;
+    for (const Kind& known : kinds()) {
+        if (!marked || known.listMarked) {
+            words += (words.empty() ? "" : ", ") + std::string(known.word);
+        }
+    }
+    return words;
+}
+
+const Kind& kindNamed(const std::string& word)
+{
     for (const Kind& known : kinds()) {
         if (word == known.word) {
             return known;
         }
-        words += (words.empty() ? "" : ", ") + std::string(known.word);
     }
-    refuse("'" + word + "' is no kind of record; the kinds are " + words);
+    refuse("'" + word + "' is no kind of record; the kinds are " + kindWords());
 }
 
 const Kind* kindOfType(const Text& typeName)

@@ -50,6 +50,8 @@ struct Kind
 };
 
 bool isKind(const std::string& word);
+/// The kinds for messages; with `marked` those whose records bear marks.
+std::string kindWords(bool marked = false);
 /// Throws Failure (WrongUse) for an unknown word.
 const Kind& kindNamed(const std::string& word);
 /// The kind of the records of a type; null when its name decides none.

@@ -40,7 +40,7 @@ unsigned int madeFolder(Session& session, const FoundPart& missing)
 
 Action linkPlace(const std::string& project, const std::string& placeText, bool link)
 {
-    return [project, place = parseLinked(placeText), link](Session& session) {
+    return [project, placeText, place = parseLinked(placeText), link](Session& session) {
         CLumoDataMgr& manager = session.manager;
         const unsigned int projectID = findProject(session, project).projectID;
         const Found found = session.catalogue.find(place);
@@ -51,6 +51,11 @@ Action linkPlace(const std::string& project, const std::string& placeText, bool 
             file   ? (link ? manager.linkDataFile(projectID, id) : manager.unlinkDataFile(projectID, id))
             : link ? manager.linkDataFolder(projectID, id)
                    : manager.unlinkDataFolder(projectID, id);
+        // The library tells an error of the centre and a link that is not there alike.
+        if (!done && !link && session.journal.lastReason().kind == Reason::Kind::ErrorResult) {
+            throw Failure(ExitCode::PlaceNotFound,
+                          "'" + placeText + "' is not linked to project '" + project + "'");
+        }
         if (!done) {
             requestFailed(session.journal);
         }

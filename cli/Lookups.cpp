@@ -95,7 +95,7 @@ void listBoxes(Session& session)
     }
     print(session.json      ? jsonText(list)
           : boxes.isEmpty() ? "(the company has no storage boxes)\n"
-                            : table.text());
+                            : table.text(listWidth()));
 }
 
 void listAreas(Session& session, unsigned int areaID)
@@ -115,7 +115,7 @@ void listAreas(Session& session, unsigned int areaID)
         list.push_back({{"areaID", area.key()}, {"areaName", name}});
         table.add({std::to_string(area.key()), shownText(name)});
     }
-    print(session.json ? jsonText(list) : areas.isEmpty() ? "(no areas)\n" : table.text());
+    print(session.json ? jsonText(list) : areas.isEmpty() ? "(no areas)\n" : table.text(listWidth()));
 }
 
 } // namespace cli

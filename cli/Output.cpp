@@ -4,9 +4,15 @@
 #include "cli/ExitCode.h"
 
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <iostream>
+#include <limits>
+
+#include <sys/ioctl.h>
+#include <unistd.h>
 
 namespace cli {
 
@@ -66,6 +72,28 @@ void flushOutput()
     if (std::fflush(stdout) != 0) {
         failToWrite();
     }
+}
+
+std::size_t terminalWidth()
+{
+    std::size_t columns = 0;
+    const char* const wanted = std::getenv("COLUMNS");
+    if (wanted != nullptr) {
+        std::from_chars(wanted, wanted + std::strlen(wanted), columns);
+    }
+    // A table that goes to a pager or to head is read on the terminal that the errors go to.
+    for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
+        winsize size = {};
+        if (columns == 0 && ioctl(stream, TIOCGWINSZ, &size) == 0) {
+            columns = size.ws_col;
+        }
+    }
+    return columns > 1 ? columns : 80;
+}
+
+std::size_t listWidth()
+{
+    return isatty(STDOUT_FILENO) != 0 ? terminalWidth() : std::numeric_limits<std::size_t>::max();
 }
 
 void complain(const std::string& message)

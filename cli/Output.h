@@ -3,6 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cstddef>
 #include <string>
 
 namespace cli {
@@ -20,6 +21,13 @@ void print(const std::string& text);
 
 /// Writes out what is still buffered; throws as print does.
 void flushOutput();
+
+/// Columns of the terminal that the output is read on, or as many as COLUMNS says.
+std::size_t terminalWidth();
+
+/// Columns for a list of names: the terminal's; no limit where the output goes on to another program or a
+/// file.
+std::size_t listWidth();
 
 /// One line on standard error, escaped: what went wrong, said by lumo.
 void complain(const std::string& message);

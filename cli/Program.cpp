@@ -27,7 +27,8 @@ Examples:
 Exit codes: 0 success, 1 any other failure, 2 wrong use, 3 centre not reached,
 4 token refused, 5 unknown company, 6 unknown user, 7 place or record not found,
 8 the centre failed the request or the time limit passed, 9 something did not
-arrive, 130 or 143 interrupted)";
+arrive, was not registered, did not pass or was not copied, 130 or 143 interrupted
+while files moved or records were registered)";
 
 std::string wholeNumber(const std::string& text)
 {
@@ -36,6 +37,13 @@ std::string wholeNumber(const std::string& text)
     return digits && std::stoull(text) <= std::numeric_limits<unsigned int>::max()
                ? std::string()
                : "'" + text + "' is no whole number";
+}
+
+std::string positiveNumber(const std::string& text)
+{
+    const std::string problem = wholeNumber(text);
+    const bool zero = problem.empty() && std::stoull(text) == 0;
+    return zero ? "'" + text + "' is none: write a number from 1" : problem;
 }
 
 std::string commandList(const CLI::App& app)
@@ -161,9 +169,12 @@ CLI::App* Program::addListing(const char* name, const char* description, const P
 {
     CLI::App* const command = add(name, description, prepare);
     addCsv(command);
-    command->add_option("--limit", m_Limit, "How many records to show in total (default: all)")
+    command
+        ->add_option(
+            "--limit", m_Limit,
+            "How many records to show in total (default: all); the centre sends all of them in any case")
         ->option_text("N")
-        ->check(wholeNumber);
+        ->check(positiveNumber);
     return command;
 }
 

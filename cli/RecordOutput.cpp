@@ -3,11 +3,7 @@
 #include "cli/DisplayText.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cstdlib>
-#include <cstring>
 
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace cli {
@@ -16,23 +12,6 @@ namespace {
 
 constexpr std::size_t kWidestText = 24; ///< of a table's cell, but for names
 constexpr std::size_t kGap = 2;         ///< between two columns
-
-std::size_t terminalWidth()
-{
-    std::size_t columns = 0;
-    const char* const wanted = std::getenv("COLUMNS");
-    if (wanted != nullptr) {
-        std::from_chars(wanted, wanted + std::strlen(wanted), columns);
-    }
-    // A table that goes to a pager or to head is read on the terminal that the errors go to.
-    for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
-        winsize size = {};
-        if (columns == 0 && ioctl(stream, TIOCGWINSZ, &size) == 0) {
-            columns = size.ws_col;
-        }
-    }
-    return columns > 1 ? columns : 80;
-}
 
 std::string cellOf(const Field& field)
 {

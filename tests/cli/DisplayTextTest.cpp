@@ -59,6 +59,12 @@ TEST(Table, ColumnsLineUpWhateverTheScript)
     EXPECT_EQ(table.text(), "NAME      BOX  ROOT\n"
                             "earth     box  /a\n"
                             "青藏高原  b\\n  /b\n");
+    table.add({"x", "a text that is longer than all", "a path that is longer"});
+    EXPECT_EQ(table.text(40), "NAME      BOX             ROOT\n"
+                              "earth     box             /a\n"
+                              "青藏高原  b\\n             /b\n"
+                              "x         a text…han all  a path… longer\n");
+    EXPECT_NE(table.text(1).find("x         a t… all  a p…nger\n"), std::string::npos) << table.text(1);
 }
 
 TEST(Table, EmptyHeadingsAreNotShown)

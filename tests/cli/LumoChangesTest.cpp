@@ -5,6 +5,8 @@
 
 #include <sstream>
 
+#include <signal.h>
+
 namespace {
 
 using clitest::CentreProcess;
@@ -91,7 +93,41 @@ TEST_F(LumoChanges, RegistersTheRecordsOfAFileAndNamesTheLinesThatFail)
     writeFile(file, "typeID,mainFileID\n1,1\n\"1,2\",1\n");
     fails({"register", "sat", "--from", file}, 2, "scenes.csv:3: the value of typeID can't be registered");
     fails({"register", "sat", "typeID=1"}, 2, "a sat needs more: mainFileID is missing");
-    fails({"register", "sat", "typeID=1", "mainFileID=1", "colour=red"}, 8, "saveSingleDataByType");
+    fails({"register", "sat", "typeID=1", "mainFileID=1", "colour=red"}, 8, "; its log says why");
+}
+
+TEST_F(LumoChanges, InterruptedRegistrationTellsWhatItDid)
+{
+    const auto file = m_Centre.folder() / "scenes.csv";
+    std::string lines = "typeID,mainFileID\n";
+    for (int i = 0; i < 10000; ++i) { // of more batches than fit into a pipe that is not read
+        lines += "1,1\n";
+    }
+    writeFile(file, lines);
+    Process lumo(m_Centre.lumoCommand({"register", "sat", "--from", file, "--json"}));
+    std::string line = lumo.readLine();
+    lumo.signal(SIGTERM);
+    std::size_t told = 0;
+    json last;
+    for (; !line.empty(); line = lumo.readLine()) {
+        last = json::parse(line, nullptr, false);
+        told += last["event"] == "registered" ? 1 : 0;
+    }
+    EXPECT_EQ(lumo.wait(), 128 + SIGTERM);
+    EXPECT_EQ(last["event"], "interrupted");
+    EXPECT_EQ(last["registered"], told);
+    EXPECT_LT(told, 10000U);
+    EXPECT_EQ(parsed({"images", "1"}).size(), told);
+
+    m_Centre.stop();
+    m_Centre.serve({"--fault", "saveFullDataByType@2=stall"});
+    Process stalled(m_Centre.lumoCommand({"register", "sat", "--from", file, "--json", "--timeout", "0"}));
+    do {
+        line = stalled.readLine();
+    } while (!line.empty() && line.find("progress") == std::string::npos);
+    stalled.signal(SIGINT);
+    stalled.signal(SIGTERM);
+    EXPECT_THAT(stalled.wait(), testing::AnyOf(130, 143));
 }
 
 TEST_F(LumoChanges, LinksFoldersCommentsAndMarksAreSeenAtOnce)
@@ -119,7 +155,7 @@ TEST_F(LumoChanges, LinksFoldersCommentsAndMarksAreSeenAtOnce)
     EXPECT_EQ(places["folders"][0]["folderName"], "new");
     EXPECT_EQ(places["files"][0]["fileName"], "ORIGIN.md");
     done({"unlink", "1", "/earth/new"});
-    fails({"unlink", "1", "/earth/new"}, 8, "deleteDataFolderByProjectIDAndSrcId");
+    fails({"unlink", "north", "/earth/new"}, 7, "'/earth/new' is not linked to project 'north'");
     fails({"comment", "add", "lost", "link", "folder", "9999"}, 8,
           "was added, but folder 9999 was not linked");
 
@@ -147,6 +183,7 @@ TEST_F(LumoChanges, LinksFoldersCommentsAndMarksAreSeenAtOnce)
     ASSERT_EQ(marked.size(), 1U);
     EXPECT_EQ(marked[0]["imageID"], 2);
     done({"mark", "unlink", "sat", "2", "1"});
+    fails({"mark", "unlink", "sat", "2", "1"}, 7, "lumo: sat 2 does not bear mark 1");
     EXPECT_EQ(done({"search", "--mark", "1", "--sensor", "T"}), "(nothing found)\n");
 }
 
@@ -180,6 +217,7 @@ TEST_F(LumoChanges, TheCentreAnalysesCopiesAndReadsScenesForItsCaller)
     EXPECT_FALSE(parsed({"metadata", "spot5", dim})["name"].get<std::string>().empty());
     const json alos = parsed({"metadata", "alos", "/earth/scenes/alos/summary.txt"});
     EXPECT_FALSE(alos["name"].get<std::string>().empty());
+    EXPECT_EQ(alos["mainFiles"], json({"IMG-ALPSMW162762790-O1B2R_UW"}));
     EXPECT_EQ(alos["metaFiles"][0], "summary.txt");
     fails({"metadata", "ads", dim}, 8, "AdsFromSup: the centre reported an error");
 }
