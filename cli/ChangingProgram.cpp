@@ -1,6 +1,7 @@
 #include "cli/Program.h"
 
 #include "cli/HelpText.h"
+#include "cli/ImageCatalogue.h"
 
 namespace cli {
 
@@ -21,6 +22,12 @@ void takes(CLI::App* command, const char* name, std::vector<std::string>& values
 void explain(CLI::App* command, const std::string& text)
 {
     command->footer(text + "\n\n" + kCommandFooter);
+}
+
+std::string kindHelp(CommentTable table)
+{
+    return table == CommentTable::Marks ? "KIND is one of " + kindWords(true) + "."
+                                        : std::string(kKindHelp) + "\nIt can be disk, folder or file, too.";
 }
 
 } // namespace
@@ -85,7 +92,7 @@ CLI::App* Program::addCommentTable(const char* name, const char* description, Co
     CLI::App* const link = addBelow(command, "link", "Link records to one",
                                     [this, table] { return linkComment(table, m_Arguments, true); });
     takes(link, "KIND ID...", m_Arguments, "Records of a kind, and at last the identifier to link them to");
-    explain(link, kKindHelp);
+    explain(link, kindHelp(table));
     return command;
 }
 
@@ -104,7 +111,7 @@ void Program::addComments()
     takes(add, "STATE", m_State, "The text of its state");
     add->add_option("KIND", m_Kind, "The kind of the record to link")->option_text(" ");
     add->add_option("ID", m_Name, "Its identifier")->option_text(" ");
-    explain(add, std::string(kKindHelp) + " Comments can be linked to a disk, folder or file, too.");
+    explain(add, kindHelp(CommentTable::Comments));
     CLI::App* const texts = addBelow(command, "texts", "List every content once, or the states of a content",
                                      [this] { return listCommentTexts(m_Content); });
     texts->add_option("CONTENT", m_Content, "List the states that comments of this content have")
@@ -128,7 +135,7 @@ void Program::addMarks()
         return linkComment(CommentTable::Marks, m_Arguments, false);
     });
     takes(unlink, "KIND ID...", m_Arguments, "Records of a kind, and at last the mark's identifier");
-    explain(unlink, kKindHelp);
+    explain(unlink, kindHelp(CommentTable::Marks));
 }
 
 void Program::addAnalysis()
