@@ -29,8 +29,6 @@ protected:
         std::filesystem::copy(kSamples + "/scenes", disk + "/scenes",
                               std::filesystem::copy_options::recursive);
         std::filesystem::copy(kSamples + "/imagery", disk + "/imagery");
-        for (const char* name : {"VOL", "LED", "IMG"})
-            m_Data.makeFile(std::string("disk/scenes/alos/") + name + "-ALPSMW162762790-O1B2R_UW");
         m_Data.makeFile("foreign/file");
         std::filesystem::copy(kSamples + "/地形/青藏高原.png", m_Data.below("copies/青藏高原.png"));
         m_Store.addCompany("other");
