@@ -7,7 +7,9 @@
 #include "centre/Load.h"
 
 #include <benchmark/benchmark.h>
+#include <malloc.h>
 
+#include <fstream>
 #include <iostream>
 #include <sstream>
 
@@ -143,21 +145,61 @@ void addImages(centre::Store& store)
     centre::loadRecords(store, lines, "made up", [](std::uint64_t) {});
 }
 
+bool listImages(QList<tagSatTable>& images)
+{
+    return World::manager().getSatImageByTypeID(1, images) == RET_SUCCESS && images.size() == kImages;
+}
+
+bool fetchImages(const World& world)
+{
+    DataUtilBeanReq request;
+    request.set_type_id(1);
+    return world.barePages(&BareStub::queryDataSrcSatByTypeIDTotal, &BareStub::queryDataSrcSatByTypeID,
+                           request, &ledgerserver::SatUtilBeanRsp::datasrcsats_size) == kImages;
+}
+
 void paging(benchmark::State& state, const World& world)
 {
     takeTurns(
         state,
         [] {
             QList<tagSatTable> images;
-            return World::manager().getSatImageByTypeID(1, images) == RET_SUCCESS && images.size() == kImages;
+            return listImages(images);
         },
-        [&] {
-            DataUtilBeanReq request;
-            request.set_type_id(1);
-            return world.barePages(&BareStub::queryDataSrcSatByTypeIDTotal,
-                                   &BareStub::queryDataSrcSatByTypeID, request,
-                                   &ledgerserver::SatUtilBeanRsp::datasrcsats_size) == kImages;
-        });
+        [&] { return fetchImages(world); });
+}
+
+/// A figure of the kernel's about this process, in bytes.
+double memoryFigure(const std::string& name)
+{
+    std::ifstream lines("/proc/self/status");
+    for (std::string line; std::getline(lines, line);)
+        if (line.rfind(name + ':', 0) == 0)
+            return std::stod(line.substr(name.size() + 1)) * 1024;
+    throw std::runtime_error("no figure " + name);
+}
+
+/// By how much the memory of this process grew at most during the work.
+template <class Work>
+double growthDuring(const Work& work)
+{
+    malloc_trim(0);
+    std::ofstream("/proc/self/clear_refs") << 5; // the peak starts anew
+    const double before = memoryFigure("VmRSS");
+    if (!work())
+        throw std::runtime_error("a call failed");
+    return memoryFigure("VmHWM") - before;
+}
+
+/// The centre is in this process, so both sides hold its page too.
+void memory(benchmark::State& state, const World& world)
+{
+    for (auto _ : state) {
+        QList<tagSatTable> images;
+        state.counters["page"] = growthDuring([&] { return fetchImages(world); });
+        state.counters["list"] = growthDuring([&] { return listImages(images); });
+    }
+    state.counters["allowed"] = state.counters["page"] + double(kImages) * sizeof(tagSatTable);
 }
 
 void search(benchmark::State& state, const World& world)
@@ -190,9 +232,12 @@ try {
     addConversions();
     const World world(addImages);
     benchmark::RegisterBenchmark("paging", paging, std::cref(world))->Iterations(2);
+    benchmark::RegisterBenchmark("memory", memory, std::cref(world))->Iterations(1);
     benchmark::RegisterBenchmark("search", search, std::cref(world))->Iterations(2);
     rows::add("100,000 full images in pages, ns: fetched and parsed", "paging:ours_p50", "paging:bare_p50",
               rows::Aim::kAtMost, 1.5);
+    rows::add("100,000 full images, memory in bytes: records and a page", "memory:list", "memory:allowed",
+              rows::Aim::kAtMost, 1.0);
     rows::add("search, 50,000 hits, ns: fetched and parsed", "search:ours_p50", "search:bare_p50",
               rows::Aim::kAtMost, 1.5);
     return rows::run(argc, argv);
