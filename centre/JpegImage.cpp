@@ -51,7 +51,8 @@ void leaveIfTooLong(j_common_ptr image)
     const bool tooMany = reinterpret_cast<j_decompress_ptr>(image)->input_scan_number > kMostScans;
     if (!tooMany && !reinterpret_cast<Progress*>(image->progress)->call->IsCanceled())
         return;
-    std::snprintf(errors->text, sizeof errors->text, "it has more than %d scans", kMostScans);
+    static_cast<void>(
+        std::snprintf(errors->text, sizeof errors->text, "it has more than %d scans", kMostScans));
     std::longjmp(errors->place, 1); // NOLINT(cert-err52-cpp)
 }
 
