@@ -11,7 +11,6 @@ namespace {
 
 using clitest::CentreProcess;
 using nlohmann::json;
-using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
