@@ -64,7 +64,7 @@ bool startsWithNumber(Content content, const std::string& text)
     static const locale_t neutral = ::newlocale(LC_ALL_MASK, "C", nullptr); // used for good
     char* end = nullptr;
     if (content == Content::Count)
-        std::strtol(text.c_str(), &end, 10);
+        static_cast<void>(std::strtol(text.c_str(), &end, 10));
     else
         ::strtod_l(text.c_str(), &end, neutral);
     return end != text.c_str();
