@@ -335,7 +335,8 @@ FoundPart Catalogue::findWithMissing(Place place)
                 throw;
             }
         }
-        names = place.components.back() + (names.empty() ? "" : "/" + names);
+        names.insert(0, names.empty() ? "" : "/");
+        names.insert(0, place.components.back());
         place.components.pop_back();
     }
 }

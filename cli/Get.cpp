@@ -89,6 +89,7 @@ void runGet(Session& session, const std::vector<std::string>& places, const std:
     }
     makeFolder(folder);
     std::vector<Transfer> transfers;
+    transfers.reserve(sources.size());
     for (const Source& source : sources) {
         transfers.push_back(transferOf(session, source, folder, overwrite));
     }

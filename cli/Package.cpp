@@ -20,7 +20,7 @@ std::string listOf(const QMap<QString, QString>& boxes)
 /// one that there is.
 QString boxOf(const QMap<QString, QString>& boxes, const PackageRequest& request, const tagVersionInfo& info)
 {
-    const QString asked = QString::fromStdString(request.box);
+    QString asked = QString::fromStdString(request.box);
     if (!asked.isEmpty()) {
         if (boxes.contains(asked)) {
             return asked;
@@ -28,7 +28,7 @@ QString boxOf(const QMap<QString, QString>& boxes, const PackageRequest& request
         throw Failure(ExitCode::PlaceNotFound, "your company has no storage box '" + request.box + "'" +
                                                    (boxes.isEmpty() ? "" : "; it has " + listOf(boxes)));
     }
-    const QString named = QString::fromStdString(info.text4);
+    QString named = QString::fromStdString(info.text4);
     if (boxes.contains(named)) {
         return named;
     }
@@ -47,7 +47,7 @@ std::string addressOf(Session& session, const PackageRequest& request, const tag
     QMap<QString, QString> boxes;
     const bool answered = session.manager.getKestaList(boxes);
     const QString code = answered ? boxOf(boxes, request, info) : QString();
-    const std::string address = answered ? session.manager.getKestaIP(code).toStdString() : std::string();
+    std::string address = answered ? session.manager.getKestaIP(code).toStdString() : std::string();
     if (address.empty()) {
         throw Failure(ExitCode::CentreFailed, "the centre does not tell where the storage box is: " +
                                                   describe(session.journal.lastReason()));

@@ -42,6 +42,7 @@ void runPut(Session& session, const std::vector<LocalSource>& sources, const std
         throw Failure(ExitCode::PlaceNotFound, "'" + placeText + "' is a file, not a folder");
     }
     std::vector<Transfer> transfers;
+    transfers.reserve(sources.size());
     for (const LocalSource& source : sources) {
         transfers.push_back(transferOf(session, source, placeText, found, overwrite));
     }
