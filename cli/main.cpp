@@ -41,7 +41,8 @@ int main(int argc, char** argv)
     // What goes wrong on the wire is told in lumo's own message; the RPC library's lines would stand above
     // it.
     setenv("GRPC_VERBOSITY", "NONE", 0);
-    std::signal(SIGXFSZ, SIG_IGN); // a file that may not grow further is a failure, not the end
+    static_cast<void>(
+        std::signal(SIGXFSZ, SIG_IGN)); // a file that may not grow further is a failure, not the end
     bulkhaul::keepFreedMemory();
     try {
         execute(argc, argv);

@@ -21,9 +21,10 @@ struct ImageDataMember;
     {                                                                                                        \
         static_assert(std::is_trivially_copyable<Record>::value, "records are copied whole");                \
         using Response = ledgerserver::Message;                                                              \
+        using Type = Record;                                                                                 \
         static const auto& beans(const Response& response) { return response.list(); }                       \
         template <class Bean>                                                                                \
-        static void convert(const Bean& bean, Record& record)                                                \
+        static void convert(const Bean& bean, Type& record)                                                  \
         {                                                                                                    \
             CLumoDataMgr::conversion(bean, record);                                                          \
         }                                                                                                    \
@@ -33,8 +34,9 @@ struct ImageDataMember;
     template <>                                                                                              \
     struct ImageDataMember<Record>                                                                           \
     {                                                                                                        \
+        using Type = Record;                                                                                 \
         static constexpr ENUM_DATA_TYPE recordKind = kind;                                                   \
-        static Record& of(tagImageData& image) { return image.body.member; }                                 \
+        static Type& of(tagImageData& image) { return image.body.member; }                                   \
     }
 
 // clang-format off
