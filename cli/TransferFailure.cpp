@@ -13,30 +13,30 @@ std::string failureText(int code, const std::string& reason)
 {
     static const struct
     {
-        int code;
         const char* text;
+        int code;
         bool kept; ///< the same command may go on where this one stopped
     } kTexts[] = {
-        {kFolderFailed, "a local folder can't be made or written", false},
-        {kCopyFailed, "a local file can't be made or copied", false},
-        {kLookupFailed, "the catalogue failed a look-up on the way", true},
-        {kNoChannel, "the storage box is not reached", false},
-        {kTransferFailed, "the transfer failed", false},
-        {bulkhaul::kNoConnection, "the storage box was not reached, or the connection broke", true},
-        {bulkhaul::kStalled, "nothing moved any more", true},
-        {bulkhaul::kRefused, "the storage box does not let you do that", false},
-        {bulkhaul::kNotFound, "the source, or something below it, is not there", false},
-        {bulkhaul::kSourceChanged, "the source changed while it was read", false},
-        {bulkhaul::kUnreadable, "the source, or something below it, can't be read", false},
-        {bulkhaul::kNotWritable, "the target can't be made or written", false},
-        {bulkhaul::kNoSpace, "no space is left for the target", true},
-        {bulkhaul::kCorrupted, "what arrived is not what was sent", false},
-        {bulkhaul::kUnsafeName, "a name that no file can have here, or that is not UTF-8", false},
-        {bulkhaul::kWrongKind, "a link, a special file, or a folder where a file is needed or the reverse",
+        {"a local folder can't be made or written", kFolderFailed, false},
+        {"a local file can't be made or copied", kCopyFailed, false},
+        {"the catalogue failed a look-up on the way", kLookupFailed, true},
+        {"the storage box is not reached", kNoChannel, false},
+        {"the transfer failed", kTransferFailed, false},
+        {"the storage box was not reached, or the connection broke", bulkhaul::kNoConnection, true},
+        {"nothing moved any more", bulkhaul::kStalled, true},
+        {"the storage box does not let you do that", bulkhaul::kRefused, false},
+        {"the source, or something below it, is not there", bulkhaul::kNotFound, false},
+        {"the source changed while it was read", bulkhaul::kSourceChanged, false},
+        {"the source, or something below it, can't be read", bulkhaul::kUnreadable, false},
+        {"the target can't be made or written", bulkhaul::kNotWritable, false},
+        {"no space is left for the target", bulkhaul::kNoSpace, true},
+        {"what arrived is not what was sent", bulkhaul::kCorrupted, false},
+        {"a name that no file can have here, or that is not UTF-8", bulkhaul::kUnsafeName, false},
+        {"a link, a special file, or a folder where a file is needed or the reverse", bulkhaul::kWrongKind,
          false},
-        {bulkhaul::kBusy, "another transfer writes to the target", false},
-        {bulkhaul::kBoxFailed, "the storage box failed for a reason of its own", false},
-        {bulkhaul::kNotUnderstood, "what answers is no storage box that this program understands", false},
+        {"another transfer writes to the target", bulkhaul::kBusy, false},
+        {"the storage box failed for a reason of its own", bulkhaul::kBoxFailed, false},
+        {"what answers is no storage box that this program understands", bulkhaul::kNotUnderstood, false},
     };
     const auto* const known = std::find_if(std::begin(kTexts), std::end(kTexts),
                                            [code](const auto& one) { return one.code == code; });

@@ -11,7 +11,7 @@ ENUM_RET_TYPE CLumoDataMgr::getDisk(unsigned int id, tagDiskTable& disk)
 {
     CallFrame frame(*this, "getDisk");
     DataUtilBeanReq request;
-    request.set_record_id(id);
+    request.set_record_id(static_cast<int>(id));
     return single(std::move(frame), LEDGER(queryDataAddressByID), request, disk);
 }
 
@@ -19,7 +19,7 @@ ENUM_RET_TYPE CLumoDataMgr::getDisk(const QString& name, tagDiskTable& disk)
 {
     CallFrame frame(*this, "getDisk");
     DataUtilBeanReq request;
-    request.set_company_id(m_CompanyID);
+    request.set_company_id(static_cast<int>(m_CompanyID));
     request.set_name(name.toUtf8().constData());
     return single(std::move(frame), LEDGER(queryDataAddressByName), request, disk);
 }
@@ -28,7 +28,7 @@ ENUM_RET_TYPE CLumoDataMgr::getDisk(QList<tagDiskTable>& disks)
 {
     CallFrame frame(*this, "getDisk");
     DataUtilBeanReq request;
-    request.set_company_id(m_CompanyID);
+    request.set_company_id(static_cast<int>(m_CompanyID));
     request.set_address_kind(1);
     return frame.judged(LEDGER(queryDataAddress), request, appendTo(disks));
 }
@@ -67,7 +67,7 @@ ENUM_RET_TYPE CLumoDataMgr::getFolderByDataAndComment(unsigned int dataID, unsig
 {
     CallFrame frame(*this, "getFolderByDataAndComment");
     DataUtilBeanReq request;
-    request.set_project_id(dataID);
+    request.set_project_id(static_cast<int>(dataID));
     request.set_comment_id(commentID);
     return frame.pages(LEDGER(querySrcTableByProjectIDAndCommentIdTotal),
                        LEDGER(querySrcTableByProjectIDAndCommentIdForPage), request, appendTo(folders),
@@ -114,7 +114,7 @@ ENUM_RET_TYPE CLumoDataMgr::getFileByDataAndComment(unsigned int dataID, unsigne
 {
     CallFrame frame(*this, "getFileByDataAndComment");
     DataUtilBeanReq request;
-    request.set_project_id(dataID);
+    request.set_project_id(static_cast<int>(dataID));
     request.set_comment_id(commentID);
     return frame.pages(LEDGER(queryFileTableByProjectIDAndCommentIdTotal),
                        LEDGER(queryFileTableByProjectIDAndCommentIdForPage), request, appendTo(files), files);

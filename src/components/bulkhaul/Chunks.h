@@ -13,7 +13,7 @@
 namespace bulkhaul {
 
 /// A file is moved and verified in chunks of this size, in bytes; the last one is shorter.
-constexpr std::size_t kChunkSize = 1024 * 1024;
+constexpr std::size_t kChunkSize = std::size_t(1) << 20;
 
 /// What the other side may declare at most, in bytes.
 constexpr std::uint64_t kLargestFile = std::uint64_t(1) << 44;

@@ -31,7 +31,7 @@ std::string partialName(const std::string& name)
     std::string hex;
     for (const char byte : digestOf(name)) {
         char two[3];
-        std::snprintf(two, sizeof two, "%02x", static_cast<unsigned char>(byte));
+        static_cast<void>(std::snprintf(two, sizeof two, "%02x", static_cast<unsigned char>(byte)));
         hex += two;
     }
     return "." + hex + kPartialEnding;

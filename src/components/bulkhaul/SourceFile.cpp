@@ -26,13 +26,13 @@ struct stat statusOf(const FileHandle& file, const std::string& name)
 std::string versionOf(const struct stat& status)
 {
     char version[128];
-    std::snprintf(version, sizeof version, "%llx-%llx-%llx.%lx-%llx.%lx",
-                  static_cast<unsigned long long>(status.st_ino),
-                  static_cast<unsigned long long>(status.st_size),
-                  static_cast<unsigned long long>(status.st_mtim.tv_sec),
-                  static_cast<unsigned long>(status.st_mtim.tv_nsec),
-                  static_cast<unsigned long long>(status.st_ctim.tv_sec),
-                  static_cast<unsigned long>(status.st_ctim.tv_nsec));
+    static_cast<void>(std::snprintf(version, sizeof version, "%llx-%llx-%llx.%lx-%llx.%lx",
+                                    static_cast<unsigned long long>(status.st_ino),
+                                    static_cast<unsigned long long>(status.st_size),
+                                    static_cast<unsigned long long>(status.st_mtim.tv_sec),
+                                    static_cast<unsigned long>(status.st_mtim.tv_nsec),
+                                    static_cast<unsigned long long>(status.st_ctim.tv_sec),
+                                    static_cast<unsigned long>(status.st_ctim.tv_nsec)));
     return version;
 }
 

@@ -53,7 +53,7 @@ Code judgeSecurity(const Options& options, const std::string& address, const std
 /// A failed hello in plain words; gRPC's text names the cause behind its last colon.
 std::string explain(const wirecall::RpcController& controller)
 {
-    const std::string text = controller.ErrorText();
+    std::string text = controller.ErrorText();
     switch (controller.failure()) {
     case wirecall::Failure::NoConnection: {
         const std::size_t colon = text.rfind(": ");
@@ -184,7 +184,7 @@ Channel NewChannel(const std::string& address, const std::string& token, int& co
         code = kNotStarted;
         return {};
     }
-    if (const Channel shared = share(hub, address, token))
+    if (Channel shared = share(hub, address, token))
         return shared;
     hub.channels.emplace(address, OpenChannel{token, channel, 1});
     return channel;

@@ -122,8 +122,9 @@ bool RpcServer::start(const Options& options, std::string& error)
         m_Impl->calls->add(service);
     for (int i = 0; i < kCallsRequestedAhead; ++i)
         m_Impl->calls->takeNext(*m_Impl->generic, *m_Impl->queue);
-    const int threads =
-        options.threads > 0 ? options.threads : 4 * std::max(1u, std::thread::hardware_concurrency());
+    const int threads = options.threads > 0
+                            ? options.threads
+                            : 4 * static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
     for (int i = 0; i < threads; ++i)
         m_Impl->threads.emplace_back([this] { m_Impl->serve(); });
     return true;
