@@ -117,17 +117,31 @@ TEST_F(LumoChanges, InterruptedRegistrationTellsWhatItDid)
     EXPECT_EQ(last["registered"], told);
     EXPECT_LT(told, 10000U);
     EXPECT_EQ(parsed({"images", "1"}).size(), told);
+}
 
+// The thread sanitizer holds a signal back while the thread that got it waits in a library that is not
+// instrumented; a second signal at once may go to a thread that waits there for good.
+#ifndef __SANITIZE_THREAD__
+TEST_F(LumoChanges, SecondInterruptEndsARegistrationThatIsNotAnswered)
+{
+    const auto file = m_Centre.folder() / "scenes.csv";
+    std::string lines = "typeID,mainFileID\n";
+    for (int i = 0; i < 501; ++i) { // one more than a batch
+        lines += "1,1\n";
+    }
+    writeFile(file, lines);
     m_Centre.stop();
     m_Centre.serve({"--fault", "saveFullDataByType@2=stall"});
-    Process stalled(m_Centre.lumoCommand({"register", "sat", "--from", file, "--json", "--timeout", "0"}));
+    Process lumo(m_Centre.lumoCommand({"register", "sat", "--from", file, "--json", "--timeout", "0"}));
+    std::string line;
     do {
-        line = stalled.readLine();
+        line = lumo.readLine();
     } while (!line.empty() && line.find("progress") == std::string::npos);
-    stalled.signal(SIGINT);
-    stalled.signal(SIGTERM);
-    EXPECT_THAT(stalled.wait(), testing::AnyOf(130, 143));
+    lumo.signal(SIGINT);
+    lumo.signal(SIGTERM);
+    EXPECT_THAT(lumo.wait(), testing::AnyOf(130, 143));
 }
+#endif
 
 TEST_F(LumoChanges, LinksFoldersCommentsAndMarksAreSeenAtOnce)
 {
