@@ -4,11 +4,15 @@
 #include "bench/Rows.h"
 #include "bench/Turns.h"
 #include "bench/World.h"
+#include "centre/Import.h"
 #include "centre/Load.h"
 #include "forgeserver.grpc.pb.h"
 
 #include <benchmark/benchmark.h>
 #include <grpcpp/completion_queue.h>
+
+#include <QFile>
+#include <QTemporaryDir>
 
 #include <condition_variable>
 #include <deque>
@@ -22,9 +26,13 @@ constexpr int kRegistrations = 10000;
 constexpr int kBatch = 500;
 constexpr int kAnalyses = 1000;
 
-void addType(centre::Store& store)
+/// One image, file 1, and a type to register images of.
+void fill(centre::Store& store, const QTemporaryDir& images)
 {
-    store.addMadeUpFiles(store.addDisk("disk", "/srv/disk", "LUMO"), 1);
+    if (!QFile::copy(LUMO_SAMPLES "/imagery/whole-earth.jpg", images.filePath("earth.jpg")))
+        throw std::runtime_error("the sample image can't be copied");
+    centre::importTree(store, {images.path().toStdString(), "disk", "LUMO", {}},
+                       [](const std::string& problem) { throw std::runtime_error(problem); });
     std::stringstream lines(R"({"kind":"project","projectID":1,"projectName":"north"}
 {"kind":"type","typeID":1,"projectID":1,"dataType":"卫星影像"})");
     centre::loadRecords(store, lines, "made up", [](std::uint64_t) {});
@@ -71,6 +79,7 @@ CLumoFilterFile filter()
 {
     CLumoFilterFile file;
     file.m_ImgName = "image";
+    file.m_MainFiles = {{"earth.jpg", 1}};
     return file;
 }
 
@@ -112,6 +121,9 @@ public:
         forgeserver::AnalyzeImageReq request;
         request.set_analyze_flag(false);
         request.set_img_name("image");
+        forgeserver::Reference& file = *request.add_main_file();
+        file.set_text("earth.jpg");
+        file.set_ref_id(1);
         grpc::CompletionQueue queue;
         std::deque<Call> calls(kAnalyses);
         for (Call& call : calls) {
@@ -152,7 +164,8 @@ void analyzing(benchmark::State& state, const World& world)
 
 int main(int argc, char** argv)
 try {
-    const World world(addType);
+    const QTemporaryDir images;
+    const World world([&](centre::Store& store) { fill(store, images); });
     benchmark::RegisterBenchmark("registering", registering, std::cref(world))->Iterations(2);
     benchmark::RegisterBenchmark("analyzing", analyzing, std::cref(world))->Iterations(4);
     rows::add("10,000 registrations in batches of 500, ns: stub", "registering:ours_p50",
