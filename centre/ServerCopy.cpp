@@ -52,7 +52,7 @@ void requireFree(const Folder& folder, const std::string& name, bool overwrite)
 void copy(const bulkhaul::SourceFile& source, Folder to, const std::string& name, bool overwrite,
           const RpcController& call)
 {
-    bulkhaul::IncomingFile target(std::move(to), name, source.size());
+    bulkhaul::IncomingFile target(std::move(to), name, source.size(), bulkhaul::Existing::Replace);
     try {
         std::string data;
         std::uint64_t chunk = 0;

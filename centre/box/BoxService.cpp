@@ -60,6 +60,11 @@ std::string joined(const std::string& path, const std::string& below)
     return path.back() == '/' ? path + below : path + "/" + below;
 }
 
+Existing existingOf(bool keep)
+{
+    return keep ? Existing::Keep : Existing::Replace;
+}
+
 /// The path of something below `path` that is going to be written.
 std::string targetPath(const std::string& path, const std::string& below)
 {
@@ -322,16 +327,14 @@ void BoxService::begin(Controller* call, const haulbox::BeginReq* request, haulb
         Located located = locate(admit(call, request->carried(), path, BoxCatalogue::Use::Write),
                                  Folder::Missing::MakeFlushed);
         requireName(located.name);
-        struct stat status;
-        if (request->keep_existing() && located.folder.find(located.name, status) &&
-            S_ISREG(status.st_mode)) {
+        if (request->keep_existing() && isFileOrLink(located.folder, located.name)) {
             m_Catalogue.record({{path, false}});
             response->set_status(haulbox::KEPT);
             return;
         }
         const std::string name = m_Uploads.begin(tokenOf(call), path, request->size(), [&] {
-            auto file =
-                std::make_unique<IncomingFile>(std::move(located.folder), located.name, request->size());
+            auto file = std::make_unique<IncomingFile>(std::move(located.folder), located.name,
+                                                       request->size(), existingOf(request->keep_existing()));
             response->set_found_size(file->foundSize());
             response->set_found_whole(file->found() == IncomingFile::Found::Target);
             return file;
@@ -389,7 +392,7 @@ void BoxService::store(Controller* call, const haulbox::StoreReq* request, haulb
 void BoxService::storeItems(const Folder& target, const std::string& targetName,
                             const haulbox::StoreReq& request, haulbox::StoreRsp& response)
 {
-    IncomingSmallFiles files(target, IncomingSmallFiles::Names::Flushed);
+    IncomingSmallFiles files(target, IncomingSmallFiles::Names::Flushed, existingOf(request.keep_existing()));
     std::vector<BoxCatalogue::Entry> entries;
     for (int i = 0; i < request.items_size(); ++i) {
         const haulbox::Item& item = request.items(i);
@@ -402,7 +405,7 @@ void BoxService::storeItems(const Folder& target, const std::string& targetName,
             requireName(below);
         if (item.folder()) {
             target.below(splitBelow(below), Folder::Missing::MakeFlushed);
-        } else if (request.keep_existing() && files.exists(below)) {
+        } else if (files.keeps(below)) {
             // Done.
         } else if (item.has_data()) {
             std::string spoiled;

@@ -310,7 +310,9 @@ public:
     // can't be cancelled; the process waits for it when it ends.
     //
     // A place is its kind, an ENUM_DATA_TYPE from disk to file, and its identifier. Local paths may have
-    // either kind of separator. `overwrite` replaces what exists at the target; otherwise that is kept.
+    // either kind of separator; "\" is part of a name in a path of something that exists. `overwrite`
+    // replaces a file or link that exists at the target; otherwise that is kept, also one that comes
+    // meanwhile.
     //
     // Local names are UTF-8. An application whose locale is not calls
     // QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8")) first, or the folders of a download

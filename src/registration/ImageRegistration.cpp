@@ -44,7 +44,7 @@ bool text(CheckDataBean& bean, const QString& value)
 {
     if (value.isEmpty())
         return false;
-    *(bean.*Mutable)() = value.toUtf8().toStdString();
+    *(bean.*Mutable)() = value.toUtf8().constData();
     return true;
 }
 
@@ -125,7 +125,7 @@ bool CLumoDataMgr::populateCheckData(CheckDataBean* bean, int type, const QStrin
                  CLumoCStringCodec::toStdString(text).c_str());
         return false;
     }
-    bean->set_sqldata(text.toUtf8().toStdString());
+    bean->set_sqldata(text.toUtf8().constData());
     const KeysOfKind* keys = keysOf(type);
     if (!keys) {
         LUMO_LOG(kPopulate, "Image Type Error");

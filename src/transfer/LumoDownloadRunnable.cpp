@@ -75,8 +75,8 @@ CLumoDownloadRunnable::CLumoDownloadRunnable(const QString& localDir, const QStr
     : CLumoDownloadRunnable(overwrite, std::move(callback), false)
 {
     m_KestaIP = address;
-    m_LocalDir = withSlashes(localDir);
-    m_SourcePath = withSlashes(sourcePath);
+    m_LocalDir = normalizedLocalPath(localDir);
+    m_SourcePath = normalizedBoxPath(sourcePath);
     m_Name = lastName(m_SourcePath);
     m_AuthMsg.set_data_class(1);
     m_AuthMsg.set_user_name(manager().roleName().toStdString());
@@ -107,7 +107,7 @@ bool CLumoDownloadRunnable::fetchDownloadInformation(const QString& localDir,
         DOWNLOAD_LOG(kFetchDownload, gbktexts::kBoxNotFound, logText(m_KestaCode).c_str());
         return false;
     }
-    m_LocalDir = withSlashes(localDir);
+    m_LocalDir = normalizedLocalPath(localDir);
     m_AuthMsg.set_data_class(0);
     m_AuthMsg.set_user_name(manager().roleName().toStdString());
     return true;
@@ -154,7 +154,7 @@ bool CLumoDownloadRunnable::findDisk(unsigned int id)
         return false;
     }
     m_KestaCode = recordText(disk.kestaCode);
-    m_SourcePath = withSlashes(recordText(disk.rootPath));
+    m_SourcePath = normalizedBoxPath(recordText(disk.rootPath));
     m_Name = recordText(disk.diskName);
     m_SourceKind = DATA_TYPE_DISK;
     m_SourceID = id;
@@ -326,7 +326,8 @@ bool CLumoDownloadRunnable::copyFile(const QString& sourcePath, const QString& d
                 return false;
             }
         }
-        if (QFile::copy(sourcePath, target))
+        // A pipe or a device may never end.
+        if (QFileInfo(sourcePath).isFile() && QFile::copy(sourcePath, target))
             return true;
     }
     DOWNLOAD_LOG(kCopyFile, "Copy File Failed : %s!", logText(target).c_str());

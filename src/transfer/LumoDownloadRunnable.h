@@ -84,8 +84,8 @@ private:
     QString m_Name;
     QString m_KestaIP;
     QString m_KestaCode;
-    QStringList m_FoldersUnderWay; ///< canonical paths of the nested folders that copyDirectory is in
     boost::shared_ptr<wirecall::RpcChannel> m_Channel;
+    QStringList m_FoldersUnderWay; ///< canonical paths of the nested folders that copyDirectory is in
 };
 
 /// Hands a report of the bulk transfer client on to the application, or into the log when `callback` is

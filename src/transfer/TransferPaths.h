@@ -1,15 +1,28 @@
 #ifndef LUMO_TRANSFER_TRANSFERPATHS_H
 #define LUMO_TRANSFER_TRANSFERPATHS_H
 
+#include <QFileInfo>
 #include <QString>
 
 /// The paths of transfers: "/" separates, here and on the storage boxes.
 namespace transferpaths {
 
-/// With "/" for "\": the interface takes both on every system, QDir::fromNativeSeparators on one.
+/// With "/" for "\", as QDir::fromNativeSeparators does it on one system only.
 inline QString withSlashes(QString path)
 {
     return path.replace(QLatin1Char('\\'), QLatin1Char('/'));
+}
+
+/// A local path, which may use both. "\" may be part of a name, too: a path of something that is here stays.
+inline QString normalizedLocalPath(const QString& path)
+{
+    return QFileInfo::exists(path) ? path : withSlashes(path);
+}
+
+/// A path on a storage box. One from "/" is of a system where "\" is part of names.
+inline QString normalizedBoxPath(const QString& path)
+{
+    return path.startsWith(QLatin1Char('/')) ? path : withSlashes(path);
 }
 
 inline QString withoutTrailingSlash(QString path)

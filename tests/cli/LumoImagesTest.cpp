@@ -12,7 +12,6 @@ using clitest::parsed;
 using clitest::shown;
 using nlohmann::json;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 /// A kind with the number of its record's fields but `presence`, and what its record must have.
 struct Kind

@@ -15,9 +15,7 @@ namespace fs = std::filesystem;
 using clitest::CentreProcess;
 using nlohmann::json;
 using testing::AllOf;
-using testing::Each;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 

@@ -201,6 +201,6 @@ TEST_F(Registration, HostileTextsAreSettledAtOnce)
     EXPECT_EQ(m_Manager.addImage(5, keys + "mainFileID='1'"), 1u);
     EXPECT_EQ(m_Manager.addImage(5, QString("mainFileID='1") + QChar(0) + "'"), 2u);
     EXPECT_EQ(m_Channel.calls().back(),
-              "saveSingleDataByType {data_type_id: 5 checkdatabean { sqldata: \"mainFileID=\\'1\\000\\'\" "
-              "mainfileid: \"1\\000\" }}");
+              "saveSingleDataByType {data_type_id: 5 checkdatabean { sqldata: \"mainFileID=\\'1\" "
+              "mainfileid: \"1\" }}");
 }

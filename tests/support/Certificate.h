@@ -1,9 +1,9 @@
 #ifndef LUMO_TESTS_SUPPORT_CERTIFICATE_H
 #define LUMO_TESTS_SUPPORT_CERTIFICATE_H
 
+#include <QProcess>
 #include <QTemporaryDir>
 
-#include <cstdlib>
 #include <string>
 
 /// A self-signed certificate for 127.0.0.1 and localhost in a temporary folder.
@@ -12,12 +12,13 @@ class Certificate
 public:
     Certificate()
     {
-        const std::string command =
-            "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes "
-            "-days 2 -subj /CN=localhost "
-            "-addext subjectAltName=DNS:localhost,IP:127.0.0.1 -keyout " +
-            key() + " -out " + certificate() + " 2>/dev/null";
-        m_Made = std::system(command.c_str()) == 0;
+        QProcess openssl;
+        openssl.start("openssl",
+                      {"req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes",
+                       "-days", "2", "-subj", "/CN=localhost", "-addext",
+                       "subjectAltName=DNS:localhost,IP:127.0.0.1", "-keyout", QString::fromStdString(key()),
+                       "-out", QString::fromStdString(certificate())});
+        m_Made = openssl.waitForFinished() && openssl.exitCode() == 0;
     }
 
     bool made() const { return m_Made; }

@@ -4,13 +4,15 @@
 
 #include <google/protobuf/message.h>
 
+#include <utility>
+
 namespace {
 
 FakeComponents* present = new FakeComponents; // outlives the manager, which the end of the process deletes
 
 int transfer(const std::string& call, const boost::shared_ptr<wirecall::RpcChannel>& channel,
-             bool keepExisting, const bulkhaul::ProgressFunction& progress,
-             const google::protobuf::Message* message, const google::protobuf::Message* reserved)
+             bool keepExisting, bulkhaul::ProgressFunction progress, const google::protobuf::Message* message,
+             const google::protobuf::Message* reserved)
 {
     FakeComponents& fakes = components();
     const bool asExpected = channel == fakes.opened && reserved == nullptr && message != nullptr;
@@ -45,7 +47,7 @@ void forgetComponents()
 bool bulkhaul::StartBulkhaul(int chunksInFlight, int filesInFlight, StatusFunction status)
 {
     components().note("start " + std::to_string(chunksInFlight) + " " + std::to_string(filesInFlight));
-    components().status = status;
+    components().status = std::move(status);
     return components().bulkhaulStarts;
 }
 
@@ -60,16 +62,16 @@ int bulkhaul::Download(const boost::shared_ptr<wirecall::RpcChannel>& channel, c
                        const std::string& localPath, bool keepExisting, ProgressFunction progress,
                        const google::protobuf::Message* message, google::protobuf::Message* reserved)
 {
-    return transfer("download " + boxPath + " " + localPath, channel, keepExisting, progress, message,
-                    reserved);
+    return transfer("download " + boxPath + " " + localPath, channel, keepExisting, std::move(progress),
+                    message, reserved);
 }
 
 int bulkhaul::Upload(const boost::shared_ptr<wirecall::RpcChannel>& channel, const std::string& boxPath,
                      const std::string& localPath, bool keepExisting, ProgressFunction progress,
                      const google::protobuf::Message* message, google::protobuf::Message* reserved)
 {
-    return transfer("upload " + boxPath + " " + localPath, channel, keepExisting, progress, message,
-                    reserved);
+    return transfer("upload " + boxPath + " " + localPath, channel, keepExisting, std::move(progress),
+                    message, reserved);
 }
 
 boost::shared_ptr<wirecall::RpcChannel> hubline::NewChannel(const std::string& address,

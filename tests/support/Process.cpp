@@ -18,6 +18,7 @@ namespace {
 std::vector<char*> pointers(const std::vector<std::string>& command)
 {
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string& argument : command) {
         arguments.push_back(const_cast<char*>(argument.c_str()));
     }
@@ -102,7 +103,7 @@ Process::~Process()
         kill(m_Pid, SIGKILL);
         await(m_Pid);
     }
-    std::fclose(m_Output);
+    static_cast<void>(std::fclose(m_Output));
 }
 
 std::string Process::readLine()

@@ -41,6 +41,7 @@ TEST_F(Upload, ADestinationThatIsNotFoundStartsNothing)
 TEST_F(Upload, OneCallMovesTheWholePathAndTellsWhatTheClientReports)
 {
     const Lines toFolder = {"full_path: 'C:\\\\r\\\\' kesta_code: 'K1'", kBox};
+    const Lines toSlashed = {"full_path: '/r\\\\s/' kesta_code: 'K1'", kBox};
     const Lines toDisk = {kSlashedDisk, "bean { id: 8 }", kBox};
     const Lines toRoot = {"bean { id: 3 name: 'd' kesta_code: 'K1' root_path: '/' }", "bean { id: 8 }", kBox};
     const Lines reported = {"1 0 0", "1 0 5", "1 7 100"};
@@ -57,6 +58,9 @@ TEST_F(Upload, OneCallMovesTheWholePathAndTellsWhatTheClientReports)
         Lines events;
     } cases[] = {
         {toFolder, 1, "a\\b.tif", "b.tif", 0, "C:/r/b.tif a/b.tif", "folder_id: 7 extra_id: 0", 0, reported},
+        {toFolder, 1, "here\\too.tif", "here\\too.tif", 0, "C:/r/here\\too.tif here\\too.tif",
+         "folder_id: 7 extra_id: 0", 0, reported},
+        {toSlashed, 1, "a/b", "b", 0, "/r\\s/b a/b", "folder_id: 7 extra_id: 0", 0, reported},
         {toFolder, 1, "a/b/", "b", 0xFFFFFFFF, "C:/r/b a/b", "folder_id: 7", 0, reported},
         {toFolder, 1, "a/:b", ":b", 0, "C:/r/:b a/:b", "folder_id: 7 extra_id: 0", 0, reported},
         {toRoot, 0, "a/b", "b", 0, "/b a/b", "folder_id: 8 extra_id: 0", 0, reported},
@@ -70,6 +74,8 @@ TEST_F(Upload, OneCallMovesTheWholePathAndTellsWhatTheClientReports)
          203,
          {"1 0 0", "1 0 5", "1 7 100", "1 999 0"}},
     };
+    QFile here("here\\too.tif"); // that this is here tells a name from a path
+    ASSERT_TRUE(here.open(QIODevice::WriteOnly));
     for (const auto& c : cases)
         for (const bool told : {true, false}) {
             answer(c.answers);

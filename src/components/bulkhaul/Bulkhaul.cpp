@@ -78,7 +78,8 @@ int move(const char* direction, Mover mover, const boost::shared_ptr<wirecall::R
         const std::string transferID = to_string(boost::uuids::random_generator()());
         Progress progress(std::move(progressFunction), transferID);
         BoxClient box(*channel, message, client().stallLimit);
-        const Transfer transfer{box, progress, client().chunksInFlight, client().filesInFlight, keepExisting};
+        const Transfer transfer{box, progress, client().chunksInFlight, client().filesInFlight,
+                                keepExisting ? Existing::Keep : Existing::Replace};
         code = judged(std::string(direction) + " " + transferID + " of " + boxPath, [&] {
             mover(transfer, withoutEndingSlashes(boxPath), withoutEndingSlashes(localPath));
         });

@@ -22,8 +22,7 @@ public:
     {
         const auto [parent, name] = splitPath(localPath);
         const Folder folder = Folder::open(parent, haulbox::NOT_WRITABLE);
-        struct stat status;
-        if (m_Transfer.keepExisting && folder.find(name, status) && S_ISREG(status.st_mode))
+        if (m_Transfer.existing == Existing::Keep && isFileOrLink(folder, name))
             return;
         haulbox::ReadRsp first;
         m_Box.askForSure(&BoxServices_Stub::read, readRequest(m_BoxPath, 0, std::string()), first);
@@ -52,7 +51,7 @@ private:
         if (first.size() > kChunkSize)
             return moveLargeFile(folder, name, m_BoxPath, first.size(), first.version());
         requireChunk(first, first.size(), 0, m_BoxPath);
-        IncomingSmallFiles file(folder, IncomingSmallFiles::Names::Given);
+        IncomingSmallFiles file(folder, IncomingSmallFiles::Names::Given, m_Transfer.existing);
         file.add(name, first.data());
         file.finish();
     }
@@ -70,7 +69,7 @@ private:
     {
         if (size > kLargestFile)
             throw TransferFailure(kNotUnderstood, path + ": no file can be that large");
-        IncomingFile file(folder.below(std::vector<std::string>()), name, size);
+        IncomingFile file(folder.below(std::vector<std::string>()), name, size, m_Transfer.existing);
         const std::vector<bool> missing = missingChunks(file, path, size, version);
         inParallel(m_Transfer.chunksInFlight, missing.size(), [&](std::uint64_t chunk) {
             if (!missing[chunk])
@@ -210,12 +209,12 @@ private:
 
     void moveBatch(const Folder& root, const Batch& batch)
     {
-        IncomingSmallFiles files(root, IncomingSmallFiles::Names::Given);
+        IncomingSmallFiles files(root, IncomingSmallFiles::Names::Given, m_Transfer.existing);
         haulbox::FetchReq request;
         *request.mutable_carried() = m_Box.carried();
         request.set_path(m_BoxPath);
         for (const haulbox::Entry* entry : batch) {
-            if (m_Transfer.keepExisting && files.exists(entry->below())) {
+            if (files.keeps(entry->below())) {
                 m_Transfer.progress.add(weightOf(entry->size()));
                 continue;
             }
@@ -252,8 +251,7 @@ private:
         FolderCache folders(root, Folder::Missing::Make);
         std::string name;
         const Folder& folder = folders.parentOf(entry.below(), name);
-        struct stat status;
-        if (m_Transfer.keepExisting && folder.find(name, status) && S_ISREG(status.st_mode))
+        if (m_Transfer.existing == Existing::Keep && isFileOrLink(folder, name))
             return m_Transfer.progress.add(weightOf(entry.size()));
         moveLargeFile(folder, name, m_BoxPath + "/" + entry.below(), entry.size(), entry.version());
         m_Transfer.progress.add(weightOf(0));

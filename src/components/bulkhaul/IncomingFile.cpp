@@ -137,9 +137,21 @@ void flush(const FileHandle& file, const std::string& name)
         throwErrno(haulbox::NOT_WRITABLE, name);
 }
 
-void giveName(const Folder& folder, const std::string& name)
+void giveName(const Folder& folder, const std::string& name, Existing existing)
 {
-    if (::renameat(folder.get(), partialName(name).c_str(), folder.get(), name.c_str()) != 0)
+    const std::string partial = partialName(name);
+    if (existing == Existing::Keep) {
+        if (::renameat2(folder.get(), partial.c_str(), folder.get(), name.c_str(), RENAME_NOREPLACE) == 0)
+            return;
+        if (errno != EEXIST && errno != EINVAL && errno != ENOSYS)
+            throwErrno(haulbox::NOT_WRITABLE, name);
+        // EINVAL, ENOSYS: a system that can't do it in one step.
+        if (isFileOrLink(folder, name)) {
+            ::unlinkat(folder.get(), partial.c_str(), 0);
+            return;
+        }
+    }
+    if (::renameat(folder.get(), partial.c_str(), folder.get(), name.c_str()) != 0)
         throwErrno(haulbox::NOT_WRITABLE, name);
 }
 
@@ -157,14 +169,20 @@ bool findFile(const Folder& folder, const std::string& name, struct stat& status
 
 } // namespace
 
+bool isFileOrLink(const Folder& folder, const std::string& name)
+{
+    struct stat status;
+    return folder.find(name, status) && (S_ISREG(status.st_mode) || S_ISLNK(status.st_mode));
+}
+
 bool isPartialName(const std::string& name)
 {
     return name.size() > kPartialEnding.size() + 1 && name.front() == '.' &&
            name.compare(name.size() - kPartialEnding.size(), kPartialEnding.size(), kPartialEnding) == 0;
 }
 
-IncomingFile::IncomingFile(Folder folder, const std::string& name, std::uint64_t size)
-    : m_Folder(std::move(folder)), m_Name(name), m_Size(size)
+IncomingFile::IncomingFile(Folder folder, const std::string& name, std::uint64_t size, Existing existing)
+    : m_Folder(std::move(folder)), m_Name(name), m_Size(size), m_Existing(existing)
 {
     if (size > kLargestFile)
         throw FileFailure(haulbox::NO_SPACE, name + ": no file can be that large");
@@ -250,7 +268,7 @@ void IncomingFile::finish()
     flush(m_Partial, m_Name);
     if (!isCurrent(m_Folder, partialName(m_Name), m_Partial))
         throw FileFailure(haulbox::BUSY, m_Name + ": its partial file was taken away");
-    giveName(m_Folder, m_Name);
+    giveName(m_Folder, m_Name, m_Existing);
     const std::lock_guard<std::mutex> lock(m_Mutex);
     m_Partial = FileHandle();
     m_Finished = true;
@@ -265,12 +283,11 @@ void IncomingFile::discard()
     m_Finished = true;
 }
 
-bool IncomingSmallFiles::exists(const std::string& below)
+bool IncomingSmallFiles::keeps(const std::string& below)
 {
     std::string name;
     const Folder& folder = m_Folders.parentOf(below, name);
-    struct stat status;
-    return findFile(folder, name, status);
+    return m_Existing == Existing::Keep && isFileOrLink(folder, name);
 }
 
 std::optional<Digest> IncomingSmallFiles::existingDigest(const std::string& below, std::uint64_t size)
@@ -316,7 +333,7 @@ void IncomingSmallFiles::finish()
         if (handle && sizeOf(handle, name) == file.size &&
             digestAt(handle.get(), 0, file.size, name) == file.digest) {
             flush(handle, name);
-            giveName(folder, name);
+            giveName(folder, name, m_Existing);
         } else if (existingDigest(file.below, file.size) != file.digest) { // not even given by another
             throw FileFailure(haulbox::BUSY, file.below + ": another transfer has written it");
         }

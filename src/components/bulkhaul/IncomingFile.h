@@ -15,6 +15,16 @@ namespace bulkhaul {
 /// Whether a name is that of a partial file, ".NAME.lumo-part".
 bool isPartialName(const std::string& name);
 
+/// What becomes of a file, or of a link, which is not followed, that has the target's name already.
+enum class Existing
+{
+    Replace,
+    Keep ///< also one that came while the transfer ran
+};
+
+/// Whether a file or a link has that name.
+bool isFileOrLink(const Folder& folder, const std::string& name);
+
 /// A file on its way in. Its bytes go to a partial file beside the target, which takes the target's name
 /// when it is whole and flushed. A partial file that is left over is found by the next attempt. One object
 /// at a time, of any process, can write to a target. All functions throw FileFailure; foundDigest, keep and
@@ -30,7 +40,7 @@ public:
         Target   ///< the old target: as a whole
     };
 
-    IncomingFile(Folder folder, const std::string& name, std::uint64_t size);
+    IncomingFile(Folder folder, const std::string& name, std::uint64_t size, Existing existing);
 
     /// As it was when nothing had been written yet.
     Found found() const { return m_FirstFound; }
@@ -45,7 +55,8 @@ public:
 
     /// The whole file's digest; FAILED while a chunk is missing.
     Digest wholeDigest() const;
-    /// Gives the target its name. All chunks must be there. Nothing can be done with the object afterwards.
+    /// Gives the target its name, or removes the partial file where an existing one is kept. All chunks must
+    /// be there. Nothing can be done with the object afterwards.
     void finish();
     /// Removes the partial file instead. Nothing can be done with the object afterwards.
     void discard();
@@ -59,6 +70,7 @@ private:
     Folder m_Folder;
     const std::string m_Name;
     const std::uint64_t m_Size;
+    const Existing m_Existing;
     Found m_FirstFound = Found::Nothing;
     std::uint64_t m_FoundSize = 0;
     FileHandle m_OldTarget;
@@ -82,14 +94,15 @@ public:
     };
 
     /// Below `root`, where missing folders are made.
-    IncomingSmallFiles(const Folder& root, Names names)
+    IncomingSmallFiles(const Folder& root, Names names, Existing existing)
         : m_Folders(root, names == Names::Flushed ? Folder::Missing::MakeFlushed : Folder::Missing::Make),
-          m_Names(names)
+          m_Names(names),
+          m_Existing(existing)
     {
     }
 
-    /// Whether there is something of that name that a file can replace.
-    bool exists(const std::string& below);
+    /// Whether the name is left to what has it already.
+    bool keeps(const std::string& below);
     /// The digest of the file that is there; none unless it is one of `size` bytes.
     std::optional<Digest> existingDigest(const std::string& below, std::uint64_t size);
     /// Writes the partial file.
@@ -107,6 +120,7 @@ private:
 
     FolderCache m_Folders;
     const Names m_Names;
+    const Existing m_Existing;
     std::vector<File> m_Files;
 };
 

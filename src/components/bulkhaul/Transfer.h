@@ -2,7 +2,7 @@
 #define LUMO_BULKHAUL_TRANSFER_H
 
 #include "components/bulkhaul/BoxClient.h"
-#include "components/bulkhaul/Folder.h"
+#include "components/bulkhaul/IncomingFile.h"
 #include "components/bulkhaul/Progress.h"
 
 #include <algorithm>
@@ -20,7 +20,7 @@ struct Transfer
     Progress& progress;
     int chunksInFlight;
     int filesInFlight;
-    bool keepExisting;
+    Existing existing;
 };
 
 /// Both throw TransferFailure or FileFailure.

@@ -63,7 +63,7 @@ private:
         haulbox::StoreReq request;
         *request.mutable_carried() = m_Box.carried();
         request.set_path(m_BoxPath);
-        request.set_keep_existing(m_Transfer.keepExisting);
+        request.set_keep_existing(m_Transfer.existing == Existing::Keep);
         return request;
     }
 
@@ -84,7 +84,7 @@ private:
         if (!below.empty())
             begin.set_below(below);
         begin.set_size(source.size());
-        begin.set_keep_existing(m_Transfer.keepExisting);
+        begin.set_keep_existing(m_Transfer.existing == Existing::Keep);
         haulbox::BeginRsp begun;
         m_Box.ask(&BoxServices_Stub::begin, begin, begun);
         if (begun.status() == haulbox::KEPT)

@@ -8,6 +8,7 @@
 #include <boost/make_shared.hpp>
 #include <google/protobuf/descriptor.h>
 #include <google/protobuf/message.h>
+#include <grpcpp/alarm.h>
 #include <grpcpp/channel.h>
 #include <grpcpp/client_context.h>
 #include <grpcpp/create_channel.h>
@@ -82,7 +83,10 @@ public:
                     const Message* request, Message* response, Closure* done) override
     {
         RpcController& call = *static_cast<RpcController*>(controller);
-        if (done == nullptr)
+        // gRPC would end the process for one of more than 2 GiB.
+        if (request->ByteSizeLong() > kLargestMessage)
+            refuse(call, request->ByteSizeLong(), done);
+        else if (done == nullptr)
             callAndWait(method, call, *request, *response);
         else
             callAndReturn(method, call, *request, *response, *done);
@@ -134,6 +138,24 @@ private:
                 delete call;
                 done.Run();
             });
+    }
+
+    /// The closure runs as for any other call, on a thread of gRPC's.
+    static void refuse(RpcController& controller, std::size_t size, Closure* done)
+    {
+        controller.setOutcome(Failure::Other,
+                              "the request has " + std::to_string(size) + " bytes, more than the " +
+                                  std::to_string(kLargestMessage) + " that a message may have",
+                              false);
+        if (done == nullptr)
+            return;
+        auto* alarm = new grpc::Alarm;
+        handOver(alarm);
+        alarm->Set(std::chrono::system_clock::now(), [alarm, done](bool) {
+            takeOver(alarm);
+            delete alarm;
+            done->Run();
+        });
     }
 
     void prepare(grpc::ClientContext& context, const RpcController& controller) const

@@ -37,7 +37,7 @@ public:
     bool Failed() const override;
     std::string ErrorText() const override;
     Failure failure() const { return m_Failure; }
-    /// False when the request never left, since no connection came about.
+    /// False when the request never left: no connection came about, or it was too large.
     bool IsRequestSent() const { return m_RequestSent; }
 
     /// Not supported: a call can't be cancelled by its caller. It ends at its time limit.

@@ -80,7 +80,31 @@ TEST_F(TransferTest, AnExistingTargetIsReplacedOrKept)
             writeFile(target(way) / "file", content(1, 3)); // of another size
             EXPECT_EQ(move(way, testBox, "file"), kDone);
             EXPECT_EQ(summaryOf(target(way) / "file"), fresh);
+            for (const std::string name : {"file", "tree"}) {
+                const fs::path link = target(way) / (name == "file" ? name : "tree/file");
+                fs::remove(link);
+                fs::create_symlink("elsewhere", link);
+                EXPECT_EQ(move(way, testBox, name, true), kDone);
+                EXPECT_TRUE(fs::is_symlink(link));
+                EXPECT_EQ(move(way, testBox, name, false), kDone);
+                EXPECT_EQ(summaryOf(link), fresh);
+            }
         }
+}
+
+TEST_F(TransferTest, ATargetThatComesWhileTheTransferRunsIsKeptIfAsked)
+{
+    TestBox testBox(*catalogue);
+    for (const std::size_t size : {std::size_t(10), 2 * kMiB}) {
+        writeFile(box() / "file", content(size, 1));
+        for (const bool keep : {true, false}) {
+            fs::remove(here() / "file");
+            catalogue->onAdmit([&](int) { writeFile(here() / "file", "new"); });
+            EXPECT_EQ(move(Way::Down, testBox, "file", keep), kDone);
+            EXPECT_EQ(summaryOf(here() / "file"), summary(keep ? "new" : content(size, 1)));
+            EXPECT_FALSE(fs::exists(here() / ".file.lumo-part"));
+        }
+    }
 }
 
 TEST_F(TransferTest, EachFaultFailsWithItsCodeLeavesTheOldTargetAndIsMendedByTheNextAttempt)

@@ -141,6 +141,39 @@ TEST(Rpc, ACallToNobodyFailsUnsent)
     EXPECT_FALSE(controller.ErrorText().empty());
 }
 
+TEST(Rpc, ARequestThatIsTooLargeFailsUnsent)
+{
+    struct Call
+    {
+        RpcController controller;
+        HelloRsp response;
+        Countdown over{1};
+        std::thread::id thread;
+        void ended()
+        {
+            thread = std::this_thread::get_id();
+            over.tick();
+        }
+    };
+    TestService service;
+    TestServer server(service);
+    const auto channel = channelTo(server.address());
+    hubline::HubServices_Stub stub(channel.get());
+    HelloReq request;
+    request.set_client(std::string(257U << 20, 'x'));
+    Call waited, returned;
+    stub.hello(&waited.controller, &request, &waited.response, nullptr);
+    stub.hello(&returned.controller, &request, &returned.response, NewCallback(&returned, &Call::ended));
+    returned.over.wait();
+    for (const Call* each : {&waited, &returned}) {
+        EXPECT_EQ(each->controller.ErrorText(),
+                  "the request has 269484038 bytes, more than the 268435456 that a message may have");
+        EXPECT_TRUE(each->controller.Failed());
+        EXPECT_FALSE(each->controller.IsRequestSent());
+    }
+    EXPECT_NE(returned.thread, std::this_thread::get_id());
+}
+
 TEST(Rpc, AControllerServesTheNextCallAfterReset)
 {
     TestService service;
