@@ -2,6 +2,7 @@
 #include "ledgerserver.pb.h"
 #include "tests/support/TestManager.h"
 
+#include <QProcess>
 #include <QTemporaryDir>
 
 #include <algorithm>
@@ -444,8 +445,8 @@ TEST(RecordConversion, NumbersAreReadAsFarAsTheyGo)
 TEST(RecordConversion, NumbersHaveADecimalPointInALocaleThatHasAComma)
 {
     const QTemporaryDir folder;
-    const QByteArray made = folder.filePath("de_DE.UTF-8").toUtf8();
-    ASSERT_EQ(std::system(("localedef --no-warnings=all -i de_DE -f UTF-8 " + made).constData()), 0);
+    const QString made = folder.filePath("de_DE.UTF-8");
+    ASSERT_EQ(QProcess::execute("localedef", {"--no-warnings=all", "-i", "de_DE", "-f", "UTF-8", made}), 0);
     ASSERT_EQ(setenv("LOCPATH", folder.path().toUtf8().constData(), 1), 0);
     const locale_t german = newlocale(LC_ALL_MASK, "de_DE.UTF-8", nullptr);
     ASSERT_TRUE(german);

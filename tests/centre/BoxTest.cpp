@@ -316,7 +316,7 @@ TEST_F(ServedBox, AndItsCentreSpeakTlsAlone)
 TEST_F(ServedBox, AnUploadOutlivesAFileSizeLimitAndAKilledBox)
 {
     std::string bytes;
-    for (unsigned i = 0; bytes.size() < 5 * 1024 * 1024; ++i)
+    for (unsigned i = 0; bytes.size() < std::size_t(5) * 1024 * 1024; ++i)
         bytes += std::to_string(i * 2654435761u);
     std::ofstream(data.below("here")) << bytes;
     kestaserver::UploadAuthMsg message;

@@ -7,7 +7,6 @@
 #include <functional>
 #include <sstream>
 
-using centre::Content;
 using centre::ExitCode;
 using centre::RecordKind;
 using google::protobuf::FieldDescriptor;

@@ -6,7 +6,6 @@
 #include <sys/stat.h>
 
 using centre::ExitCode;
-using testing::HasSubstr;
 
 namespace {
 

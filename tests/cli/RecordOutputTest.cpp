@@ -10,9 +10,7 @@
 namespace {
 
 using cli::Form;
-using cli::RecordList;
 using cli::RecordLists;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 

@@ -10,6 +10,7 @@
 #include <atomic>
 #include <cstdint>
 #include <limits>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -22,8 +23,9 @@ public:
     {
         sockaddr_in address = loopback(0);
         socklen_t length = sizeof address;
-        ::bind(m_Listener, reinterpret_cast<sockaddr*>(&address), length);
-        ::listen(m_Listener, 16);
+        if (::bind(m_Listener, reinterpret_cast<sockaddr*>(&address), length) != 0 ||
+            ::listen(m_Listener, 16) != 0)
+            throw std::runtime_error("the proxy can't listen");
         ::getsockname(m_Listener, reinterpret_cast<sockaddr*>(&address), &length);
         m_Port = ntohs(address.sin_port);
         m_Thread = std::thread([this] { acceptAll(); });

@@ -25,7 +25,7 @@
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kMiB = 1024 * 1024;
+constexpr std::size_t kMiB = std::size_t(1024) * 1024;
 
 inline std::string content(std::size_t size, unsigned seed)
 {

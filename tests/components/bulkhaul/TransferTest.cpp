@@ -188,7 +188,7 @@ TEST_F(TransferTest, ACutConnectionCostsOnlyWhatHadNotMoved)
         for (int i = 0; i < 600; ++i)
             writeFile(source(way) / "tree" / std::to_string(i), content(20000, static_cast<unsigned>(i)));
         for (const std::string name : {"large", "tree"}) {
-            const std::uint64_t whole = name == "large" ? 24 * kMiB : 600 * 20000;
+            const std::uint64_t whole = name == "large" ? 24 * kMiB : std::uint64_t(600) * 20000;
             {
                 CuttingProxy cable(testBox.port(), whole / 2);
                 EXPECT_EQ(move(way, testBox.channel(cable.port()), name), kNoConnection);
@@ -231,7 +231,7 @@ TEST_F(TransferTest, ASourceThatChangesWhileItIsReadIsAFailureThatSaysSo)
 
 TEST_F(TransferTest, AFullDiskIsAFailureThatSaysSoAndWhatArrivedIsKept)
 {
-    std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_NE(std::signal(SIGXFSZ, SIG_IGN), SIG_ERR);
     TestBox testBox(*catalogue);
     for (const Way way : kBothWays) {
         writeFile(source(way) / "large", content(8 * kMiB, 1));

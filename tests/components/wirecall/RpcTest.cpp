@@ -104,7 +104,7 @@ TEST(Rpc, AnEmptyAnswerClearsTheResponse)
 
 TEST(Rpc, AnAnswerOfManyMegabytesArrives)
 {
-    const std::string large(40 * 1024 * 1024, 'x');
+    const std::string large(40U << 20, 'x');
     TestService service([&](ServerCall&, const HelloReq&, HelloRsp& response, Closure* done) {
         response.set_server(large);
         done->Run();
