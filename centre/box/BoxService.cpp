@@ -366,7 +366,7 @@ void BoxService::finish(Controller* call, const haulbox::FinishReq* request, hau
             if (!isDigest(request->digest(), upload.file->wholeDigest()))
                 throw FileFailure(haulbox::CORRUPTED,
                                   upload.path + ": as a whole, what arrived is not what was sent");
-            upload.file->finish();
+            response->set_kept(!upload.file->finish());
             upload.file->folder().flush();
             m_Catalogue.record({{upload.path, false}});
         });
@@ -406,7 +406,7 @@ void BoxService::storeItems(const Folder& target, const std::string& targetName,
         if (item.folder()) {
             target.below(splitBelow(below), Folder::Missing::MakeFlushed);
         } else if (files.keeps(below)) {
-            // Done.
+            response.set_kept(response.kept() + 1);
         } else if (item.has_data()) {
             std::string spoiled;
             const std::string& data = arrived("store", item.data(), spoiled);
@@ -422,7 +422,7 @@ void BoxService::storeItems(const Folder& target, const std::string& targetName,
         }
         entries.push_back({path, item.folder()});
     }
-    files.finish();
+    response.set_kept(response.kept() + static_cast<std::uint32_t>(files.finish()));
     m_Catalogue.record(entries);
 }
 

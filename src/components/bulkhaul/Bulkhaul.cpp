@@ -31,7 +31,8 @@ Client& client()
     return *theClient;
 }
 
-typedef void (*Mover)(const Transfer& transfer, const std::string& boxPath, const std::string& localPath);
+typedef std::uint64_t (*Mover)(const Transfer& transfer, const std::string& boxPath,
+                               const std::string& localPath);
 
 constexpr std::size_t kLongestReason = 500;
 
@@ -80,8 +81,12 @@ int move(const char* direction, Mover mover, const boost::shared_ptr<wirecall::R
         BoxClient box(*channel, message, client().stallLimit);
         const Transfer transfer{box, progress, client().chunksInFlight, client().filesInFlight,
                                 keepExisting ? Existing::Keep : Existing::Replace};
-        code = judged(std::string(direction) + " " + transferID + " of " + boxPath, [&] {
-            mover(transfer, withoutEndingSlashes(boxPath), withoutEndingSlashes(localPath));
+        const std::string what = std::string(direction) + " " + transferID + " of " + boxPath;
+        code = judged(what, [&] {
+            const std::uint64_t kept =
+                mover(transfer, withoutEndingSlashes(boxPath), withoutEndingSlashes(localPath));
+            if (progress.isWanted())
+                client().lines.write(kInformation, what + " is done, " + std::to_string(kept) + " kept");
         });
         progress.setResult(code);
     });

@@ -75,7 +75,7 @@ LUMO_EXPORT void keepFreedMemory();
 
 /// Moves the file or folder `boxPath` of the storage box behind `channel` to `localPath`, a folder with all
 /// that lies below it, and returns when that has ended. Paths are UTF-8 with "/". With `keepExisting` a
-/// file that exists at the target counts as done; otherwise it is replaced.
+/// file or link that exists at a file's target counts as done; otherwise it is replaced.
 ///
 /// Each file appears whole, flushed and verified under its name, or not at all; what arrived of a transfer
 /// that failed is kept beside the target, and the same call goes on from there. `message` is carried to

@@ -4,6 +4,8 @@
 #include "components/bulkhaul/Transfer.h"
 #include "components/bulkhaul/TreeWalk.h"
 
+#include <atomic>
+
 namespace bulkhaul {
 
 namespace {
@@ -18,21 +20,31 @@ public:
     {
     }
 
-    void run(const std::string& localPath)
+    std::uint64_t run(const std::string& localPath)
+    {
+        move(localPath);
+        return m_Kept;
+    }
+
+private:
+    void move(const std::string& localPath)
     {
         const auto [parent, name] = splitPath(localPath);
         const Folder folder = Folder::open(parent, haulbox::NOT_WRITABLE);
-        if (m_Transfer.existing == Existing::Keep && isFileOrLink(folder, name))
+        const bool keep = m_Transfer.existing == Existing::Keep && isFileOrLink(folder, name);
+        // Whoever wants no progress has many files to fetch, and knows that they are files.
+        if (keep && !m_Transfer.progress.isWanted())
             return;
         haulbox::ReadRsp first;
         m_Box.askForSure(&BoxServices_Stub::read, readRequest(m_BoxPath, 0, std::string()), first);
         if (first.folder())
             moveTree(folder.below(name, Folder::Missing::Make));
+        else if (keep)
+            ++m_Kept;
         else
             moveFile(folder, name, first);
     }
 
-private:
     haulbox::ReadReq readRequest(const std::string& path, std::uint64_t chunk,
                                  const std::string& version) const
     {
@@ -53,7 +65,7 @@ private:
         requireChunk(first, first.size(), 0, m_BoxPath);
         IncomingSmallFiles file(folder, IncomingSmallFiles::Names::Given, m_Transfer.existing);
         file.add(name, first.data());
-        file.finish();
+        m_Kept += file.finish();
     }
 
     static Digest requireChunk(const haulbox::ReadRsp& response, std::uint64_t size, std::uint64_t chunk,
@@ -81,7 +93,7 @@ private:
             m_Transfer.progress.add(response.data().size());
         });
         requireWhole(file, path, version);
-        file.finish();
+        m_Kept += file.finish() ? 0 : 1;
     }
 
     haulbox::DigestsReq digestsRequest(const std::string& path, const std::string& version) const
@@ -216,6 +228,7 @@ private:
         for (const haulbox::Entry* entry : batch) {
             if (files.keeps(entry->below())) {
                 m_Transfer.progress.add(weightOf(entry->size()));
+                ++m_Kept;
                 continue;
             }
             haulbox::Entry& wanted = *request.add_entries();
@@ -231,7 +244,7 @@ private:
             throw TransferFailure(kNotUnderstood, "the box sent another number of files than asked for");
         for (int i = 0; i < std::min(response.contents_size(), request.entries_size()); ++i)
             take(files, request.entries(i), response.contents(i));
-        files.finish(); // what came is kept, also when the next one failed
+        m_Kept += files.finish(); // what came is kept, also when the next one failed
         BoxClient::require(response);
     }
 
@@ -251,8 +264,10 @@ private:
         FolderCache folders(root, Folder::Missing::Make);
         std::string name;
         const Folder& folder = folders.parentOf(entry.below(), name);
-        if (m_Transfer.existing == Existing::Keep && isFileOrLink(folder, name))
+        if (m_Transfer.existing == Existing::Keep && isFileOrLink(folder, name)) {
+            ++m_Kept;
             return m_Transfer.progress.add(weightOf(entry.size()));
+        }
         moveLargeFile(folder, name, m_BoxPath + "/" + entry.below(), entry.size(), entry.version());
         m_Transfer.progress.add(weightOf(0));
     }
@@ -260,13 +275,14 @@ private:
     const Transfer& m_Transfer;
     BoxClient& m_Box;
     const std::string m_BoxPath;
+    std::atomic<std::uint64_t> m_Kept{0};
 };
 
 } // namespace
 
-void download(const Transfer& transfer, const std::string& boxPath, const std::string& localPath)
+std::uint64_t download(const Transfer& transfer, const std::string& boxPath, const std::string& localPath)
 {
-    Downloader(transfer, boxPath).run(localPath);
+    return Downloader(transfer, boxPath).run(localPath);
 }
 
 } // namespace bulkhaul

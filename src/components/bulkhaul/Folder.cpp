@@ -74,7 +74,10 @@ std::vector<std::string> splitBelow(const std::string& below)
     for (std::size_t begin = 0; !below.empty() && begin <= below.size();) {
         const std::size_t end = std::min(below.find('/', begin), below.size());
         components.push_back(below.substr(begin, end - begin));
-        if (!isSafeName(components.back()) || components.size() > kDeepest)
+        if (components.size() > kDeepest)
+            throw FileFailure(haulbox::UNSAFE_NAME,
+                              "more than " + std::to_string(kDeepest) + " folders deep: " + below);
+        if (!isSafeName(components.back()))
             throw FileFailure(haulbox::UNSAFE_NAME, "not a name of a file or folder: " + below);
         begin = end + 1;
     }

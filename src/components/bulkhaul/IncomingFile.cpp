@@ -137,22 +137,24 @@ void flush(const FileHandle& file, const std::string& name)
         throwErrno(haulbox::NOT_WRITABLE, name);
 }
 
-void giveName(const Folder& folder, const std::string& name, Existing existing)
+/// False where an existing file or link was kept instead.
+bool giveName(const Folder& folder, const std::string& name, Existing existing)
 {
     const std::string partial = partialName(name);
     if (existing == Existing::Keep) {
         if (::renameat2(folder.get(), partial.c_str(), folder.get(), name.c_str(), RENAME_NOREPLACE) == 0)
-            return;
+            return true;
         if (errno != EEXIST && errno != EINVAL && errno != ENOSYS)
             throwErrno(haulbox::NOT_WRITABLE, name);
         // EINVAL, ENOSYS: a system that can't do it in one step.
         if (isFileOrLink(folder, name)) {
             ::unlinkat(folder.get(), partial.c_str(), 0);
-            return;
+            return false;
         }
     }
     if (::renameat(folder.get(), partial.c_str(), folder.get(), name.c_str()) != 0)
         throwErrno(haulbox::NOT_WRITABLE, name);
+    return true;
 }
 
 /// Whether there is a file of that name; throws for anything that a file can't replace.
@@ -255,23 +257,24 @@ Digest IncomingFile::wholeDigest() const
     throw FileFailure(haulbox::FAILED, m_Name + ": not all of it has come");
 }
 
-void IncomingFile::finish()
+bool IncomingFile::finish()
 {
     wholeDigest(); // throws while something is missing
     {
         const std::lock_guard<std::mutex> lock(m_Mutex);
         if (m_Found == Found::Target)
-            return; // it is what should come
+            return true; // it is what should come
     }
     partial();
     resize(m_Partial, m_Size, m_Name); // an earlier attempt may have been longer
     flush(m_Partial, m_Name);
     if (!isCurrent(m_Folder, partialName(m_Name), m_Partial))
         throw FileFailure(haulbox::BUSY, m_Name + ": its partial file was taken away");
-    giveName(m_Folder, m_Name, m_Existing);
+    const bool named = giveName(m_Folder, m_Name, m_Existing);
     const std::lock_guard<std::mutex> lock(m_Mutex);
     m_Partial = FileHandle();
     m_Finished = true;
+    return named;
 }
 
 void IncomingFile::discard()
@@ -322,8 +325,9 @@ void IncomingSmallFiles::add(const std::string& below, const std::string& data)
     m_Files.push_back({below, data.size(), digestOf(data)});
 }
 
-void IncomingSmallFiles::finish()
+std::size_t IncomingSmallFiles::finish()
 {
+    std::size_t kept = 0;
     // Opened again, file by file, so that few are open at once.
     std::string name;
     for (const File& file : m_Files) {
@@ -333,7 +337,7 @@ void IncomingSmallFiles::finish()
         if (handle && sizeOf(handle, name) == file.size &&
             digestAt(handle.get(), 0, file.size, name) == file.digest) {
             flush(handle, name);
-            giveName(folder, name, m_Existing);
+            kept += giveName(folder, name, m_Existing) ? 0 : 1;
         } else if (existingDigest(file.below, file.size) != file.digest) { // not even given by another
             throw FileFailure(haulbox::BUSY, file.below + ": another transfer has written it");
         }
@@ -346,6 +350,7 @@ void IncomingSmallFiles::finish()
             folder.flush();
     }
     m_Files.clear();
+    return kept;
 }
 
 } // namespace bulkhaul

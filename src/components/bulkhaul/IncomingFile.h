@@ -55,9 +55,9 @@ public:
 
     /// The whole file's digest; FAILED while a chunk is missing.
     Digest wholeDigest() const;
-    /// Gives the target its name, or removes the partial file where an existing one is kept. All chunks must
-    /// be there. Nothing can be done with the object afterwards.
-    void finish();
+    /// Gives the target its name; false where an existing one was kept instead, and the partial file removed.
+    /// All chunks must be there. Nothing can be done with the object afterwards.
+    bool finish();
     /// Removes the partial file instead. Nothing can be done with the object afterwards.
     void discard();
 
@@ -107,8 +107,8 @@ public:
     std::optional<Digest> existingDigest(const std::string& below, std::uint64_t size);
     /// Writes the partial file.
     void add(const std::string& below, const std::string& data);
-    /// Flushes all, then gives all their names.
-    void finish();
+    /// Flushes all, then gives all their names; how many existing ones were kept instead.
+    std::size_t finish();
 
 private:
     struct File

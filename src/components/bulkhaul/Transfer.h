@@ -23,9 +23,9 @@ struct Transfer
     Existing existing;
 };
 
-/// Both throw TransferFailure or FileFailure.
-void download(const Transfer& transfer, const std::string& boxPath, const std::string& localPath);
-void upload(const Transfer& transfer, const std::string& boxPath, const std::string& localPath);
+/// Both return how many files were kept as they are, and throw TransferFailure or FileFailure.
+std::uint64_t download(const Transfer& transfer, const std::string& boxPath, const std::string& localPath);
+std::uint64_t upload(const Transfer& transfer, const std::string& boxPath, const std::string& localPath);
 
 /// What a file counts for in the progress; an empty one counts, too.
 inline std::uint64_t weightOf(std::uint64_t size)

@@ -69,7 +69,9 @@ private:
         if (!S_ISREG(status.st_mode)) {
             if (m_Strange == Strange::Skip)
                 return true;
-            throw FileFailure(haulbox::WRONG_KIND, below + ": neither a file nor a folder");
+            throw FileFailure(
+                haulbox::WRONG_KIND,
+                below + (S_ISDIR(status.st_mode) ? ": a link to a folder" : ": neither a file nor a folder"));
         }
         return m_Visit({below, false, static_cast<std::uint64_t>(status.st_size), versionOf(status)});
     }

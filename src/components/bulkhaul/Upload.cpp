@@ -5,6 +5,7 @@
 #include "components/bulkhaul/TreeWalk.h"
 
 #include <algorithm>
+#include <atomic>
 
 namespace bulkhaul {
 
@@ -23,7 +24,7 @@ public:
     {
     }
 
-    void run(const std::string& localPath)
+    std::uint64_t run(const std::string& localPath)
     {
         struct stat status;
         if (::stat(localPath.c_str(), &status) != 0)
@@ -32,6 +33,7 @@ public:
             moveTree(Folder::open(localPath));
         else
             moveFile(localPath);
+        return m_Kept;
     }
 
 private:
@@ -56,6 +58,7 @@ private:
         fill(*request.add_items(), std::string(), source);
         haulbox::StoreRsp response;
         m_Box.askForSure(&BoxServices_Stub::store, request, response);
+        m_Kept += response.kept();
     }
 
     haulbox::StoreReq storeRequest() const
@@ -87,8 +90,10 @@ private:
         begin.set_keep_existing(m_Transfer.existing == Existing::Keep);
         haulbox::BeginRsp begun;
         m_Box.ask(&BoxServices_Stub::begin, begin, begun);
-        if (begun.status() == haulbox::KEPT)
+        if (begun.status() == haulbox::KEPT) {
+            ++m_Kept;
             return m_Transfer.progress.add(source.size());
+        }
         BoxClient::require(begun);
 
         std::vector<Digest> digests(chunkCount(source.size()));
@@ -112,6 +117,7 @@ private:
         finish.set_digest(toBytes(digestOf(digests)));
         haulbox::FinishRsp finished;
         m_Box.askForSure(&BoxServices_Stub::finish, finish, finished);
+        m_Kept += finished.kept() ? 1 : 0;
     }
 
     /// The chunks that the box does not have from an earlier attempt, or as the old target.
@@ -150,6 +156,7 @@ private:
         // not go in part.
         std::uint64_t weight = weightOf(0);
         walkTree(root, Strange::Fail, std::string(), [&](const TreeItem& item) {
+            splitBelow(item.below); // throws for one that is too long or too deep
             weight += weightOf(item.size);
             return true;
         });
@@ -227,6 +234,7 @@ private:
         m_Box.askForSure(&BoxServices_Stub::store, request, response);
         if (!response.wanted().empty())
             throw TransferFailure(kNotUnderstood, "the box wants what it was sent");
+        m_Kept += response.kept();
     }
 
     /// Sends the digests first and then what the box does not have: an attempt before this one may have
@@ -245,6 +253,7 @@ private:
         }
         haulbox::StoreRsp response;
         m_Box.askForSure(&BoxServices_Stub::store, question, response);
+        m_Kept += response.kept();
         if (response.wanted().empty())
             return;
         haulbox::StoreReq rest = storeRequest();
@@ -262,13 +271,14 @@ private:
     BoxClient& m_Box;
     const std::string m_BoxPath;
     bool m_Probing = false; ///< the target was there before
+    std::atomic<std::uint64_t> m_Kept{0};
 };
 
 } // namespace
 
-void upload(const Transfer& transfer, const std::string& boxPath, const std::string& localPath)
+std::uint64_t upload(const Transfer& transfer, const std::string& boxPath, const std::string& localPath)
 {
-    Uploader(transfer, boxPath).run(localPath);
+    return Uploader(transfer, boxPath).run(localPath);
 }
 
 } // namespace bulkhaul

@@ -263,6 +263,10 @@ TEST_F(TransferTest, SourcesAndTargetsThatCanNotBeUsedHaveCodesOfTheirOwn)
     ::mkfifo((here() / "pipe").c_str(), 0600);
     fs::create_directories(here() / "strange");
     ::mkfifo((here() / "strange/pipe").c_str(), 0600);
+    fs::path deep = here() / "deep";
+    for (int i = 0; i < 300; ++i)
+        deep /= "d";
+    fs::create_directories(deep);
     const std::string outside = (box().parent_path() / "outside").string();
     const auto download = [&](const std::string& from, const fs::path& to) {
         return Download(testBox.channel(), from, to.string(), false, {}, nullptr, nullptr);
@@ -277,11 +281,16 @@ TEST_F(TransferTest, SourcesAndTargetsThatCanNotBeUsedHaveCodesOfTheirOwn)
     EXPECT_EQ(download(root + "link", here() / "x"), kWrongKind);
     EXPECT_EQ(download(root + "file", here() / "folder"), kWrongKind);
     EXPECT_EQ(download(root + "folder2", here() / "file2"), kWrongKind);
+    EXPECT_EQ(Download(
+                  testBox.channel(), root + "folder2", (here() / "file2").string(), true,
+                  [](const std::string&, int, int) {}, nullptr, nullptr),
+              kWrongKind);
     EXPECT_EQ(download(root + "file", here() / "none/x"), kNotWritable);
     EXPECT_EQ(download(root + "file", here() / ".."), kUnsafeName);
     EXPECT_EQ(upload(here() / "none", root + "x"), kNotFound);
     EXPECT_EQ(upload(here() / "pipe", root + "x"), kWrongKind);
     EXPECT_EQ(upload(here() / "strange", root + "x"), kWrongKind);
+    EXPECT_EQ(upload(here() / "deep", root + "x"), kUnsafeName);
     EXPECT_EQ(upload(here() / "file2", outside), kRefused);
     EXPECT_EQ(upload(here() / "file2", root + "folder2"), kWrongKind);
     EXPECT_EQ(upload(here() / "file2", root + "../x"), kUnsafeName);
