@@ -42,21 +42,54 @@ struct Source
 {
     std::string text; ///< as typed
     Found found;
+    std::string name; ///< empty when nobody tells it
 };
+
+/// What the library tells derived classes alone.
+struct FullPath : CLumoDataMgr
+{
+    /// Of a folder or a file on its storage box.
+    static QString of(CLumoDataMgr& manager, const Found& found)
+    {
+        QString box;
+        const auto path =
+            found.kind == Place::Kind::File ? &FullPath::getFileFullPath : &FullPath::getFolderFullPath;
+        return (manager.*path)(placeOf(found).second, box);
+    }
+};
+
+/// The name that it comes under, which may be too long for its record.
+std::string fullName(Session& session, const Place& place, const Found& found)
+{
+    if (const Text& name = nameOf(found)) {
+        return *name;
+    }
+    if (!place.components.empty()) {
+        return place.components.back();
+    }
+    const QString path = found.kind == Place::Kind::Disk ? QString() : FullPath::of(session.manager, found);
+    return path.section('/', -1).toStdString();
+}
+
+Source sourceOf(Session& session, const std::string& text)
+{
+    const Place place = parsePlace(text);
+    const Found found = session.catalogue.find(place);
+    return {text, found, fullName(session, place, found)};
+}
 
 /// A get writes to one file or folder, which no other may write to, and which can't be of the other kind.
 void checkTarget(const Source& source, const std::string& folder, std::set<std::string>& targets)
 {
-    const Text& name = nameOf(source.found);
-    if (!name) {
+    if (source.name.empty()) {
         return;
     }
-    const std::string target = below(folder, *name);
+    const std::string target = below(folder, source.name);
     if (!targets.insert(target).second) {
         refuse("two of the places would become '" + target + "': get them one by one, into two folders");
     }
     const bool file = source.found.kind == Place::Kind::File;
-    if (file ? isFolder(target) : isFile(target)) {
+    if (file ? isFolder(target) : isFileOrLink(target)) {
         refuse("'" + source.text + "' is a " + (file ? "file" : "folder") + ", but '" + target + "' is a " +
                (file ? "folder" : "file") + " already");
     }
@@ -66,7 +99,7 @@ Transfer transferOf(Session& session, const Source& source, const std::string& f
 {
     Transfer transfer;
     transfer.source = source.text;
-    transfer.target = below(folder, nameOf(source.found).value_or(""));
+    transfer.target = below(folder, source.name);
     transfer.folder = folder;
     transfer.overwrite = overwrite;
     transfer.start = [&session, source, folder, overwrite](const TransferCallback& callback) {
@@ -83,9 +116,8 @@ void runGet(Session& session, const std::vector<std::string>& places, const std:
     std::vector<Source> sources;
     std::set<std::string> targets;
     for (const std::string& text : places) {
-        const Source source{text, session.catalogue.find(parsePlace(text))};
-        checkTarget(source, folder, targets);
-        sources.push_back(source);
+        sources.push_back(sourceOf(session, text));
+        checkTarget(sources.back(), folder, targets);
     }
     makeFolder(folder);
     std::vector<Transfer> transfers;

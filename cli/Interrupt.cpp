@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstring>
 
+#include <poll.h>
 #include <unistd.h>
 
 namespace cli {
@@ -18,20 +19,24 @@ volatile std::sig_atomic_t tellsEvent = 0;
 // Signals may come at once on two threads.
 std::atomic<int> noted{0};
 
-void writeAll(int descriptor, const char* text)
+/// Leaves out what nobody reads: a full pipe would hold the process, a closed one end it otherwise.
+void writeAtOnce(int descriptor, const char* text)
 {
-    static_cast<void>(!write(descriptor, text, std::strlen(text)));
+    pollfd ready = {descriptor, POLLOUT, 0};
+    if (poll(&ready, 1, 0) == 1 && ready.revents == POLLOUT) {
+        static_cast<void>(!write(descriptor, text, std::strlen(text)));
+    }
 }
 
 [[noreturn]] void endProcess(int signal, const char* message)
 {
     if (clearsLine != 0) {
-        writeAll(STDERR_FILENO, "\r\x1b[K");
+        writeAtOnce(STDERR_FILENO, "\r\x1b[K");
     }
     if (tellsEvent != 0) {
-        writeAll(STDOUT_FILENO, "{\"event\":\"interrupted\"}\n");
+        writeAtOnce(STDOUT_FILENO, "{\"event\":\"interrupted\"}\n");
     }
-    writeAll(STDERR_FILENO, message);
+    writeAtOnce(STDERR_FILENO, message);
     _exit(128 + signal);
 }
 

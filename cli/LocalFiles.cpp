@@ -22,6 +22,12 @@ void requireUtf8(const std::string& path)
     }
 }
 
+/// Whether it is what has arrived of a file, ".NAME.lumo-part".
+bool isPartial(const fs::path& file)
+{
+    return file.extension() == ".lumo-part" && file.filename().native().front() == '.';
+}
+
 std::uint64_t bytesBelow(const fs::path& folder)
 {
     std::uint64_t sum = 0;
@@ -29,7 +35,7 @@ std::uint64_t bytesBelow(const fs::path& folder)
     fs::recursive_directory_iterator entry(folder, fs::directory_options::skip_permission_denied, error);
     for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
         std::error_code unknown;
-        if (entry->symlink_status(unknown).type() == fs::file_type::regular) {
+        if (entry->symlink_status(unknown).type() == fs::file_type::regular && !isPartial(entry->path())) {
             const std::uint64_t size = entry->file_size(unknown);
             sum += unknown ? 0 : size;
         }
@@ -89,10 +95,11 @@ bool isFolder(const std::string& path)
     return fs::is_directory(path, ignored);
 }
 
-bool isFile(const std::string& path)
+bool isFileOrLink(const std::string& path)
 {
     std::error_code ignored;
-    return fs::is_regular_file(path, ignored);
+    const fs::file_status status = fs::symlink_status(path, ignored);
+    return fs::is_regular_file(status) || (fs::is_symlink(status) && !isFolder(path));
 }
 
 std::uint64_t bytesOf(const std::string& path)

@@ -22,8 +22,9 @@ LocalSource localSource(const std::string& path);
 void makeFolder(const std::string& path);
 
 bool isFolder(const std::string& path);
-bool isFile(const std::string& path);
-/// The size of a file, or of all files in a folder.
+/// Also a link to nowhere, but not one to a folder.
+bool isFileOrLink(const std::string& path);
+/// The size of a file, or of all files in a folder but those that have arrived in part.
 std::uint64_t bytesOf(const std::string& path);
 /// `name` in `folder`, as short as it can be written.
 std::string below(const std::string& folder, const std::string& name);

@@ -2,6 +2,9 @@
 
 #include "cli/HelpText.h"
 #include "cli/ImageCatalogue.h"
+#include "cli/Output.h"
+
+#include <sstream>
 
 namespace cli {
 
@@ -44,6 +47,11 @@ std::string positiveNumber(const std::string& text)
     const std::string problem = wholeNumber(text);
     const bool zero = problem.empty() && std::stoull(text) == 0;
     return zero ? "'" + text + "' is none: write a number from 1" : problem;
+}
+
+std::string someName(const std::string& text)
+{
+    return text.empty() ? "'' is no name of a folder" : "";
 }
 
 std::string commandList(const CLI::App& app)
@@ -249,7 +257,9 @@ void Program::addTransfers()
     get->add_option("PLACE", m_Arguments, "What to fetch; the last of several arguments is the local folder")
         ->option_text(" ")
         ->required();
-    get->add_option("--to", m_Folder, "The local folder; all arguments are places then")->option_text("DIR");
+    get->add_option("--to", m_Folder, "The local folder; all arguments are places then")
+        ->option_text("DIR")
+        ->check(someName);
     get->footer(std::string(kPlaceHelp) +
                 " The local folder is made if need be; without\none, files go to the current folder.\n\n" +
                 kCommandFooter);
@@ -338,7 +348,9 @@ Action Program::parse(int argc, const char* const* argv)
     try {
         m_App.parse(argc, argv);
     } catch (const CLI::Success& answer) {
-        m_App.exit(answer);
+        std::ostringstream text;
+        m_App.exit(answer, text, text);
+        print(text.str());
         return {};
     } catch (const CLI::ParseError& error) {
         throw wrongUse(error);

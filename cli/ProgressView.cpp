@@ -114,12 +114,12 @@ class LineView : public ProgressView
 public:
     void began(const Transfer&) override {}
 
-    /// A line for every tenth that is passed.
+    /// A line for every tenth that is passed, of transfers that take a while.
     void advanced(const Transfer& transfer, const Totals& totals) override
     {
         m_Told.resize(totals.transfers().size());
         int& told = m_Told[transfer.number - 1];
-        if (transfer.percent / 10 <= told || transfer.percent == 100) {
+        if (transfer.percent / 10 <= told || transfer.percent == 100 || !takesAWhile(transfer)) {
             return;
         }
         told = transfer.percent / 10;
@@ -131,6 +131,14 @@ public:
     void finished(const Totals&) override {}
 
 private:
+    /// Judged by the time where the size isn't known.
+    static bool takesAWhile(const Transfer& transfer)
+    {
+        constexpr std::uint64_t kLarge = 8U << 20;
+        return transfer.bytes ? *transfer.bytes >= kLarge
+                              : Transfer::Clock::now() - transfer.begin >= std::chrono::seconds(1);
+    }
+
     std::vector<int> m_Told;
 };
 

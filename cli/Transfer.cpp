@@ -4,6 +4,7 @@
 #include "cli/ExitCode.h"
 #include "cli/Interrupt.h"
 #include "cli/LocalFiles.h"
+#include "cli/Output.h"
 #include "cli/ProgressView.h"
 
 #include <algorithm>
@@ -34,7 +35,8 @@ struct News
     int code = 0;               ///< of Ended
     std::string text;           ///< of Began the task's identifier, of Ended what the log told of a failure
     std::string clientTransfer; ///< of Ended
-    bool wasFile = false;       ///< of Began, like the next
+    std::string target;         ///< of Began, like the next
+    bool wasFile = false;
     bool wasFolder = false;
 };
 
@@ -78,7 +80,11 @@ class Listener
 {
 public:
     Listener(NewsQueue& queue, Journal& journal, const Transfer& transfer)
-        : m_Queue(queue), m_Journal(journal), m_Index(transfer.number - 1), m_Folder(transfer.folder)
+        : m_Queue(queue),
+          m_Journal(journal),
+          m_Index(transfer.number - 1),
+          m_Folder(transfer.folder),
+          m_Target(transfer.target)
     {
     }
     Listener(const Listener&) = delete;
@@ -104,10 +110,12 @@ public:
             m_Journal.forget();
             News news = about(News::Kind::Began);
             news.text = taskID;
+            const std::string name = m_Folder.empty() ? std::string() : nameOfTask(taskID);
+            // A name too long for its record is not the task's either.
+            news.target = name.empty() ? m_Target : below(m_Folder, name);
             // Before the task touches it.
-            const std::string target = m_Folder.empty() ? m_Folder : below(m_Folder, nameOfTask(taskID));
-            news.wasFile = isFile(target);
-            news.wasFolder = isFolder(target);
+            news.wasFile = isFileOrLink(news.target);
+            news.wasFolder = isFolder(news.target);
             m_Queue.push(std::move(news));
         }
         if (code != 0 && m_Code == 0) {
@@ -138,6 +146,7 @@ private:
     Journal& m_Journal;
     const std::size_t m_Index;
     const std::string m_Folder;
+    const std::string m_Target;
     std::mutex m_Mutex;
     bool m_Began = false;
     int m_Percent = 0;
@@ -159,7 +168,7 @@ public:
     Run(const Run&) = delete;
     Run& operator=(const Run&) = delete;
 
-    /// Tasks that still run when the output fails would tell a queue that is gone.
+    /// Tasks that still run when one can't be started would tell a queue that is gone.
     ~Run()
     {
         while (m_Running > 0) {
@@ -169,9 +178,12 @@ public:
     }
 
     void start(Transfer& transfer);
-    void toEnd();
+    /// Returns the first failure of the output, which stops no transfer.
+    std::optional<Failure> toEnd();
 
 private:
+    template <class... Told>
+    void tell(void (ProgressView::*what)(const Told&...), const Told&... told);
     void show(std::chrono::milliseconds patience);
     void take(const News& news);
     void finish(Transfer& transfer, const News& news);
@@ -184,7 +196,22 @@ private:
     NewsQueue m_Queue;
     std::size_t m_Running = 0;
     Clock::time_point m_Refreshed;
+    std::optional<Failure> m_OutputFailure;
 };
+
+template <class... Told>
+void Run::tell(void (ProgressView::*what)(const Told&...), const Told&... told)
+{
+    try {
+        ((*m_View).*what)(told...);
+    } catch (const Failure& failure) {
+        if (!m_OutputFailure) {
+            const std::string reason = failure.what();
+            m_OutputFailure.emplace(failure.code(),
+                                    reason.empty() ? "nobody reads the output any more" : reason);
+        }
+    }
+}
 
 void Run::start(Transfer& transfer)
 {
@@ -205,12 +232,13 @@ void Run::start(Transfer& transfer)
     fail(transfer, 0, transfer.refusal());
 }
 
-void Run::toEnd()
+std::optional<Failure> Run::toEnd()
 {
     while (m_Running > 0) {
         show(m_View->interval());
     }
-    m_View->finished(m_Totals);
+    tell(&ProgressView::finished, m_Totals);
+    return m_OutputFailure;
 }
 
 void Run::show(std::chrono::milliseconds patience)
@@ -224,7 +252,7 @@ void Run::show(std::chrono::milliseconds patience)
     if (Clock::now() - m_Refreshed >= m_View->interval()) {
         m_Refreshed = Clock::now();
         m_Totals.sample();
-        m_View->refresh(m_Totals);
+        tell(&ProgressView::refresh, m_Totals);
     }
 }
 
@@ -239,13 +267,13 @@ void Run::take(const News& news)
         if (!transfer.folder.empty()) {
             transfer.wasFile = news.wasFile;
             transfer.wasFolder = news.wasFolder;
-            transfer.target = below(transfer.folder, nameOfTask(news.text));
+            transfer.target = news.target;
         }
-        m_View->began(transfer);
+        tell(&ProgressView::began, transfer);
         break;
     case News::Kind::Advanced:
         transfer.percent = news.percent;
-        m_View->advanced(transfer, m_Totals);
+        tell(&ProgressView::advanced, transfer, m_Totals);
         break;
     case News::Kind::Ended:
         --m_Running;
@@ -271,7 +299,7 @@ void Run::finish(Transfer& transfer, const News& news)
     if (transfer.get && !transfer.wasFolder) {
         transfer.bytes = bytesOf(transfer.target);
     }
-    m_View->ended(transfer);
+    tell(&ProgressView::ended, transfer);
 }
 
 void Run::fail(Transfer& transfer, int code, const std::string& failure)
@@ -280,7 +308,7 @@ void Run::fail(Transfer& transfer, int code, const std::string& failure)
     transfer.end = Clock::now();
     transfer.code = code;
     transfer.failure = failure;
-    m_View->ended(transfer);
+    tell(&ProgressView::ended, transfer);
 }
 
 } // namespace
@@ -290,22 +318,29 @@ void runTransfers(std::vector<Transfer> transfers, Session& session)
     for (std::size_t i = 0; i < transfers.size(); ++i) {
         transfers[i].number = i + 1;
     }
+    std::optional<Failure> outputFailure;
     {
         const Interrupt interrupt(session.json);
         Run run(transfers, session);
         for (Transfer& transfer : transfers) {
             run.start(transfer);
         }
-        run.toEnd();
+        outputFailure = run.toEnd();
     }
     const auto failed = std::count_if(transfers.begin(), transfers.end(),
                                       [](const Transfer& one) { return one.phase == Phase::Failed; });
     if (failed > 0) {
+        if (outputFailure) {
+            complain(outputFailure->what());
+        }
         // That of a single transfer has been said.
         throw Failure(ExitCode::TransferFailed, transfers.size() == 1 ? std::string()
                                                                       : std::to_string(failed) + " of " +
                                                                             std::to_string(transfers.size()) +
                                                                             " did not arrive");
+    }
+    if (outputFailure) {
+        throw Failure(*outputFailure);
     }
 }
 

@@ -168,9 +168,11 @@ TEST(Lumo, LongListIsShownWholeOrNotAtAll)
     // Some parents make their children ignore the signal of a closed pipe.
     const Outcome ignoring = run({"/bin/sh", "-c", "trap '' PIPE; " + listing + " | true"});
     EXPECT_THAT(ignoring.errors, IsEmpty());
-    const Outcome full = run({"/bin/sh", "-c", listing + " > /dev/full"});
-    EXPECT_EQ(full.exitCode, 1);
-    EXPECT_THAT(full.errors, HasSubstr("can't write the output"));
+    for (const std::string& command : {listing, std::string(LUMO_PROGRAM) + " --version"}) {
+        const Outcome full = run({"/bin/sh", "-c", command + " > /dev/full"});
+        EXPECT_EQ(full.exitCode, 1) << command;
+        EXPECT_THAT(full.errors, HasSubstr("can't write the output"));
+    }
 }
 
 TEST(Lumo, LogFileGetsTheLibrarysLinesAndTheTerminalDoesNot)

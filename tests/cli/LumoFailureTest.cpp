@@ -51,6 +51,7 @@ TEST(LumoWrongUse, SaysWhatWouldBeRight)
         {{"get", "/"}, 2, "'/' stands for all disks"},
         {{"get", "/a", "/nowhere"}, 2, "there is no local folder '/nowhere'"},
         {{"get", "/a", "--keep", "--overwrite"}, 2, "excludes"},
+        {{"get", "/a", "--to", ""}, 2, "'' is no name of a folder"},
         {{"put", "/a"}, 2, "lumo put PATH... PLACE"},
         {{"put", "/nowhere", "/a"}, 2, "'/nowhere' can't be sent: No such file"},
         {{"put", "/dev/null", "/a"}, 2, "neither a file nor a folder"},
@@ -142,6 +143,9 @@ TEST(LumoFailure, EachHasItsOwnMessageAndExitCode)
     const std::string wrongToken = centre.folder() / "wrong";
     writeFile(wrongToken, "not-the-token\n");
     writeFile(centre.folder() / "tree" / "a" / "f", "x");
+    const std::string longName(255, 'n');
+    writeFile(centre.folder() / "tree" / longName, "x");
+    writeFile(centre.folder() / "tree" / "s" / longName, "x");
     writeFile(centre.folder() / "in-the-way" / "earth", "x");
     centre.import(centre.folder() / "tree", "earth");
     centre.administrate("add-version",
@@ -165,6 +169,8 @@ TEST(LumoFailure, EachHasItsOwnMessageAndExitCode)
         {{"show", "/"}, 2, "'lumo disks' lists the disks"},
         {{"get", "/earth/b"}, 7, "no '/earth/b'"},
         {{"get", "/earth/a", "folder:2", "--to", "."}, 2, "two of the places would become 'a'"},
+        {{"get", "/earth/" + longName, "/earth/s/" + longName, "--to", "t"}, 2, "would become 't/nnn"},
+        {{"get", "/earth/" + longName, "file:2", "file:3", "--to", "t"}, 2, "would become 't/nnn"},
         {{"get", "/earth", centre.folder() / "in-the-way"}, 2, "is a folder, but '"},
         {{"get", "/earth", "/proc/nowhere/x"}, 2, "no local folder"},
         {{"put", wrongToken, "/earth/a/f"}, 7, "'/earth/a/f' is a file, not a folder"},

@@ -3,8 +3,11 @@
 #include <nlohmann/json.hpp>
 
 #include <gmock/gmock.h>
+
+#include <fcntl.h>
 #include <signal.h>
 #include <sys/inotify.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <sstream>
@@ -59,6 +62,16 @@ protected:
         return outcome.output;
     }
 
+    /// For a shell: a command of lumo.
+    std::string typed(const std::vector<std::string>& arguments) const
+    {
+        std::string command;
+        for (const std::string& word : centre.lumoCommand(arguments)) {
+            command += word + " ";
+        }
+        return command;
+    }
+
     CentreProcess centre;
     const fs::path disk;
     const fs::path here;
@@ -93,8 +106,17 @@ TEST_F(LumoTransfer, TreeComesBackAsItWasSent)
 
 TEST_F(LumoTransfer, ExistingFileIsKeptUnlessToldOtherwise)
 {
+    const std::string longName(255, 'n'); // more than its record holds
+    writeFile(disk / longName, "long");
+    centre.import(disk, "地球");
     centre.serve();
+    for (const char* result : {": done, 4 B in ", ": kept, a file stands there already"}) {
+        EXPECT_THAT(done({"get", "/地球/" + longName, here}), HasSubstr((here / longName).string() + result));
+    }
     const fs::path local = here / "readme";
+    fs::create_symlink("nowhere", local);
+    EXPECT_THAT(done({"get", "/地球/readme", here}), HasSubstr("kept, a file stands there already"));
+    fs::remove(local);
     writeFile(local, "mine");
     EXPECT_THAT(done({"get", "/地球/readme", here}), HasSubstr("kept, a file stands there already"));
     EXPECT_THAT(done({"put", local, "/地球", "--keep"}), HasSubstr("kept, a file stands there already"));
@@ -240,15 +262,56 @@ TEST_F(LumoTransfer, InterruptLeavesWhatTheNextAttemptGoesOnWith)
     close(changes);
 }
 
+TEST_F(LumoTransfer, SignalEndsItWhenNobodyReadsItsErrors)
+{
+    writeFile(here / "big", manyChunks());
+    centre.serve({"--fault", "write=stall"});
+    const std::string pipe = here / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const int full = open(pipe.c_str(), O_RDWR | O_NONBLOCK);
+    while (write(full, pipe.data(), 1) == 1) {
+    }
+    Process lumo({"/bin/sh", "-c", "exec " + typed({"put", here / "big", "/地球", "--json"}) + "2>" + pipe});
+    EXPECT_THAT(lumo.readLine(), HasSubstr("\"begin\""));
+    lumo.signal(SIGINT);
+    EXPECT_EQ(lumo.wait(), 128 + SIGINT);
+    close(full);
+}
+
+TEST_F(LumoTransfer, OutputThatFailsStopsNoTransferAndIsTold)
+{
+    std::vector<std::string> arguments = {"put"};
+    for (int i = 0; i < 60; ++i) {
+        arguments.push_back(here / std::to_string(i));
+        writeFile(arguments.back(), "x");
+    }
+    arguments.insert(arguments.end(), {"/地球", "--overwrite"});
+    centre.serve();
+    const struct
+    {
+        std::string command;
+        const char* message;
+    } kCases[] = {
+        {typed(arguments) + "> /dev/full", "lumo: can't write the output: No space left on device\n"},
+        {"trap '' PIPE; { " + typed(arguments) + "--json; echo $? >" + (here / "code").string() +
+             "; } | true; exit $(cat " + (here / "code").string() + ")",
+         "lumo: nobody reads the output any more\n"}};
+    for (const auto& one : kCases) {
+        const Outcome outcome = run({"/bin/sh", "-c", one.command}, {"XDG_CONFIG_HOME=/nowhere"});
+        EXPECT_EQ(outcome.exitCode, 1) << one.command;
+        EXPECT_EQ(outcome.errors, one.message);
+        for (int i = 0; i < 60; ++i) {
+            EXPECT_TRUE(fs::remove(disk / std::to_string(i))) << i;
+        }
+    }
+}
+
 TEST_F(LumoTransfer, TerminalGetsABarThatLeavesNothingBehind)
 {
     centre.serve();
-    std::string command;
-    for (const std::string& word : centre.lumoCommand({"put", centre.tokenFile(), "/地球"})) {
-        command += word + " ";
-    }
     const Outcome outcome =
-        run({"/usr/bin/script", "-qec", command, "/dev/null"}, {"XDG_CONFIG_HOME=/nowhere"});
+        run({"/usr/bin/script", "-qec", typed({"put", centre.tokenFile(), "/地球"}), "/dev/null"},
+            {"XDG_CONFIG_HOME=/nowhere"});
     EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
     EXPECT_THAT(outcome.output, HasSubstr("%"));
     const std::size_t bar = outcome.output.rfind("\r\x1b[K");
