@@ -314,11 +314,6 @@ std::optional<Disk> Catalogue::diskOf(const Found& found)
     return parent ? disk(parent->diskID) : std::nullopt;
 }
 
-bool Catalogue::hasFile(unsigned int folderID, const std::string& name)
-{
-    return file(folderID, name).has_value();
-}
-
 Found Catalogue::find(const Place& place)
 {
     return place.kind == Place::Kind::Path ? findPath(place) : findIdentifier(place);

@@ -102,7 +102,6 @@ public:
     unsigned int folderOf(const Found& found);
     /// The disk on which it lies.
     std::optional<Disk> diskOf(const Found& found);
-    bool hasFile(unsigned int folderID, const std::string& name);
 
     /// The path of what was found, empty when a name on it is not known.
     Text pathOf(const Found& found);

@@ -2,10 +2,12 @@
 
 #include "cli/ExitCode.h"
 
+#include "components/bulkhaul/Bulkhaul.h"
 #include "components/hubline/Hubline.h"
 #include "components/logger/LumoLogger.h"
 #include "core/TextEncoding.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <iostream>
@@ -15,6 +17,10 @@ namespace cli {
 namespace {
 
 constexpr int kErrorLevel = 2; // of hubline's lines
+
+// What the lines of the bulk transfer client have between the transfer and how it ended.
+const std::string kFailed = " failed with ";
+const std::string kDone = " is done, ";
 
 /// What stands between the level and the place in the code.
 std::string messageOf(const std::string& entry)
@@ -175,8 +181,10 @@ void Journal::takeStatus(int level, const std::string& line)
     const std::lock_guard<std::mutex> lock(m_Mutex);
     if (level == kErrorLevel) {
         m_Last[std::this_thread::get_id()] = {Reason::Kind::NoChannel, {}, line};
-        m_ClientFailures.push_back(line);
-        m_ClientFailed.notify_all();
+    }
+    if (line.find(kFailed) != std::string::npos || line.find(kDone) != std::string::npos) {
+        m_ClientEnds.push_back(line);
+        m_ClientEnded.notify_all();
     }
     write(line + "\r\n");
 }
@@ -188,22 +196,52 @@ std::string Journal::clientTransfer() const
     return last == m_ClientTransfers.end() ? std::string() : last->second;
 }
 
+std::string Journal::clientEnd(const std::function<bool(const std::string&)>& isIt)
+{
+    std::unique_lock<std::mutex> lock(m_Mutex);
+    auto found = m_ClientEnds.rend();
+    m_ClientEnded.wait_for(lock, std::chrono::milliseconds(500), [&] {
+        found = std::find_if(m_ClientEnds.rbegin(), m_ClientEnds.rend(), isIt);
+        return found != m_ClientEnds.rend();
+    });
+    return found == m_ClientEnds.rend() ? std::string() : *found;
+}
+
 std::string Journal::clientReason(const std::string& clientTransfer)
 {
     if (clientTransfer.empty()) {
         return {};
     }
-    std::string reason;
-    std::unique_lock<std::mutex> lock(m_Mutex);
-    m_ClientFailed.wait_for(lock, std::chrono::milliseconds(500), [&] {
-        for (const std::string& line : m_ClientFailures) {
-            if (line.find(" " + clientTransfer + " ") != std::string::npos) {
-                reason = between(between(line, " failed with ", "\n"), ", ", "\n");
-            }
-        }
-        return !reason.empty();
+    const std::string line = clientEnd([&](const std::string& end) {
+        return end.find(" " + clientTransfer + " ") != std::string::npos &&
+               end.find(kFailed) != std::string::npos;
     });
-    return reason;
+    return between(between(line, kFailed, "\n"), ", ", "\n");
+}
+
+std::string Journal::clientReason(int code, const std::string& name)
+{
+    if (code < bulkhaul::kNoConnection || code > bulkhaul::kFailedHere) {
+        return {}; // none of the client's
+    }
+    const std::string told = "/" + name + kFailed + std::to_string(code) + ", ";
+    const std::string line =
+        clientEnd([&](const std::string& end) { return end.find(told) != std::string::npos; });
+    if (line.empty()) {
+        return {};
+    }
+    const std::string reason = between(line, told, "\n");
+    const bool named = reason.compare(0, name.size(), name) == 0;
+    return between(line, " of ", named ? "/" + name + kFailed : kFailed) + (named ? "/" : ": ") + reason;
+}
+
+bool Journal::clientKept(const std::string& clientTransfer)
+{
+    const std::string line = clientEnd([&](const std::string& end) {
+        return end.find(" " + clientTransfer + " ") != std::string::npos &&
+               end.find(kDone) != std::string::npos;
+    });
+    return !line.empty() && between(line, kDone, " kept") != "0";
 }
 
 void Journal::write(const std::string& entry)

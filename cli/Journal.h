@@ -3,6 +3,7 @@
 
 #include <condition_variable>
 #include <cstdio>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <string>
@@ -60,9 +61,12 @@ public:
 
     /// The bulk transfer client's identifier of the transfer that this thread has last logged about.
     std::string clientTransfer() const;
-    /// Why that transfer failed, as the client's status line tells it, which comes on a thread of its own:
-    /// waits for it a moment. Empty when it does not come.
+    /// Why that transfer failed, as the client's status line tells it; empty when it does not.
     std::string clientReason(const std::string& clientTransfer);
+    /// Why the last transfer without an identifier failed with that code, of a file of that name.
+    std::string clientReason(int code, const std::string& name);
+    /// Whether that transfer, which is done, has kept files that were there.
+    bool clientKept(const std::string& clientTransfer);
 
     /// From now on listens for the end of one call whose lines in the log bear this word.
     void expect(const std::string& word);
@@ -73,6 +77,8 @@ private:
     void listen(const std::string& entry);
     void take(const std::string& entry);
     void takeStatus(int level, const std::string& line);
+    /// The client's line on the end of a transfer, which comes on a thread of its own: waits for it a moment.
+    std::string clientEnd(const std::function<bool(const std::string&)>& isIt);
     void write(const std::string& entry);
 
     mutable std::mutex m_Mutex;
@@ -80,8 +86,8 @@ private:
     bool m_Lost = false; ///< the file could not take an entry; nothing more is written
     std::map<std::thread::id, Reason> m_Last;
     std::map<std::thread::id, std::string> m_ClientTransfers;
-    std::vector<std::string> m_ClientFailures;
-    std::condition_variable m_ClientFailed;
+    std::vector<std::string> m_ClientEnds;
+    std::condition_variable m_ClientEnded;
     std::string m_Expected;
     LaterAnswer m_Answer;
     std::condition_variable m_Answered;

@@ -22,8 +22,7 @@ Transfer transferOf(Session& session, const LocalSource& source, const std::stri
     transfer.tellsProgress = true;
     transfer.overwrite = overwrite;
     transfer.bytes = source.bytes;
-    transfer.wasFile = !overwrite && !source.folder &&
-                       session.catalogue.hasFile(session.catalogue.folderOf(found), source.name);
+    transfer.movesFile = !source.folder;
     transfer.start = [&session, source, found, overwrite](const TransferCallback& callback) {
         return session.manager.upload(QString::fromStdString(source.path), placeOf(found), kNone, overwrite,
                                       callback);

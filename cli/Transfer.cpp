@@ -127,6 +127,7 @@ public:
         }
         if (code == 0 && percent > m_Percent) {
             m_Percent = percent;
+            m_ClientTransfer = m_Journal.clientTransfer();
             News news = about(News::Kind::Advanced);
             news.percent = percent;
             m_Queue.push(std::move(news));
@@ -286,7 +287,10 @@ void Run::finish(Transfer& transfer, const News& news)
 {
     transfer.end = news.when;
     if (news.code != 0) {
-        const std::string reason = m_Journal.clientReason(news.clientTransfer);
+        const std::string reason =
+            transfer.tellsProgress
+                ? m_Journal.clientReason(news.clientTransfer)
+                : m_Journal.clientReason(news.code, news.text.substr(news.text.rfind('/') + 1));
         fail(transfer, news.code, failureText(news.code, reason.empty() ? news.text : reason));
         return;
     }
@@ -295,6 +299,10 @@ void Run::finish(Transfer& transfer, const News& news)
         return;
     }
     transfer.phase = Phase::Done;
+    // What stands on a storage box it alone knows.
+    if (!transfer.get && transfer.movesFile && !transfer.overwrite) {
+        transfer.wasFile = m_Journal.clientKept(news.clientTransfer);
+    }
     // How much has come into a folder that was there is not known.
     if (transfer.get && !transfer.wasFolder) {
         transfer.bytes = bytesOf(transfer.target);

@@ -31,6 +31,7 @@ struct Transfer
     /// Whether the library tells how far it has come; else only that it has ended.
     bool tellsProgress = false;
     bool overwrite = false;
+    bool movesFile = false;             ///< of a put: it is not of a folder
     std::optional<std::uint64_t> bytes; ///< of the source, once known
     std::string folder;                 ///< of a get: the local folder it goes to
     /// Starts it; false when nothing was started.
