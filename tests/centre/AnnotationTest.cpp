@@ -46,7 +46,7 @@ struct Step
     std::string operation;
     std::string request;
     std::string response;
-    std::string told;
+    std::string told{};
 };
 
 void take(wirecall::RpcChannel& channel, const std::vector<Step>& steps)
