@@ -74,10 +74,9 @@ bool onManyThreads(const Call& call)
     threads.reserve(kThreads);
     for (int i = 0; i < kThreads; ++i) {
         threads.emplace_back([&] {
-            for (int done = 0; done < kCallsPerThread; ++done) {
+            for (int done = 0; done < kCallsPerThread; ++done)
                 if (!call())
                     succeeded = false;
-            }
         });
     }
     for (std::thread& thread : threads)

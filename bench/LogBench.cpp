@@ -1,8 +1,8 @@
 // One log line to a sink that drops it, against snprintf of the same line.
 
 #include "bench/Rows.h"
-#include "components/logger/LumoLogger.h"
 #include "core/LogLine.h"
+#include "lumo/components/logger/LumoLogger.h"
 
 #include <benchmark/benchmark.h>
 

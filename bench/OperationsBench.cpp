@@ -4,8 +4,8 @@
 #include "bench/Rows.h"
 #include "bench/Turns.h"
 #include "bench/World.h"
-#include "centre/Import.h"
-#include "centre/Load.h"
+#include "centre/content/Import.h"
+#include "centre/content/Load.h"
 #include "forgeserver.grpc.pb.h"
 
 #include <benchmark/benchmark.h>

@@ -4,7 +4,7 @@
 #include "bench/Rows.h"
 #include "bench/Turns.h"
 #include "bench/World.h"
-#include "centre/Load.h"
+#include "centre/content/Load.h"
 
 #include <benchmark/benchmark.h>
 #include <malloc.h>

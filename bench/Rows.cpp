@@ -107,10 +107,9 @@ int run(int argc, char** argv)
 
     Collector collector;
     benchmark::RunSpecifiedBenchmarks(&collector);
-    for (const Row& row : table()) {
+    for (const Row& row : table())
         if (collector.measured(row.ours) || collector.measured(row.baseline))
             print(row, collector.figure(row.ours), collector.figure(row.baseline));
-    }
     return collector.failed() ? EXIT_FAILURE : EXIT_SUCCESS;
 }
 

@@ -2,7 +2,7 @@
 // converter each.
 
 #include "bench/Rows.h"
-#include "core/TextEncoding.h"
+#include "lumo/core/TextEncoding.h"
 
 #include <benchmark/benchmark.h>
 #include <iconv.h>

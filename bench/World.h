@@ -1,12 +1,12 @@
 #ifndef LUMO_BENCH_WORLD_H
 #define LUMO_BENCH_WORLD_H
 
-#include "centre/Centre.h"
-#include "centre/Store.h"
-#include "components/logger/LumoLogger.h"
-#include "components/wirecall/RpcChannel.h"
-#include "core/LumoDataMgr.h"
+#include "centre/server/Centre.h"
+#include "centre/store/Store.h"
 #include "ledgerserver.grpc.pb.h"
+#include "lumo/components/logger/LumoLogger.h"
+#include "lumo/components/wirecall/RpcChannel.h"
+#include "lumo/core/LumoDataMgr.h"
 
 #include <grpcpp/create_channel.h>
 

@@ -19,12 +19,10 @@ bool isKeyCharacter(char byte)
 
 void AssignmentText::add(const std::string& key, const std::string& value)
 {
-    if (key.empty() || !std::all_of(key.begin(), key.end(), isKeyCharacter)) {
+    if (key.empty() || !std::all_of(key.begin(), key.end(), isKeyCharacter))
         refuse("'" + key + "' is no field: fields are named as in imageName and value1");
-    }
-    if (!isUtf8(value)) {
+    if (!isUtf8(value))
         refuse("the value of " + key + " is not UTF-8");
-    }
     // A reader takes the last =' for the begin of the value, and no text goes on behind a NUL.
     const char* const carried = value.find(',') != std::string::npos    ? "a comma"
                                 : value.find("='") != std::string::npos ? "a quote behind an equals sign"

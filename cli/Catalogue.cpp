@@ -3,8 +3,8 @@
 #include "cli/Connection.h"
 #include "cli/ExitCode.h"
 
-#include "core/LumoDataMgr.h"
-#include "core/TextEncoding.h"
+#include "lumo/core/LumoDataMgr.h"
+#include "lumo/core/TextEncoding.h"
 
 #include <algorithm>
 #include <cstring>
@@ -109,9 +109,8 @@ void sortByName(std::vector<Record>& records, Text Record::*name, unsigned int R
 std::string joined(const Place& place, std::size_t count)
 {
     std::string path;
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = 0; i < count; ++i)
         path += "/" + place.components[i];
-    }
     return path;
 }
 
@@ -152,9 +151,8 @@ Catalogue::Catalogue(CLumoDataMgr& manager, Journal& journal) : m_Manager(manage
 
 bool Catalogue::answered(ENUM_RET_TYPE result) const
 {
-    if (result == RET_FAILED) {
+    if (result == RET_FAILED)
         fail();
-    }
     return result != RET_NULL;
 }
 
@@ -201,9 +199,8 @@ unsigned int Catalogue::folderID(unsigned int diskID, unsigned int parentID, con
 {
     const unsigned int id = m_Manager.getFolderID(diskID, parentID, QString::fromStdString(name));
     // A folder that isn't there and a failed look-up return alike; a lost call at least is in the log.
-    if (id == kNone && m_Journal.lastReason().kind == Reason::Kind::CallFailed) {
+    if (id == kNone && m_Journal.lastReason().kind == Reason::Kind::CallFailed)
         fail();
-    }
     return id;
 }
 
@@ -219,9 +216,8 @@ std::vector<Disk> Catalogue::disks()
                  listed(record.diskName, previous ? previous->diskName : nullptr),
                  listed(record.rootPath, previous ? previous->rootPath : nullptr)};
         // Box and root may well be those of the disk before; the disk's own record tells.
-        if (!row.kestaCode || !row.diskName || !row.rootPath) {
+        if (!row.kestaCode || !row.diskName || !row.rootPath)
             row = disk(record.diskID).value_or(row);
-        }
         disks.push_back(row);
         previous = &record;
     }
@@ -287,15 +283,12 @@ std::vector<File> Catalogue::filesWith(unsigned int projectID, unsigned int comm
 unsigned int Catalogue::topFolder(const Disk& disk)
 {
     const unsigned int id = disk.diskName ? folderID(disk.diskID, 0, *disk.diskName) : kNone;
-    if (id != kNone) {
+    if (id != kNone)
         return id;
-    }
     // A name that the record doesn't hold whole finds nothing; the disk's identifier does.
-    for (const Folder& folder : foldersIn(0)) {
-        if (folder.diskID == disk.diskID) {
+    for (const Folder& folder : foldersIn(0))
+        if (folder.diskID == disk.diskID)
             return folder.folderID;
-        }
-    }
     notFound("disk " + std::to_string(disk.diskID) + " has no top folder");
 }
 
@@ -306,9 +299,8 @@ unsigned int Catalogue::folderOf(const Found& found)
 
 std::optional<Disk> Catalogue::diskOf(const Found& found)
 {
-    if (found.kind == Place::Kind::Disk) {
+    if (found.kind == Place::Kind::Disk)
         return found.disk;
-    }
     const auto parent =
         found.kind == Place::Kind::Folder ? std::optional(found.folder) : folder(found.file.parentID);
     return parent ? disk(parent->diskID) : std::nullopt;
@@ -326,9 +318,8 @@ FoundPart Catalogue::findWithMissing(Place place)
         try {
             return {find(place), names};
         } catch (const Failure& failure) {
-            if (failure.code() != ExitCode::PlaceNotFound || place.components.size() < 2) {
+            if (failure.code() != ExitCode::PlaceNotFound || place.components.size() < 2)
                 throw;
-            }
         }
         names.insert(0, names.empty() ? "" : "/");
         names.insert(0, place.components.back());
@@ -365,13 +356,11 @@ Found Catalogue::findPath(const Place& place)
 {
     Found found;
     const std::size_t count = place.components.size();
-    if (count == 0) {
+    if (count == 0)
         return found;
-    }
     const auto root = disk(place.components[0]);
-    if (!root) {
+    if (!root)
         notFound("there is no disk '" + place.components[0] + "'");
-    }
     if (count == 1) {
         found.kind = Place::Kind::Disk;
         found.disk = *root;
@@ -382,11 +371,9 @@ Found Catalogue::findPath(const Place& place)
 
 void Catalogue::requireUnlisted(unsigned int parentID, const std::string& name, const std::string& path)
 {
-    for (const Folder& listedFolder : foldersIn(parentID)) {
-        if (listedFolder.folderName == name) {
+    for (const Folder& listedFolder : foldersIn(parentID))
+        if (listedFolder.folderName == name)
             throw Failure(ExitCode::CentreFailed, "the centre lists '" + path + "' but failed to look it up");
-        }
-    }
 }
 
 Found Catalogue::findBelow(const Disk& root, const Place& place)
@@ -406,9 +393,8 @@ Found Catalogue::findBelow(const Disk& root, const Place& place)
             requireUnlisted(parent, name, path);
             notFound("there is no '" + path + "'");
         }
-        if (i + 1 < count || place.folderOnly) {
+        if (i + 1 < count || place.folderOnly)
             notFound("'" + path + "' is a file, not a folder");
-        }
         Found found;
         found.kind = Place::Kind::File;
         found.file = *record;
@@ -419,12 +405,10 @@ Found Catalogue::findBelow(const Disk& root, const Place& place)
 
 Text Catalogue::pathOf(const Found& found)
 {
-    if (found.kind == Place::Kind::Disk) {
+    if (found.kind == Place::Kind::Disk)
         return found.disk.diskName ? Text("/" + *found.disk.diskName) : Text();
-    }
-    if (found.kind == Place::Kind::Folder) {
+    if (found.kind == Place::Kind::Folder)
         return pathOf(found.folder);
-    }
     const auto parent = folder(found.file.parentID);
     const Text path = parent ? pathOf(*parent) : Text();
     return path && found.file.fileName ? Text(*path + "/" + *found.file.fileName) : Text();
@@ -435,13 +419,11 @@ Text Catalogue::pathOf(Folder folderOnPath)
     std::string path;
     for (int depth = 0; depth < kDeepest && folderOnPath.folderName; ++depth) {
         path.insert(0, "/" + *folderOnPath.folderName);
-        if (folderOnPath.parentID == 0) {
+        if (folderOnPath.parentID == 0)
             return path;
-        }
         const auto parent = folder(folderOnPath.parentID);
-        if (!parent) {
+        if (!parent)
             break;
-        }
         folderOnPath = *parent;
     }
     return {};

@@ -4,8 +4,8 @@
 #include "cli/Journal.h"
 #include "cli/Place.h"
 
-#include "catalog/StorageRecords.h"
-#include "core/LumoDataTypes.h"
+#include "lumo/catalog/StorageRecords.h"
+#include "lumo/core/LumoDataTypes.h"
 
 #include <QPair>
 

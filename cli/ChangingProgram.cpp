@@ -61,9 +61,8 @@ void Program::addLinks()
 void Program::addRegister()
 {
     CLI::App* const command = add("register", "Register a record, or those of a CSV file", [this] {
-        if (m_Folder.empty() == m_Arguments.empty()) {
+        if (m_Folder.empty() == m_Arguments.empty())
             refuse("register takes either KEY=VALUE... or --from FILE");
-        }
         return m_Folder.empty() ? registerRecord(m_Kind, m_Arguments) : registerFile(m_Kind, m_Folder);
     });
     takes(command, "KIND", m_Kind, "The kind of the record");

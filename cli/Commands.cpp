@@ -10,9 +10,8 @@ namespace {
 
 Listing listingOf(Catalogue& catalogue, const Found& found)
 {
-    if (found.kind == Place::Kind::File) {
+    if (found.kind == Place::Kind::File)
         return {{}, {found.file}};
-    }
     const unsigned int folderID = catalogue.folderOf(found);
     return {catalogue.foldersIn(folderID), catalogue.filesIn(folderID)};
 }
@@ -98,12 +97,10 @@ void printListing(const Session& session, const Listing& listing)
         return;
     }
     Table table({"IDENTIFIER", "NAME"});
-    for (const Folder& folder : listing.folders) {
+    for (const Folder& folder : listing.folders)
         table.add({identifierText("folder", folder.folderID), shownName(folder.folderName)});
-    }
-    for (const File& file : listing.files) {
+    for (const File& file : listing.files)
         table.add({identifierText("file", file.fileID), shownName(file.fileName)});
-    }
     printTable(table, listing.folders.empty() && listing.files.empty(), "(no folders or files)");
 }
 

@@ -4,7 +4,7 @@
 #include "cli/RecordOutput.h"
 #include "cli/Session.h"
 
-#include "directory/VersionRecords.h"
+#include "lumo/directory/VersionRecords.h"
 
 #include <string>
 #include <vector>

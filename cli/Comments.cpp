@@ -6,8 +6,8 @@
 #include "cli/ImageCatalogue.h"
 #include "cli/Records.h"
 
-#include "core/LumoDataMgr.h"
-#include "core/TextEncoding.h"
+#include "lumo/core/LumoDataMgr.h"
+#include "lumo/core/TextEncoding.h"
 
 #include <cstring>
 
@@ -86,21 +86,17 @@ std::vector<Comment> commentsOf(const Session& session, const Operations& operat
 ENUM_DATA_TYPE linkedKind(CommentTable table, const std::string& word)
 {
     if (table == CommentTable::Marks) {
-        if (!isKind(word) || !kindNamed(word).listMarked) {
+        if (!isKind(word) || !kindNamed(word).listMarked)
             refuse("'" + word + "' bears no marks; a mark is of " + kindWords(true));
-        }
         return kindNamed(word).number;
     }
     for (const auto& [name, number] :
          {std::pair("disk", DATA_TYPE_DISK), std::pair("folder", DATA_TYPE_FOLDER),
-          std::pair("file", DATA_TYPE_FILE)}) {
-        if (word == name) {
+          std::pair("file", DATA_TYPE_FILE)})
+        if (word == name)
             return number;
-        }
-    }
-    if (!isKind(word)) {
+    if (!isKind(word))
         refuse("'" + word + "' is no kind of record; the kinds are " + kindWords() + ", disk, folder, file");
-    }
     return kindNamed(word).number;
 }
 
@@ -121,9 +117,8 @@ Links parseLinks(CommentTable table, const std::vector<std::string>& arguments)
                "'s identifier, as in sat 7 8 1");
     }
     Links links{arguments.front(), linkedKind(table, arguments.front()), {}, 0};
-    for (std::size_t i = 1; i + 1 < arguments.size(); ++i) {
+    for (std::size_t i = 1; i + 1 < arguments.size(); ++i)
         links.records.append(parseIdentifier(arguments[i], "identifier of a " + links.kindWord));
-    }
     links.comment = parseIdentifier(arguments.back(), std::string("identifier of a ") + word);
     return links;
 }
@@ -161,23 +156,20 @@ void linkComments(Session& session, const Links& links)
         links.records.size() == 1
             ? session.manager.linkCommentInfoToRecord(links.kind, links.records.front(), links.comment)
             : session.manager.linkCommentInfoToRecord(links.kind, links.records, links.comment);
-    if (!done) {
+    if (!done)
         requestFailed(session.journal);
-    }
 }
 
 void requireContent(const std::string& content)
 {
-    if (content.empty()) {
+    if (content.empty())
         refuse("without content a text says nothing; only the state may be empty");
-    }
 }
 
 unsigned int requireAdded(const Session& session, unsigned int id)
 {
-    if (id == kNone) {
+    if (id == kNone)
         requestFailed(session.journal);
-    }
     return id;
 }
 
@@ -222,9 +214,8 @@ Action findComment(CommentTable table, const std::string& content, const std::st
         const unsigned int id = (session.manager.*operations.find)(QString::fromStdString(content),
                                                                    QString::fromStdString(state));
         // The library tells an error of the centre and an unknown comment alike.
-        if (id == kNone && session.journal.lastReason().kind == Reason::Kind::ErrorResult) {
+        if (id == kNone && session.journal.lastReason().kind == Reason::Kind::ErrorResult)
             throw Failure(ExitCode::PlaceNotFound, std::string("there is no such ") + operations.word);
-        }
         printIdentifier(session, requireAdded(session, id));
     };
 }
@@ -254,22 +245,20 @@ Action addCommentTo(const std::string& kindWord, const std::string& idText, cons
         // Of the link itself only the log tells.
         const Reason reason = session.journal.lastReason();
         printIdentifier(session, comment);
-        if (reason.kind != Reason::Kind::None) {
+        if (reason.kind != Reason::Kind::None)
             throw Failure(ExitCode::CentreFailed, "the comment was added, but " + kindWord + " " +
                                                       std::to_string(id) +
                                                       " was not linked to it: " + describe(reason));
-        }
     };
 }
 
 Action linkComment(CommentTable table, const std::vector<std::string>& arguments, bool link)
 {
     return [table, links = parseLinks(table, arguments), link](Session& session) {
-        if (table == CommentTable::Marks) {
+        if (table == CommentTable::Marks)
             linkMarks(session, links, link);
-        } else {
+        else
             linkComments(session, links);
-        }
     };
 }
 

@@ -2,10 +2,10 @@
 
 #include "cli/ExitCode.h"
 
-#include "components/hubline/Hubline.h"
-#include "components/platform/CodePage.h"
-#include "core/CStringCodec.h"
-#include "core/LumoDataMgr.h"
+#include "lumo/components/hubline/Hubline.h"
+#include "lumo/components/platform/CodePage.h"
+#include "lumo/core/CStringCodec.h"
+#include "lumo/core/LumoDataMgr.h"
 
 #include <QTextCodec>
 
@@ -35,60 +35,49 @@ void checkAddress(const std::string& address)
     const bool bracketed = host.size() > 2 && host.front() == '[' && host.back() == ']';
     const bool otherForm = host.find_first_of(" \t\r\n/") != std::string::npos ||
                            (!bracketed && host.find(':') != std::string::npos);
-    if (host.empty() || otherForm || !digits || std::stoul(port) == 0 || std::stoul(port) > 65535) {
+    if (host.empty() || otherForm || !digits || std::stoul(port) == 0 || std::stoul(port) > 65535)
         refuse("'" + address + "' is no address of a centre: write HOST:PORT, as in localhost:7400");
-    }
 }
 
 std::string readToken(const std::string& path)
 {
-    if (path.empty()) {
+    if (path.empty())
         return {};
-    }
     std::ifstream file(path);
     std::string token;
     std::string rest;
     std::getline(file, token);
-    if (file.bad() || !file.is_open() || token.empty()) {
+    if (file.bad() || !file.is_open() || token.empty())
         refuse("can't read a token from '" + path + "': its one line is the token");
-    }
-    if (token.back() == '\r') {
+    if (token.back() == '\r')
         token.pop_back();
-    }
     const auto visible = [](unsigned char byte) { return byte > 0x20 && byte < 0x7F; };
-    if (!std::all_of(token.begin(), token.end(), visible) || (std::getline(file, rest) && !rest.empty())) {
+    if (!std::all_of(token.begin(), token.end(), visible) || (std::getline(file, rest) && !rest.empty()))
         refuse("'" + path + "' holds no token: a token is one line of ASCII without blanks");
-    }
     return token;
 }
 
 void checkCertificate(const std::string& path)
 {
-    if (path.empty()) {
+    if (path.empty())
         return;
-    }
     std::error_code ignored;
     std::ifstream file(path);
-    if (!file || !std::filesystem::is_regular_file(path, ignored)) {
+    if (!file || !std::filesystem::is_regular_file(path, ignored))
         refuse("can't read the certificate file '" + path + "'");
-    }
-    for (std::string line; std::getline(file, line);) {
-        if (line.find("BEGIN CERTIFICATE") != std::string::npos) {
+    for (std::string line; std::getline(file, line);)
+        if (line.find("BEGIN CERTIFICATE") != std::string::npos)
             return;
-        }
-    }
     refuse("'" + path + "' holds no certificate: give a PEM file, with a line BEGIN CERTIFICATE");
 }
 
 hubline::Security securityOf(const Options& options)
 {
     const bool tls = options.tls || !options.tlsCa.empty();
-    if (tls && options.plainText) {
+    if (tls && options.plainText)
         refuse("--plain-text contradicts --tls and --tls-ca: give one or the other");
-    }
-    if (tls) {
+    if (tls)
         return hubline::Security::Tls;
-    }
     return options.plainText ? hubline::Security::PlainText : hubline::Security::Automatic;
 }
 
@@ -185,20 +174,16 @@ void Connection::logIn(const Options& options, const std::string& token, unsigne
     const ENUM_INIT_ERROR_CODE code =
         manager().initDataMgr(m_Channel.get(), m_Channel.get(), token.c_str(), options.user.c_str(),
                               options.company.c_str(), timeout);
-    if (code == INIT_SUCCESS) {
+    if (code == INIT_SUCCESS)
         return;
-    }
-    if (code != INIT_ERROR_COMPANY && code != INIT_ERROR_ROLE) {
+    if (code != INIT_ERROR_COMPANY && code != INIT_ERROR_ROLE)
         throw Failure(ExitCode::Other, "the library did not start (code " + std::to_string(code) + ")");
-    }
     const Reason reason = journal.lastReason();
     // The library tells every failed look-up alike; only its log tells a time-out from an unknown name.
-    if (reason.kind != Reason::Kind::NullResult) {
+    if (reason.kind != Reason::Kind::NullResult)
         throw Failure(ExitCode::CentreFailed, "the centre failed to log you in: " + describe(reason));
-    }
-    if (code == INIT_ERROR_COMPANY) {
+    if (code == INIT_ERROR_COMPANY)
         throw Failure(ExitCode::UnknownCompany, "the centre knows no company '" + options.company + "'");
-    }
     throw Failure(ExitCode::UnknownUser, "the centre knows no user '" + options.user + "'");
 }
 

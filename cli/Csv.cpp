@@ -63,22 +63,18 @@ private:
         for (;;) {
             const std::size_t begin = ++m_Place;
             m_Place = m_Text.find('"', begin);
-            if (m_Place == std::string::npos) {
+            if (m_Place == std::string::npos)
                 refuse(line, "a quoted cell has no end");
-            }
-            for (std::size_t i = begin; i < m_Place; ++i) {
+            for (std::size_t i = begin; i < m_Place; ++i)
                 m_Line += m_Text[i] == '\n' ? 1 : 0;
-            }
             cell.append(m_Text, begin, m_Place - begin);
             ++m_Place;
-            if (atEnd() || m_Text[m_Place] != '"') {
+            if (atEnd() || m_Text[m_Place] != '"')
                 break;
-            }
             cell += '"';
         }
-        if (!atEnd() && m_Text[m_Place] != ',' && lineEnd() == 0) {
+        if (!atEnd() && m_Text[m_Place] != ',' && lineEnd() == 0)
             refuse(m_Line, "text behind the quote that ends a cell");
-        }
         return cell;
     }
 
@@ -96,9 +92,8 @@ std::vector<CsvRow> parseCsv(const std::string& text, const std::string& name)
     std::vector<CsvRow> rows;
     while (!reader.atEnd()) {
         CsvRow row = reader.row();
-        if (row.cells == std::vector<std::string>{""}) {
+        if (row.cells == std::vector<std::string>{""})
             continue;
-        }
         if (!rows.empty() && row.cells.size() != rows.front().cells.size()) {
             reader.refuse(row.line, std::to_string(row.cells.size()) + " cells, but the header has " +
                                         std::to_string(rows.front().cells.size()));

@@ -16,9 +16,8 @@ constexpr char32_t kUndecodable = 0xFFFFFFFF;
 char32_t nextCharacter(const std::string& text, std::size_t& position)
 {
     const auto lead = static_cast<unsigned char>(text[position++]);
-    if (lead < 0x80) {
+    if (lead < 0x80)
         return lead;
-    }
     static const struct
     {
         unsigned char first, last;
@@ -26,21 +25,17 @@ char32_t nextCharacter(const std::string& text, std::size_t& position)
         char32_t smallest;
     } kForms[] = {{0xC2, 0xDF, 1, 0x80}, {0xE0, 0xEF, 2, 0x800}, {0xF0, 0xF4, 3, 0x10000}};
     for (const auto& form : kForms) {
-        if (lead < form.first || lead > form.last || position + form.following > text.size()) {
+        if (lead < form.first || lead > form.last || position + form.following > text.size())
             continue;
-        }
         char32_t character = lead & (0x3F >> form.following);
         for (int i = 0; i < form.following; ++i) {
             const auto next = static_cast<unsigned char>(text[position + i]);
-            if ((next & 0xC0) != 0x80) {
+            if ((next & 0xC0) != 0x80)
                 return kUndecodable;
-            }
             character = character << 6 | (next & 0x3F);
         }
-        if (character < form.smallest || character > 0x10FFFF ||
-            (character >= 0xD800 && character <= 0xDFFF)) {
+        if (character < form.smallest || character > 0x10FFFF || (character >= 0xD800 && character <= 0xDFFF))
             return kUndecodable;
-        }
         position += form.following;
         return character;
     }
@@ -105,9 +100,8 @@ void narrow(std::vector<std::size_t>& widths, std::size_t line)
     std::size_t used = std::accumulate(widths.begin(), widths.end(), kGap * (widths.size() - 1));
     for (; used > line; --used) {
         std::size_t& widest = *std::max_element(widths.begin(), widths.end());
-        if (widest <= kNarrowest) {
+        if (widest <= kNarrowest)
             return;
-        }
         --widest;
     }
 }
@@ -116,11 +110,9 @@ void narrow(std::vector<std::size_t>& widths, std::size_t line)
 
 bool isUtf8(const std::string& text)
 {
-    for (std::size_t position = 0; position < text.size();) {
-        if (nextCharacter(text, position) == kUndecodable) {
+    for (std::size_t position = 0; position < text.size();)
+        if (nextCharacter(text, position) == kUndecodable)
             return false;
-        }
-    }
     return true;
 }
 
@@ -131,11 +123,10 @@ std::string escaped(const std::string& text)
     for (std::size_t position = 0; position < text.size();) {
         const std::size_t begin = position;
         const char32_t character = nextCharacter(text, position);
-        if (mustEscape(character)) {
+        if (mustEscape(character))
             result += escapeOf(character, static_cast<unsigned char>(text[begin]));
-        } else {
+        else
             result.append(text, begin, position - begin);
-        }
     }
     return result;
 }
@@ -153,18 +144,16 @@ std::size_t displayWidth(const std::string& text)
 
 std::string clipped(const std::string& text, std::size_t columns)
 {
-    if (columns == 0 || displayWidth(text) <= columns) {
+    if (columns == 0 || displayWidth(text) <= columns)
         return columns == 0 ? std::string() : text;
-    }
     std::size_t head = 0;
     for (std::size_t end = 0; end < text.size() && displayWidth(text.substr(0, end)) <= (columns - 1) / 2;) {
         head = end;
         nextCharacter(text, end);
     }
     std::size_t tail = head;
-    while (displayWidth(text.substr(tail)) > columns - 1 - displayWidth(text.substr(0, head))) {
+    while (displayWidth(text.substr(tail)) > columns - 1 - displayWidth(text.substr(0, head)))
         nextCharacter(text, tail);
-    }
     return text.substr(0, head) + "…" + text.substr(tail);
 }
 
@@ -175,20 +164,17 @@ Table::Table(std::vector<std::string> headings)
 
 void Table::add(std::vector<std::string> cells)
 {
-    for (std::string& cell : cells) {
+    for (std::string& cell : cells)
         cell = escaped(cell);
-    }
     m_Rows.push_back(std::move(cells));
 }
 
 std::string Table::text(std::size_t width) const
 {
     std::vector<std::size_t> widths(m_Rows.front().size());
-    for (const auto& row : m_Rows) {
-        for (std::size_t column = 0; column < row.size(); ++column) {
+    for (const auto& row : m_Rows)
+        for (std::size_t column = 0; column < row.size(); ++column)
             widths[column] = std::max(widths[column], displayWidth(row[column]));
-        }
-    }
     narrow(widths, width);
     const auto& headings = m_Rows.front();
     const bool headed =

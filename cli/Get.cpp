@@ -4,7 +4,7 @@
 #include "cli/LocalFiles.h"
 #include "cli/Transfer.h"
 
-#include "core/LumoDataMgr.h"
+#include "lumo/core/LumoDataMgr.h"
 
 #include <set>
 
@@ -25,9 +25,8 @@ bool canBePlace(const std::string& text)
 /// Takes the last of several arguments as the local folder, unless it looks like one more place.
 std::string takeFolder(std::vector<std::string>& arguments)
 {
-    if (arguments.size() < 2) {
+    if (arguments.size() < 2)
         return ".";
-    }
     std::string folder = arguments.back();
     if (!isFolder(folder) && canBePlace(folder)) {
         refuse(
@@ -61,12 +60,10 @@ struct FullPath : CLumoDataMgr
 /// The name that it comes under, which may be too long for its record.
 std::string fullName(Session& session, const Place& place, const Found& found)
 {
-    if (const Text& name = nameOf(found)) {
+    if (const Text& name = nameOf(found))
         return *name;
-    }
-    if (!place.components.empty()) {
+    if (!place.components.empty())
         return place.components.back();
-    }
     const QString path = found.kind == Place::Kind::Disk ? QString() : FullPath::of(session.manager, found);
     return path.section('/', -1).toStdString();
 }
@@ -81,13 +78,11 @@ Source sourceOf(Session& session, const std::string& text)
 /// A get writes to one file or folder, which no other may write to, and which can't be of the other kind.
 void checkTarget(const Source& source, const std::string& folder, std::set<std::string>& targets)
 {
-    if (source.name.empty()) {
+    if (source.name.empty())
         return;
-    }
     const std::string target = below(folder, source.name);
-    if (!targets.insert(target).second) {
+    if (!targets.insert(target).second)
         refuse("two of the places would become '" + target + "': get them one by one, into two folders");
-    }
     const bool file = source.found.kind == Place::Kind::File;
     if (file ? isFolder(target) : isFileOrLink(target)) {
         refuse("'" + source.text + "' is a " + (file ? "file" : "folder") + ", but '" + target + "' is a " +
@@ -122,9 +117,8 @@ void runGet(Session& session, const std::vector<std::string>& places, const std:
     makeFolder(folder);
     std::vector<Transfer> transfers;
     transfers.reserve(sources.size());
-    for (const Source& source : sources) {
+    for (const Source& source : sources)
         transfers.push_back(transferOf(session, source, folder, overwrite));
-    }
     runTransfers(std::move(transfers), session);
 }
 
@@ -132,14 +126,12 @@ void runGet(Session& session, const std::vector<std::string>& places, const std:
 
 Action getPlaces(std::vector<std::string> places, std::string folder, bool overwrite)
 {
-    if (folder.empty()) {
+    if (folder.empty())
         folder = takeFolder(places);
-    }
     for (const std::string& text : places) {
         const Place place = parsePlace(text);
-        if (place.kind == Place::Kind::Path && place.components.empty()) {
+        if (place.kind == Place::Kind::Path && place.components.empty())
             refuse("'/' stands for all disks: name a disk, a folder or a file; 'lumo disks' lists the disks");
-        }
     }
     return [places, folder, overwrite](Session& session) { runGet(session, places, folder, overwrite); };
 }

@@ -3,7 +3,7 @@
 #include "cli/Connection.h"
 #include "cli/ExitCode.h"
 
-#include "core/LumoDataMgr.h"
+#include "lumo/core/LumoDataMgr.h"
 
 #include <algorithm>
 #include <charconv>
@@ -38,9 +38,8 @@ using GetMarked = ENUM_RET_TYPE (CLumoDataMgr::*)(unsigned int, unsigned int, QL
 template <class Record>
 std::function<RecordList(Session&, unsigned int)> listBy(GetList<Record> get)
 {
-    if (get == nullptr) {
+    if (get == nullptr)
         return {};
-    }
     return [get](Session& session, unsigned int parent) {
         QList<Record> records;
         answered(session, (session.manager.*get)(parent, records));
@@ -51,9 +50,8 @@ std::function<RecordList(Session&, unsigned int)> listBy(GetList<Record> get)
 template <class Record>
 std::function<RecordList(Session&, unsigned int, unsigned int)> listBy(GetMarked<Record> get)
 {
-    if (get == nullptr) {
+    if (get == nullptr)
         return {};
-    }
     return [get](Session& session, unsigned int project, unsigned int mark) {
         QList<Record> records;
         answered(session, (session.manager.*get)(project, mark, records));
@@ -69,9 +67,8 @@ Kind kind(const char* word, ENUM_DATA_TYPE number, const char* typeName, GetOne<
         const unsigned int id = parseIdentifier(text, std::string("identifier of a ") + word);
         return [word, get, id](Session& session) {
             auto record = markedRecord<Record>();
-            if (!answered(session, (session.manager.*get)(id, record))) {
+            if (!answered(session, (session.manager.*get)(id, record)))
                 notFound("the catalogue has no " + (word + (" " + std::to_string(id))));
-            }
             return listOfOne(record);
         };
     };
@@ -135,72 +132,60 @@ bool isKind(const std::string& word)
 std::string kindWords(bool marked)
 {
     std::string words;
-    for (const Kind& known : kinds()) {
-        if (!marked || known.listMarked) {
+    for (const Kind& known : kinds())
+        if (!marked || known.listMarked)
             words += (words.empty() ? "" : ", ") + std::string(known.word);
-        }
-    }
     return words;
 }
 
 const Kind& kindNamed(const std::string& word)
 {
-    for (const Kind& known : kinds()) {
-        if (word == known.word) {
+    for (const Kind& known : kinds())
+        if (word == known.word)
             return known;
-        }
-    }
     refuse("'" + word + "' is no kind of record; the kinds are " + kindWords());
 }
 
 const Kind* kindOfType(const Text& typeName)
 {
-    for (const Kind& known : kinds()) {
-        if (known.typeName != nullptr && typeName && strcasecmp(typeName->c_str(), known.typeName) == 0) {
+    for (const Kind& known : kinds())
+        if (known.typeName != nullptr && typeName && strcasecmp(typeName->c_str(), known.typeName) == 0)
             return &known;
-        }
-    }
     return nullptr;
 }
 
 std::string decidingTypeNames()
 {
     std::string names;
-    for (const Kind& known : kinds()) {
-        if (known.typeName != nullptr) {
+    for (const Kind& known : kinds())
+        if (known.typeName != nullptr)
             names += (names.empty() ? "" : ", ") + std::string(known.typeName);
-        }
-    }
     return names;
 }
 
 bool answered(const Session& session, ENUM_RET_TYPE result)
 {
-    if (result == RET_FAILED) {
+    if (result == RET_FAILED)
         requestFailed(session.journal);
-    }
     return result != RET_NULL;
 }
 
 unsigned int parseIdentifier(const std::string& text, const std::string& what)
 {
     const auto id = identifierOf(text);
-    if (!id) {
+    if (!id)
         refuse("'" + text + "' is no " + what + ": write its number");
-    }
     return *id;
 }
 
 tagDataTable findProject(Session& session, const std::string& project)
 {
     const auto id = identifierOf(project);
-    if (const auto known = id ? projectOf(session, *id) : std::nullopt) {
+    if (const auto known = id ? projectOf(session, *id) : std::nullopt)
         return *known;
-    }
     auto record = markedRecord<tagDataTable>();
-    if (!answered(session, session.manager.getData(QString::fromStdString(project), record))) {
+    if (!answered(session, session.manager.getData(QString::fromStdString(project), record)))
         notFound("the catalogue has no project '" + project + "'");
-    }
     return record;
 }
 
@@ -230,16 +215,14 @@ tagTypeTable findType(Session& session, const TypeName& type)
 {
     auto record = markedRecord<tagTypeTable>();
     if (type.id != kNone) {
-        if (!answered(session, session.manager.getDataType(type.id, record))) {
+        if (!answered(session, session.manager.getDataType(type.id, record)))
             notFound("the catalogue has no type " + std::to_string(type.id));
-        }
         return record;
     }
     const tagDataTable project = findProject(session, type.project);
-    if (!answered(session, session.manager.getDataType(project.projectID, QString::fromStdString(type.name),
-                                                       record))) {
+    if (!answered(session,
+                  session.manager.getDataType(project.projectID, QString::fromStdString(type.name), record)))
         notFound("project '" + type.project + "' has no type '" + type.name + "'");
-    }
     return record;
 }
 

@@ -3,7 +3,7 @@
 #include "cli/ExitCode.h"
 #include "cli/ImageCatalogue.h"
 
-#include "core/LumoDataMgr.h"
+#include "lumo/core/LumoDataMgr.h"
 
 namespace cli {
 
@@ -43,10 +43,9 @@ Action listImages(const std::string& type, const RecordOptions& options)
         const tagTypeTable found = findType(session, wanted);
         const Text name = textOf(recordText(found.dataType));
         const Kind* const kind = kindOfType(name);
-        if (kind == nullptr) {
+        if (kind == nullptr)
             refuse("type '" + type + "' is named '" + name.value_or("") +
                    "', which tells no kind of records; those that do are " + decidingTypeNames());
-        }
         showList(options, kind->listIn(session, found.typeID), "(the type has no records)");
     };
 }

@@ -23,19 +23,16 @@ std::atomic<int> noted{0};
 void writeAtOnce(int descriptor, const char* text)
 {
     pollfd ready = {descriptor, POLLOUT, 0};
-    if (poll(&ready, 1, 0) == 1 && ready.revents == POLLOUT) {
+    if (poll(&ready, 1, 0) == 1 && ready.revents == POLLOUT)
         static_cast<void>(!write(descriptor, text, std::strlen(text)));
-    }
 }
 
 [[noreturn]] void endProcess(int signal, const char* message)
 {
-    if (clearsLine != 0) {
+    if (clearsLine != 0)
         writeAtOnce(STDERR_FILENO, "\r\x1b[K");
-    }
-    if (tellsEvent != 0) {
+    if (tellsEvent != 0)
         writeAtOnce(STDOUT_FILENO, "{\"event\":\"interrupted\"}\n");
-    }
     writeAtOnce(STDERR_FILENO, message);
     _exit(128 + signal);
 }
@@ -48,9 +45,8 @@ void endTransfers(int signal)
 
 void note(int signal)
 {
-    if (noted.exchange(signal) != 0) {
+    if (noted.exchange(signal) != 0)
         endProcess(signal, "lumo: interrupted twice; what the last call did is not known\n");
-    }
 }
 
 void handleAll(void (*from)(int), void (*to)(int))

@@ -2,10 +2,10 @@
 
 #include "cli/ExitCode.h"
 
-#include "components/bulkhaul/Bulkhaul.h"
-#include "components/hubline/Hubline.h"
-#include "components/logger/LumoLogger.h"
-#include "core/TextEncoding.h"
+#include "lumo/components/bulkhaul/Bulkhaul.h"
+#include "lumo/components/hubline/Hubline.h"
+#include "lumo/components/logger/LumoLogger.h"
+#include "lumo/core/TextEncoding.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -27,9 +27,8 @@ std::string messageOf(const std::string& entry)
 {
     static const std::string kLevel = " [INFO] ";
     const std::size_t level = entry.find(kLevel);
-    if (level == std::string::npos) {
+    if (level == std::string::npos)
         return {};
-    }
     const std::size_t begin = level + kLevel.size();
     // An entry that was cut at its limit has lost its end.
     const std::size_t end = std::min(entry.rfind(" File:"), entry.size());
@@ -40,9 +39,8 @@ std::string messageOf(const std::string& entry)
 std::string between(const std::string& text, const std::string& before, const std::string& after)
 {
     const std::size_t begin = text.find(before);
-    if (begin == std::string::npos) {
+    if (begin == std::string::npos)
         return {};
-    }
     const std::string rest = text.substr(begin + before.size());
     return rest.substr(0, rest.find(after));
 }
@@ -59,13 +57,11 @@ Reason reasonOf(const std::string& entry)
     static const std::string kError = "Error : ";
     const std::string message = messageOf(entry);
     const std::string missing = between(message, "Can't Find Field : ", "\n");
-    if (!missing.empty()) {
+    if (!missing.empty())
         return {Reason::Kind::KeyMissing, {}, missing};
-    }
     const std::size_t blank = message.find(' ');
-    if (blank == std::string::npos) {
+    if (blank == std::string::npos)
         return {};
-    }
     Reason reason;
     const std::string rest = message.substr(blank + 1);
     if (rest.compare(0, kError.size(), kError) == 0) {
@@ -78,12 +74,10 @@ Reason reasonOf(const std::string& entry)
     } else {
         // Some of these lines end in an exclamation mark.
         reason.text = convertToUtf8(between(message, "Failed : ", "\n"));
-        if (reason.text.empty()) {
+        if (reason.text.empty())
             return {};
-        }
-        if (reason.text.back() == '!') {
+        if (reason.text.back() == '!')
             reason.text.pop_back();
-        }
         reason.kind = Reason::Kind::FileFailed;
     }
     reason.operation = message.substr(0, blank);
@@ -94,9 +88,8 @@ Journal::Journal(const std::string& path)
 {
     if (!path.empty()) {
         m_File = std::fopen(path.c_str(), "ae");
-        if (m_File == nullptr) {
+        if (m_File == nullptr)
             refuse("can't write the log file '" + path + "': " + std::strerror(errno));
-        }
     }
     CLumoLogger::GetSinglePton()->toCallback(
         [this](const char* text, int length) { take(std::string(text, static_cast<std::size_t>(length))); });
@@ -108,9 +101,8 @@ Journal::~Journal()
 {
     hubline::Logger::Instance(true)->toCallback({});
     CLumoLogger::GetSinglePton()->toCallback({});
-    if (m_File != nullptr) {
+    if (m_File != nullptr)
         static_cast<void>(std::fclose(m_File));
-    }
 }
 
 Reason Journal::lastReason() const
@@ -131,21 +123,18 @@ void Journal::take(const std::string& entry)
     const Reason reason = reasonOf(entry);
     const std::string transfer = clientTransferOf(entry);
     const std::lock_guard<std::mutex> lock(m_Mutex);
-    if (reason.kind != Reason::Kind::None) {
+    if (reason.kind != Reason::Kind::None)
         m_Last[std::this_thread::get_id()] = reason;
-    }
-    if (!transfer.empty()) {
+    if (!transfer.empty())
         m_ClientTransfers[std::this_thread::get_id()] = transfer;
-    }
     listen(entry);
     write(entry);
 }
 
 void Journal::listen(const std::string& entry)
 {
-    if (m_Expected.empty()) {
+    if (m_Expected.empty())
         return;
-    }
     const std::string message = messageOf(entry);
     const std::string error = m_Expected + " Error : ";
     if (message == "Leave Function : " + m_Expected) {
@@ -167,11 +156,10 @@ LaterAnswer Journal::await(unsigned int timeout)
 {
     std::unique_lock<std::mutex> lock(m_Mutex);
     const auto ended = [this] { return m_Answer.ended; };
-    if (timeout == 0) {
+    if (timeout == 0)
         m_Answered.wait(lock, ended);
-    } else {
+    else
         m_Answered.wait_for(lock, std::chrono::milliseconds(timeout), ended);
-    }
     m_Expected.clear();
     return m_Answer;
 }
@@ -179,9 +167,8 @@ LaterAnswer Journal::await(unsigned int timeout)
 void Journal::takeStatus(int level, const std::string& line)
 {
     const std::lock_guard<std::mutex> lock(m_Mutex);
-    if (level == kErrorLevel) {
+    if (level == kErrorLevel)
         m_Last[std::this_thread::get_id()] = {Reason::Kind::NoChannel, {}, line};
-    }
     if (line.find(kFailed) != std::string::npos || line.find(kDone) != std::string::npos) {
         m_ClientEnds.push_back(line);
         m_ClientEnded.notify_all();
@@ -209,9 +196,8 @@ std::string Journal::clientEnd(const std::function<bool(const std::string&)>& is
 
 std::string Journal::clientReason(const std::string& clientTransfer)
 {
-    if (clientTransfer.empty()) {
+    if (clientTransfer.empty())
         return {};
-    }
     const std::string line = clientEnd([&](const std::string& end) {
         return end.find(" " + clientTransfer + " ") != std::string::npos &&
                end.find(kFailed) != std::string::npos;
@@ -221,15 +207,13 @@ std::string Journal::clientReason(const std::string& clientTransfer)
 
 std::string Journal::clientReason(int code, const std::string& name)
 {
-    if (code < bulkhaul::kNoConnection || code > bulkhaul::kFailedHere) {
+    if (code < bulkhaul::kNoConnection || code > bulkhaul::kFailedHere)
         return {}; // none of the client's
-    }
     const std::string told = "/" + name + kFailed + std::to_string(code) + ", ";
     const std::string line =
         clientEnd([&](const std::string& end) { return end.find(told) != std::string::npos; });
-    if (line.empty()) {
+    if (line.empty())
         return {};
-    }
     const std::string reason = between(line, told, "\n");
     const bool named = reason.compare(0, name.size(), name) == 0;
     return between(line, " of ", named ? "/" + name + kFailed : kFailed) + (named ? "/" : ": ") + reason;
@@ -246,9 +230,8 @@ bool Journal::clientKept(const std::string& clientTransfer)
 
 void Journal::write(const std::string& entry)
 {
-    if (m_File == nullptr || m_Lost) {
+    if (m_File == nullptr || m_Lost)
         return;
-    }
     if (std::fwrite(entry.data(), 1, entry.size(), m_File) != entry.size() || std::fflush(m_File) != 0) {
         m_Lost = true;
         std::cerr << "lumo: the log is not whole: " << std::strerror(errno) << "\n";

@@ -17,9 +17,8 @@ namespace fs = std::filesystem;
 
 void requireUtf8(const std::string& path)
 {
-    if (!isUtf8(path)) {
+    if (!isUtf8(path))
         refuse("'" + path + "' is not UTF-8: names travel as UTF-8 only");
-    }
 }
 
 /// Whether it is what has arrived of a file, ".NAME.lumo-part".
@@ -49,28 +48,23 @@ LocalSource localSource(const std::string& path)
 {
     requireUtf8(path);
     fs::path plain = path;
-    while (!plain.has_filename() && plain.has_relative_path()) {
+    while (!plain.has_filename() && plain.has_relative_path())
         plain = plain.parent_path();
-    }
     std::error_code error;
-    if (plain.filename() == "." || plain.filename() == "..") {
+    if (plain.filename() == "." || plain.filename() == "..")
         plain = fs::canonical(plain, error);
-    }
     const fs::file_status status = fs::status(plain, error);
     if (!fs::exists(status)) {
         refuse("'" + path +
                "' can't be sent: " + (error ? error.message() : "there is no such file or folder"));
     }
     LocalSource source{plain.string(), plain.filename().string(), fs::is_directory(status), 0};
-    if (!source.folder && !fs::is_regular_file(status)) {
+    if (!source.folder && !fs::is_regular_file(status))
         refuse("'" + path + "' is neither a file nor a folder");
-    }
-    if (source.name.empty() || source.name == "/") {
+    if (source.name.empty() || source.name == "/")
         refuse("'" + path + "' has no name that it could get in the catalogue");
-    }
-    if (access(source.path.c_str(), source.folder ? R_OK | X_OK : R_OK) != 0) {
+    if (access(source.path.c_str(), source.folder ? R_OK | X_OK : R_OK) != 0)
         refuse("can't read '" + path + "': " + std::strerror(errno));
-    }
     source.bytes = bytesOf(source.path);
     return source;
 }
@@ -84,9 +78,8 @@ void makeFolder(const std::string& path)
         refuse("can't make the folder '" + path +
                "': " + (error ? error.message() : "something else stands there"));
     }
-    if (access(path.c_str(), W_OK | X_OK) != 0) {
+    if (access(path.c_str(), W_OK | X_OK) != 0)
         refuse("can't write into the folder '" + path + "': " + std::strerror(errno));
-    }
 }
 
 bool isFolder(const std::string& path)
@@ -105,9 +98,8 @@ bool isFileOrLink(const std::string& path)
 std::uint64_t bytesOf(const std::string& path)
 {
     std::error_code error;
-    if (isFolder(path)) {
+    if (isFolder(path))
         return bytesBelow(path);
-    }
     const std::uint64_t size = fs::file_size(path, error);
     return error ? 0 : size;
 }

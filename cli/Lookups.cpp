@@ -5,8 +5,8 @@
 #include "cli/ExitCode.h"
 #include "cli/Records.h"
 
-#include "core/LumoDataMgr.h"
-#include "core/TextEncoding.h"
+#include "lumo/core/LumoDataMgr.h"
+#include "lumo/core/TextEncoding.h"
 
 namespace cli {
 
@@ -28,12 +28,10 @@ tagVersionInfo versionInfo(Session& session, const Product& product, const std::
                                                   : manager.getLatestVersionByAppID(number, info))
                        : program       ? manager.getVersionBySoftID(number, versionText.c_str(), info)
                                        : manager.getVersionByAppID(number, versionText.c_str(), info);
-    if (known) {
+    if (known)
         return info;
-    }
-    if (session.journal.lastReason().kind == Reason::Kind::CallFailed) {
+    if (session.journal.lastReason().kind == Reason::Kind::CallFailed)
         requestFailed(session.journal);
-    }
     throw Failure(ExitCode::PlaceNotFound, "the centre knows no " +
                                                (version.empty() ? "version of " : std::string()) +
                                                shownVersion(product, version));
@@ -67,9 +65,8 @@ void showCaller(Session& session)
     const unsigned int companyID = session.manager.companyID();
     session.journal.forget();
     const std::string companyNo = session.manager.getCompanyNo(companyID).toStdString();
-    if (companyNo.empty() && session.journal.lastReason().kind != Reason::Kind::None) {
+    if (companyNo.empty() && session.journal.lastReason().kind != Reason::Kind::None)
         requestFailed(session.journal);
-    }
     const std::string user = session.manager.roleName().toStdString();
     Table table({"", ""});
     table.add({"User", shownText(user)});
@@ -82,9 +79,8 @@ void showCaller(Session& session)
 void listBoxes(Session& session)
 {
     QMap<QString, QString> boxes;
-    if (!session.manager.getKestaList(boxes)) {
+    if (!session.manager.getKestaList(boxes))
         requestFailed(session.journal);
-    }
     Json list = Json::array();
     Table table({"BOX", "ADDRESS"});
     for (auto box = boxes.cbegin(); box != boxes.cend(); ++box) {
@@ -102,12 +98,10 @@ void listAreas(Session& session, unsigned int areaID)
 {
     QMap<unsigned int, QString> areas;
     const ENUM_RET_TYPE result = session.manager.getNationalArea(areaID, areas);
-    if (result == RET_FAILED) {
+    if (result == RET_FAILED)
         requestFailed(session.journal);
-    }
-    if (result == RET_NULL) {
+    if (result == RET_NULL)
         throw Failure(ExitCode::PlaceNotFound, "the centre knows no area " + std::to_string(areaID));
-    }
     Json list = Json::array();
     Table table({"AREA", "NAME"});
     for (auto area = areas.cbegin(); area != areas.cend(); ++area) {

@@ -25,20 +25,17 @@ std::string formatted(const char* format, double value)
 void Speed::sample(Clock::time_point when, double amount)
 {
     m_Samples.emplace_back(when, amount);
-    while (m_Samples.size() > 2 && when - m_Samples[1].first >= kWindow) {
+    while (m_Samples.size() > 2 && when - m_Samples[1].first >= kWindow)
         m_Samples.pop_front();
-    }
 }
 
 std::optional<double> Speed::perSecond() const
 {
-    if (m_Samples.empty()) {
+    if (m_Samples.empty())
         return {};
-    }
     const Seconds span = m_Samples.back().first - m_Samples.front().first;
-    if (span < kShortest) {
+    if (span < kShortest)
         return {};
-    }
     return (m_Samples.back().second - m_Samples.front().second) / span.count();
 }
 
@@ -70,9 +67,8 @@ std::string clockText(double seconds)
 
 std::string durationText(double seconds)
 {
-    if (seconds >= 59.5) {
+    if (seconds >= 59.5)
         return clockText(seconds);
-    }
     return formatted(seconds < 0.995 ? "%.2f s" : seconds < 9.95 ? "%.1f s" : "%.0f s", seconds);
 }
 
@@ -80,11 +76,9 @@ std::optional<std::uint64_t> writtenBytes()
 {
     std::ifstream file("/proc/self/io");
     std::string name;
-    for (std::uint64_t count = 0; file >> name >> count;) {
-        if (name == "wchar:") {
+    for (std::uint64_t count = 0; file >> name >> count;)
+        if (name == "wchar:")
             return count;
-        }
-    }
     return {};
 }
 

@@ -20,13 +20,12 @@ std::string defaultProfile()
     const char* const configuration = std::getenv("XDG_CONFIG_HOME");
     const char* const home = std::getenv("HOME");
     std::filesystem::path folder;
-    if (configuration != nullptr && *configuration != '\0') {
+    if (configuration != nullptr && *configuration != '\0')
         folder = configuration;
-    } else if (home != nullptr && *home != '\0') {
+    else if (home != nullptr && *home != '\0')
         folder = std::filesystem::path(home) / ".config";
-    } else {
+    else
         return {};
-    }
     const std::filesystem::path path = folder / "lumo" / "profile.ini";
     std::error_code ignored;
     return std::filesystem::exists(path, ignored) ? path.string() : std::string();
@@ -35,9 +34,8 @@ std::string defaultProfile()
 void applySetting(CLI::App& app, const std::string& path, const CLI::ConfigItem& item)
 {
     // Where the reader enters and leaves a section; the settings in one are told by their full names.
-    if (item.name == "++" || item.name == "--") {
+    if (item.name == "++" || item.name == "--")
         return;
-    }
     CLI::Option* const option =
         item.fullname() == "profile" ? nullptr : app.get_option_no_throw("--" + item.fullname());
     if (option == nullptr || !option->get_configurable()) {
@@ -46,15 +44,13 @@ void applySetting(CLI::App& app, const std::string& path, const CLI::ConfigItem&
                "dashes, as in: centre = localhost:7400");
     }
     // Read from the command line or the environment, which go first.
-    if (option->count() > 0) {
+    if (option->count() > 0)
         return;
-    }
     try {
-        if (option->get_expected_min() == 0) {
+        if (option->get_expected_min() == 0)
             option->add_result(app.get_config_formatter()->to_flag(item));
-        } else {
+        else
             option->add_result(item.inputs);
-        }
         option->run_callback();
     } catch (const CLI::ParseError& error) {
         refuse(path + ": " + item.fullname() + ": " + error.what());
@@ -105,20 +101,17 @@ void addOptions(CLI::App& app, Options& options)
 void applyProfile(CLI::App& app, Options& options)
 {
     const std::string path = options.profile.empty() ? defaultProfile() : options.profile;
-    if (path.empty()) {
+    if (path.empty())
         return;
-    }
     std::ifstream file(path);
     std::error_code ignored;
-    if (!file || std::filesystem::is_directory(path, ignored)) {
+    if (!file || std::filesystem::is_directory(path, ignored))
         refuse("can't read the profile '" + path + "'");
-    }
     // A value is all that stands behind the '=', blanks, commas and '#' too.
     CLI::ConfigINI ini;
     ini.comment('\n')->arrayBounds('\n', '\n')->arrayDelimiter('\n');
-    for (const CLI::ConfigItem& item : ini.from_config(file)) {
+    for (const CLI::ConfigItem& item : ini.from_config(file))
         applySetting(app, path, item);
-    }
 }
 
 unsigned int parseTimeout(const std::string& text)
@@ -132,12 +125,10 @@ unsigned int parseTimeout(const std::string& text)
     const char* const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, number);
     const std::string unit(stop, end);
-    for (const auto& known : kUnits) {
+    for (const auto& known : kUnits)
         if (error == std::errc() && unit == known.unit &&
-            number <= std::numeric_limits<unsigned int>::max() / known.milliseconds) {
+            number <= std::numeric_limits<unsigned int>::max() / known.milliseconds)
             return number * known.milliseconds;
-        }
-    }
     refuse("'" + text +
            "' is no time limit: write a whole number and its unit, as in 500ms, 10s or "
            "2m; 0 for no limit");

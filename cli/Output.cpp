@@ -62,31 +62,27 @@ std::string jsonLine(const Json& document)
 
 void print(const std::string& text)
 {
-    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size())
         failToWrite();
-    }
 }
 
 void flushOutput()
 {
-    if (std::fflush(stdout) != 0) {
+    if (std::fflush(stdout) != 0)
         failToWrite();
-    }
 }
 
 std::size_t terminalWidth()
 {
     std::size_t columns = 0;
     const char* const wanted = std::getenv("COLUMNS");
-    if (wanted != nullptr) {
+    if (wanted != nullptr)
         std::from_chars(wanted, wanted + std::strlen(wanted), columns);
-    }
     // A table that goes to a pager or to head is read on the terminal that the errors go to.
     for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
         winsize size = {};
-        if (columns == 0 && ioctl(stream, TIOCGWINSZ, &size) == 0) {
+        if (columns == 0 && ioctl(stream, TIOCGWINSZ, &size) == 0)
             columns = size.ws_col;
-        }
     }
     return columns > 1 ? columns : 80;
 }

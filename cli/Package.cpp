@@ -5,7 +5,7 @@
 #include "cli/LocalFiles.h"
 #include "cli/Transfer.h"
 
-#include "core/LumoDataMgr.h"
+#include "lumo/core/LumoDataMgr.h"
 
 namespace cli {
 
@@ -22,16 +22,14 @@ QString boxOf(const QMap<QString, QString>& boxes, const PackageRequest& request
 {
     QString asked = QString::fromStdString(request.box);
     if (!asked.isEmpty()) {
-        if (boxes.contains(asked)) {
+        if (boxes.contains(asked))
             return asked;
-        }
         throw Failure(ExitCode::PlaceNotFound, "your company has no storage box '" + request.box + "'" +
                                                    (boxes.isEmpty() ? "" : "; it has " + listOf(boxes)));
     }
     QString named = QString::fromStdString(info.text4);
-    if (boxes.contains(named)) {
+    if (boxes.contains(named))
         return named;
-    }
     if (boxes.size() != 1) {
         throw Failure(ExitCode::PlaceNotFound,
                       boxes.isEmpty() ? "your company has no storage box"

@@ -36,15 +36,13 @@ Place parseIdentifier(const std::string& text)
 {
     const std::size_t colon = text.find(':');
     Place place;
-    if (colon == std::string::npos || !readKind(text.substr(0, colon), place.kind)) {
+    if (colon == std::string::npos || !readKind(text.substr(0, colon), place.kind))
         refusePlace(text);
-    }
     const char* const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data() + colon + 1, end, place.id);
     // The largest number means "none" everywhere in the catalogue.
-    if (error != std::errc() || stop != end || place.id == 0xFFFFFFFFU) {
+    if (error != std::errc() || stop != end || place.id == 0xFFFFFFFFU)
         refusePlace(text);
-    }
     return place;
 }
 
@@ -52,19 +50,16 @@ Place parseIdentifier(const std::string& text)
 
 Place parsePlace(const std::string& text)
 {
-    if (!isUtf8(text) || text.empty()) {
+    if (!isUtf8(text) || text.empty())
         refusePlace(text);
-    }
-    if (text.front() != '/') {
+    if (text.front() != '/')
         return parseIdentifier(text);
-    }
     Place place;
     place.folderOnly = text.back() == '/';
     for (std::size_t begin = 1; begin < text.size();) {
         const std::size_t end = std::min(text.find('/', begin), text.size());
-        if (end > begin) {
+        if (end > begin)
             place.components.push_back(text.substr(begin, end - begin));
-        }
         begin = end + 1;
     }
     return place;

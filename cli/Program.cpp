@@ -59,9 +59,8 @@ std::string commandList(const CLI::App& app)
     std::string list;
     const auto commands = app.get_subcommands([](const CLI::App*) { return true; });
     for (const CLI::App* const command : commands) {
-        if (!list.empty()) {
+        if (!list.empty())
             list += command == commands.back() ? " and " : ", ";
-        }
         list += command->get_name();
     }
     return list;
@@ -136,15 +135,12 @@ void Program::addBrowsing()
 void Program::addShow()
 {
     CLI::App* const command = add("show", "Show all fields of one record", [this]() -> Action {
-        if (!m_Name.empty()) {
+        if (!m_Name.empty())
             return showRecordOfKind(m_Place, m_Name, recordOptions());
-        }
-        if (m_Csv) {
+        if (m_Csv)
             refuse("--csv is for records of the image catalogue, as in: lumo show sat 7 --csv");
-        }
-        if (isKind(m_Place)) {
+        if (isKind(m_Place))
             refuse("which " + m_Place + "? write its identifier too: lumo show " + m_Place + " ID");
-        }
         return [place = parsePlace(m_Place)](Session& session) { showRecord(session, place); };
     });
     command->add_option("PLACE", m_Place, "A place, or the KIND of a record of the image catalogue")
@@ -160,9 +156,8 @@ void Program::addShow()
 RecordOptions Program::recordOptions()
 {
     // Only there the library tells codes from their texts.
-    if (m_Options.codePage.empty()) {
+    if (m_Options.codePage.empty())
         m_Options.codePage = "gbk";
-    }
     const Form otherwise = m_Options.json ? Form::AsJson : Form::AsTable;
     return {m_Csv ? Form::AsCsv : otherwise, m_Limit};
 }
@@ -298,9 +293,8 @@ void Program::addLookups()
     CLI::App* const versions =
         add("versions", "Show a version of a program or a module (without VERSION: the latest)",
             [this]() -> Action {
-                if (m_Program.empty() == m_Module.empty()) {
+                if (m_Program.empty() == m_Module.empty())
                     refuse("versions takes either --program NO or --module NO, and a VERSION or none");
-                }
                 const Product product = m_Module.empty() ? Product{Product::Kind::Program, m_Program}
                                                          : Product{Product::Kind::Module, m_Module};
                 return [product, version = m_Package.version](Session& session) {

@@ -26,9 +26,8 @@ std::string progressLine(const std::string& head, double fraction, const std::st
     const std::size_t room = std::min<std::size_t>(width / 4, 40);
     const auto filled = static_cast<std::size_t>(fraction * static_cast<double>(room));
     std::string bar = "[" + std::string(filled, '#') + std::string(room - filled, '.') + "] ";
-    if (displayWidth(name + bar + percent + figures) + 2 > width) {
+    if (displayWidth(name + bar + percent + figures) + 2 > width)
         bar.clear();
-    }
     return clipped(name + "  " + bar + percent + figures, width);
 }
 

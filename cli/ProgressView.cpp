@@ -25,9 +25,8 @@ std::string namesOf(const Transfer& transfer)
 
 std::string resultText(const Transfer& transfer)
 {
-    if (transfer.kept()) {
+    if (transfer.kept())
         return "kept, a file stands there already (--overwrite replaces it)";
-    }
     return "done, " + (transfer.bytes ? bytesText(static_cast<double>(*transfer.bytes)) + " in " : "") +
            durationText(secondsOf(transfer));
 }
@@ -92,9 +91,8 @@ public:
     void finished(const Totals& totals) override
     {
         std::size_t failed = 0;
-        for (const Transfer& one : totals.transfers()) {
+        for (const Transfer& one : totals.transfers())
             failed += one.phase == Transfer::Phase::Failed ? 1 : 0;
-        }
         tell({{"event", "finished"},
               {"arrived", totals.transfers().size() - failed},
               {"failed", failed},
@@ -119,9 +117,8 @@ public:
     {
         m_Told.resize(totals.transfers().size());
         int& told = m_Told[transfer.number - 1];
-        if (transfer.percent / 10 <= told || transfer.percent == 100 || !takesAWhile(transfer)) {
+        if (transfer.percent / 10 <= told || transfer.percent == 100 || !takesAWhile(transfer))
             return;
-        }
         told = transfer.percent / 10;
         std::cerr << escaped(namesOf(transfer)) + ": " + std::to_string(transfer.percent) + " %\n";
     }
@@ -206,12 +203,10 @@ std::string BarView::figuresOf(const Totals& totals)
     const auto rate = totals.bytesPerSecond();
     const auto left = totals.secondsLeft();
     std::string figures;
-    if (moved) {
+    if (moved)
         figures += "  " + bytesText(*moved) + (all ? " of " + bytesText(*all) : "");
-    }
-    if (rate) {
+    if (rate)
         figures += "  " + rateText(*rate);
-    }
     return figures + "  " + (left ? clockText(*left) + " left" : clockText(totals.seconds()));
 }
 
@@ -233,12 +228,10 @@ std::string BarView::line(const Totals& totals, std::size_t width)
 
 std::unique_ptr<ProgressView> ProgressView::make(bool json)
 {
-    if (json) {
+    if (json)
         return std::make_unique<EventView>();
-    }
-    if (isatty(STDERR_FILENO) != 0) {
+    if (isatty(STDERR_FILENO) != 0)
         return std::make_unique<BarView>();
-    }
     return std::make_unique<LineView>();
 }
 

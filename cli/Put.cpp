@@ -4,7 +4,7 @@
 #include "cli/LocalFiles.h"
 #include "cli/Transfer.h"
 
-#include "core/LumoDataMgr.h"
+#include "lumo/core/LumoDataMgr.h"
 
 #include <set>
 
@@ -37,14 +37,12 @@ void runPut(Session& session, const std::vector<LocalSource>& sources, const std
     Place place = parsePlace(placeText);
     place.folderOnly = true;
     const Found found = session.catalogue.find(place);
-    if (found.kind == Place::Kind::File) {
+    if (found.kind == Place::Kind::File)
         throw Failure(ExitCode::PlaceNotFound, "'" + placeText + "' is a file, not a folder");
-    }
     std::vector<Transfer> transfers;
     transfers.reserve(sources.size());
-    for (const LocalSource& source : sources) {
+    for (const LocalSource& source : sources)
         transfers.push_back(transferOf(session, source, placeText, found, overwrite));
-    }
     runTransfers(std::move(transfers), session);
 }
 
@@ -52,15 +50,13 @@ void runPut(Session& session, const std::vector<LocalSource>& sources, const std
 
 Action putPaths(std::vector<std::string> paths, bool overwrite)
 {
-    if (paths.size() < 2) {
+    if (paths.size() < 2)
         refuse("put takes what to send and where to: lumo put PATH... PLACE");
-    }
     const std::string placeText = paths.back();
     paths.pop_back();
     const Place place = parsePlace(placeText);
-    if (place.kind == Place::Kind::Path && place.components.empty()) {
+    if (place.kind == Place::Kind::Path && place.components.empty())
         refuse("files can't be put beside the disks: name one, as in /disk");
-    }
     std::vector<LocalSource> sources;
     std::set<std::string> names;
     for (const std::string& path : paths) {

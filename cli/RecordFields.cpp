@@ -2,7 +2,7 @@
 
 #include "cli/Records.h"
 
-#include "core/TextEncoding.h"
+#include "lumo/core/TextEncoding.h"
 
 #include <boost/preprocessor/arithmetic/inc.hpp>
 #include <boost/preprocessor/cat.hpp>

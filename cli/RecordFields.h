@@ -4,7 +4,7 @@
 #include "cli/Catalogue.h"
 #include "cli/Output.h"
 
-#include "catalog/ImageData.h"
+#include "lumo/catalog/ImageData.h"
 
 #include <string>
 #include <variant>

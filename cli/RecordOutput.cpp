@@ -36,14 +36,12 @@ std::vector<Column> columnsOf(const RecordList& list, std::size_t width)
             Column& column = columns[i];
             const std::string cell = cellOf(fields[i]);
             column.leads = fields[i].role == Field::Role::Leading;
-            if (column.leads || (cell != "-" && fields[i].role != Field::Role::Detail)) {
+            if (column.leads || (cell != "-" && fields[i].role != Field::Role::Detail))
                 column.width = std::max({column.width, displayWidth(cell), list.names[i].size()});
-            }
             used += column.width == 0 ? 0 : column.width + kGap;
             // Widths only grow: what doesn't fit now will not, and nothing behind it.
-            if (!column.leads && used > width + kGap) {
+            if (!column.leads && used > width + kGap)
                 columns.resize(i);
-            }
         }
     }
     return columns;
@@ -92,12 +90,10 @@ Json recordJson(const RecordLists& lists, const RecordList& list, std::size_t in
     // Looking each key up for a record of sixty would cost more than all else.
     std::vector<std::pair<const std::string, Json>>& members = record.get_ref<Json::object_t&>();
     members.reserve(lists.commonNames.size() + list.names.size());
-    for (std::size_t i = 0; i < lists.commonNames.size(); ++i) {
+    for (std::size_t i = 0; i < lists.commonNames.size(); ++i)
         members.emplace_back(lists.commonNames[i], list.common[i]);
-    }
-    for (const Field& field : list.at(index)) {
+    for (const Field& field : list.at(index))
         members.emplace_back(field.name, jsonOf(field.value));
-    }
     return record;
 }
 
@@ -119,9 +115,8 @@ void printJson(const RecordLists& lists)
 void printLine(const std::vector<std::string>& cells)
 {
     std::string line;
-    for (const std::string& cell : cells) {
+    for (const std::string& cell : cells)
         line += csvCell(cell) + ",";
-    }
     line.pop_back();
     print(line + "\r\n");
 }
@@ -136,9 +131,8 @@ void printCsv(const RecordLists& lists)
         for (const std::string& name : list.names) {
             const auto known = std::find(header.begin(), header.end(), name);
             places.back().push_back(static_cast<std::size_t>(known - header.begin()));
-            if (known == header.end()) {
+            if (known == header.end())
                 header.push_back(name);
-            }
         }
     }
     printLine(header);
@@ -148,9 +142,8 @@ void printCsv(const RecordLists& lists)
             std::vector<std::string> cells = list.common;
             cells.resize(header.size());
             const Fields fields = list.at(index);
-            for (std::size_t i = 0; i < fields.size(); ++i) {
+            for (std::size_t i = 0; i < fields.size(); ++i)
                 cells[places[number][i]] = plain(fields[i].value);
-            }
             printLine(cells);
         }
     }
@@ -160,21 +153,17 @@ void printTables(const RecordLists& lists, std::size_t width, bool clipNames)
 {
     std::size_t records = 0;
     for (const RecordList& list : lists.lists) {
-        if (list.size == 0) {
+        if (list.size == 0)
             continue;
-        }
-        if (!list.heading.empty()) {
+        if (!list.heading.empty())
             print((records == 0 ? "" : "\n") + escaped(list.heading) + "\n");
-        }
         printTable(list, width, clipNames);
         records += list.size;
     }
-    if (records == 0) {
+    if (records == 0)
         print(std::string(lists.whenEmpty) + "\n");
-    }
-    if (lists.cut) {
+    if (lists.cut)
         print("(the first " + std::to_string(records) + ", as --limit says; there are more)\n");
-    }
 }
 
 } // namespace
@@ -183,9 +172,8 @@ std::vector<std::string> namesOf(const Fields& fields)
 {
     std::vector<std::string> names;
     names.reserve(fields.size());
-    for (const Field& field : fields) {
+    for (const Field& field : fields)
         names.emplace_back(field.name);
-    }
     return names;
 }
 
@@ -221,28 +209,23 @@ void printRecord(const RecordList& list, Form form)
 {
     RecordLists lists;
     lists.lists = {list};
-    if (form == Form::AsCsv) {
+    if (form == Form::AsCsv)
         return printCsv(lists);
-    }
-    if (form == Form::AsJson) {
+    if (form == Form::AsJson)
         return print(jsonText(recordJson(lists, list, 0)));
-    }
     Table table({"", ""});
-    for (const Field& field : list.at(0)) {
+    for (const Field& field : list.at(0))
         table.add({field.name, shown(field.value)});
-    }
     print(table.text());
 }
 
 std::string csvCell(const std::string& text)
 {
-    if (text.find_first_of("\",\r\n") == std::string::npos) {
+    if (text.find_first_of("\",\r\n") == std::string::npos)
         return text;
-    }
     std::string cell = "\"";
-    for (const char byte : text) {
+    for (const char byte : text)
         cell.append(byte == '"' ? 2 : 1, byte);
-    }
     return cell + "\"";
 }
 

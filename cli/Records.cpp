@@ -18,9 +18,8 @@ std::string shownName(const Text& name)
 
 std::string shownText(const Text& text)
 {
-    if (!text) {
+    if (!text)
         return "(too long for its record)";
-    }
     return text->empty() ? "-" : *text;
 }
 

@@ -27,9 +27,8 @@ template <class Record>
 Json listedJson(const std::vector<Record>& records)
 {
     Json list = Json::array();
-    for (const Record& record : records) {
+    for (const Record& record : records)
         list.push_back(listedJson(record));
-    }
     return list;
 }
 

@@ -8,7 +8,7 @@
 #include "cli/Interrupt.h"
 #include "cli/RegisterReport.h"
 
-#include "core/LumoDataMgr.h"
+#include "lumo/core/LumoDataMgr.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -35,13 +35,11 @@ struct NewRecord
 std::string readWhole(const std::string& path)
 {
     std::ifstream file(path == "-" ? "/dev/stdin" : path, std::ios::binary);
-    if (!file) {
+    if (!file)
         refuse("can't read '" + path + "': " + std::strerror(errno));
-    }
     std::error_code ignored;
-    if (std::filesystem::is_directory(path, ignored)) {
+    if (std::filesystem::is_directory(path, ignored))
         refuse("can't read '" + path + "': it is a folder");
-    }
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
@@ -51,16 +49,14 @@ NewRecord recordOf(const std::vector<std::string>& names, const CsvRow& row, con
     try {
         for (std::size_t i = 0; i < names.size(); ++i) {
             // As in what lumo writes, an empty cell is a field that the record doesn't have.
-            if (!row.cells[i].empty()) {
+            if (!row.cells[i].empty())
                 text.add(names[i], row.cells[i]);
-            }
         }
     } catch (const Failure& failure) {
         refuse(path + ":" + std::to_string(row.line) + ": " + failure.what());
     }
-    if (text.text().empty()) {
+    if (text.text().empty())
         refuse(path + ":" + std::to_string(row.line) + ": the record is empty");
-    }
     return {row.line, text.text()};
 }
 
@@ -68,9 +64,8 @@ NewRecord recordOf(const std::vector<std::string>& names, const CsvRow& row, con
 std::vector<NewRecord> readRecords(const std::string& path)
 {
     const std::vector<CsvRow> rows = parseCsv(readWhole(path), path);
-    if (rows.empty()) {
+    if (rows.empty())
         refuse("'" + path + "' is empty: its first line has the names of fields, as in imageName,mainFileID");
-    }
     const std::vector<std::string>& names = rows.front().cells;
     std::set<std::string> known;
     for (const std::string& name : names) {
@@ -83,9 +78,8 @@ std::vector<NewRecord> readRecords(const std::string& path)
     }
     std::vector<NewRecord> records;
     records.reserve(rows.size() - 1);
-    for (std::size_t i = 1; i < rows.size(); ++i) {
+    for (std::size_t i = 1; i < rows.size(); ++i)
         records.push_back(recordOf(names, rows[i], path));
-    }
     return records;
 }
 
@@ -142,17 +136,15 @@ private:
     Records registerBatch(Records begin, Records end)
     {
         QStringList texts;
-        for (auto record = begin; record != end; ++record) {
+        for (auto record = begin; record != end; ++record)
             texts.append(textFor(m_Session, m_Kind, record->text));
-        }
         QList<unsigned int> ids;
         m_Session.journal.forget();
         if (!m_Session.manager.addImage(m_Kind, texts, ids)) {
             requireRefusal(begin, end);
             // All or none of a batch: each alone tells which ones it was.
-            while (begin != end && NotedInterrupt::signal() == 0) {
+            while (begin != end && NotedInterrupt::signal() == 0)
                 registerOne(begin++);
-            }
             return begin;
         }
         if (ids.size() != texts.size()) {
@@ -160,9 +152,8 @@ private:
                                                       " identifiers for " + std::to_string(texts.size()) +
                                                       " records" + linesText(begin, end));
         }
-        for (auto record = begin; record != end; ++record) {
+        for (auto record = begin; record != end; ++record)
             m_Report.registered(record->line, ids[static_cast<int>(record - begin)]);
-        }
         return end;
     }
 
@@ -209,25 +200,21 @@ Action registerRecord(const std::string& kindWord, const std::vector<std::string
     AssignmentText text;
     for (const std::string& assignment : assignments) {
         const std::size_t sign = assignment.find('=');
-        if (sign == std::string::npos) {
+        if (sign == std::string::npos)
             refuse("'" + assignment + "' is no assignment: write KEY=VALUE, as in imageName=scene-1");
-        }
         text.add(assignment.substr(0, sign), assignment.substr(sign + 1));
     }
     return [&kind, text = text.text()](Session& session) {
         session.journal.forget();
         const unsigned int id = session.manager.addImage(kind.number, textFor(session, kind.number, text));
         const Reason reason = session.journal.lastReason();
-        if (id == kNone && reason.kind == Reason::Kind::KeyMissing) {
+        if (id == kNone && reason.kind == Reason::Kind::KeyMissing)
             refuse("a " + std::string(kind.word) + " needs more: " + describe(reason));
-        }
-        if (id == kNone && reason.kind == Reason::Kind::ErrorResult) {
+        if (id == kNone && reason.kind == Reason::Kind::ErrorResult)
             throw Failure(ExitCode::CentreFailed,
                           "the centre failed the request: " + describe(reason) + "; its log says why");
-        }
-        if (id == kNone) {
+        if (id == kNone)
             requestFailed(session.journal);
-        }
         printIdentifier(session, id);
     };
 }
@@ -238,11 +225,10 @@ Action registerFile(const std::string& kindWord, const std::string& path)
     return [&kind, path, records = readRecords(path)](Session& session) {
         RegisterReport report(path, records.size(), session.json);
         FileRegistration(session, kind.number, report).run(records);
-        if (report.failedRecords() > 0) {
+        if (report.failedRecords() > 0)
             throw Failure(ExitCode::TransferFailed, std::to_string(report.failedRecords()) + " of " +
                                                         std::to_string(records.size()) +
                                                         " records were not registered");
-        }
     };
 }
 

@@ -34,9 +34,8 @@ void RegisterReport::failed(std::size_t line, const std::string& reason)
     ++m_Failed;
     clear();
     complain(m_Source + ":" + std::to_string(line) + ": " + reason);
-    if (m_Json) {
+    if (m_Json)
         print(jsonLine({{"event", "failed"}, {"line", line}, {"message", reason}}));
-    }
 }
 
 void RegisterReport::refresh()

@@ -6,7 +6,7 @@
 #include "cli/Output.h"
 #include "cli/Records.h"
 
-#include "core/LumoDataMgr.h"
+#include "lumo/core/LumoDataMgr.h"
 
 #include <algorithm>
 
@@ -17,9 +17,8 @@ namespace {
 Json listJson(const QStringList& texts)
 {
     Json list = Json::array();
-    for (const QString& text : texts) {
+    for (const QString& text : texts)
         list.push_back(text.toStdString());
-    }
     return list;
 }
 
@@ -36,22 +35,19 @@ Json sceneOf(Session& session, const std::string& format, unsigned int id)
     }
     if (format == "ads") {
         QString texts[6];
-        if (!manager.getAdsFromSup(id, texts[0], texts[1], texts[2], texts[3], texts[4], texts[5])) {
+        if (!manager.getAdsFromSup(id, texts[0], texts[1], texts[2], texts[3], texts[4], texts[5]))
             return {};
-        }
         Json scene;
-        for (int i = 0; i < 6; ++i) {
+        for (int i = 0; i < 6; ++i)
             scene["text" + std::to_string(i + 1)] = texts[i].toStdString();
-        }
         return scene;
     }
     QString name;
     QStringList mainFiles;
     QStringList metaFiles;
     const auto get = format == "spot6" ? &CLumoDataMgr::getSpot6FromDim : &CLumoDataMgr::getAlosFromSummary;
-    if (!(manager.*get)(id, name, mainFiles, metaFiles)) {
+    if (!(manager.*get)(id, name, mainFiles, metaFiles))
         return {};
-    }
     return {
         {"name", name.toStdString()}, {"mainFiles", listJson(mainFiles)}, {"metaFiles", listJson(metaFiles)}};
 }
@@ -83,15 +79,13 @@ Action showSceneMetadata(const std::string& format, const std::string& file)
         unsigned int id = place.id;
         if (!number) {
             const Found found = session.catalogue.find(place);
-            if (found.kind != Place::Kind::File) {
+            if (found.kind != Place::Kind::File)
                 refuse("'" + file + "' is no file");
-            }
             id = found.file.fileID;
         }
         const Json scene = sceneOf(session, format, id);
-        if (scene.is_null()) {
+        if (scene.is_null())
             requestFailed(session.journal);
-        }
         print(session.json ? jsonText(scene) : sceneText(scene));
     };
 }

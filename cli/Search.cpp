@@ -4,9 +4,9 @@
 #include "cli/ImageCatalogue.h"
 #include "cli/Records.h"
 
-#include "catalog/QueryCondition.h"
-#include "components/platform/CodePage.h"
-#include "core/LumoDataMgr.h"
+#include "lumo/catalog/QueryCondition.h"
+#include "lumo/components/platform/CodePage.h"
+#include "lumo/core/LumoDataMgr.h"
 
 #include <QDate>
 
@@ -24,9 +24,8 @@ QDate parseDate(const std::string& text)
 {
     for (const char* const form : {"yyyy-MM-dd", "yyyyMMdd", "yyyy/MM/dd"}) {
         const QDate date = QDate::fromString(QString::fromStdString(text), form);
-        if (date.isValid()) {
+        if (date.isValid())
             return date;
-        }
     }
     refuse("'" + text + "' is no date: write it as in 2024-07-31, 20240731 or 2024/07/31");
 }
@@ -35,9 +34,8 @@ void readDates(const SearchRequest& request, tagQueryCondition& condition)
 {
     const QDate from = request.from.empty() ? QDate() : parseDate(request.from);
     const QDate to = request.to.empty() ? QDate() : parseDate(request.to);
-    if (from.isValid() && to.isValid() && from > to) {
+    if (from.isValid() && to.isValid() && from > to)
         refuse("--from " + request.from + " is later than --to " + request.to);
-    }
     condition.startDate = QString::fromStdString(request.from);
     condition.endDate = QString::fromStdString(request.to);
 }
@@ -54,18 +52,16 @@ void readBounds(const std::string& text, tagQueryCondition& condition)
         place = stop + 1;
     }
     const auto [west, south, east, north] = bounds;
-    if (!read) {
+    if (!read)
         refuse("'" + text + "' are no bounds: write WEST,SOUTH,EAST,NORTH in degrees, as in 85,27.5,87,29");
-    }
     if (!(west >= -180 && west <= 180 && east >= -180 && east <= 180 && south >= -90 && south <= 90 &&
           north >= -90 && north <= 90)) {
         refuse("'" + text +
                "' lies off the earth: WEST and EAST are from -180 to 180 degrees, SOUTH and NORTH "
                "from -90 to 90");
     }
-    if (south > north) {
+    if (south > north)
         refuse("SOUTH is north of NORTH in '" + text + "': the order is WEST,SOUTH,EAST,NORTH");
-    }
     if (west > east) {
         refuse("WEST is east of EAST in '" + text +
                "': the order is WEST,SOUTH,EAST,NORTH; bounds across the 180th meridian take two searches");
@@ -109,14 +105,12 @@ public:
         found.whenEmpty = "(nothing found)";
         std::size_t records = 0;
         for (const tagTypeTable& type : types(project)) {
-            if (records > limit) {
+            if (records > limit)
                 break;
-            }
             RecordList list = searchType(type);
             records += list.size;
-            if (list.size > 0) {
+            if (list.size > 0)
                 found.lists.push_back(std::move(list));
-            }
         }
         return found;
     }
@@ -150,18 +144,15 @@ private:
             return {};
         }
         // Control files and their points can't be asked for by a mark.
-        if (m_Mark != kNone && kind->listMarked == nullptr) {
+        if (m_Mark != kNone && kind->listMarked == nullptr)
             return {};
-        }
         setNameInGbk(type, kind->typeName);
         QList<tagImageData> hits;
         answered(m_Session, m_Session.manager.searchByDataType(type, m_Condition, hits));
-        if (m_Mark != kNone && !hits.isEmpty()) {
+        if (m_Mark != kNone && !hits.isEmpty())
             hits = marked(hits, kind->listMarked(m_Session, type.projectID, m_Mark));
-        }
-        if (hits.isEmpty()) {
+        if (hits.isEmpty())
             return {};
-        }
         RecordList list = listOf(hits);
         // Types of control files are searched for their points.
         const bool points = hits.front().recordKind == DATA_TYPE_CTRL_POINT;
@@ -173,15 +164,12 @@ private:
     static QList<tagImageData> marked(const QList<tagImageData>& hits, const RecordList& bearers)
     {
         std::set<unsigned int> bearing;
-        for (std::size_t i = 0; i < bearers.size; ++i) {
+        for (std::size_t i = 0; i < bearers.size; ++i)
             bearing.insert(keyOf(bearers.at(i)));
-        }
         QList<tagImageData> marked;
-        for (const tagImageData& hit : hits) {
-            if (bearing.count(keyOf(fieldsOf(hit))) > 0) {
+        for (const tagImageData& hit : hits)
+            if (bearing.count(keyOf(fieldsOf(hit))) > 0)
                 marked.append(hit);
-            }
-        }
         return marked;
     }
 
@@ -189,9 +177,8 @@ private:
     const Text& projectName(const tagTypeTable& type)
     {
         const auto known = m_ProjectNames.find(type.projectID);
-        if (known != m_ProjectNames.end()) {
+        if (known != m_ProjectNames.end())
             return known->second;
-        }
         const auto project = projectOf(m_Session, type.projectID);
         return m_ProjectNames[type.projectID] =
                    textOf(recordText(project ? project->projectName : type.projectName));
@@ -211,9 +198,8 @@ Action searchImages(const SearchRequest& request, const RecordOptions& options)
     condition.dataType = QString::fromStdString(request.type);
     condition.senType = QString::fromStdString(request.sensor);
     readDates(request, condition);
-    if (!request.bounds.empty()) {
+    if (!request.bounds.empty())
         readBounds(request.bounds, condition);
-    }
     const unsigned int mark = request.mark.empty() ? kNone : parseIdentifier(request.mark, "mark");
     return [condition, mark, project = request.project, options](Session& session) {
         RecordLists found = Search(session, condition, mark).run(project, options.limit);

@@ -5,7 +5,7 @@
 #include "cli/Output.h"
 #include "cli/Records.h"
 
-#include "core/LumoDataMgr.h"
+#include "lumo/core/LumoDataMgr.h"
 
 #include <algorithm>
 #include <atomic>
@@ -67,9 +67,8 @@ public:
     {
         for (const std::string& place : request.places) {
             const Found found = session.catalogue.find(parsePlace(place));
-            if (found.kind != Place::Kind::File) {
+            if (found.kind != Place::Kind::File)
                 refuse("'" + place + "' is no file");
-            }
             m_Images.push_back({place, found.file.fileID, {}});
             CLumoFilterFile filter;
             filter.m_ImgName = QString::fromStdString(found.file.fileName.value_or(place));
@@ -122,13 +121,11 @@ public:
             } else if (!m_Session.json) {
                 print(escaped(image.place + ": passed" + (found.empty() ? "" : ", " + found)) + "\n");
             }
-            if (!found.empty()) {
+            if (!found.empty())
                 list.back()["shortText"] = found;
-            }
         }
-        if (m_Session.json) {
+        if (m_Session.json)
             print(jsonText(list));
-        }
     }
 
 private:
@@ -136,11 +133,9 @@ private:
     void judge(PassedFiles& passed, const LaterAnswer& answer)
     {
         std::vector<Image*> failed;
-        for (Image& image : m_Images) {
-            if (!passed.holds(image.file)) {
+        for (Image& image : m_Images)
+            if (!passed.holds(image.file))
                 failed.push_back(&image);
-            }
-        }
         for (std::size_t i = 0; i < failed.size(); ++i) {
             const std::size_t reason = answer.errors.size() == failed.size() ? i : 0;
             failed[i]->failure = !answer.ended           ? kNoAnswer
@@ -194,20 +189,18 @@ void requireAbsolute(const std::string& path)
 
 Action analyzeFiles(const AnalysisRequest& request)
 {
-    for (const std::string& place : request.places) {
+    for (const std::string& place : request.places)
         parsePlace(place);
-    }
     return [request](Session& session) {
         Analysis analysis(session, request);
         analysis.run();
         analysis.show();
-        if (const std::size_t failed = analysis.failed()) {
+        if (const std::size_t failed = analysis.failed())
             throw Failure(ExitCode::TransferFailed, request.places.size() == 1
                                                         ? std::string()
                                                         : std::to_string(failed) + " of " +
                                                               std::to_string(request.places.size()) +
                                                               " did not pass");
-        }
     };
 }
 
@@ -218,9 +211,8 @@ Action copyIn(const CopyRequest& request)
         const FoundPart folder = request.parents ? session.catalogue.findWithMissing(place)
                                                  : FoundPart{session.catalogue.find(place), {}};
         const auto disk = session.catalogue.diskOf(folder.found);
-        if (folder.found.kind == Place::Kind::File || !disk) {
+        if (folder.found.kind == Place::Kind::File || !disk)
             throw Failure(ExitCode::PlaceNotFound, "'" + request.target + "' is no folder");
-        }
         const unsigned int folderID = session.catalogue.folderOf(folder.found);
         copy(session, request, request.target, [&] {
             session.manager.fileCopy(QString::fromStdString(request.source), disk->diskID, folderID,
@@ -234,9 +226,8 @@ Action copyOut(const CopyRequest& request)
     requireAbsolute(request.target);
     return [request, place = parsePlace(request.source)](Session& session) {
         const Found found = session.catalogue.find(place);
-        if (found.kind != Place::Kind::File) {
+        if (found.kind != Place::Kind::File)
             refuse("'" + request.source + "' is no file");
-        }
         copy(session, request, request.target, [&] {
             session.manager.fileCopy(found.file.fileID, QString::fromStdString(request.target),
                                      request.overwrite);

@@ -84,9 +84,8 @@ std::optional<double> Totals::bytesPerSecond() const
 std::optional<double> Totals::secondsLeft() const
 {
     const auto speed = m_Through.perSecond();
-    if (!fraction() || !speed || *speed <= 0) {
+    if (!fraction() || !speed || *speed <= 0)
         return {};
-    }
     return (total() - through()) / *speed;
 }
 

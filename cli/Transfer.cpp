@@ -53,9 +53,8 @@ public:
     std::optional<News> next(std::chrono::milliseconds limit)
     {
         std::unique_lock<std::mutex> lock(m_Mutex);
-        if (!m_Arrived.wait_for(lock, limit, [this] { return !m_News.empty(); })) {
+        if (!m_Arrived.wait_for(lock, limit, [this] { return !m_News.empty(); }))
             return {};
-        }
         News news = std::move(m_News.front());
         m_News.pop_front();
         return news;
@@ -235,21 +234,19 @@ void Run::start(Transfer& transfer)
 
 std::optional<Failure> Run::toEnd()
 {
-    while (m_Running > 0) {
+    while (m_Running > 0)
         show(m_View->interval());
-    }
     tell(&ProgressView::finished, m_Totals);
     return m_OutputFailure;
 }
 
 void Run::show(std::chrono::milliseconds patience)
 {
-    if (auto news = m_Queue.next(patience)) {
+    if (auto news = m_Queue.next(patience))
         do {
             take(*news);
             news = m_Queue.next(std::chrono::milliseconds(0));
         } while (news);
-    }
     if (Clock::now() - m_Refreshed >= m_View->interval()) {
         m_Refreshed = Clock::now();
         m_Totals.sample();
@@ -300,13 +297,11 @@ void Run::finish(Transfer& transfer, const News& news)
     }
     transfer.phase = Phase::Done;
     // What stands on a storage box it alone knows.
-    if (!transfer.get && transfer.movesFile && !transfer.overwrite) {
+    if (!transfer.get && transfer.movesFile && !transfer.overwrite)
         transfer.wasFile = m_Journal.clientKept(news.clientTransfer);
-    }
     // How much has come into a folder that was there is not known.
-    if (transfer.get && !transfer.wasFolder) {
+    if (transfer.get && !transfer.wasFolder)
         transfer.bytes = bytesOf(transfer.target);
-    }
     tell(&ProgressView::ended, transfer);
 }
 
@@ -323,33 +318,29 @@ void Run::fail(Transfer& transfer, int code, const std::string& failure)
 
 void runTransfers(std::vector<Transfer> transfers, Session& session)
 {
-    for (std::size_t i = 0; i < transfers.size(); ++i) {
+    for (std::size_t i = 0; i < transfers.size(); ++i)
         transfers[i].number = i + 1;
-    }
     std::optional<Failure> outputFailure;
     {
         const Interrupt interrupt(session.json);
         Run run(transfers, session);
-        for (Transfer& transfer : transfers) {
+        for (Transfer& transfer : transfers)
             run.start(transfer);
-        }
         outputFailure = run.toEnd();
     }
     const auto failed = std::count_if(transfers.begin(), transfers.end(),
                                       [](const Transfer& one) { return one.phase == Phase::Failed; });
     if (failed > 0) {
-        if (outputFailure) {
+        if (outputFailure)
             complain(outputFailure->what());
-        }
         // That of a single transfer has been said.
         throw Failure(ExitCode::TransferFailed, transfers.size() == 1 ? std::string()
                                                                       : std::to_string(failed) + " of " +
                                                                             std::to_string(transfers.size()) +
                                                                             " did not arrive");
     }
-    if (outputFailure) {
+    if (outputFailure)
         throw Failure(*outputFailure);
-    }
 }
 
 } // namespace cli

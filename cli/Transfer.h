@@ -3,7 +3,7 @@
 
 #include "cli/Session.h"
 
-#include "transfer/TransferCallback.h"
+#include "lumo/transfer/TransferCallback.h"
 
 #include <chrono>
 #include <cstdint>

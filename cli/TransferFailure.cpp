@@ -2,8 +2,8 @@
 
 #include "cli/Connection.h"
 
-#include "components/bulkhaul/Bulkhaul.h"
-#include "core/LumoDataMgr.h"
+#include "lumo/components/bulkhaul/Bulkhaul.h"
+#include "lumo/core/LumoDataMgr.h"
 
 #include <algorithm>
 
@@ -40,9 +40,8 @@ std::string failureText(int code, const std::string& reason)
     };
     const auto* const known = std::find_if(std::begin(kTexts), std::end(kTexts),
                                            [code](const auto& one) { return one.code == code; });
-    if (known == std::end(kTexts)) {
+    if (known == std::end(kTexts))
         return "the transfer failed with code " + std::to_string(code);
-    }
     return known->text + (reason.empty() ? "" : " (" + reason + ")") +
            (known->kept ? "; what arrived is kept: run the same command again to go on" : "");
 }
@@ -51,12 +50,10 @@ std::string refusalText(Session& session, const Found& found)
 {
     const Reason reason = session.journal.lastReason();
     const auto disk = session.catalogue.diskOf(found);
-    if (disk && disk->kestaCode && disk->kestaCode->empty()) {
+    if (disk && disk->kestaCode && disk->kestaCode->empty())
         return "its disk is on no storage box, so that its files can't be moved";
-    }
-    if (reason.operation == "getKestaInfo" && reason.kind == Reason::Kind::ErrorResult && disk) {
+    if (reason.operation == "getKestaInfo" && reason.kind == Reason::Kind::ErrorResult && disk)
         return "the centre knows no storage box '" + disk->kestaCode.value_or("") + "'";
-    }
     return "the centre failed the request: " + describe(reason);
 }
 

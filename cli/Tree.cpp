@@ -68,9 +68,8 @@ bool Walk::enters(unsigned int level) const
 
 void Walk::printBelow(unsigned int folderID, const std::string& prefix, unsigned int level)
 {
-    if (!enters(level)) {
+    if (!enters(level))
         return;
-    }
     const std::vector<Folder> folders = m_Catalogue.foldersIn(folderID);
     const std::vector<File> files = m_Catalogue.filesIn(folderID);
     m_Folders += folders.size();
@@ -89,15 +88,13 @@ void Walk::printBelow(unsigned int folderID, const std::string& prefix, unsigned
 
 void Walk::printDisks(const std::vector<Disk>& disks)
 {
-    if (!enters(0)) {
+    if (!enters(0))
         return;
-    }
     for (const Disk& disk : disks) {
         const bool last = &disk == &disks.back();
         printLine("", last, disk.diskName, disk.diskName ? "/" : "  " + identifierText("disk", disk.diskID));
-        if (enters(1)) {
+        if (enters(1))
             printBelow(m_Catalogue.topFolder(disk), trunk(last), 1);
-        }
     }
 }
 
@@ -134,9 +131,8 @@ void Walk::print(const Found& start)
 
 void Walk::addBelow(Json& record, unsigned int folderID, unsigned int level)
 {
-    if (!enters(level)) {
+    if (!enters(level))
         return;
-    }
     Json folders = Json::array();
     for (const Folder& folder : m_Catalogue.foldersIn(folderID)) {
         Json below = listedJson(folder);
@@ -150,9 +146,8 @@ void Walk::addBelow(Json& record, unsigned int folderID, unsigned int level)
 Json Walk::diskJson(const Disk& disk, unsigned int level)
 {
     Json record = listedJson(disk);
-    if (enters(level)) {
+    if (enters(level))
         addBelow(record, m_Catalogue.topFolder(disk), level);
-    }
     return record;
 }
 
@@ -161,9 +156,8 @@ Json Walk::json(const Found& start)
     switch (start.kind) {
     case Place::Kind::Path: {
         Json disks = Json::array();
-        for (const Disk& disk : m_Catalogue.disks()) {
+        for (const Disk& disk : m_Catalogue.disks())
             disks.push_back(diskJson(disk, 1));
-        }
         return disks;
     }
     case Place::Kind::Disk:
@@ -184,11 +178,10 @@ void showTree(Session& session, const Place& place, unsigned int depth)
 {
     Walk walk(session.catalogue, depth);
     const Found start = session.catalogue.find(place);
-    if (session.json) {
+    if (session.json)
         print(jsonText(walk.json(start)));
-    } else {
+    else
         walk.print(start);
-    }
 }
 
 } // namespace cli

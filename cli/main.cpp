@@ -2,7 +2,7 @@
 #include "cli/Output.h"
 #include "cli/Program.h"
 
-#include "components/bulkhaul/Bulkhaul.h"
+#include "lumo/components/bulkhaul/Bulkhaul.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -28,9 +28,8 @@ void execute(int argc, char** argv)
 
 int tell(ExitCode code, const std::string& message)
 {
-    if (!message.empty()) {
+    if (!message.empty())
         cli::complain(message);
-    }
     return static_cast<int>(code);
 }
 

@@ -1,6 +1,8 @@
-# Makes the installed library known to CMake (find_package) and to pkg-config. Headers and libraries
-# are installed where they are declared.
+# Makes the installed library known to CMake (find_package) and to pkg-config, and installs the
+# public headers. Libraries are installed where they are declared.
 include(CMakePackageConfigHelpers)
+
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 set(LUMO_PACKAGE_FOLDER ${CMAKE_INSTALL_LIBDIR}/cmake/LumoDataMgr)
 

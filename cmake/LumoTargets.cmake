@@ -27,25 +27,21 @@ function(lumo_for_quick_builds TARGET)
 endfunction()
 
 # lumo_shared_library(NAME SOURCES ... PUBLIC_HEADERS ...)
-# A shared library of the package: exported as LumoDataMgr::NAME, headers installed under the
-# folder they have in src/.
+# A shared library of the package, exported as LumoDataMgr::NAME. Public headers are named as they are included,
+# from include/.
 function(lumo_shared_library NAME)
     cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC_HEADERS" ${ARGN})
+    list(TRANSFORM ARG_PUBLIC_HEADERS PREPEND ${PROJECT_SOURCE_DIR}/include/)
     add_library(${NAME} SHARED ${ARG_SOURCES} ${ARG_PUBLIC_HEADERS})
     add_library(LumoDataMgr::${NAME} ALIAS ${NAME})
     set_target_properties(${NAME} PROPERTIES
         VERSION ${PROJECT_VERSION}
         SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}) # before 1.0 a minor version may change the interface
-    target_include_directories(${NAME} PUBLIC
-        $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>
-        $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/LumoDataMgr>)
+    target_include_directories(${NAME}
+        PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
+        PRIVATE ${PROJECT_SOURCE_DIR}/src)
     target_link_libraries(${NAME} PRIVATE $<BUILD_INTERFACE:lumo_options>)
     install(TARGETS ${NAME} EXPORT LumoDataMgrTargets)
-    foreach(HEADER IN LISTS ARG_PUBLIC_HEADERS)
-        file(RELATIVE_PATH FOLDER ${PROJECT_SOURCE_DIR}/src ${CMAKE_CURRENT_SOURCE_DIR})
-        cmake_path(GET HEADER PARENT_PATH BELOW)
-        install(FILES ${HEADER} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/LumoDataMgr/${FOLDER}/${BELOW})
-    endforeach()
 endfunction()
 
 # lumo_protobuf_sources(OUT FILE.proto ...)

@@ -1,8 +1,8 @@
 #include <QCoreApplication>
 #include <QTimer>
-#include <components/hubline/Hubline.h>
-#include <core/LumoDataMgr.h>
 #include <iostream>
+#include <lumo/components/hubline/Hubline.h>
+#include <lumo/core/LumoDataMgr.h>
 
 Q_DECLARE_METATYPE(CLumoFilterFile)
 

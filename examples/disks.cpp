@@ -1,7 +1,7 @@
-#include <components/hubline/Hubline.h>
-#include <core/LumoDataMgr.h>
-#include <core/TextEncoding.h>
 #include <iostream>
+#include <lumo/components/hubline/Hubline.h>
+#include <lumo/core/LumoDataMgr.h>
+#include <lumo/core/TextEncoding.h>
 
 int main(int argc, char** argv)
 {

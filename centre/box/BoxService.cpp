@@ -3,7 +3,7 @@
 #include "components/bulkhaul/FileFailure.h"
 #include "components/bulkhaul/SourceFile.h"
 #include "components/bulkhaul/TreeWalk.h"
-#include "components/wirecall/RpcServer.h"
+#include "lumo/components/wirecall/RpcServer.h"
 
 #include <climits>
 #include <iostream>
@@ -282,7 +282,8 @@ void BoxService::digests(Controller* call, const haulbox::DigestsReq* request, h
             for (std::uint32_t i = 0; i < request->chunks(); ++i) {
                 const std::uint64_t chunk = request->first_chunk() + i;
                 const Digest digest = upload.file->foundDigest(chunk);
-                upload.file->keep(chunk, digest); // until it is written, the client being content with it
+                upload.file->keep(chunk,
+                                  digest); // until it is written, the client being content with it
                 response->mutable_digests()->append(digest.data(), digest.size());
             }
         });

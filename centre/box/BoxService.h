@@ -1,10 +1,10 @@
 #ifndef LUMO_CENTRE_BOX_BOXSERVICE_H
 #define LUMO_CENTRE_BOX_BOXSERVICE_H
 
-#include "centre/Faults.h"
 #include "centre/box/BoxCatalogue.h"
 #include "centre/box/DigestCache.h"
 #include "centre/box/Uploads.h"
+#include "centre/server/Faults.h"
 #include "haulbox.pb.h"
 
 namespace centre {

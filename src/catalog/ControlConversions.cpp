@@ -1,7 +1,7 @@
 #include "catalog/CoordRules.h"
 #include "catalog/FieldRules.h"
-#include "core/LumoDataMgr.h"
 #include "ledger_control.pb.h"
+#include "lumo/core/LumoDataMgr.h"
 
 using fieldrules::coordSetting;
 using fieldrules::key;

@@ -1,9 +1,9 @@
 #ifndef LUMO_CATALOG_COORDRULES_H
 #define LUMO_CATALOG_COORDRULES_H
 
-#include "catalog/CoordSetting.h"
 #include "catalog/FieldRules.h"
 #include "core/GbkTexts.h"
+#include "lumo/catalog/CoordSetting.h"
 
 namespace fieldrules {
 

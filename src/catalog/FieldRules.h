@@ -2,8 +2,8 @@
 #define LUMO_CATALOG_FIELDRULES_H
 
 #include "catalog/NumberText.h"
-#include "core/Identifier.h"
-#include "core/TextEncoding.h"
+#include "lumo/core/Identifier.h"
+#include "lumo/core/TextEncoding.h"
 
 #include <cstring>
 #include <string>

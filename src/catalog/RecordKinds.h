@@ -1,8 +1,8 @@
 #ifndef LUMO_CATALOG_RECORDKINDS_H
 #define LUMO_CATALOG_RECORDKINDS_H
 
-#include "core/LumoDataMgr.h"
 #include "ledgerserver.pb.h"
+#include "lumo/core/LumoDataMgr.h"
 
 #include <type_traits>
 

@@ -1,7 +1,7 @@
 #include "catalog/RecordQueries.h"
-#include "core/CStringCodec.h"
 #include "core/GbkTexts.h"
 #include "core/LogLine.h"
+#include "lumo/core/CStringCodec.h"
 
 #include <cstring>
 #include <strings.h>

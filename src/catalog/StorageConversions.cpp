@@ -1,6 +1,6 @@
 #include "catalog/FieldRules.h"
-#include "core/LumoDataMgr.h"
 #include "ledger_storage.pb.h"
+#include "lumo/core/LumoDataMgr.h"
 
 using fieldrules::key;
 using fieldrules::text;

@@ -1,6 +1,6 @@
-#include "core/CStringCodec.h"
+#include "lumo/core/CStringCodec.h"
 
-#include "components/platform/CodePage.h"
+#include "lumo/components/platform/CodePage.h"
 
 #include <QTextCodec>
 

@@ -1,11 +1,11 @@
 #ifndef LUMO_CORE_CALLFRAME_H
 #define LUMO_CORE_CALLFRAME_H
 
-#include "components/wirecall/RpcChannel.h"
-#include "components/wirecall/RpcController.h"
-#include "core/Identifier.h"
-#include "core/LumoDataMgr.h"
 #include "ledgerserver.pb.h"
+#include "lumo/components/wirecall/RpcChannel.h"
+#include "lumo/components/wirecall/RpcController.h"
+#include "lumo/core/Identifier.h"
+#include "lumo/core/LumoDataMgr.h"
 
 #include <QString>
 

@@ -1,6 +1,6 @@
 #include "core/LogLine.h"
 
-#include "components/logger/LumoLogger.h"
+#include "lumo/components/logger/LumoLogger.h"
 
 #include <algorithm>
 #include <cstdarg>

@@ -1,12 +1,12 @@
-#include "core/LumoDataMgr.h"
+#include "lumo/core/LumoDataMgr.h"
 
-#include "components/bulkhaul/Bulkhaul.h"
-#include "components/hubline/Hubline.h"
-#include "components/wirecall/RpcChannel.h"
-#include "core/CStringCodec.h"
 #include "core/CallFrame.h"
-#include "core/Identifier.h"
 #include "core/LogLine.h"
+#include "lumo/components/bulkhaul/Bulkhaul.h"
+#include "lumo/components/hubline/Hubline.h"
+#include "lumo/components/wirecall/RpcChannel.h"
+#include "lumo/core/CStringCodec.h"
+#include "lumo/core/Identifier.h"
 
 #include <boost/bind.hpp>
 

@@ -1,4 +1,4 @@
-#include "core/LumoDataMgr.h"
+#include "lumo/core/LumoDataMgr.h"
 
 #include "operations/AsyncCall.h"
 

@@ -1,6 +1,6 @@
-#include "core/TextEncoding.h"
+#include "lumo/core/TextEncoding.h"
 
-#include "components/platform/CodePage.h"
+#include "lumo/components/platform/CodePage.h"
 
 #include <cstdint>
 #include <cstring>

@@ -1,5 +1,5 @@
 #include "core/CallFrame.h"
-#include "core/LumoDataMgr.h"
+#include "lumo/core/LumoDataMgr.h"
 #include "tavrel.pb.h"
 
 // Company numbers and national areas

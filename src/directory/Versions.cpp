@@ -1,6 +1,6 @@
 #include "core/CallFrame.h"
-#include "core/LumoDataMgr.h"
-#include "core/TextEncoding.h"
+#include "lumo/core/LumoDataMgr.h"
+#include "lumo/core/TextEncoding.h"
 
 using ledgerserver::VersionBeanReq;
 using ledgerserver::VersionBeanRsp;

@@ -1,6 +1,6 @@
 #include "operations/AsyncCall.h"
 
-#include "core/CStringCodec.h"
+#include "lumo/core/CStringCodec.h"
 
 #include <atomic>
 

@@ -1,11 +1,11 @@
 #ifndef LUMO_OPERATIONS_ASYNCCALL_H
 #define LUMO_OPERATIONS_ASYNCCALL_H
 
-#include "components/wirecall/Closures.h"
-#include "components/wirecall/RpcController.h"
 #include "core/CallFrame.h"
 #include "core/LogLine.h"
 #include "forgeserver.pb.h"
+#include "lumo/components/wirecall/Closures.h"
+#include "lumo/components/wirecall/RpcController.h"
 
 #include <memory>
 

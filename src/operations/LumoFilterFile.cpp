@@ -1,4 +1,4 @@
-#include "operations/LumoFilterFile.h"
+#include "lumo/operations/LumoFilterFile.h"
 
 CLumoFilterFile::CLumoFilterFile() = default;
 CLumoFilterFile::CLumoFilterFile(const CLumoFilterFile& other) = default;

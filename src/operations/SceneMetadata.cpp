@@ -1,7 +1,7 @@
 #include "core/CallFrame.h"
-#include "core/LumoDataMgr.h"
 #include "core/TextLists.h"
 #include "forgeserver.pb.h"
+#include "lumo/core/LumoDataMgr.h"
 
 using forgeserver::AnalyzeAdsReq;
 using forgeserver::AnalyzeAdsRsp;

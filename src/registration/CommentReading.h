@@ -2,7 +2,7 @@
 #define LUMO_REGISTRATION_COMMENTREADING_H
 
 #include "catalog/FieldRules.h"
-#include "registration/CommentRecords.h"
+#include "lumo/registration/CommentRecords.h"
 
 #include <QList>
 #include <QString>

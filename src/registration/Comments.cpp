@@ -1,6 +1,6 @@
 #include "core/CallFrame.h"
-#include "core/LumoDataMgr.h"
 #include "core/TextLists.h"
+#include "lumo/core/LumoDataMgr.h"
 #include "registration/CommentReading.h"
 
 using ledgerserver::CommentUtilBeanRsp;

@@ -1,5 +1,5 @@
 #include "core/CallFrame.h"
-#include "core/LumoDataMgr.h"
+#include "lumo/core/LumoDataMgr.h"
 #include "registration/CommentReading.h"
 
 using ledgerserver::CommentImageUtilReq;

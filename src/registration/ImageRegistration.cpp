@@ -1,7 +1,7 @@
-#include "core/CStringCodec.h"
 #include "core/CallFrame.h"
 #include "core/LogLine.h"
-#include "core/LumoDataMgr.h"
+#include "lumo/core/CStringCodec.h"
+#include "lumo/core/LumoDataMgr.h"
 #include "registration/AssignmentText.h"
 
 using ledgerserver::CheckDataBean;

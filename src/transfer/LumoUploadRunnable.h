@@ -2,7 +2,7 @@
 #define LUMO_TRANSFER_LUMOUPLOADRUNNABLE_H
 
 #include "kestaserver.pb.h"
-#include "transfer/TransferCallback.h"
+#include "lumo/transfer/TransferCallback.h"
 
 #include <QPair>
 #include <QRunnable>

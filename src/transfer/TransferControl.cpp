@@ -1,6 +1,6 @@
 #include "core/CallFrame.h"
-#include "core/LumoDataMgr.h"
 #include "forgeserver.pb.h"
+#include "lumo/core/LumoDataMgr.h"
 
 #include <QtEndian>
 

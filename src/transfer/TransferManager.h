@@ -1,7 +1,7 @@
 #ifndef LUMO_TRANSFER_TRANSFERMANAGER_H
 #define LUMO_TRANSFER_TRANSFERMANAGER_H
 
-#include "core/LumoDataMgr.h"
+#include "lumo/core/LumoDataMgr.h"
 
 /// The manager that a task works for: the process's own, looked up each time, which it outlives.
 inline CLumoDataMgr& manager()

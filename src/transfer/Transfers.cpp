@@ -1,5 +1,5 @@
-#include "core/CStringCodec.h"
-#include "core/LumoDataMgr.h"
+#include "lumo/core/CStringCodec.h"
+#include "lumo/core/LumoDataMgr.h"
 #include "transfer/LumoDownloadRunnable.h"
 #include "transfer/LumoUploadRunnable.h"
 

@@ -1,5 +1,5 @@
-#include "components/platform/CodePage.h"
 #include "ledgerserver.pb.h"
+#include "lumo/components/platform/CodePage.h"
 #include "tests/support/TestManager.h"
 
 #include <QProcess>

@@ -1,4 +1,4 @@
-#include "core/TextEncoding.h"
+#include "lumo/core/TextEncoding.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TestManager.h"
 
@@ -73,9 +73,8 @@ std::string onList(const std::function<ENUM_RET_TYPE(QList<Element>&)>& query,
             EXPECT_EQ(elements[i].recordKind, recordKind);
             EXPECT_TRUE(recordKind != DATA_TYPE_CTRL_POINT || !elements[i].body.ctrlPoint.ctrlFile);
         }
-        if constexpr (std::is_same_v<Element, tagCtrlPointTable>) {
+        if constexpr (std::is_same_v<Element, tagCtrlPointTable>)
             EXPECT_EQ(elements[i].ctrlFile, nullptr);
-        }
     }
     return outcome;
 }

@@ -1,4 +1,4 @@
-#include "centre/Load.h"
+#include "centre/content/Load.h"
 #include "tests/centre/CentreSupport.h"
 
 #include <sstream>

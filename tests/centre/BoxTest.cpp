@@ -1,9 +1,9 @@
-#include "centre/Box.h"
-#include "centre/CatalogueOfBox.h"
-#include "centre/Version.h"
-#include "components/bulkhaul/Bulkhaul.h"
+#include "centre/box/Box.h"
+#include "centre/box/CatalogueOfBox.h"
+#include "centre/store/Version.h"
 #include "components/bulkhaul/FileFailure.h"
 #include "kestaserver.pb.h"
+#include "lumo/components/bulkhaul/Bulkhaul.h"
 #include "tests/centre/CentreSupport.h"
 #include "tests/support/Certificate.h"
 

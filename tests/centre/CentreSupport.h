@@ -1,14 +1,14 @@
 #ifndef LUMO_TESTS_CENTRE_CENTRESUPPORT_H
 #define LUMO_TESTS_CENTRE_CENTRESUPPORT_H
 
-#include "centre/Centre.h"
-#include "centre/Error.h"
-#include "centre/Store.h"
-#include "components/wirecall/RpcChannel.h"
-#include "components/wirecall/RpcController.h"
+#include "centre/server/Centre.h"
+#include "centre/store/Error.h"
+#include "centre/store/Store.h"
 #include "forgeserver.pb.h"
 #include "haulbox.pb.h"
 #include "ledgerserver.pb.h"
+#include "lumo/components/wirecall/RpcChannel.h"
+#include "lumo/components/wirecall/RpcController.h"
 #include "tavrel.pb.h"
 #include "tests/support/Files.h"
 #include "tests/support/Process.h"

@@ -1,7 +1,7 @@
-#include "centre/ImageFile.h"
-#include "centre/Import.h"
-#include "centre/SceneMetadata.h"
-#include "centre/ServerCopy.h"
+#include "centre/content/Import.h"
+#include "centre/forge/ImageFile.h"
+#include "centre/forge/SceneMetadata.h"
+#include "centre/forge/ServerCopy.h"
 #include "tests/centre/CentreSupport.h"
 
 #include <functional>

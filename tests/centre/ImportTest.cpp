@@ -1,4 +1,4 @@
-#include "centre/Import.h"
+#include "centre/content/Import.h"
 #include "tests/centre/CentreSupport.h"
 
 namespace fs = std::filesystem;
@@ -101,9 +101,8 @@ TEST_F(Import, RefusesWhatCannotBeADisk)
         {{"/", "new", "LUMO", ""}, "the data folder"},
     };
     const auto before = catalogueOf(m_Store);
-    for (const auto& each : cases) {
+    for (const auto& each : cases)
         expectError(each.code, each.reason, [&] { centre::importTree(m_Store, each.options, {}); });
-    }
     EXPECT_EQ(catalogueOf(m_Store), before);
 }
 

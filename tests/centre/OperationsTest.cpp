@@ -1,5 +1,5 @@
-#include "centre/Query.h"
-#include "centre/Version.h"
+#include "centre/ledger/Query.h"
+#include "centre/store/Version.h"
 #include "tests/centre/CentreSupport.h"
 
 #include <set>

@@ -1,4 +1,4 @@
-#include "centre/Import.h"
+#include "centre/content/Import.h"
 #include "tests/centre/CentreSupport.h"
 
 #include <signal.h>

@@ -1,5 +1,5 @@
-#include "centre/Load.h"
-#include "centre/RecordKinds.h"
+#include "centre/content/Load.h"
+#include "centre/store/RecordKinds.h"
 #include "tests/centre/CentreSupport.h"
 
 #include <algorithm>

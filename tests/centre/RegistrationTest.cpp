@@ -1,6 +1,6 @@
-#include "centre/AssignmentText.h"
-#include "centre/Load.h"
-#include "centre/RecordKinds.h"
+#include "centre/content/Load.h"
+#include "centre/ledger/AssignmentText.h"
+#include "centre/store/RecordKinds.h"
 #include "tests/centre/CentreSupport.h"
 
 using centre::RecordKind;

@@ -1,7 +1,7 @@
 #include "tests/centre/CentreSupport.h"
 
-#include "components/hubline/Hubline.h"
 #include "hubline.pb.h"
+#include "lumo/components/hubline/Hubline.h"
 
 #include <atomic>
 #include <thread>

@@ -16,9 +16,8 @@ namespace {
 std::filesystem::path makeFolder()
 {
     std::string path = (std::filesystem::temp_directory_path() / "lumo-test-XXXXXX").string();
-    if (mkdtemp(path.data()) == nullptr) {
+    if (mkdtemp(path.data()) == nullptr)
         throw std::runtime_error("no temporary folder");
-    }
     return path;
 }
 
@@ -44,9 +43,8 @@ void CentreProcess::administrate(const std::string& command, const std::vector<s
     std::vector<std::string> whole{CENTRE_PROGRAM, command, (m_Folder.path / "data").string()};
     whole.insert(whole.end(), arguments.begin(), arguments.end());
     const Outcome outcome = run(whole);
-    if (outcome.exitCode != 0) {
+    if (outcome.exitCode != 0)
         throw std::runtime_error(command + " failed: " + outcome.errors);
-    }
 }
 
 void CentreProcess::import(const std::filesystem::path& folder, const std::string& disk)
@@ -63,13 +61,11 @@ void CentreProcess::serve(const std::vector<std::string>& arguments)
     m_Process = std::make_unique<Process>(command);
     std::string line = m_Process->readLine();
     // Its boxes and the folders it copies to come first.
-    while (!line.empty() && line.find(": serving ") == std::string::npos) {
+    while (!line.empty() && line.find(": serving ") == std::string::npos)
         line = m_Process->readLine();
-    }
     m_Address = line.substr(line.rfind(' ') + 1);
-    if (m_Address.find(':') == std::string::npos) {
+    if (m_Address.find(':') == std::string::npos)
         throw std::runtime_error("the centre does not serve: " + line);
-    }
 }
 
 int CentreProcess::stop()
@@ -83,9 +79,8 @@ std::vector<std::string> CentreProcess::lumoCommand(const std::vector<std::strin
     std::vector<std::string> command{LUMO_PROGRAM};
     command.insert(command.end(), arguments.begin(), arguments.end());
     const auto login = [&command](const char* option, const std::string& value) {
-        if (std::find(command.begin(), command.end(), option) == command.end()) {
+        if (std::find(command.begin(), command.end(), option) == command.end())
             command.insert(command.begin() + 1, {option, value});
-        }
     };
     login("--centre", m_Address);
     login("--token-file", tokenFile());

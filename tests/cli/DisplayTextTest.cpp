@@ -12,9 +12,8 @@ TEST(DisplayText, WidthCountsColumnsNotBytes)
         const char* text;
         std::size_t width;
     } kCases[] = {{"", 0}, {"abc", 3}, {"影像", 4}, {"é", 1}, {"e\u0301", 1}, {"ｱ", 1}, {"Ａ", 2}, {"🌍", 2}};
-    for (const auto& one : kCases) {
+    for (const auto& one : kCases)
         EXPECT_EQ(cli::displayWidth(one.text), one.width) << one.text;
-    }
 }
 
 TEST(DisplayText, ClippedTextKeepsBothEndsAndFits)
@@ -26,9 +25,8 @@ TEST(DisplayText, ClippedTextKeepsBothEndsAndFits)
         const char* clipped;
     } kCases[] = {{"abc", 3, "abc"}, {"abcdefg", 5, "ab…fg"},  {"abcdefg", 4, "a…fg"}, {"ab", 1, "…"},
                   {"ab", 0, ""},     {"影像影像", 5, "影…像"}, {"影像影像", 4, "…像"}, {"影", 1, "…"}};
-    for (const auto& one : kCases) {
+    for (const auto& one : kCases)
         EXPECT_EQ(cli::clipped(one.text, one.columns), one.clipped) << one.text << one.columns;
-    }
 }
 
 TEST(DisplayText, WhatATerminalWouldActOnIsEscaped)
@@ -46,9 +44,8 @@ TEST(DisplayText, WhatATerminalWouldActOnIsEscaped)
                   {"gpj.\u202eexe", "gpj.\\u202Eexe"},
                   {"\u2028", "\\u2028"},
                   {"\xff\xc0\xaf\xe4\xb8", "\\xFF\\xC0\\xAF\\xE4\\xB8"}};
-    for (const auto& one : kCases) {
+    for (const auto& one : kCases)
         EXPECT_EQ(cli::escaped(one.text), one.shown);
-    }
 }
 
 TEST(Table, ColumnsLineUpWhateverTheScript)
@@ -79,9 +76,8 @@ TEST(JsonText, HoldsNoControlCharacterRawAndReadsBack)
     const cli::Json document{{"name", "a\n\x1b\x7f\u0085影像\xff"}};
     const std::string text = cli::jsonText(document);
     EXPECT_NE(text.find("\\u007f\\u0085影像"), std::string::npos) << text;
-    for (const char byte : text) {
+    for (const char byte : text)
         EXPECT_TRUE(byte == '\n' || static_cast<unsigned char>(byte) >= 0x20);
-    }
     EXPECT_EQ(cli::Json::parse(text)["name"], "a\n\x1b\x7f\u0085影像\ufffd");
 }
 

@@ -99,9 +99,8 @@ TEST_F(LumoChanges, InterruptedRegistrationTellsWhatItDid)
 {
     const auto file = m_Centre.folder() / "scenes.csv";
     std::string lines = "typeID,mainFileID\n";
-    for (int i = 0; i < 10000; ++i) { // of more batches than fit into a pipe that is not read
+    for (int i = 0; i < 10000; ++i) // of more batches than fit into a pipe that is not read
         lines += "1,1\n";
-    }
     writeFile(file, lines);
     Process lumo(m_Centre.lumoCommand({"register", "sat", "--from", file, "--json"}));
     std::string line = lumo.readLine();
@@ -126,9 +125,8 @@ TEST_F(LumoChanges, SecondInterruptEndsARegistrationThatIsNotAnswered)
 {
     const auto file = m_Centre.folder() / "scenes.csv";
     std::string lines = "typeID,mainFileID\n";
-    for (int i = 0; i < 501; ++i) { // one more than a batch
+    for (int i = 0; i < 501; ++i) // one more than a batch
         lines += "1,1\n";
-    }
     writeFile(file, lines);
     m_Centre.stop();
     m_Centre.serve({"--fault", "saveFullDataByType@2=stall"});

@@ -72,21 +72,18 @@ TEST(Lumo, TakesAndShowsAnyName)
     const std::vector<std::string> names = {"-dash",       "a b",    "a\\b",    "line\nbreak",
                                             "\x1b[31mred", "\x7f",   "\u009b1", "?*'\"",
                                             "名",          "file:1", "🌍"};
-    for (const std::string& name : names) {
+    for (const std::string& name : names)
         writeFile(tree / name, "");
-    }
     centre.import(tree, "odd");
     centre.serve();
 
-    for (const std::string& name : names) {
+    for (const std::string& name : names)
         EXPECT_EQ(parsed(centre.lumo({"show", "/odd/" + name, "--json"}))["fileName"], name);
-    }
     std::vector<std::string> listed;
     const Outcome listing = centre.lumo({"ls", "/odd", "--json"});
     const json files = parsed(listing)["files"];
-    for (const json& file : files) {
+    for (const json& file : files)
         listed.push_back(file["fileName"]);
-    }
     EXPECT_THAT(listed, testing::UnorderedElementsAreArray(names));
     for (const std::string& output :
          {listing.output, shown(centre.lumo({"ls", "/odd"})), shown(centre.lumo({"tree", "/odd"}))}) {
@@ -101,9 +98,8 @@ TEST(Lumo, NameTooLongForItsRecordIsSaidSoAndNeverAnothersName)
     CentreProcess centre;
     const auto tree = centre.folder() / "tree";
     std::string longName;
-    for (int i = 0; i < 85; ++i) {
+    for (int i = 0; i < 85; ++i)
         longName += "长";
-    }
     writeFile(tree / "a", "");
     writeFile(tree / longName, "");
     writeFile(tree / "z", "");
@@ -144,9 +140,8 @@ TEST(Lumo, LongListIsShownWholeOrNotAtAll)
     CentreProcess centre;
     const auto tree = centre.folder() / "tree";
     std::filesystem::create_directory(tree);
-    for (int i = 0; i < 25000; ++i) {
+    for (int i = 0; i < 25000; ++i)
         std::ofstream file(tree / ("f" + std::to_string(i)));
-    }
     centre.import(tree, "many");
     centre.serve({"--fault", "queryFileTableBySrcId@2=exit"});
     const Outcome cut = centre.lumo({"ls", "/many", "--json"});

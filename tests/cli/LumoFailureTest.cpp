@@ -185,9 +185,8 @@ TEST(LumoFailure, EachHasItsOwnMessageAndExitCode)
         {{"show", "dem", "9"}, 7, "no dem 9"},
         {{"search", "--project", "9"}, 7, "no project '9'"},
     };
-    for (const Failure& one : kCases) {
+    for (const Failure& one : kCases)
         expectFailure(centre.lumo(one.arguments), one);
-    }
     EXPECT_EQ(centre.stop(), 0);
     expectFailure(centre.lumo({"disks"}), {{}, 3, "can't reach the centre"});
 }

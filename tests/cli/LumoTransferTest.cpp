@@ -26,9 +26,8 @@ std::vector<json> eventsOf(const std::string& output)
 {
     std::vector<json> events;
     std::istringstream lines(output);
-    for (std::string line; std::getline(lines, line);) {
+    for (std::string line; std::getline(lines, line);)
         events.push_back(json::parse(line, nullptr, false));
-    }
     return events;
 }
 
@@ -66,9 +65,8 @@ protected:
     std::string typed(const std::vector<std::string>& arguments) const
     {
         std::string command;
-        for (const std::string& word : centre.lumoCommand(arguments)) {
+        for (const std::string& word : centre.lumoCommand(arguments))
             command += word + " ";
-        }
         return command;
     }
 
@@ -110,9 +108,8 @@ TEST_F(LumoTransfer, ExistingFileIsKeptUnlessToldOtherwise)
     writeFile(disk / longName, "long");
     centre.import(disk, "地球");
     centre.serve();
-    for (const char* result : {": done, 4 B in ", ": kept, a file stands there already"}) {
+    for (const char* result : {": done, 4 B in ", ": kept, a file stands there already"})
         EXPECT_THAT(done({"get", "/地球/" + longName, here}), HasSubstr((here / longName).string() + result));
-    }
     const fs::path local = here / "readme";
     fs::create_symlink("nowhere", local);
     EXPECT_THAT(done({"get", "/地球/readme", here}), HasSubstr("kept, a file stands there already"));
@@ -239,19 +236,16 @@ TEST_F(LumoTransfer, InterruptLeavesWhatTheNextAttemptGoesOnWith)
         EXPECT_THAT(lumo.readLine(), HasSubstr("\"begin\""));
         const auto partial = [&folder] {
             std::uintmax_t bytes = 0;
-            for (const auto& entry : fs::directory_iterator(folder)) {
+            for (const auto& entry : fs::directory_iterator(folder))
                 bytes = entry.path().filename().string()[0] == '.' ? entry.file_size() : bytes;
-            }
             return bytes;
         };
-        while (partial() < content.size() / 4) {
+        while (partial() < content.size() / 4)
             ASSERT_GT(read(changes, events, sizeof events), 0);
-        }
         lumo.signal(one.signal);
         std::string last;
-        for (std::string line = lumo.readLine(); !line.empty(); line = lumo.readLine()) {
+        for (std::string line = lumo.readLine(); !line.empty(); line = lumo.readLine())
             last = line;
-        }
         EXPECT_EQ(last, "{\"event\":\"interrupted\"}");
         EXPECT_EQ(lumo.wait(), 128 + one.signal);
         EXPECT_FALSE(fs::exists(one.target));
@@ -305,9 +299,8 @@ TEST_F(LumoTransfer, OutputThatFailsStopsNoTransferAndIsTold)
         const Outcome outcome = run({"/bin/sh", "-c", one.command}, {"XDG_CONFIG_HOME=/nowhere"});
         EXPECT_EQ(outcome.exitCode, 1) << one.command;
         EXPECT_EQ(outcome.errors, one.message);
-        for (int i = 0; i < 60; ++i) {
+        for (int i = 0; i < 60; ++i)
             EXPECT_TRUE(fs::remove(disk / std::to_string(i))) << i;
-        }
     }
 }
 

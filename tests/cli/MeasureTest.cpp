@@ -13,14 +13,12 @@ TEST(Measure, ShowsThreeDigitsAndAClock)
         {0, "0 B"},          {999, "999 B"},      {999.6, "0.98 KiB"},       {1024, "1.00 KiB"},
         {10239, "10.0 KiB"}, {102400, "100 KiB"}, {1023 * 1024, "1.00 MiB"}, {1.5e9, "1.40 GiB"},
         {3e15, "2728 TiB"}};
-    for (const auto& [bytes, text] : kBytes) {
+    for (const auto& [bytes, text] : kBytes)
         EXPECT_EQ(cli::bytesText(bytes), text);
-    }
     const std::pair<double, const char*> kTimes[] = {
         {0, "0.00 s"}, {0.996, "1.0 s"}, {9.96, "10 s"}, {59.6, "1:00"}, {3599.6, "1:00:00"}};
-    for (const auto& [time, text] : kTimes) {
+    for (const auto& [time, text] : kTimes)
         EXPECT_EQ(cli::durationText(time), text);
-    }
     EXPECT_EQ(cli::clockText(7), "0:07");
 }
 
@@ -49,9 +47,8 @@ TEST(Totals, WhatAnEarlierAttemptMovedIsNoSpeed)
     transfers[0].percent = 60; // gone on with
     transfers[1].phase = cli::Transfer::Phase::Done;
     transfers[1].wasFile = true; // kept
-    while (!totals.bytesPerSecond()) {
+    while (!totals.bytesPerSecond())
         totals.sample();
-    }
     EXPECT_EQ(totals.bytesPerSecond(), 0.0);
     EXPECT_FALSE(totals.secondsLeft());
     EXPECT_DOUBLE_EQ(*totals.fraction(), 0.8);

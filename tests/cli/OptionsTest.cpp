@@ -18,9 +18,8 @@ TEST(Timeout, TakesAWholeNumberAndAUnit)
     EXPECT_EQ(cli::parseTimeout("10s"), 10000U);
     EXPECT_EQ(cli::parseTimeout("2m"), 120000U);
     EXPECT_EQ(cli::parseTimeout("0"), 0U);
-    for (const char* text : {"", "s", "10 s", "-1", "1.5s", "10h", "4294968s", "99999999999"}) {
+    for (const char* text : {"", "s", "10 s", "-1", "1.5s", "10h", "4294968s", "99999999999"})
         EXPECT_THROW(cli::parseTimeout(text), cli::Failure) << text;
-    }
 }
 
 class Profile : public testing::Test

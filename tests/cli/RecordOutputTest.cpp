@@ -1,7 +1,7 @@
 #include "cli/RecordOutput.h"
 
-#include "components/platform/CodePage.h"
-#include "core/TextEncoding.h"
+#include "lumo/components/platform/CodePage.h"
+#include "lumo/core/TextEncoding.h"
 
 #include <gmock/gmock.h>
 
@@ -48,11 +48,9 @@ protected:
 
     static cli::Value value(const tagSatTable& image, const std::string& name)
     {
-        for (const cli::Field& field : cli::fieldsOf(image)) {
-            if (field.name == name) {
+        for (const cli::Field& field : cli::fieldsOf(image))
+            if (field.name == name)
                 return field.value;
-            }
-        }
         ADD_FAILURE() << name;
         return {};
     }
@@ -102,9 +100,8 @@ TEST_F(RecordOutput, CsvCellsAreQuotedWhereTheyMustBe)
 {
     const std::pair<const char*, const char*> kCases[] = {
         {"", ""}, {"a b;c", "a b;c"}, {"a,b", "\"a,b\""}, {"a\"b", "\"a\"\"b\""}, {"a\nb", "\"a\nb\""}};
-    for (const auto& [text, cell] : kCases) {
+    for (const auto& [text, cell] : kCases)
         EXPECT_EQ(cli::csvCell(text), cell);
-    }
 }
 
 TEST_F(RecordOutput, TableHasTheColumnsThatFitAndShowSomething)

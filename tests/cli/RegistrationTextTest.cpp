@@ -27,9 +27,8 @@ TEST(Csv, ReadsEveryFormOfRfc4180)
     };
     for (const auto& one : kCases) {
         std::vector<std::pair<std::size_t, Cells>> rows;
-        for (const cli::CsvRow& row : cli::parseCsv(one.text, "f")) {
+        for (const cli::CsvRow& row : cli::parseCsv(one.text, "f"))
             rows.emplace_back(row.line, row.cells);
-        }
         EXPECT_EQ(rows, one.rows) << one.text;
     }
 }
@@ -53,9 +52,8 @@ TEST(Csv, RefusesOtherFormsByTheirLine)
                                                           {"a\n1,2", "f:2: 2 cells"},
                                                           {"a\n\n1\"2", "f:3: a quote in a cell"},
                                                           {"a\n\"1\n\n", "f:2: a quoted cell has no end"},
-                                                          {"a\n\"1\n2\" \n", "f:3: text behind the quote"}}) {
+                                                          {"a\n\"1\n2\" \n", "f:3: text behind the quote"}})
         expectRefusal([&text = text] { cli::parseCsv(text, "f"); }, message);
-    }
 }
 
 TEST(AssignmentText, CarriesWhatItsReaderTakesApartAgainAndRefusesTheRest)
@@ -63,9 +61,8 @@ TEST(AssignmentText, CarriesWhatItsReaderTakesApartAgainAndRefusesTheRest)
     cli::AssignmentText text;
     const std::pair<const char*, const char*> kCarried[] = {
         {"text1", ""}, {"text_2", "it's"}, {"V3", "a=b="}, {"k", "'名'"}, {"l", "="}};
-    for (const auto& [key, value] : kCarried) {
+    for (const auto& [key, value] : kCarried)
         text.add(key, value);
-    }
     EXPECT_EQ(text.text(), "text1='',text_2='it's',V3='a=b=',k=''名'',l='='");
     const std::tuple<std::string, std::string, const char*> kRefused[] = {
         {"", "1", "is no field"},
@@ -76,9 +73,8 @@ TEST(AssignmentText, CarriesWhatItsReaderTakesApartAgainAndRefusesTheRest)
         {"k", "a='b", "a quote behind an equals sign"},
         {"k", std::string("a\0b", 3), "a NUL"},
         {"k", "\xff", "not UTF-8"}};
-    for (const auto& [key, value, message] : kRefused) {
+    for (const auto& [key, value, message] : kRefused)
         expectRefusal([&text, &key = key, &value = value] { text.add(key, value); }, message);
-    }
     EXPECT_THAT(text.text(), testing::EndsWith("l='='"));
 }
 

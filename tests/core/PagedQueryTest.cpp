@@ -169,12 +169,11 @@ TEST_F(PagedQueries, CornerCases)
         SCOPED_TRACE(c.what);
         m_Channel.forgetCalls();
         m_Log.clear();
-        for (const std::string& answer : c.answers) {
+        for (const std::string& answer : c.answers)
             if (answer[0] == '!')
                 m_Channel.fail(answer.substr(1));
             else
                 m_Channel.answer(answer);
-        }
         Lines identifiers;
         EXPECT_EQ(kMethods[2].invoke(m_Manager, identifiers), c.result);
         EXPECT_EQ(identifiers, c.identifiers);

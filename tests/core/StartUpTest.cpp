@@ -1,4 +1,4 @@
-#include "components/hubline/Hubline.h"
+#include "lumo/components/hubline/Hubline.h"
 #include "tests/support/FakeComponents.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TestManager.h"

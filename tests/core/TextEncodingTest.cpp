@@ -1,7 +1,7 @@
-#include "core/TextEncoding.h"
+#include "lumo/core/TextEncoding.h"
 
-#include "components/platform/CodePage.h"
-#include "core/CStringCodec.h"
+#include "lumo/components/platform/CodePage.h"
+#include "lumo/core/CStringCodec.h"
 
 #include <gtest/gtest.h>
 

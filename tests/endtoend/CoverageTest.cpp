@@ -1,12 +1,12 @@
 // Every operation of the services has a caller in the library and a handler in the centre, and every method
 // of the interface a command.
 
-#include "centre/Centre.h"
-#include "centre/Store.h"
-#include "components/wirecall/RpcChannel.h"
-#include "components/wirecall/RpcController.h"
+#include "centre/server/Centre.h"
+#include "centre/store/Store.h"
 #include "forgeserver.pb.h"
 #include "ledgerserver.pb.h"
+#include "lumo/components/wirecall/RpcChannel.h"
+#include "lumo/components/wirecall/RpcController.h"
 #include "tavrel.pb.h"
 #include "tests/support/Files.h"
 

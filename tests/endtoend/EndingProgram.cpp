@@ -2,9 +2,9 @@
 // eight threads in a call that is not answered, after calls that were; or a folder with the folders "0", "1"
 // and so on, for downloads of disk 1 into them and uploads of them to it.
 
-#include "components/hubline/Hubline.h"
-#include "components/logger/LumoLogger.h"
-#include "core/LumoDataMgr.h"
+#include "lumo/components/hubline/Hubline.h"
+#include "lumo/components/logger/LumoLogger.h"
+#include "lumo/core/LumoDataMgr.h"
 
 #include <QTextCodec>
 

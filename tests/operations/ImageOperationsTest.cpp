@@ -1,5 +1,5 @@
-#include "components/wirecall/RpcServer.h"
 #include "forgeserver.pb.h"
+#include "lumo/components/wirecall/RpcServer.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TestManager.h"
 

@@ -1,8 +1,8 @@
 #ifndef LUMO_TESTS_SUPPORT_FAKECHANNEL_H
 #define LUMO_TESTS_SUPPORT_FAKECHANNEL_H
 
-#include "components/wirecall/RpcChannel.h"
-#include "components/wirecall/RpcController.h"
+#include "lumo/components/wirecall/RpcChannel.h"
+#include "lumo/components/wirecall/RpcController.h"
 
 #include <google/protobuf/descriptor.h>
 #include <google/protobuf/message.h>

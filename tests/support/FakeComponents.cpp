@@ -1,6 +1,6 @@
 #include "tests/support/FakeComponents.h"
 
-#include "components/hubline/Hubline.h"
+#include "lumo/components/hubline/Hubline.h"
 
 #include <google/protobuf/message.h>
 

@@ -1,8 +1,8 @@
 #ifndef LUMO_TESTS_SUPPORT_FAKECOMPONENTS_H
 #define LUMO_TESTS_SUPPORT_FAKECOMPONENTS_H
 
-#include "components/bulkhaul/Bulkhaul.h"
-#include "components/wirecall/RpcChannel.h"
+#include "lumo/components/bulkhaul/Bulkhaul.h"
+#include "lumo/components/wirecall/RpcChannel.h"
 
 #include <boost/shared_ptr.hpp>
 

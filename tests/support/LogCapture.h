@@ -1,7 +1,7 @@
 #ifndef LUMO_TESTS_SUPPORT_LOGCAPTURE_H
 #define LUMO_TESTS_SUPPORT_LOGCAPTURE_H
 
-#include "components/logger/LumoLogger.h"
+#include "lumo/components/logger/LumoLogger.h"
 
 #include <gtest/gtest.h>
 

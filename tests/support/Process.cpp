@@ -19,9 +19,8 @@ std::vector<char*> pointers(const std::vector<std::string>& command)
 {
     std::vector<char*> arguments;
     arguments.reserve(command.size() + 1);
-    for (const std::string& argument : command) {
+    for (const std::string& argument : command)
         arguments.push_back(const_cast<char*>(argument.c_str()));
-    }
     arguments.push_back(nullptr);
     return arguments;
 }
@@ -35,9 +34,8 @@ std::vector<char*> pointers(const std::vector<std::string>& command)
 int await(pid_t pid)
 {
     int status = 0;
-    if (waitpid(pid, &status, 0) != pid) {
+    if (waitpid(pid, &status, 0) != pid)
         throw std::runtime_error("waitpid failed");
-    }
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
@@ -46,9 +44,8 @@ std::string contentOf(int descriptor)
     std::string content;
     char buffer[65536];
     lseek(descriptor, 0, SEEK_SET);
-    for (ssize_t count; (count = read(descriptor, buffer, sizeof buffer)) > 0;) {
+    for (ssize_t count; (count = read(descriptor, buffer, sizeof buffer)) > 0;)
         content.append(buffer, static_cast<std::size_t>(count));
-    }
     close(descriptor);
     return content;
 }
@@ -72,9 +69,8 @@ Outcome run(const std::vector<std::string>& command, const std::vector<std::stri
     if (pid == 0) {
         dup2(output, STDOUT_FILENO);
         dup2(errors, STDERR_FILENO);
-        for (const std::string& variable : environment) {
+        for (const std::string& variable : environment)
             putenv(const_cast<char*>(variable.c_str()));
-        }
         execute(arguments);
     }
     const int exitCode = await(pid);
@@ -84,9 +80,8 @@ Outcome run(const std::vector<std::string>& command, const std::vector<std::stri
 Process::Process(const std::vector<std::string>& command)
 {
     int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) {
+    if (pipe2(ends, O_CLOEXEC) != 0)
         throw std::runtime_error("pipe failed");
-    }
     const std::vector<char*> arguments = pointers(command);
     m_Pid = fork();
     if (m_Pid == 0) {
@@ -109,9 +104,8 @@ Process::~Process()
 std::string Process::readLine()
 {
     std::string line;
-    for (int byte; (byte = std::fgetc(m_Output)) != EOF && byte != '\n';) {
+    for (int byte; (byte = std::fgetc(m_Output)) != EOF && byte != '\n';)
         line += static_cast<char>(byte);
-    }
     return line;
 }
 

@@ -1,7 +1,7 @@
 #ifndef LUMO_TESTS_SUPPORT_TESTMANAGER_H
 #define LUMO_TESTS_SUPPORT_TESTMANAGER_H
 
-#include "core/LumoDataMgr.h"
+#include "lumo/core/LumoDataMgr.h"
 #include "tests/support/FakeChannel.h"
 
 /// A manager of the test's own, ready to call over a fake channel as company 7, user 8, within 4321 ms.

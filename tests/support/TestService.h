@@ -1,8 +1,8 @@
 #ifndef LUMO_TESTS_SUPPORT_TESTSERVICE_H
 #define LUMO_TESTS_SUPPORT_TESTSERVICE_H
 
-#include "components/wirecall/RpcServer.h"
 #include "hubline.pb.h"
+#include "lumo/components/wirecall/RpcServer.h"
 
 #include <functional>
 

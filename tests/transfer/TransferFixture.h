@@ -1,7 +1,7 @@
 #ifndef LUMO_TESTS_TRANSFER_TRANSFERFIXTURE_H
 #define LUMO_TESTS_TRANSFER_TRANSFERFIXTURE_H
 
-#include "core/TextEncoding.h"
+#include "lumo/core/TextEncoding.h"
 #include "tests/support/FakeComponents.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TestManager.h"

@@ -95,9 +95,8 @@ TEST_F(Upload, OneCallMovesTheWholePathAndTellsWhatTheClientReports)
             ASSERT_EQ(lines.size(), c.result == 0 ? 2u : 3u) << "no lines of state";
             EXPECT_EQ(lines[1], std::string("Upload RPC TaskID : rpc, Inner TaskID : ") + c.name +
                                     "ID Func:uploadCallback");
-            if (c.result != 0) {
+            if (c.result != 0)
                 EXPECT_EQ(lines[2], "bulkhaul::Upload Failed! Func:CLumoUploadRunnable::run");
-            }
             again();
         }
 }

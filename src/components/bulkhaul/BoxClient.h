@@ -1,11 +1,11 @@
 #ifndef LUMO_BULKHAUL_BOXCLIENT_H
 #define LUMO_BULKHAUL_BOXCLIENT_H
 
-#include "components/bulkhaul/Bulkhaul.h"
 #include "components/bulkhaul/Chunks.h"
-#include "components/wirecall/RpcChannel.h"
-#include "components/wirecall/RpcController.h"
 #include "haulbox.pb.h"
+#include "lumo/components/bulkhaul/Bulkhaul.h"
+#include "lumo/components/wirecall/RpcChannel.h"
+#include "lumo/components/wirecall/RpcController.h"
 
 #include <stdexcept>
 #include <string>

@@ -1,4 +1,4 @@
-#include "components/bulkhaul/Bulkhaul.h"
+#include "lumo/components/bulkhaul/Bulkhaul.h"
 
 #include "components/bulkhaul/FileFailure.h"
 #include "components/bulkhaul/StatusLines.h"

@@ -1,7 +1,7 @@
 #ifndef LUMO_BULKHAUL_STATUSLINES_H
 #define LUMO_BULKHAUL_STATUSLINES_H
 
-#include "components/bulkhaul/Bulkhaul.h"
+#include "lumo/components/bulkhaul/Bulkhaul.h"
 
 #include <condition_variable>
 #include <deque>

@@ -1,9 +1,9 @@
-#include "components/hubline/Hubline.h"
+#include "lumo/components/hubline/Hubline.h"
 
 #include "components/wirecall/Address.h"
-#include "components/wirecall/RpcChannel.h"
-#include "components/wirecall/RpcController.h"
 #include "hubline.pb.h"
+#include "lumo/components/wirecall/RpcChannel.h"
+#include "lumo/components/wirecall/RpcController.h"
 
 #include <map>
 #include <mutex>

@@ -1,4 +1,4 @@
-#include "components/hubline/Hubline.h"
+#include "lumo/components/hubline/Hubline.h"
 
 #include <atomic>
 #include <mutex>

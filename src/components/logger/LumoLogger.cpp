@@ -1,4 +1,4 @@
-#include "components/logger/LumoLogger.h"
+#include "lumo/components/logger/LumoLogger.h"
 
 #include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/base_sink.h>

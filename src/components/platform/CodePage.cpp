@@ -1,4 +1,4 @@
-#include "components/platform/CodePage.h"
+#include "lumo/components/platform/CodePage.h"
 
 #include <algorithm>
 #include <atomic>

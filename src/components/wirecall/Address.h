@@ -1,7 +1,7 @@
 #ifndef LUMO_WIRECALL_ADDRESS_H
 #define LUMO_WIRECALL_ADDRESS_H
 
-#include "components/platform/Export.h"
+#include "lumo/components/platform/Export.h"
 
 #include <string>
 

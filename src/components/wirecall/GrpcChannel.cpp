@@ -1,9 +1,9 @@
 #include "components/wirecall/Address.h"
 #include "components/wirecall/HandOver.h"
 #include "components/wirecall/PemFile.h"
-#include "components/wirecall/RpcChannel.h"
-#include "components/wirecall/RpcController.h"
 #include "components/wirecall/WireLimits.h"
+#include "lumo/components/wirecall/RpcChannel.h"
+#include "lumo/components/wirecall/RpcController.h"
 
 #include <boost/make_shared.hpp>
 #include <google/protobuf/descriptor.h>

@@ -1,4 +1,4 @@
-#include "components/wirecall/RpcController.h"
+#include "lumo/components/wirecall/RpcController.h"
 
 namespace wirecall {
 

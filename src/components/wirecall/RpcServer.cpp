@@ -1,4 +1,4 @@
-#include "components/wirecall/RpcServer.h"
+#include "lumo/components/wirecall/RpcServer.h"
 
 #include "components/wirecall/Address.h"
 #include "components/wirecall/HandOver.h"

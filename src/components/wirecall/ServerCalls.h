@@ -1,7 +1,7 @@
 #ifndef LUMO_WIRECALL_SERVERCALLS_H
 #define LUMO_WIRECALL_SERVERCALLS_H
 
-#include "components/wirecall/RpcServer.h"
+#include "lumo/components/wirecall/RpcServer.h"
 
 #include <google/protobuf/message.h>
 #include <grpcpp/generic/async_generic_service.h>

@@ -1,4 +1,4 @@
-#include "components/bulkhaul/Bulkhaul.h"
+#include "lumo/components/bulkhaul/Bulkhaul.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // A misbehaving box, a misbehaving client, and links that lead astray.
 
 #include "components/bulkhaul/Chunks.h"
-#include "components/wirecall/RpcController.h"
+#include "lumo/components/wirecall/RpcController.h"
 #include "tests/components/bulkhaul/TestBox.h"
 
 #include <google/protobuf/text_format.h>

@@ -1,12 +1,12 @@
 #ifndef LUMO_TESTS_TESTBOX_H
 #define LUMO_TESTS_TESTBOX_H
 
-#include "centre/Faults.h"
-#include "centre/FaultyService.h"
 #include "centre/box/BoxService.h"
-#include "components/bulkhaul/Bulkhaul.h"
-#include "components/wirecall/RpcChannel.h"
-#include "components/wirecall/RpcServer.h"
+#include "centre/server/Faults.h"
+#include "centre/server/FaultyService.h"
+#include "lumo/components/bulkhaul/Bulkhaul.h"
+#include "lumo/components/wirecall/RpcChannel.h"
+#include "lumo/components/wirecall/RpcServer.h"
 #include "tests/support/Files.h"
 
 #include <google/protobuf/wrappers.pb.h>

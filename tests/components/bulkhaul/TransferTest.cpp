@@ -39,9 +39,8 @@ TEST_F(TransferTest, FoldersAndFilesOfEverySizeArriveAsTheyAreBothWays)
                        [&](const std::string& id, int code, int percent) {
                            EXPECT_EQ(id.size(), 36u);
                            told.emplace_back(code, percent);
-                           if (percent == 100) {
+                           if (percent == 100)
                                EXPECT_EQ(treeOf(target(way) / name), treeOf(root));
-                           }
                        }),
                   kDone);
         EXPECT_EQ(treeOf(target(way) / name), treeOf(root));
@@ -167,16 +166,14 @@ TEST_F(TransferTest, EachFaultFailsWithItsCodeLeavesTheOldTargetAndIsMendedByThe
         }
         EXPECT_EQ(last, row.code);
         EXPECT_LT(percent, 100);
-        if (row.name != "tree") {
+        if (row.name != "tree")
             EXPECT_EQ(summaryOf(target(row.way) / row.name), "the old target");
-        }
         TestBox sound(*catalogue);
         EXPECT_EQ(move(row.way, sound, row.name), kDone);
-        if (row.name == "tree") {
+        if (row.name == "tree")
             EXPECT_EQ(treeOf(target(row.way) / "tree"), treeOf(source(row.way) / "tree"));
-        } else {
+        else
             EXPECT_EQ(summaryOf(target(row.way) / row.name), summaryOf(source(row.way) / row.name));
-        }
     }
 }
 

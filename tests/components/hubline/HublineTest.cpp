@@ -1,7 +1,7 @@
-#include "components/hubline/Hubline.h"
+#include "lumo/components/hubline/Hubline.h"
 
-#include "components/wirecall/RpcChannel.h"
-#include "components/wirecall/RpcController.h"
+#include "lumo/components/wirecall/RpcChannel.h"
+#include "lumo/components/wirecall/RpcController.h"
 #include "tests/support/Certificate.h"
 #include "tests/support/TestService.h"
 

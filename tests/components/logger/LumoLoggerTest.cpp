@@ -1,4 +1,4 @@
-#include "components/logger/LumoLogger.h"
+#include "lumo/components/logger/LumoLogger.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

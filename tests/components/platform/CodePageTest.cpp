@@ -1,4 +1,4 @@
-#include "components/platform/CodePage.h"
+#include "lumo/components/platform/CodePage.h"
 
 #include <gtest/gtest.h>
 #include <unicode/ucnv.h>
@@ -88,10 +88,9 @@ std::vector<std::string> randomTexts()
                                   "\xFF",       "\x80",         "\xD6\xD0"};
     std::mt19937 random(936); // NOLINT(cert-msc32-c,cert-msc51-cpp): the same texts in every run
     std::vector<std::string> texts(2000);
-    for (std::string& text : texts) {
+    for (std::string& text : texts)
         for (auto count = random() % 12; count > 0; --count)
             text += pieces[random() % std::size(pieces)];
-    }
     return texts;
 }
 
@@ -194,10 +193,9 @@ TEST(CodePage, ReplacesSurrogatesByWhatTheTargetHas)
 TEST(CodePage, RecodesAsTheTwoHalvesDo)
 {
     for (const std::string& text : randomTexts()) {
-        for (const unsigned int from : {kGbkCodePage, kUtf8CodePage}) {
+        for (const unsigned int from : {kGbkCodePage, kUtf8CodePage})
             for (const unsigned int to : {kGbkCodePage, kUtf8CodePage})
                 ASSERT_EQ(recode(from, to, text), fromUtf16(to, toUtf16(from, text))) << from << ' ' << to;
-        }
     }
 }
 
@@ -229,9 +227,8 @@ TEST(CodePage, RecodesWithinTheCapacity)
                                        capacity),
                       whole.size());
             ASSERT_EQ(result.substr(capacity), std::string(result.size() - capacity, '#'));
-            if (capacity == whole.size()) {
+            if (capacity == whole.size())
                 ASSERT_EQ(result.substr(0, capacity), whole);
-            }
         }
     }
 }

@@ -1,4 +1,4 @@
-#include "components/wirecall/Closures.h"
+#include "lumo/components/wirecall/Closures.h"
 
 #include <gtest/gtest.h>
 

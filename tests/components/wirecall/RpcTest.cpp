@@ -1,5 +1,5 @@
-#include "components/wirecall/RpcChannel.h"
-#include "components/wirecall/RpcController.h"
+#include "lumo/components/wirecall/RpcChannel.h"
+#include "lumo/components/wirecall/RpcController.h"
 #include "tests/support/Certificate.h"
 #include "tests/support/TestService.h"
 

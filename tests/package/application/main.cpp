@@ -1,5 +1,5 @@
-#include <core/LumoDataMgr.h>
-#include <core/TextEncoding.h>
+#include <lumo/core/LumoDataMgr.h>
+#include <lumo/core/TextEncoding.h>
 
 int main()
 {

@@ -1,0 +1,105 @@
+#include "centre/box/Box.h"
+
+#include "centre/box/BoxService.h"
+#include "centre/box/CatalogueOfBox.h"
+#include "centre/server/Endpoint.h"
+#include "centre/server/ServeLock.h"
+#include "centre/store/Error.h"
+#include "centre/store/Store.h"
+#include "centre/store/Text.h"
+#include "components/wirecall/Address.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QUrl>
+
+#include <arpa/inet.h>
+
+namespace centre {
+
+namespace {
+
+std::string lockFile(const std::string& dataFolder, const std::string& code)
+{
+    return dataFolder + "/box-" + QUrl::toPercentEncoding(QString::fromStdString(code)).toStdString() +
+           ".lock";
+}
+
+/// The data folder gets the address that the box listens on, so it must be one that leads there.
+void requireOneHost(const std::string& text)
+{
+    wirecall::Address address;
+    in_addr v4 = {};
+    in6_addr v6 = {};
+    if (!wirecall::parseAddress(text, address))
+        return; // the endpoint tells
+    const char* host = address.host.c_str();
+    if ((::inet_pton(AF_INET, host, &v4) == 1 && v4.s_addr == INADDR_ANY) ||
+        (::inet_pton(AF_INET6, host, &v6) == 1 && IN6_IS_ADDR_UNSPECIFIED(&v6)))
+        throw Error(ExitCode::WrongUse,
+                    "a box must be found at the address that it listens on: give a name or"
+                    " an address of this machine, not " +
+                        address.host);
+}
+
+} // namespace
+
+struct Box::Impl
+{
+    Impl(const std::string& dataFolder, const std::string& boxCode, Faults& faults)
+        : code(boxCode),
+          lock(std::make_unique<ServeLock>(lockFile(dataFolder, boxCode),
+                                           "box " + boxCode + " of " + dataFolder)),
+          pool(dataFolder),
+          catalogue(pool, boxCode),
+          service(catalogue, faults),
+          endpoint(pool, faults)
+    {
+        endpoint.add(service);
+    }
+
+    const std::string code;
+    std::unique_ptr<ServeLock> lock;
+    ConnectionPool pool;
+    CatalogueOfBox catalogue;
+    BoxService service;
+    Endpoint endpoint; ///< destroyed first: its calls use what stands above
+};
+
+Box::Box(const std::string& dataFolder, const std::string& code, const ListenOptions& listen, Faults& faults)
+{
+    Store store(dataFolder);
+    ListenOptions options = listen;
+    const std::string known = store.boxAddress(code);
+    if (options.address.empty())
+        options.address = known;
+    requireOneHost(options.address);
+    m_Impl = std::make_unique<Impl>(dataFolder, code, faults);
+    m_Impl->endpoint.start(options);
+    store.setBoxAddress(code, address());
+}
+
+Box::~Box() = default;
+
+std::vector<const google::protobuf::ServiceDescriptor*> Box::services()
+{
+    return {hubline::HubServices::descriptor(), haulbox::BoxServices::descriptor()};
+}
+
+const std::string& Box::code() const
+{
+    return m_Impl->code;
+}
+
+const std::string& Box::address() const
+{
+    return m_Impl->endpoint.address();
+}
+
+void Box::stop()
+{
+    m_Impl->endpoint.stop();
+    m_Impl->lock.reset();
+}
+
+} // namespace centre

@@ -1,0 +1,225 @@
+#include "centre/content/Import.h"
+
+#include "centre/box/BoxPath.h"
+#include "centre/store/Error.h"
+#include "centre/store/StorageTree.h"
+#include "centre/store/Store.h"
+#include "centre/store/Text.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <optional>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+namespace centre {
+
+namespace {
+
+// A transaction ends after so many rows or so much time: few flushes, and other writers get their turn.
+constexpr int kBatchRows = 10000;
+constexpr std::chrono::milliseconds kBatchTime(500);
+
+class Importer
+{
+public:
+    Importer(Store& store, ImportReport& report, const std::function<void(const std::string&)>& problem)
+        : m_Database(store.database()), m_Report(report), m_Problem(problem), m_Tree(m_Database)
+    {
+    }
+
+    void run(std::uint32_t diskId, std::uint32_t topFolderId, const fs::path& root)
+    {
+        m_DiskId = diskId;
+        begin();
+        m_Pending.push_back({topFolderId, root});
+        while (!m_Pending.empty()) {
+            const Folder folder = std::move(m_Pending.back());
+            m_Pending.pop_back();
+            registerContent(folder);
+        }
+        m_Transaction->commit();
+    }
+
+private:
+    struct Folder
+    {
+        std::uint32_t id;
+        fs::path path;
+    };
+
+    struct Names
+    {
+        std::vector<std::string> folders;
+        std::vector<std::string> files;
+    };
+
+    void registerContent(const Folder& folder)
+    {
+        Names names = read(folder.path);
+        std::sort(names.folders.begin(), names.folders.end());
+        std::sort(names.files.begin(), names.files.end());
+        const std::size_t firstChild = m_Pending.size();
+        for (const std::string& name : names.folders)
+            m_Pending.push_back({folderId(folder.id, name), folder.path / name});
+        // The last pending folder comes next, so this makes the first by name the first visited.
+        std::reverse(m_Pending.begin() + static_cast<std::ptrdiff_t>(firstChild), m_Pending.end());
+        for (const std::string& name : names.files)
+            addFile(folder.id, name);
+    }
+
+    Names read(const fs::path& path)
+    {
+        Names names;
+        std::error_code error;
+        fs::directory_iterator entry(path, error);
+        for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+            const std::string name = entry->path().filename().string();
+            std::error_code unread;
+            const fs::file_type type = entryType(*entry, unread);
+            if (unread)
+                tell(unread.message() + ": ", entry->path().string());
+            else if (type != fs::file_type::regular && type != fs::file_type::directory)
+                ++m_Report.skipped;
+            else if (!isUtf8(name))
+                tell("the name is not UTF-8: ", entry->path().string());
+            else
+                (type == fs::file_type::regular ? names.files : names.folders).push_back(name);
+        }
+        if (error)
+            tell(error.message() + ": ", path.string());
+        return names;
+    }
+
+    /// The type that came with the directory entry, which spares a look at each file.
+    static fs::file_type entryType(const fs::directory_entry& entry, std::error_code& error)
+    {
+        if (entry.is_symlink(error))
+            return fs::file_type::symlink;
+        if (!error && entry.is_directory(error))
+            return fs::file_type::directory;
+        return !error && entry.is_regular_file(error) ? fs::file_type::regular : fs::file_type::unknown;
+    }
+
+    std::uint32_t folderId(std::uint32_t parentId, const std::string& name)
+    {
+        if (const auto known = m_Tree.findFolder(m_DiskId, parentId, name)) {
+            ++m_Report.knownFolders;
+            return *known;
+        }
+        const std::uint32_t id = m_Tree.addFolder(m_DiskId, parentId, name);
+        ++m_Report.newFolders;
+        countRow();
+        return id;
+    }
+
+    void addFile(std::uint32_t folderId, const std::string& name)
+    {
+        ++(m_Tree.addFile(folderId, name) ? m_Report.newFiles : m_Report.knownFiles);
+        countRow();
+    }
+
+    void tell(const std::string& what, const std::string& path)
+    {
+        ++m_Report.problems;
+        m_Problem(what + escaped(path));
+    }
+
+    void begin()
+    {
+        m_Rows = 0;
+        m_Begun = std::chrono::steady_clock::now();
+        m_Transaction.emplace(m_Database, SQLite::TransactionBehavior::IMMEDIATE);
+    }
+
+    void countRow()
+    {
+        if (++m_Rows < kBatchRows && std::chrono::steady_clock::now() - m_Begun < kBatchTime)
+            return;
+        m_Transaction->commit();
+        m_Transaction.reset();
+        begin();
+    }
+
+    SQLite::Database& m_Database;
+    ImportReport& m_Report;
+    const std::function<void(const std::string&)>& m_Problem;
+    StorageTree m_Tree;
+    std::optional<SQLite::Transaction> m_Transaction;
+    std::vector<Folder> m_Pending;
+    std::uint32_t m_DiskId = 0;
+    int m_Rows = 0;
+    std::chrono::steady_clock::time_point m_Begun;
+};
+
+std::string absoluteFolder(const std::string& folder)
+{
+    std::error_code error;
+    const fs::path path = fs::canonical(folder, error);
+    if (error)
+        throw Error(ExitCode::Failed, "can't import " + escaped(folder) + ": " + error.message());
+    if (!fs::is_directory(path, error))
+        throw Error(ExitCode::WrongUse, escaped(folder) + " is not a folder");
+    if (!isUtf8(path.string()))
+        throw Error(ExitCode::WrongUse, "the folder's path must be UTF-8: " + escaped(path.string()));
+    return path.string();
+}
+
+/// Disk and top folder, if the company has a disk of that name; it must show the same real folder.
+std::optional<std::pair<std::uint32_t, std::uint32_t>> findDisk(Store& store, const ImportOptions& options,
+                                                                const std::string& rootPath)
+{
+    SQLite::Statement statement(
+        store.database(), "SELECT disk.id, folder.id, root_path FROM disk"
+                          " JOIN folder ON disk_id = disk.id AND parent_id = 0 AND folder.name = disk.name"
+                          " WHERE company_id = ? AND disk.name = ?");
+    statement.bind(1, store.companyId(options.companyNo));
+    statement.bind(2, options.diskName);
+    if (!statement.executeStep())
+        return std::nullopt;
+    const std::string known = statement.getColumn(2).getString();
+    if (known != rootPath)
+        throw Error(ExitCode::Failed, "disk " + options.diskName + " shows " + known + ", not " + rootPath +
+                                          "; give another --disk name");
+    return std::make_pair(statement.getColumn(0).getUInt(), statement.getColumn(1).getUInt());
+}
+
+void setBox(Store& store, std::uint32_t diskId, const std::string& boxCode)
+{
+    SQLite::Statement statement(store.database(), "UPDATE disk SET kesta_code = ? WHERE id = ?");
+    statement.bind(1, boxCode);
+    statement.bind(2, diskId);
+    statement.exec();
+}
+
+} // namespace
+
+ImportReport importTree(Store& store, const ImportOptions& options,
+                        const std::function<void(const std::string&)>& problem)
+{
+    ImportReport report;
+    report.rootPath = absoluteFolder(options.folder);
+    // Who may write to a box could replace the database.
+    if (overlap(store.dataFolder(), report.rootPath))
+        throw Error(ExitCode::WrongUse, escaped(report.rootPath) +
+                                            " holds the data folder or is part of it;" +
+                                            " give another folder, or keep the data folder outside of it");
+    if (!options.boxCode.empty())
+        store.boxAddress(options.boxCode); // throws if there is no such box
+    auto disk = findDisk(store, options, report.rootPath);
+    report.diskIsNew = !disk;
+    if (!disk) {
+        store.addDisk(options.diskName, report.rootPath, options.companyNo, options.boxCode);
+        disk = findDisk(store, options, report.rootPath);
+    } else if (!options.boxCode.empty()) {
+        setBox(store, disk->first, options.boxCode);
+    }
+    Importer(store, report, problem).run(disk->first, disk->second, report.rootPath);
+    return report;
+}
+
+} // namespace centre

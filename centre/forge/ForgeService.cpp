@@ -1,0 +1,179 @@
+#include "centre/forge/ForgeService.h"
+
+#include "centre/box/BoxPath.h"
+#include "centre/forge/ImageAnalysis.h"
+#include "centre/store/Text.h"
+#include "lumo/components/wirecall/RpcServer.h"
+
+#include <functional>
+#include <iostream>
+#include <sstream>
+
+namespace centre {
+
+using google::protobuf::Closure;
+using google::protobuf::RpcController;
+
+namespace {
+
+constexpr std::size_t kShownOfTaskId = 200; // it may be megabytes
+
+/// Runs the work of an operation. The reason why it failed, which goes to standard error too; empty if it
+/// did not.
+std::string attempt(const char* operation, const std::function<void()>& work)
+{
+    try {
+        work();
+        return {};
+    } catch (const std::exception& exception) {
+        const std::string reason = escaped(exception.what());
+        std::cerr << "lumo-centre: " + (operation + (": " + reason)) + "\n";
+        return reason.empty() ? "failed" : reason;
+    }
+}
+
+void tell(forgeserver::AnalyzeImageRsp& response, const std::string& error)
+{
+    response.set_analyze_result(error.empty());
+    if (!error.empty())
+        response.set_error_text(error);
+}
+
+template <class CopyRsp>
+void tell(CopyRsp& response, const std::string& error)
+{
+    response.set_copy_result(error.empty());
+    if (!error.empty())
+        response.set_error_text(error);
+}
+
+} // namespace
+
+void ForgeService::CreateFolder(RpcController* controller, const forgeserver::CreateFolderReq* request,
+                                forgeserver::CreateFolderRsp* response, Closure* done)
+{
+    const std::string error = attempt(
+        "CreateFolder", [&] { response->set_folder_id(m_Copy.makeFolder(userOf(controller), *request)); });
+    if (!error.empty())
+        controller->SetFailed(error);
+    done->Run();
+}
+
+void ForgeService::CheckTransfer(RpcController* controller, const forgeserver::CheckTransferReq* request,
+                                 forgeserver::CheckTransferRsp* response, Closure* done)
+{
+    const std::string token = static_cast<wirecall::ServerCall*>(controller)->token();
+    response->set_passed(mayRead(token, request->serv_path()));
+    done->Run();
+}
+
+void ForgeService::TransferProgress(RpcController*, const forgeserver::TransferProgressReq* request,
+                                    forgeserver::TransferProgressRsp*, Closure* done)
+{
+    std::ostringstream line;
+    line << "lumo-centre: transfer " << escaped(request->task_id().substr(0, kShownOfTaskId)) << ": "
+         << request->progress_a() << " " << request->progress_b() << " " << request->progress_c() << "\n";
+    std::cerr << line.str();
+    done->Run();
+}
+
+void ForgeService::AnalyzeImage(RpcController* controller, const forgeserver::AnalyzeImageReq* request,
+                                forgeserver::AnalyzeImageRsp* response, Closure* done)
+{
+    tell(*response,
+         attempt("AnalyzeImage", [&] { analyzeImage(m_Pool, userOf(controller), *request, *controller); }));
+    done->Run();
+}
+
+void ForgeService::AnalyzeImages(RpcController* controller, const forgeserver::AnalyzeImagesReq* request,
+                                 forgeserver::AnalyzeImagesRsp* response, Closure* done)
+{
+    for (const forgeserver::AnalyzeImageReq& each : request->analyze_req())
+        tell(*response->add_analyze_rsp(),
+             attempt("AnalyzeImages", [&] { analyzeImage(m_Pool, userOf(controller), each, *controller); }));
+    done->Run();
+}
+
+void ForgeService::FileCopyToDb(RpcController* controller, const forgeserver::FileCopyToDbReq* request,
+                                forgeserver::FileCopyToDbRsp* response, Closure* done)
+{
+    tell(*response,
+         attempt("FileCopyToDb", [&] { m_Copy.copyIn(userOf(controller), *request, *controller); }));
+    done->Run();
+}
+
+void ForgeService::FileCopyFromDb(RpcController* controller, const forgeserver::FileCopyFromDbReq* request,
+                                  forgeserver::FileCopyFromDbRsp* response, Closure* done)
+{
+    tell(*response,
+         attempt("FileCopyFromDb", [&] { m_Copy.copyOut(userOf(controller), *request, *controller); }));
+    done->Run();
+}
+
+void ForgeService::Spot5FromDim(RpcController* controller, const forgeserver::AnalyzeSatReq* request,
+                                forgeserver::AnalyzeSatRsp* response, Closure* done)
+{
+    answerScene("Spot5FromDim", controller, readSpot5Dim, *request, *response, *done);
+}
+
+void ForgeService::Spot6FromDim(RpcController* controller, const forgeserver::AnalyzeSatReq* request,
+                                forgeserver::AnalyzeSatRsp* response, Closure* done)
+{
+    answerScene("Spot6FromDim", controller, readSpot6Dim, *request, *response, *done);
+}
+
+void ForgeService::AlosFromSummary(RpcController* controller, const forgeserver::AnalyzeSatReq* request,
+                                   forgeserver::AnalyzeSatRsp* response, Closure* done)
+{
+    answerScene("AlosFromSummary", controller, readAlosSummary, *request, *response, *done);
+}
+
+void ForgeService::AdsFromSup(RpcController* controller, const forgeserver::AnalyzeAdsReq* request,
+                              forgeserver::AnalyzeAdsRsp* response, Closure* done)
+{
+    const std::string error = attempt("AdsFromSup", [&] {
+        const auto texts = readAdsSup(readMetadataFile(m_Pool, userOf(controller), request->image_id()));
+        response->set_ads_text1(texts[0]);
+        response->set_ads_text2(texts[1]);
+        response->set_ads_text3(texts[2]);
+        response->set_ads_text4(texts[3]);
+        response->set_ads_text5(texts[4]);
+        response->set_ads_text6(texts[5]);
+    });
+    response->set_ads_result(error.empty());
+    done->Run();
+}
+
+void ForgeService::answerScene(const char* operation, RpcController* controller,
+                               Scene (*read)(const std::string& content),
+                               const forgeserver::AnalyzeSatReq& request,
+                               forgeserver::AnalyzeSatRsp& response, Closure& done)
+{
+    const std::string error = attempt(operation, [&] {
+        const Scene scene = readScene(m_Pool, userOf(controller), request.image_id(), read);
+        response.set_sat_name(scene.name);
+        for (const std::string& file : scene.mainFiles)
+            response.add_main_file(file);
+        for (const std::string& file : scene.metaFiles)
+            response.add_meta_file(file);
+    });
+    response.set_sat_result(error.empty());
+    done.Run();
+}
+
+User ForgeService::userOf(RpcController* controller)
+{
+    return ConnectionPool::Lease(m_Pool)->requireUser(
+        static_cast<wirecall::ServerCall*>(controller)->token());
+}
+
+bool ForgeService::mayRead(const std::string& token, const std::string& path)
+{
+    if (!isBoxPath(path))
+        return false;
+    ConnectionPool::Lease connection(m_Pool);
+    const std::optional<User> user = connection->user(token);
+    return user && !overlap(m_Pool.dataFolder(), path) && findGround(*connection, user->companyId, "", path);
+}
+
+} // namespace centre

@@ -1,0 +1,120 @@
+#include "centre/forge/ImageAnalysis.h"
+
+#include "centre/forge/ImageFile.h"
+#include "centre/forge/StoragePlace.h"
+#include "centre/ledger/Ownership.h"
+#include "centre/ledger/Wanted.h"
+#include "centre/store/Error.h"
+#include "centre/store/ResetAtEnd.h"
+#include "centre/store/Text.h"
+
+#include <utility>
+
+namespace centre {
+
+namespace {
+
+using forgeserver::Reference;
+using google::protobuf::RpcController;
+
+constexpr char kNote[] = "UPDATE file SET short_text = ?, long_text = nullif(?, '') WHERE id = ?";
+constexpr std::size_t kShown = 200;
+
+std::string shown(const std::string& name)
+{
+    return escaped(name.substr(0, kShown));
+}
+
+/// The files of one request, on the disks of the user's company.
+class Files
+{
+public:
+    Files(ConnectionPool& pool, const User& user, const RpcController& call)
+        : m_Pool(pool), m_User(user), m_Call(call)
+    {
+    }
+
+    FilePlace place(const Reference& reference) const
+    {
+        ConnectionPool::Lease connection(m_Pool);
+        FilePlace place = placeOfFile(*connection, m_User, m_Pool.dataFolder(),
+                                      static_cast<std::uint32_t>(reference.ref_id()));
+        const std::string name = reference.text().substr(reference.text().find_last_of("/\\") + 1);
+        if (!name.empty() && name != place.name)
+            throw refusal("in the catalogue it is " + shown(place.name));
+        return place;
+    }
+
+    /// Runs `look` on the place of each file; a failure names the file.
+    template <class Look>
+    void forEach(const char* what, const google::protobuf::RepeatedPtrField<Reference>& references,
+                 Look look) const
+    {
+        for (const Reference& reference : references) {
+            requireWanted(m_Call);
+            try {
+                look(reference, place(reference));
+            } catch (const std::exception& exception) {
+                const auto id = static_cast<std::uint32_t>(reference.ref_id());
+                throw refusal(std::string(what) + " file " + std::to_string(id) + " " +
+                              shown(reference.text()) + ": " + exception.what());
+            }
+        }
+    }
+
+private:
+    ConnectionPool& m_Pool;
+    const User& m_User;
+    const RpcController& m_Call;
+};
+
+using Found = std::vector<std::pair<std::uint32_t, ImageFacts>>;
+
+void note(ConnectionPool& pool, const Found& found)
+{
+    const std::lock_guard<std::mutex> lock(pool.changing());
+    ConnectionPool::Lease connection(pool);
+    SQLite::Transaction transaction(connection->database(), SQLite::TransactionBehavior::IMMEDIATE);
+    SQLite::Statement& note = connection->statement(kNote);
+    for (const auto& [id, facts] : found) {
+        const ResetAtEnd resetAtEnd(note);
+        SQLite::bind(note, formatText(facts), georeferenceText(facts), id);
+        note.exec();
+    }
+    transaction.commit();
+}
+
+void analyze(ConnectionPool& pool, const User& user, const forgeserver::AnalyzeImageReq& request,
+             const RpcController& call)
+{
+    if (request.analyze_flag())
+        requireWriter(user);
+    if (request.main_file_size() == 0)
+        throw refusal("it has no main file");
+    const Files files(pool, user, call);
+    Found found;
+    files.forEach("main", request.main_file(),
+                  [&found, &call](const Reference& reference, const FilePlace& place) {
+                      found.emplace_back(static_cast<std::uint32_t>(reference.ref_id()),
+                                         readImage(openFile(place), call));
+                  });
+    const auto open = [](const Reference&, const FilePlace& place) { openFile(place); };
+    files.forEach("metadata", request.meta_file(), open);
+    files.forEach("attached", request.attach_file(), open);
+    if (request.analyze_flag())
+        note(pool, found);
+}
+
+} // namespace
+
+void analyzeImage(ConnectionPool& pool, const User& user, const forgeserver::AnalyzeImageReq& request,
+                  const RpcController& call)
+{
+    try {
+        analyze(pool, user, request, call);
+    } catch (const std::exception& exception) {
+        throw refusal("image " + shown(request.img_name()) + ": " + exception.what());
+    }
+}
+
+} // namespace centre

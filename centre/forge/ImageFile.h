@@ -1,0 +1,46 @@
+#ifndef LUMO_CENTRE_FORGE_IMAGEFILE_H
+#define LUMO_CENTRE_FORGE_IMAGEFILE_H
+
+#include "centre/forge/StoragePlace.h"
+
+#include <google/protobuf/service.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace centre {
+
+/// What an image file says of itself.
+struct ImageFacts
+{
+    std::string format; ///< "GTiff", a TIFF with georeference; "TIFF", "JPEG", "PNG"
+    std::uint32_t width;
+    std::uint32_t height;
+    std::uint32_t bands;
+
+    /// Where the image lies, in the units of its reference system.
+    struct Georeference
+    {
+        std::string system; ///< "EPSG:4326"; "local" if the file names none of EPSG's
+        double west;
+        double south;
+        double east;
+        double north;
+    };
+    std::optional<Georeference> georeference;
+};
+
+/// Reads an image: its header, and what it takes to tell that its data is there and whole. A TIFF's first
+/// image is meant. Closes the file. Throws Error(Failed) with the reason, also when nobody waits for the
+/// call's answer any more.
+ImageFacts readImage(OpenFile file, const google::protobuf::RpcController& call);
+
+/// "GTiff 512x256x3".
+std::string formatText(const ImageFacts& facts);
+/// "EPSG:4326 west 70 south 10 east 150 north 55"; empty without georeference.
+std::string georeferenceText(const ImageFacts& facts);
+
+} // namespace centre
+
+#endif

@@ -1,0 +1,35 @@
+#ifndef LUMO_CENTRE_FORGE_SCENEMETADATA_H
+#define LUMO_CENTRE_FORGE_SCENEMETADATA_H
+
+#include <array>
+#include <string>
+#include <vector>
+
+namespace centre {
+
+/// What a metadata file tells of its scene. Texts are UTF-8; files are names as they stand in it.
+struct Scene
+{
+    std::string name;
+    std::vector<std::string> mainFiles; ///< the images
+    std::vector<std::string> metaFiles; ///< further metadata
+};
+
+// Each throws Error(Failed) for a text that is not of its format.
+
+/// SPOT 5, DIMAP 1, usually metadata.dim: the name is Dataset_Id/DATASET_NAME.
+Scene readSpot5Dim(const std::string& xml);
+/// SPOT 6 and 7, DIMAP 2, DIM_*.XML: the name is Dataset_Identification/DATASET_NAME.
+Scene readSpot6Dim(const std::string& xml);
+/// ALOS, summary.txt, key="value" on each line: the name is Scs_SceneID. Of the files of its keys
+/// Pdi_...ProductFileNameNN those that begin with IMG- are images.
+Scene readAlosSummary(const std::string& text);
+
+/// ADS, a key and its value on each line, with blanks, tabs, "=" or ":" between them: IMAGE_ID, which must be
+/// there, SENSOR_TYPE, IMAGE_FILE, ORIENTATION_FILE, CALIBRATION_FILE, DATE_TIME; empty where it has none.
+/// Keys are read in any case.
+std::array<std::string, 6> readAdsSup(const std::string& text);
+
+} // namespace centre
+
+#endif

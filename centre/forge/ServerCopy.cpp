@@ -1,0 +1,195 @@
+#include "centre/forge/ServerCopy.h"
+
+#include "centre/box/BoxPath.h"
+#include "centre/forge/StoragePlace.h"
+#include "centre/ledger/Ownership.h"
+#include "centre/ledger/Wanted.h"
+#include "centre/store/Error.h"
+#include "centre/store/Text.h"
+#include "components/bulkhaul/IncomingFile.h"
+#include "components/bulkhaul/SourceFile.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace centre {
+
+namespace {
+
+constexpr std::size_t kShown = 200; // of a path
+
+using bulkhaul::Folder;
+using google::protobuf::RpcController;
+
+/// The path without separators that say nothing: doubled ones and that at its end.
+std::string plainPath(std::string path)
+{
+    const auto bothSeparators = [](char one, char next) { return one == '/' && next == '/'; };
+    path.erase(std::unique(path.begin(), path.end(), bothSeparators), path.end());
+    if (path.size() > 1 && path.back() == '/')
+        path.pop_back();
+    return path;
+}
+
+bool isFolder(const Folder& folder, const std::string& name)
+{
+    struct stat status = {};
+    return folder.find(name, status) && S_ISDIR(status.st_mode);
+}
+
+void requireFree(const Folder& folder, const std::string& name, bool overwrite)
+{
+    struct stat status = {};
+    if (!folder.find(name, status))
+        return;
+    if (!overwrite)
+        throw refusal(escaped(name) + " is there already and is not to be overwritten");
+    if (!S_ISREG(status.st_mode))
+        throw refusal(escaped(name) + " is there already and is no file");
+}
+
+/// Whole, or nothing is left behind: no later copy would go on with a part.
+void copy(const bulkhaul::SourceFile& source, Folder to, const std::string& name, bool overwrite,
+          const RpcController& call)
+{
+    bulkhaul::IncomingFile target(std::move(to), name, source.size(), bulkhaul::Existing::Replace);
+    try {
+        std::string data;
+        std::uint64_t chunk = 0;
+        do { // for an empty file, too: from the first write on nobody else can give the name
+            requireWanted(call);
+            source.read(chunk, data);
+            target.write(chunk, data, bulkhaul::digestOf(data));
+        } while (++chunk < bulkhaul::chunkCount(source.size()));
+        source.requireUnchanged();
+        requireFree(target.folder(), name, overwrite);
+        target.finish();
+    } catch (...) {
+        target.discard();
+        throw;
+    }
+    target.folder().flush();
+}
+
+} // namespace
+
+ServerCopy::ServerCopy(ConnectionPool& pool, const std::vector<std::string>& copyRoots) : m_Pool(pool)
+{
+    for (const std::string& root : copyRoots) {
+        std::error_code error;
+        const std::string path = std::filesystem::canonical(root, error).string();
+        if (error || !std::filesystem::is_directory(path))
+            throw Error(ExitCode::WrongUse, "not a folder to copy from and to: " + escaped(root));
+        if (overlap(pool.dataFolder(), path))
+            throw Error(ExitCode::WrongUse,
+                        escaped(path) +
+                            " is in the centre's data folder or holds it; nothing is copied there");
+        m_Roots.push_back(path);
+    }
+}
+
+/// The innermost root that the path lies in.
+std::string ServerCopy::requireRoot(const std::string& path) const
+{
+    if (!isBoxPath(path))
+        throw refusal(escaped(path.substr(0, kShown)) + " is no plain absolute path, /FOLDER/NAME");
+    std::string found;
+    for (const std::string& root : m_Roots)
+        if (isAtOrBelow(root, path) && root.size() > found.size())
+            found = root;
+    if (!found.empty())
+        return found;
+    std::string all;
+    for (const std::string& root : m_Roots)
+        all += (all.empty() ? "" : ", ") + escaped(root);
+    throw refusal(escaped(path.substr(0, kShown)) +
+                  " lies in no folder that the centre copies from and to; " +
+                  (all.empty() ? "there is none, see serve --copy-root" : "those are " + all));
+}
+
+std::uint32_t ServerCopy::makeFolder(const User& user, const forgeserver::CreateFolderReq& request)
+{
+    requireWriter(user);
+    const std::vector<std::string> names = bulkhaul::splitBelow(request.folder_path());
+    if (names.empty())
+        throw refusal("the folder has no name");
+    const std::lock_guard<std::mutex> lock(m_Pool.changing());
+    ConnectionPool::Lease connection(m_Pool);
+    SQLite::Transaction transaction(connection->database(), SQLite::TransactionBehavior::IMMEDIATE);
+    FolderPlace place =
+        placeOfFolder(*connection, user, m_Pool.dataFolder(), request.first_id(), request.second_id());
+    const std::uint32_t id = connection->storageTree().makeFolders(place.diskId, place.folderId, names);
+    // Again, because it may have come to lie in the data folder.
+    place = placeOfFolder(*connection, user, m_Pool.dataFolder(), id);
+    if (place.isLocal())
+        place.open(Folder::Missing::MakeFlushed);
+    transaction.commit();
+    return id;
+}
+
+void ServerCopy::copyIn(const User& user, const forgeserver::FileCopyToDbReq& request,
+                        const RpcController& call)
+{
+    requireWriter(user);
+    const std::string path = plainPath(request.src_file());
+    const std::string root = requireRoot(path);
+    if (path == root)
+        throw refusal(escaped(root) + " is no file");
+    const std::string name = lastName(path);
+    const bulkhaul::SourceFile source(
+        Folder::open(root).below(bulkhaul::splitBelow(pathBelow(root, folderAbove(path)))), name);
+    const std::vector<std::string> names = bulkhaul::splitBelow(request.relative_path());
+
+    FolderPlace place;
+    {
+        ConnectionPool::Lease connection(m_Pool);
+        place = placeOfFolder(*connection, user, m_Pool.dataFolder(), request.target_a(), request.target_b());
+    }
+    const FolderPlace start = place;
+    place.below.insert(place.below.end(), names.begin(), names.end());
+    requireOutside(m_Pool.dataFolder(), place);
+    if (!bulkhaul::isSafeName(name))
+        throw refusal(escaped(name) + " can't be a file's name");
+    Folder target = place.open(Folder::Missing::MakeFlushed);
+    requireFree(target, name, request.copy_flag());
+    copy(source, std::move(target), name, request.copy_flag(), call);
+
+    const std::lock_guard<std::mutex> lock(m_Pool.changing());
+    ConnectionPool::Lease connection(m_Pool);
+    SQLite::Transaction transaction(connection->database(), SQLite::TransactionBehavior::IMMEDIATE);
+    StorageTree& storageTree = connection->storageTree();
+    storageTree.addFile(storageTree.makeFolders(start.diskId, start.folderId, names), name);
+    transaction.commit();
+}
+
+void ServerCopy::copyOut(const User& user, const forgeserver::FileCopyFromDbReq& request,
+                         const RpcController& call)
+{
+    requireWriter(user); // it changes folders of the centre's machine
+    const std::string path = plainPath(request.dist_path());
+    const std::string root = requireRoot(path);
+    FilePlace place;
+    {
+        ConnectionPool::Lease connection(m_Pool);
+        place = placeOfFile(*connection, user, m_Pool.dataFolder(), request.source_id());
+    }
+    std::vector<std::string> below = bulkhaul::splitBelow(pathBelow(root, path));
+    std::string name = place.name;
+    Folder target = Folder::open(root);
+    if (!below.empty()) {
+        const std::string last = below.back();
+        below.pop_back();
+        target = target.below(below);
+        if (isFolder(target, last))
+            target = target.below(last);
+        else if (request.dist_path().back() == '/')
+            throw refusal(escaped(path) + " is no folder");
+        else
+            name = last;
+    }
+    requireFree(target, name, request.copy_flag());
+    copy(bulkhaul::SourceFile(place.folder.open(), place.name), std::move(target), name, request.copy_flag(),
+         call);
+}
+
+} // namespace centre

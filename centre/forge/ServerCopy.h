@@ -1,0 +1,45 @@
+#ifndef LUMO_CENTRE_FORGE_SERVERCOPY_H
+#define LUMO_CENTRE_FORGE_SERVERCOPY_H
+
+#include "centre/store/ConnectionPool.h"
+#include "forgeserver.pb.h"
+
+#include <google/protobuf/service.h>
+
+#include <string>
+#include <vector>
+
+namespace centre {
+
+/// Makes folders of the storage catalogue and copies files between it and the folders of this machine that
+/// the centre's operator allows. A file appears whole under its name or not at all. Functions throw
+/// std::exception with a reason for the caller; then the catalogue is as it was.
+class ServerCopy
+{
+public:
+    /// Throws Error(WrongUse) for a root that is no folder, or one that the data folder is in or that is in
+    /// it.
+    ServerCopy(ConnectionPool& pool, const std::vector<std::string>& copyRoots);
+
+    /// Absolute, without symbolic links.
+    const std::vector<std::string>& roots() const { return m_Roots; }
+
+    /// Makes what is missing of a folder's path, on the disk if that is local and in the catalogue; the
+    /// identifier of its last folder.
+    std::uint32_t makeFolder(const User& user, const forgeserver::CreateFolderReq& request);
+    // A copy is given up when nobody waits for the call's answer any more.
+    void copyIn(const User& user, const forgeserver::FileCopyToDbReq& request,
+                const google::protobuf::RpcController& call);
+    void copyOut(const User& user, const forgeserver::FileCopyFromDbReq& request,
+                 const google::protobuf::RpcController& call);
+
+private:
+    std::string requireRoot(const std::string& path) const;
+
+    ConnectionPool& m_Pool;
+    std::vector<std::string> m_Roots;
+};
+
+} // namespace centre
+
+#endif

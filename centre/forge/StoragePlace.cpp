@@ -1,0 +1,141 @@
+#include "centre/forge/StoragePlace.h"
+
+#include "centre/box/BoxPath.h"
+#include "centre/ledger/Ownership.h"
+#include "centre/store/Error.h"
+#include "centre/store/ResetAtEnd.h"
+#include "centre/store/Text.h"
+#include "components/bulkhaul/FileFailure.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <filesystem>
+#include <unistd.h>
+
+namespace centre {
+
+namespace {
+
+// The names of the folders from the disk's root down to the folder.
+constexpr char kWayDown[] =
+    "WITH RECURSIVE up(folder_id, step) AS (SELECT :folder, 0 UNION ALL"
+    " SELECT parent_id, step + 1 FROM up JOIN folder ON folder.id = folder_id WHERE parent_id <> 0)"
+    " SELECT disk.id, root_path, folder.name, parent_id = 0 FROM up JOIN folder ON folder.id = folder_id"
+    " JOIN disk ON disk.id = disk_id ORDER BY step DESC";
+constexpr char kFile[] = "SELECT parent_id, name FROM file WHERE id = ?";
+
+std::string pathOf(const FolderPlace& place)
+{
+    std::string path = place.root == "/" ? "" : place.root;
+    for (const std::string& name : place.below)
+        path += "/" + name;
+    return path.empty() ? "/" : path;
+}
+
+} // namespace
+
+bool FolderPlace::isLocal() const
+{
+    std::error_code error;
+    return std::filesystem::is_directory(root, error);
+}
+
+bulkhaul::Folder FolderPlace::open(bulkhaul::Folder::Missing missing) const
+{
+    if (!isLocal())
+        throw refusal("the root of disk " + std::to_string(diskId) + ", " + escaped(root) +
+                      ", is no folder of the centre's machine");
+    return bulkhaul::Folder::open(root).below(below, missing);
+}
+
+void requireOutside(const std::string& dataFolder, const FolderPlace& place)
+{
+    if (overlap(dataFolder, pathOf(place)))
+        throw refusal(escaped(pathOf(place)) + " is in the centre's data folder or holds it");
+}
+
+FolderPlace placeOfFolder(Connection& connection, const User& user, const std::string& dataFolder,
+                          std::uint32_t folderId)
+{
+    requireOwn(connection, user, kFolderKind, folderId);
+    SQLite::Statement& way = connection.statement(kWayDown);
+    const ResetAtEnd resetAtEnd(way);
+    SQLite::bind(way, folderId);
+    FolderPlace place;
+    place.folderId = folderId;
+    while (way.executeStep()) {
+        place.diskId = way.getColumn(0).getUInt();
+        place.root = way.getColumn(1).getString();
+        if (way.getColumn(3).getInt() == 0)
+            place.below.push_back(way.getColumn(2).getString());
+    }
+    requireOutside(dataFolder, place);
+    return place;
+}
+
+FolderPlace placeOfFolder(Connection& connection, const User& user, const std::string& dataFolder,
+                          std::uint32_t diskId, std::uint32_t folderId)
+{
+    if (diskId != 0)
+        requireOwn(connection, user, kDiskKind, diskId);
+    if (folderId == 0 && diskId != 0)
+        folderId = connection.storageTree().topFolder(diskId).value();
+    FolderPlace place = placeOfFolder(connection, user, dataFolder, folderId);
+    if (diskId != 0 && place.diskId != diskId)
+        throw refusal("folder " + std::to_string(folderId) + " is on disk " + std::to_string(place.diskId) +
+                      ", not on disk " + std::to_string(diskId));
+    return place;
+}
+
+FilePlace placeOfFile(Connection& connection, const User& user, const std::string& dataFolder,
+                      std::uint32_t fileId)
+{
+    requireOwn(connection, user, kFileKind, fileId);
+    std::uint32_t folderId = 0;
+    std::string name;
+    {
+        SQLite::Statement& file = connection.statement(kFile);
+        const ResetAtEnd resetAtEnd(file);
+        SQLite::bind(file, fileId);
+        file.executeStep();
+        folderId = file.getColumn(0).getUInt();
+        name = file.getColumn(1).getString();
+    }
+    return {placeOfFolder(connection, user, dataFolder, folderId), name};
+}
+
+OpenFile openFile(const FilePlace& place)
+{
+    const bulkhaul::Folder folder = place.folder.open();
+    // A pipe must not be waited for.
+    constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    bulkhaul::FileHandle handle(::openat(folder.get(), place.name.c_str(), kFlags));
+    struct stat status = {};
+    if (!handle || ::fstat(handle.get(), &status) != 0)
+        bulkhaul::throwErrno(haulbox::UNREADABLE, place.name);
+    if (!S_ISREG(status.st_mode))
+        throw refusal(place.name + " is no regular file");
+    return {std::move(handle), static_cast<std::uint64_t>(status.st_size)};
+}
+
+std::string readFile(const FilePlace& place, std::uint64_t limit)
+{
+    const OpenFile file = openFile(place);
+    if (file.size > limit)
+        throw refusal(place.name + " has " + std::to_string(file.size) + " bytes; " + std::to_string(limit) +
+                      " are read at most");
+    std::string data(file.size, '\0');
+    std::size_t read = 0;
+    while (read < data.size()) {
+        const ssize_t more = ::read(file.handle.get(), data.data() + read, data.size() - read);
+        if (more < 0 && errno != EINTR)
+            bulkhaul::throwErrno(haulbox::UNREADABLE, place.name);
+        if (more == 0)
+            break;
+        read += more > 0 ? static_cast<std::size_t>(more) : 0;
+    }
+    data.resize(read);
+    return data;
+}
+
+} // namespace centre

@@ -1,0 +1,60 @@
+#ifndef LUMO_CENTRE_FORGE_STORAGEPLACE_H
+#define LUMO_CENTRE_FORGE_STORAGEPLACE_H
+
+#include "centre/store/ConnectionPool.h"
+#include "components/bulkhaul/Folder.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace centre {
+
+/// Where a folder of the storage catalogue really is. Functions throw Error(Failed) and
+/// bulkhaul::FileFailure.
+struct FolderPlace
+{
+    std::uint32_t folderId = 0;
+    std::uint32_t diskId = 0;
+    std::string root; ///< the disk's, absolute
+    std::vector<std::string> below;
+
+    /// Whether the disk's root is a folder of this machine.
+    bool isLocal() const;
+    /// Reaches nothing through a symbolic link below the root.
+    bulkhaul::Folder open(bulkhaul::Folder::Missing missing = bulkhaul::Folder::Missing::Fail) const;
+};
+
+/// Throws if the place is in the centre's data folder or holds it.
+void requireOutside(const std::string& dataFolder, const FolderPlace& place);
+
+struct FilePlace
+{
+    FolderPlace folder;
+    std::string name;
+};
+
+/// The folder, which must be of the user's company and outside the centre's data folder.
+FolderPlace placeOfFolder(Connection& connection, const User& user, const std::string& dataFolder,
+                          std::uint32_t folderId);
+/// The same, by disk and folder, one of which may be 0: the folder's disk, the disk's top folder.
+FolderPlace placeOfFolder(Connection& connection, const User& user, const std::string& dataFolder,
+                          std::uint32_t diskId, std::uint32_t folderId);
+FilePlace placeOfFile(Connection& connection, const User& user, const std::string& dataFolder,
+                      std::uint32_t fileId);
+
+/// A regular file that can be read, and its size.
+struct OpenFile
+{
+    bulkhaul::FileHandle handle;
+    std::uint64_t size;
+};
+
+OpenFile openFile(const FilePlace& place);
+
+/// Up to `limit` bytes are read; a larger file is an error.
+std::string readFile(const FilePlace& place, std::uint64_t limit);
+
+} // namespace centre
+
+#endif

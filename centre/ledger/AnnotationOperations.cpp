@@ -1,0 +1,42 @@
+#include "centre/ledger/AnnotationOperations.h"
+
+#include "centre/store/RecordKinds.h"
+
+namespace centre {
+
+namespace {
+
+const std::string kContentAndState = "commentcontent = ifnull(:commentcontent, '')"
+                                     " AND commentstate = ifnull(:commentstate, '')";
+const std::string kImageComments = "SELECT id, commentcontent, commentstate FROM image_comment ";
+
+} // namespace
+
+std::vector<Operation> annotationOperations()
+{
+    const std::string projects = "SELECT " + beanColumns(*findKind("project")) + " FROM ";
+    const std::string comments = "SELECT id, commentcontent, commentstate FROM comment ";
+    const std::string ofCompany = "WHERE company_id = :company_id ";
+    return {
+        {"queryDataSrcBySrcId", Shape::List,
+         projects + "data_folder JOIN project USING (project_id) WHERE src_id = :src_id ORDER BY project_id"},
+        {"queryDataSrcByFileId", Shape::List,
+         projects + "data_file JOIN project USING (project_id) WHERE file_id = :file_id ORDER BY project_id"},
+
+        {"queryCommentInfoByID", Shape::Record, comments + "WHERE id = :record_id"},
+        {"queryCommentInfo", Shape::List, comments + ofCompany + "ORDER BY id"},
+        {"queryCommentContents", Shape::Values,
+         "SELECT commentcontent AS commentcontents FROM comment " + ofCompany +
+             "GROUP BY commentcontent ORDER BY min(id)"},
+        {"queryCommentStateByCommentContent", Shape::Values,
+         "SELECT commentstate AS commentstates FROM comment WHERE company_id = :caller_company"
+         " AND commentcontent = :commentcontent ORDER BY id"},
+        {"queryCommentID", Shape::Values, "SELECT id FROM comment " + ofCompany + "AND " + kContentAndState},
+
+        {"queryCommentImageByCommID", Shape::Record, kImageComments + "WHERE id = :comment_id"},
+        {"queryCommentImage", Shape::List, kImageComments + "ORDER BY id"},
+        {"queryCommentImageByContentAndState", Shape::Record, kImageComments + "WHERE " + kContentAndState},
+    };
+}
+
+} // namespace centre

@@ -1,0 +1,48 @@
+#include "centre/ledger/AssignmentText.h"
+
+#include "centre/store/Error.h"
+#include "centre/store/Text.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+namespace centre {
+
+namespace {
+
+constexpr std::size_t kShown = 100;
+
+std::pair<std::string, std::string> parsePiece(const std::string& piece)
+{
+    const std::size_t closing = piece.rfind('\'');
+    if (closing != std::string::npos && closing >= 2) {
+        const std::size_t sign = piece.rfind("='", closing - 2);
+        if (sign != std::string::npos)
+            return {piece.substr(0, sign), piece.substr(sign + 2, closing - sign - 2)};
+    }
+    throw Error(ExitCode::Failed,
+                "a record is key='value',key='value', not " + escaped("\"" + piece.substr(0, kShown) + "\""));
+}
+
+} // namespace
+
+RecordTexts parseAssignments(const std::string& text)
+{
+    if (!isUtf8(text))
+        throw Error(ExitCode::Failed, "the record's text is not UTF-8");
+    RecordTexts texts;
+    std::unordered_map<std::string, std::size_t> places;
+    for (std::size_t start = 0; start <= text.size();) {
+        const std::size_t end = std::min(text.find(',', start), text.size());
+        auto [key, value] = parsePiece(text.substr(start, end - start));
+        const auto [place, isNew] = places.emplace(key, texts.size());
+        if (isNew)
+            texts.emplace_back(std::move(key), std::move(value));
+        else
+            texts[place->second].second = std::move(value);
+        start = end + 1;
+    }
+    return texts;
+}
+
+} // namespace centre

@@ -1,0 +1,44 @@
+#ifndef LUMO_CENTRE_LEDGER_CHANGES_H
+#define LUMO_CENTRE_LEDGER_CHANGES_H
+
+#include "centre/store/ConnectionPool.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace centre {
+
+/// Who asks for a change, and the connection that it is made on.
+struct Caller
+{
+    Connection& connection;
+    const User& user;
+};
+
+/// An operation of the catalogue service that changes it, run inside one transaction. What it throws, and any
+/// result but kDone, leaves the catalogue as it was.
+struct Change
+{
+    std::string name;
+    std::function<Result(const Caller& caller, const google::protobuf::Message& request,
+                         google::protobuf::Message& response)>
+        run;
+};
+
+template <class Request, class Response>
+Change makeChange(const char* operation, Result (*run)(const Caller&, const Request&, Response&))
+{
+    using google::protobuf::Message;
+    return {operation, [run](const Caller& caller, const Message& request, Message& response) {
+                return run(caller, static_cast<const Request&>(request), static_cast<Response&>(response));
+            }};
+}
+
+std::vector<Change> linkChanges();
+std::vector<Change> commentChanges();
+std::vector<Change> registrationChanges();
+
+} // namespace centre
+
+#endif

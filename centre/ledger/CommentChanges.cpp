@@ -1,0 +1,150 @@
+#include "centre/ledger/Changes.h"
+#include "centre/ledger/Ownership.h"
+#include "centre/store/Error.h"
+#include "centre/store/ResetAtEnd.h"
+#include "centre/store/Text.h"
+#include "ledgerserver.pb.h"
+
+namespace centre {
+
+namespace {
+
+using namespace ledgerserver;
+
+constexpr char kAddComment[] = "INSERT INTO comment(company_id, commentcontent, commentstate)"
+                               " VALUES (?1, ?2, ?3) ON CONFLICT DO NOTHING";
+constexpr char kFindComment[] =
+    "SELECT id FROM comment WHERE company_id = ?1 AND commentcontent = ?2 AND commentstate = ?3";
+constexpr char kCommentOfCompany[] = "SELECT 1 FROM comment WHERE id = ? AND company_id = ?";
+constexpr char kSetComment[] =
+    "INSERT INTO comment_record(comment_id, data_type_id, record_id) VALUES (?, ?, ?)"
+    " ON CONFLICT (data_type_id, record_id) DO UPDATE SET comment_id = excluded.comment_id";
+
+constexpr char kAddImageComment[] =
+    "INSERT INTO image_comment(commentcontent, commentstate) VALUES (?1, ?2) ON CONFLICT DO NOTHING";
+constexpr char kFindImageComment[] =
+    "SELECT id FROM image_comment WHERE commentcontent = ?1 AND commentstate = ?2";
+constexpr char kImageComment[] = "SELECT 1 FROM image_comment WHERE id = ?";
+constexpr char kAddMark[] = "INSERT INTO image_mark(comm_id, data_type_id, record_id) VALUES (?, ?, ?)"
+                            " ON CONFLICT DO NOTHING";
+constexpr char kRemoveMark[] =
+    "DELETE FROM image_mark WHERE comm_id = ? AND data_type_id = ? AND record_id = ?";
+
+/// How many rows the statement changed.
+template <class... Values>
+int change(const Caller& caller, const char* sql, const Values&... values)
+{
+    SQLite::Statement& statement = caller.connection.statement(sql);
+    const ResetAtEnd resetAtEnd(statement);
+    SQLite::bind(statement, values...);
+    return statement.exec();
+}
+
+/// The first column of the first row.
+template <class... Values>
+std::optional<std::uint32_t> find(const Caller& caller, const char* sql, const Values&... values)
+{
+    SQLite::Statement& statement = caller.connection.statement(sql);
+    const ResetAtEnd resetAtEnd(statement);
+    SQLite::bind(statement, values...);
+    if (!statement.executeStep())
+        return std::nullopt;
+    return statement.getColumn(0).getUInt();
+}
+
+/// A comment says something; its state may be empty.
+void requireTexts(const std::string& content, const std::string& state)
+{
+    if (content.empty())
+        throw refusal("a comment without content");
+    for (const std::string& text : {content, state})
+        if (!isUtf8(text) || text.find('\0') != std::string::npos)
+            throw refusal("a comment is UTF-8 without the character 0, not " + escaped(text.substr(0, 100)));
+}
+
+void requireComment(const Caller& caller, std::uint32_t id)
+{
+    if (!find(caller, kCommentOfCompany, id, caller.user.companyId))
+        throw refusal("the company of user " + caller.user.name + " has no comment " + std::to_string(id));
+}
+
+void setComment(const Caller& caller, std::uint32_t comment, int kind, std::uint32_t record)
+{
+    requireOwn(caller.connection, caller.user, kind, record);
+    change(caller, kSetComment, comment, kind, record);
+}
+
+Result addComment(const Caller& caller, const DataUtilBeanReq& request, DataUtilBeanRsp& response)
+{
+    const auto company = static_cast<std::uint32_t>(request.company_id());
+    if (company != caller.user.companyId)
+        throw refusal("company " + std::to_string(company) + " is not that of user " + caller.user.name);
+    requireTexts(request.commentcontent(), request.commentstate());
+    change(caller, kAddComment, company, request.commentcontent(), request.commentstate());
+    response.set_id(
+        find(caller, kFindComment, company, request.commentcontent(), request.commentstate()).value());
+    return kDone;
+}
+
+Result setCommentOfRecord(const Caller& caller, const DataUtilBeanReq& request, DataUtilBeanRsp&)
+{
+    requireComment(caller, request.comment_id());
+    setComment(caller, request.comment_id(), request.data_type_id(),
+               static_cast<std::uint32_t>(request.record_id()));
+    return kDone;
+}
+
+Result setCommentOfRecords(const Caller& caller, const DataUtilBeanReq& request, DataUtilBeanRsp&)
+{
+    requireComment(caller, request.comment_id());
+    for (const std::uint32_t record : request.list_id())
+        setComment(caller, request.comment_id(), request.data_type_id(), record);
+    return kDone;
+}
+
+Result addImageComment(const Caller& caller, const CommentImageUtilReq& request,
+                       CommentImageUtilRsp& response)
+{
+    requireTexts(request.commentcontent(), request.commentstate());
+    change(caller, kAddImageComment, request.commentcontent(), request.commentstate());
+    response.set_id(
+        find(caller, kFindImageComment, request.commentcontent(), request.commentstate()).value());
+    return kDone;
+}
+
+int changeMark(const Caller& caller, const char* sql, const CommentImageUtilReq& request)
+{
+    const auto comment = static_cast<std::uint32_t>(request.comment_id());
+    const auto record = static_cast<std::uint32_t>(request.record_id());
+    if (!find(caller, kImageComment, comment))
+        throw refusal("there is no image comment " + std::to_string(comment));
+    requireOwn(caller.connection, caller.user, request.data_type_id(), record);
+    return change(caller, sql, comment, request.data_type_id(), record);
+}
+
+Result addMark(const Caller& caller, const CommentImageUtilReq& request, CommentImageUtilRsp&)
+{
+    changeMark(caller, kAddMark, request);
+    return kDone;
+}
+
+Result removeMark(const Caller& caller, const CommentImageUtilReq& request, CommentImageUtilRsp&)
+{
+    return changeMark(caller, kRemoveMark, request) > 0 ? kDone : kNothingFound;
+}
+
+} // namespace
+
+std::vector<Change> commentChanges()
+{
+    return {
+        makeChange("addCommentInfo", addComment),
+        makeChange("addOrUpdateCommentInfoByType", setCommentOfRecord),
+        makeChange("linkCommentInfoToRecord", setCommentOfRecords),
+        makeChange("addCommentImage", addImageComment),
+        makeChange("addEverImageByCommIDAndID", addMark),
+        makeChange("deleteEverImageByCommIDAndID", removeMark),
+    };
+}
+
+} // namespace centre

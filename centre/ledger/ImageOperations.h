@@ -1,0 +1,19 @@
+#ifndef LUMO_CENTRE_LEDGER_IMAGEOPERATIONS_H
+#define LUMO_CENTRE_LEDGER_IMAGEOPERATIONS_H
+
+#include "centre/ledger/Query.h"
+
+#include <vector>
+
+namespace centre {
+
+/// The operations of the image catalogue: projects, types, images, products and control data, made for each
+/// kind from its columns.
+std::vector<Operation> imageOperations();
+
+/// The searches of the image catalogue; docs/centre.md tells what they match.
+std::vector<Operation> searchOperations();
+
+} // namespace centre
+
+#endif

@@ -1,0 +1,123 @@
+#include "centre/ledger/LedgerOperations.h"
+
+#include "centre/ledger/AnnotationOperations.h"
+#include "centre/ledger/ImageOperations.h"
+
+#include <array>
+#include <iterator>
+
+namespace centre {
+
+namespace {
+
+const std::string kDisks = "SELECT disk.id, root_path, disk.name, ref_id, kesta_code FROM disk ";
+const std::string kFolderColumns = "SELECT folder.id, parent_id, name, long_text, short_text, disk_id ";
+const std::string kFolders = kFolderColumns + "FROM folder ";
+const std::string kFileColumns = "SELECT file.id, parent_id, name, short_text, long_text ";
+const std::string kFiles = kFileColumns + "FROM file ";
+
+const std::string kPage = pageLimit();
+
+const std::string kFoldersOfProject =
+    "FROM data_folder JOIN folder ON folder.id = src_id"
+    " JOIN comment_record ON comment_id = :comment_id AND data_type_id = 1 AND record_id = src_id"
+    " WHERE project_id = :project_id";
+const std::string kFilesOfProject =
+    "FROM data_file JOIN file ON file.id = file_id"
+    " JOIN comment_record ON comment_id = :comment_id AND data_type_id = 2 AND record_id = file_id"
+    " WHERE project_id = :project_id";
+
+const std::string kVersion =
+    "SELECT name AS version_text_1, versionno AS version_text_2, app_full_path, released AS version_text_4,"
+    " kesta_code AS version_text_5, notes AS version_text_6 FROM version ";
+const std::string kOfProgram = "WHERE kind = 1 AND number = :programno ";
+const std::string kOfModule = "WHERE kind = 2 AND number = :moduleno ";
+const std::string kLatest = "ORDER BY place DESC LIMIT 1";
+
+} // namespace
+
+std::string pageLimit()
+{
+    return " LIMIT min(:page_size, 100000) OFFSET ifnull(:page_start, 0)";
+}
+
+std::string fullPath(const std::string& start)
+{
+    return "WITH RECURSIVE up(folder_id, below) AS (" + start +
+           " UNION ALL SELECT parent_id, '/' || name || below FROM up JOIN folder ON folder.id = folder_id"
+           " WHERE parent_id <> 0)"
+           " SELECT CASE below WHEN '' THEN root_path ELSE rtrim(root_path, '/') || below END AS full_path,"
+           " kesta_code FROM up JOIN folder ON folder.id = folder_id AND parent_id = 0"
+           " JOIN disk ON disk.id = disk_id";
+}
+
+namespace {
+
+std::vector<Operation> directoryOperations()
+{
+    return {
+        {"queryCompanyTableByCompanyNo", Shape::Record,
+         "SELECT id, companyno FROM company WHERE companyno = :companyno"},
+        {"queryUserTableByUserName", Shape::Record,
+         "SELECT id, username FROM user WHERE username = :username"},
+
+        {"queryDataAddressByID", Shape::Record, kDisks + "WHERE id = :record_id"},
+        {"queryDataAddressByName", Shape::Record, kDisks + "WHERE company_id = :company_id AND name = :name"},
+        {"queryDataAddress", Shape::List,
+         kDisks + "WHERE company_id = :company_id AND address_kind = :address_kind ORDER BY id"},
+
+        {"querySrcTableBySrcId", Shape::Record, kFolders + "WHERE id = :src_id"},
+        {"querySrcTableByUniqueness", Shape::Record,
+         kFolders + "WHERE disk_id = :disk_id AND parent_id = :parent_src_id AND name = :srcname"},
+        {"querySrcTableByParentSrcIdTotal", Shape::Values,
+         kCount + "FROM folder WHERE parent_id = :parent_src_id"},
+        {"querySrcTableByParentSrcId", Shape::Page,
+         kFolders + "WHERE parent_id = :parent_src_id ORDER BY id" + kPage},
+        {"querySrcTableByProjectIDAndCommentIdTotal", Shape::Values, kCount + kFoldersOfProject},
+        {"querySrcTableByProjectIDAndCommentIdForPage", Shape::Page,
+         kFolderColumns + kFoldersOfProject + " ORDER BY src_id" + kPage},
+        {"getFolderFullPath", Shape::Values, fullPath("SELECT :src_id, ''")},
+
+        {"queryFileTableByFileId", Shape::Record, kFiles + "WHERE id = :file_id"},
+        {"queryFileTableByFilePathId", Shape::List,
+         kFileColumns + "FROM json_each(:list_file_id) AS wanted JOIN file ON file.id = wanted.value ORDER "
+                        "BY wanted.key"},
+        {"queryFileTableByName", Shape::Record, kFiles + "WHERE parent_id = :src_id AND name = :filename"},
+        {"queryFileTableBySrcIdTotal", Shape::Values, kCount + "FROM file WHERE parent_id = :src_id"},
+        {"queryFileTableBySrcId", Shape::Page, kFiles + "WHERE parent_id = :src_id ORDER BY id" + kPage},
+        {"queryFileTableByProjectIDAndCommentIdTotal", Shape::Values, kCount + kFilesOfProject},
+        {"queryFileTableByProjectIDAndCommentIdForPage", Shape::Page,
+         kFileColumns + kFilesOfProject + " ORDER BY file_id" + kPage},
+        {"getFileFullPath", Shape::Values,
+         fullPath("SELECT parent_id, '/' || name FROM file WHERE id = :file_id")},
+
+        {"queryCompanyTableByCompanyID", Shape::Record,
+         "SELECT id, companyno FROM company WHERE id = :company_id"},
+        {"queryNationalAreaByAreaID", Shape::List,
+         "SELECT area_id, area_name FROM national_area WHERE area_id = :area_id OR parent_id = :area_id"
+         " ORDER BY area_id <> :area_id, area_id"},
+
+        {"queryVersionByVersionNoAndProgramNo", Shape::Record,
+         kVersion + kOfProgram + "AND versionno = :versionno"},
+        {"queryVersionByVersionNoAndModuleNo", Shape::Record,
+         kVersion + kOfModule + "AND versionno = :versionno"},
+        {"checkNewVersion", Shape::Record, kVersion + kOfProgram + kLatest},
+        {"checkNewVersionByModuleNo", Shape::Record, kVersion + kOfModule + kLatest},
+    };
+}
+
+} // namespace
+
+const std::vector<Operation>& ledgerOperations()
+{
+    static const std::vector<Operation> operations = [] {
+        std::vector<Operation> all = directoryOperations();
+        for (std::vector<Operation>& more :
+             std::array{imageOperations(), searchOperations(), annotationOperations()})
+            std::move(more.begin(), more.end(), std::back_inserter(all));
+        return all;
+    }();
+    return operations;
+}
+
+} // namespace centre

@@ -1,0 +1,80 @@
+#include "centre/ledger/LedgerService.h"
+
+#include "centre/ledger/LedgerOperations.h"
+#include "centre/ledger/Ownership.h"
+#include "lumo/components/wirecall/RpcServer.h"
+
+#include <iostream>
+
+namespace centre {
+
+namespace {
+
+using google::protobuf::Message;
+using google::protobuf::MethodDescriptor;
+
+void setResult(Message& response, Result result)
+{
+    response.GetReflection()->SetInt32(&response, response.GetDescriptor()->FindFieldByName("result"),
+                                       result);
+}
+
+} // namespace
+
+LedgerService::LedgerService(ConnectionPool& pool) : m_Pool(pool)
+{
+    ConnectionPool::Lease connection(pool);
+    for (const Operation& operation : ledgerOperations()) {
+        const Method* method = descriptor()->FindMethodByName(operation.name);
+        connection->query(operation, *method);
+        m_Operations.emplace(method, &operation);
+    }
+    for (const std::vector<Change>& changes : {linkChanges(), commentChanges(), registrationChanges()})
+        for (const Change& change : changes)
+            m_Changes.emplace(descriptor()->FindMethodByName(change.name), change);
+}
+
+void LedgerService::CallMethod(const MethodDescriptor* method, google::protobuf::RpcController* controller,
+                               const Message* request, Message* response, google::protobuf::Closure* done)
+{
+    const std::string token = static_cast<wirecall::ServerCall*>(controller)->token();
+    try {
+        const auto change = m_Changes.find(method);
+        const auto operation = m_Operations.find(method);
+        if (change != m_Changes.end())
+            make(change->second, token, *request, *response);
+        else if (operation != m_Operations.end())
+            ask(*operation->second, *method, token, *request, *response);
+        else
+            controller->SetFailed(method->name() + " is not implemented");
+    } catch (const std::exception& exception) {
+        std::cerr << "lumo-centre: " + method->name() + ": " + exception.what() + "\n";
+        response->Clear();
+        setResult(*response, kError);
+    }
+    done->Run();
+}
+
+void LedgerService::ask(const Operation& operation, const Method& method, const std::string& token,
+                        const Message& request, Message& response)
+{
+    ConnectionPool::Lease connection(m_Pool);
+    Query& query = connection->query(operation, method);
+    query.answer(request, response, query.asksForCaller() ? connection->requireUser(token).companyId : 0);
+}
+
+void LedgerService::make(const Change& change, const std::string& token, const Message& request,
+                         Message& response)
+{
+    const std::lock_guard<std::mutex> lock(m_Pool.changing());
+    ConnectionPool::Lease connection(m_Pool);
+    SQLite::Transaction transaction(connection->database(), SQLite::TransactionBehavior::IMMEDIATE);
+    const User user = connection->requireUser(token);
+    requireWriter(user);
+    const Result result = change.run({*connection, user}, request, response);
+    if (result == kDone)
+        transaction.commit();
+    setResult(response, result);
+}
+
+} // namespace centre

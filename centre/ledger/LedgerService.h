@@ -1,0 +1,40 @@
+#ifndef LUMO_CENTRE_LEDGER_LEDGERSERVICE_H
+#define LUMO_CENTRE_LEDGER_LEDGERSERVICE_H
+
+#include "centre/ledger/Changes.h"
+#include "centre/store/ConnectionPool.h"
+#include "ledgerserver.pb.h"
+
+#include <unordered_map>
+#include <vector>
+
+namespace centre {
+
+/// The catalogue service: an operation is answered by its query or makes its change. Which of the records a
+/// user sees is for the calls to say; what a user changes must be of the user's company.
+class LedgerService : public ledgerserver::LedgerServices
+{
+public:
+    /// Prepares all queries once, so that a mistake shows at the start: throws what Query throws.
+    explicit LedgerService(ConnectionPool& pool);
+
+    void CallMethod(const google::protobuf::MethodDescriptor* method,
+                    google::protobuf::RpcController* controller, const google::protobuf::Message* request,
+                    google::protobuf::Message* response, google::protobuf::Closure* done) override;
+
+private:
+    using Method = google::protobuf::MethodDescriptor;
+
+    void ask(const Operation& operation, const Method& method, const std::string& token,
+             const google::protobuf::Message& request, google::protobuf::Message& response);
+    void make(const Change& change, const std::string& token, const google::protobuf::Message& request,
+              google::protobuf::Message& response);
+
+    ConnectionPool& m_Pool;
+    std::unordered_map<const Method*, const Operation*> m_Operations;
+    std::unordered_map<const Method*, Change> m_Changes;
+};
+
+} // namespace centre
+
+#endif

@@ -1,0 +1,81 @@
+#include "centre/ledger/Changes.h"
+#include "centre/ledger/Ownership.h"
+#include "centre/store/RecordKinds.h"
+#include "centre/store/ResetAtEnd.h"
+#include "ledgerserver.pb.h"
+
+namespace centre {
+
+namespace {
+
+using namespace ledgerserver;
+
+/// How records of a kind are linked to data projects.
+struct Link
+{
+    int kind;
+    const char* add;
+    const char* remove;
+};
+
+constexpr Link kFolderLink = {
+    kFolderKind, "INSERT INTO data_folder(project_id, src_id) VALUES (?, ?) ON CONFLICT DO NOTHING",
+    "DELETE FROM data_folder WHERE project_id = ? AND src_id = ?"};
+constexpr Link kFileLink = {kFileKind,
+                            "INSERT INTO data_file(project_id, file_id) VALUES (?, ?) ON CONFLICT DO NOTHING",
+                            "DELETE FROM data_file WHERE project_id = ? AND file_id = ?"};
+
+bool run(const Caller& caller, const Link& link, const char* sql, std::uint32_t project, std::uint32_t record)
+{
+    requireOwn(caller.connection, caller.user, findKind("project")->number, project);
+    requireOwn(caller.connection, caller.user, link.kind, record);
+    SQLite::Statement& change = caller.connection.statement(sql);
+    const ResetAtEnd resetAtEnd(change);
+    SQLite::bind(change, project, record);
+    return change.exec() > 0;
+}
+
+Result add(const Caller& caller, const Link& link, std::uint32_t project, std::uint32_t record)
+{
+    run(caller, link, link.add, project, record);
+    return kDone;
+}
+
+Result remove(const Caller& caller, const Link& link, std::uint32_t project, std::uint32_t record)
+{
+    return run(caller, link, link.remove, project, record) ? kDone : kNothingFound;
+}
+
+Result addFolder(const Caller& caller, const DataFolderUtilBeanReq& request, DataFolderUtilBeanRsp&)
+{
+    return add(caller, kFolderLink, request.project_id(), request.src_id());
+}
+
+Result removeFolder(const Caller& caller, const DataFolderUtilBeanReq& request, DataFolderUtilBeanRsp&)
+{
+    return remove(caller, kFolderLink, request.project_id(), request.src_id());
+}
+
+Result addFile(const Caller& caller, const DataFileUtilBeanReq& request, DataFileUtilBeanRsp&)
+{
+    return add(caller, kFileLink, request.project_id(), request.file_id());
+}
+
+Result removeFile(const Caller& caller, const DataFileUtilBeanReq& request, DataFileUtilBeanRsp&)
+{
+    return remove(caller, kFileLink, request.project_id(), request.file_id());
+}
+
+} // namespace
+
+std::vector<Change> linkChanges()
+{
+    return {
+        makeChange("addDataFolder", addFolder),
+        makeChange("deleteDataFolderByProjectIDAndSrcId", removeFolder),
+        makeChange("addDataFile", addFile),
+        makeChange("deleteDataFileByProjectIDAndFileId", removeFile),
+    };
+}
+
+} // namespace centre

@@ -1,0 +1,89 @@
+#include "centre/ledger/AssignmentText.h"
+#include "centre/ledger/Changes.h"
+#include "centre/ledger/Ownership.h"
+#include "centre/store/Error.h"
+#include "centre/store/RecordKinds.h"
+#include "centre/store/RecordWriter.h"
+#include "ledgerserver.pb.h"
+
+#include <algorithm>
+
+namespace centre {
+
+namespace {
+
+using namespace ledgerserver;
+
+const RecordKind& kindOf(int number)
+{
+    const auto& kinds = recordKinds();
+    const auto kind = std::find_if(kinds.begin(), kinds.end(),
+                                   [number](const RecordKind& each) { return each.number == number; });
+    if (kind == kinds.end())
+        throw Error(ExitCode::Failed,
+                    "records of data type " + std::to_string(number) + " can't be registered");
+    return *kind;
+}
+
+/// Registers records of one kind, inside the caller's transaction.
+class Registrar
+{
+public:
+    Registrar(const Caller& caller, const RecordKind& kind)
+        : m_Caller(caller), m_Kind(kind), m_Writer(caller.connection.database(), Origin::User)
+    {
+    }
+
+    std::uint32_t add(const std::string& assignments)
+    {
+        const RecordTexts texts = parseAssignments(assignments);
+        const std::uint32_t id = m_Writer.add(m_Kind, texts);
+        // What the writer took is well formed; now it is the row that tells whose it would be.
+        requireOwn(m_Caller.connection, m_Caller.user, m_Kind.number, id);
+        for (const auto& [key, text] : texts)
+            if (key == "mainFileID" && !text.empty())
+                requireOwn(m_Caller.connection, m_Caller.user, kFileKind,
+                           static_cast<std::uint32_t>(std::stoul(text)));
+        return id;
+    }
+
+private:
+    const Caller& m_Caller;
+    const RecordKind& m_Kind;
+    RecordWriter m_Writer;
+};
+
+Result saveOne(const Caller& caller, const DataUtilBeanReq& request, DataUtilBeanRsp& response)
+{
+    Registrar registrar(caller, kindOf(request.data_type_id()));
+    response.set_id(registrar.add(request.checkdatabean().sqldata()));
+    return kDone;
+}
+
+Result saveAll(const Caller& caller, const DataUtilBeanReq& request, DataUtilBeanRsp& response)
+{
+    Registrar registrar(caller, kindOf(request.data_type_id()));
+    int number = 0;
+    try {
+        for (const CheckDataBean& record : request.checkdatabeans()) {
+            ++number;
+            response.add_id_list(registrar.add(record.sqldata()));
+        }
+    } catch (const Error& error) {
+        throw Error(error.code(), "record " + std::to_string(number) + " of " +
+                                      std::to_string(request.checkdatabeans_size()) + ": " + error.what());
+    }
+    return kDone;
+}
+
+} // namespace
+
+std::vector<Change> registrationChanges()
+{
+    return {
+        makeChange("saveSingleDataByType", saveOne),
+        makeChange("saveFullDataByType", saveAll),
+    };
+}
+
+} // namespace centre

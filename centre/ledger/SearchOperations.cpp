@@ -1,0 +1,152 @@
+#include "centre/ledger/ImageOperations.h"
+
+#include "centre/store/Date.h"
+#include "centre/store/RecordKinds.h"
+#include "centre/store/Text.h"
+#include "ledgerserver.pb.h"
+
+#include <stdexcept>
+
+namespace centre {
+
+namespace {
+
+using ledgerserver::DataUtilBeanReq;
+
+constexpr double kTurn = 360;
+constexpr char kFirstDay[] = "0001-01-01";
+constexpr char kLastDay[] = "9999-12-31";
+
+// In a condition that is fit, what is not asked for is NULL; the dates stand together; west <= east.
+
+// The bounds as they are and a turn to either side, for what lies across the date line.
+const std::string kTurns = "(SELECT 0 AS turn UNION ALL SELECT 360 UNION ALL SELECT -360)";
+const std::string kInDates = "(:start_date IS NULL OR date BETWEEN :start_date AND :end_date) ";
+const std::string kInBounds =
+    "(:use_bounds IS NULL OR (south <= :bound_d AND north >= :bound_b AND"
+    " (west <= :bound_c AND east >= :bound_a OR west <= :bound_c + 360 AND east >= :bound_a + 360"
+    " OR west <= :bound_c - 360 AND east >= :bound_a - 360))) ";
+const std::string kMatches = "(:sentype IS NULL OR sensor = :sentype) AND " + kInDates + "AND " + kInBounds;
+const std::string kNamesMatch =
+    "(:proname IS NULL OR project_name = :proname) AND (:data_type IS NULL OR data_type = :data_type"
+    " OR (upper(:data_type) IN ('DEM', 'DSM', 'DOM', 'DLG') AND data_type = :data_type COLLATE NOCASE)) ";
+const std::string kTypes = "FROM project CROSS JOIN type USING (project_id) ";
+
+/// Identifiers of the kind's records that lie in the bounds, as near as the index tells them apart.
+std::string inBounds(const RecordKind& kind)
+{
+    return "SELECT id FROM " + kTurns + " CROSS JOIN " + kind.name +
+           "_bounds WHERE :use_bounds IS NOT NULL AND west <= :bound_c + turn AND east >= :bound_a + turn"
+           " AND south <= :bound_d AND north >= :bound_b ";
+}
+
+/// Identifiers of the type's records that match when no bounds are asked for, straight from the index that
+/// fits the condition; the other selects end before they read anything.
+std::string withoutBounds(const RecordKind& kind, const std::string& typeId)
+{
+    const std::string ids = "SELECT " + kind.idColumn() + " AS id FROM " + kind.name +
+                            " WHERE :use_bounds IS NULL AND type_id = " + typeId + " ";
+    return ids + "AND :sentype IS NOT NULL AND sensor = :sentype AND " + kInDates + "UNION ALL " + ids +
+           "AND :sentype IS NULL AND :start_date IS NOT NULL AND date BETWEEN :start_date AND :end_date "
+           "UNION ALL " +
+           ids + "AND :sentype IS NULL AND :start_date IS NULL ";
+}
+
+/// Says which records of the request's type match. The + keeps the search on the identifiers.
+std::string isHit(const RecordKind& kind)
+{
+    return kind.name + "." + kind.idColumn() + " IN (" + inBounds(kind) + "UNION ALL " +
+           withoutBounds(kind, ":type_id") + ") AND +type_id = :type_id AND " + kMatches +
+           "AND EXISTS (SELECT 1 " + kTypes + "WHERE type.type_id = :type_id AND " + kNamesMatch + ") ";
+}
+
+/// Bounds are gone through once for all types, an index of a type once for each.
+std::string searchOfTypes()
+{
+    std::string inBoundsOfAny;
+    std::string byIndex;
+    for (const RecordKind& kind : recordKinds()) {
+        if (!kind.hasType())
+            continue;
+        inBoundsOfAny += (inBoundsOfAny.empty() ? "" : "UNION ALL ") +
+                         ("SELECT type_id FROM (" + inBounds(kind)) + ") AS place CROSS JOIN " + kind.name +
+                         " ON " + kind.idColumn() + " = place.id WHERE " + kMatches;
+        byIndex += " OR EXISTS (" + withoutBounds(kind, "type.type_id") + ")";
+    }
+    return "SELECT type.type_id, project_id, project_name, data_type, type_text " + kTypes +
+           "WHERE company_id = :company_id AND " + kNamesMatch +
+           "AND (coalesce(:sentype, :start_date, :use_bounds) IS NULL OR type.type_id IN (" + inBoundsOfAny +
+           ")" + byIndex + ") ORDER BY type.type_id";
+}
+
+std::string day(const std::string& text, const char* none)
+{
+    if (text.empty())
+        return none;
+    if (auto date = isoDate(text))
+        return *date;
+    throw std::runtime_error("not a date: " + escaped(text).substr(0, 100));
+}
+
+void makeDatesFit(DataUtilBeanReq& request)
+{
+    if (request.start_date().empty() && request.end_date().empty()) {
+        request.clear_start_date();
+        request.clear_end_date();
+        return;
+    }
+    request.set_start_date(day(request.start_date(), kFirstDay));
+    request.set_end_date(day(request.end_date(), kLastDay));
+}
+
+void makeBoundsFit(DataUtilBeanReq& request)
+{
+    if (!request.use_bounds())
+        return request.clear_use_bounds();
+    if (!request.has_bound_a() || !request.has_bound_b() || !request.has_bound_c() || !request.has_bound_d())
+        throw std::runtime_error("bounds are four numbers: west, south, east, north");
+    const double west = request.bound_a();
+    const double east = request.bound_c() < west ? request.bound_c() + kTurn : request.bound_c();
+    // Written so that what is no number does not pass.
+    if (!(west <= east && request.bound_b() <= request.bound_d()))
+        throw std::runtime_error(
+            "no bounds: west " + std::to_string(west) + ", south " + std::to_string(request.bound_b()) +
+            ", east " + std::to_string(request.bound_c()) + ", north " + std::to_string(request.bound_d()));
+    request.set_bound_c(east);
+}
+
+/// Makes the condition fit for the statements; throws std::runtime_error if it can't be one.
+void makeConditionFit(google::protobuf::Message& message)
+{
+    auto& request = dynamic_cast<DataUtilBeanReq&>(message);
+    if (request.proname().empty())
+        request.clear_proname();
+    if (request.data_type().empty())
+        request.clear_data_type();
+    if (request.sentype().empty())
+        request.clear_sentype();
+    makeDatesFit(request);
+    makeBoundsFit(request);
+}
+
+} // namespace
+
+std::vector<Operation> searchOperations()
+{
+    std::vector<Operation> operations = {{"searchDataType", Shape::List, searchOfTypes(), makeConditionFit}};
+    for (const RecordKind& kind : recordKinds()) {
+        if (!kind.hasType())
+            continue;
+        const RecordKind& found = kind.name == "control" ? *findKind("point") : kind;
+        std::string sql = "SELECT " + beanColumns(found) + " FROM " + found.name + " WHERE ";
+        sql += kind.name == "control"
+                   ? "point_id IN (SELECT point_id FROM control CROSS JOIN point USING (dq_con_id) WHERE " +
+                         isHit(kind) + ") "
+                   : isHit(kind);
+        operations.push_back({"searchDataByType" + found.stem, Shape::List,
+                              sql + "ORDER BY " + found.idColumn(), makeConditionFit});
+    }
+    return operations;
+}
+
+} // namespace centre

@@ -1,0 +1,53 @@
+#ifndef LUMO_CENTRE_PROGRAM_COMMANDS_H
+#define LUMO_CENTRE_PROGRAM_COMMANDS_H
+
+#include "centre/content/Import.h"
+#include "centre/server/Centre.h"
+#include "centre/store/Error.h"
+#include "centre/store/Version.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace centre {
+
+/// What the program's arguments say, for whatever command was chosen.
+struct Arguments
+{
+    std::string data;
+    std::string companyNo = "LUMO";
+    std::string userName = "demo";
+    std::string tokenFile;
+    bool readOnly = false;
+    std::string boxCode;
+    std::string boxAddress;
+    std::uint32_t areaId = 0;
+    std::string areaName;
+    std::optional<std::uint32_t> areaParent;
+    std::string programNo;
+    std::string moduleNo;
+    Version version;
+    ImportOptions import;
+    ServeOptions serve;
+    std::vector<std::string> boxes;
+    std::string recordFile;
+    std::uint32_t sampleImages = 0;
+    std::uint64_t sampleSeed = 1;
+};
+
+/// Adds a command on a data folder, with the function that runs it.
+CLI::App* command(CLI::App& app, Arguments& arguments, ExitCode& result, const std::string& name,
+                  const std::string& description, ExitCode (*run)(const Arguments&));
+
+// Commands by family: data folders, companies and users; what a catalogue holds; services.
+void addAdministration(CLI::App& app, Arguments& arguments, ExitCode& result);
+void addContent(CLI::App& app, Arguments& arguments, ExitCode& result);
+void addServing(CLI::App& app, Arguments& arguments, ExitCode& result);
+
+} // namespace centre
+
+#endif

@@ -1,0 +1,115 @@
+#include "centre/server/Centre.h"
+
+#include "centre/box/Box.h"
+#include "centre/forge/ForgeService.h"
+#include "centre/ledger/LedgerService.h"
+#include "centre/server/Endpoint.h"
+#include "centre/server/PlanningService.h"
+#include "centre/server/ServeLock.h"
+#include "centre/store/Schema.h"
+
+#include <future>
+
+namespace centre {
+
+namespace {
+
+/// Locks only what is a data folder, so that no lock file is left in any other.
+std::unique_ptr<ServeLock> lockDataFolder(const std::string& dataFolder)
+{
+    openDatabase(dataFolder);
+    return std::make_unique<ServeLock>(dataFolder + "/serve.lock", dataFolder);
+}
+
+} // namespace
+
+struct Centre::Impl
+{
+    Impl(const std::string& dataFolder, const std::vector<std::string>& copyRoots)
+        : lock(lockDataFolder(dataFolder)),
+          pool(dataFolder),
+          ledger(pool),
+          planning(pool),
+          forge(pool, copyRoots),
+          endpoint(pool, faults)
+    {
+        endpoint.add(ledger);
+        endpoint.add(planning);
+        endpoint.add(forge);
+    }
+
+    std::unique_ptr<ServeLock> lock;
+    ConnectionPool pool;
+    Faults faults;
+    std::vector<std::unique_ptr<Box>> boxes;
+    LedgerService ledger;
+    PlanningService planning;
+    ForgeService forge;
+    Endpoint endpoint; ///< destroyed first: its calls use what stands above
+};
+
+Centre::Centre(const std::string& dataFolder, const ServeOptions& options)
+    : m_Impl(std::make_unique<Impl>(dataFolder, options.copyRoots))
+{
+    std::vector<const google::protobuf::ServiceDescriptor*> services;
+    if (!options.boxes.empty())
+        services = Box::services();
+    services.insert(services.end(),
+                    {hubline::HubServices::descriptor(), ledgerserver::LedgerServices::descriptor(),
+                     Tavrel::TavrelServer::descriptor(), forgeserver::ForgeServices::descriptor()});
+    addFaults(m_Impl->faults, options.faults, services);
+
+    // Where the boxes are is known before anyone can ask.
+    for (const BoxPlace& box : options.boxes) {
+        ListenOptions listen = options;
+        listen.address = box.address;
+        m_Impl->boxes.push_back(std::make_unique<Box>(dataFolder, box.code, listen, m_Impl->faults));
+    }
+    m_Impl->endpoint.start(options);
+}
+
+Centre::~Centre()
+{
+    stop();
+}
+
+int Centre::port() const
+{
+    return m_Impl->endpoint.port();
+}
+
+std::string Centre::address() const
+{
+    return m_Impl->endpoint.address();
+}
+
+std::vector<BoxPlace> Centre::boxes() const
+{
+    std::vector<BoxPlace> places;
+    for (const auto& box : m_Impl->boxes)
+        places.push_back({box->code(), box->address()});
+    return places;
+}
+
+const std::vector<std::string>& Centre::copyRoots() const
+{
+    return m_Impl->forge.copyRoots();
+}
+
+void Centre::stop()
+{
+    std::vector<std::future<void>> stops; // each waits for its calls
+    for (const auto& box : m_Impl->boxes)
+        stops.push_back(std::async([&box] { box->stop(); }));
+    m_Impl->endpoint.stop();
+    for (std::future<void>& stopped : stops)
+        stopped.wait();
+    m_Impl->lock.reset();
+}
+
+std::vector<FaultCount> Centre::faultCounts() const
+{
+    return m_Impl->faults.counts();
+}
+
+} // namespace centre

@@ -1,0 +1,34 @@
+#ifndef LUMO_CENTRE_STORE_BULKINSERTION_H
+#define LUMO_CENTRE_STORE_BULKINSERTION_H
+
+#include "centre/content/Load.h"
+#include "centre/store/RecordWriter.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <optional>
+
+namespace centre {
+
+/// Many records in one transaction, which is rolled back unless it is finished.
+class BulkInsertion
+{
+public:
+    BulkInsertion(SQLite::Database& database, const std::function<void(std::uint64_t)>& progress);
+
+    std::uint32_t add(const RecordKind& kind, const RecordTexts& texts);
+    /// Commits; nothing may be added after it.
+    RecordCounts finish();
+
+private:
+    SQLite::Database& m_Database;
+    const std::function<void(std::uint64_t)>& m_Progress;
+    std::optional<SQLite::Transaction> m_Transaction;
+    RecordWriter m_Writer;
+    std::map<const RecordKind*, std::uint64_t> m_Counts;
+    std::uint64_t m_Added = 0;
+};
+
+} // namespace centre
+
+#endif

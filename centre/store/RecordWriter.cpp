@@ -1,0 +1,393 @@
+#include "centre/store/RecordWriter.h"
+
+#include "centre/store/Date.h"
+#include "centre/store/Error.h"
+#include "centre/store/ResetAtEnd.h"
+#include "centre/store/Text.h"
+
+#include <SQLiteCpp/VariadicBind.h>
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <iterator>
+#include <locale.h>
+
+namespace centre {
+
+namespace {
+
+constexpr double kTurn = 360;
+constexpr std::uint32_t kNoIdentifier = 0xFFFFFFFF; // means "none" to the clients
+
+/// The text as it is shown to the one who wrote it.
+std::string shown(const std::string& text)
+{
+    constexpr std::size_t kLongest = 100;
+    return "'" + escaped(text.substr(0, kLongest)) + (text.size() > kLongest ? "...'" : "'");
+}
+
+std::uint32_t identifier(const std::string& key, const std::string& text)
+{
+    std::uint32_t value = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    if (error != std::errc() || stop != end || value == 0 || value == kNoIdentifier)
+        throw refusal(key + " is a number from 1 to 4294967294, not " + shown(text));
+    return value;
+}
+
+double degrees(const std::string& key, const std::string& text)
+{
+    const double limit = key == "west" || key == "east" ? 180 : 90;
+    double value = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    if (error != std::errc() || stop != end || !(std::abs(value) <= limit))
+        throw refusal(key + " is a number of degrees from " + (limit == 90 ? "-90 to 90" : "-180 to 180") +
+                      ", not " + shown(text));
+    return value;
+}
+
+std::string date(const std::string& key, const std::string& text)
+{
+    if (auto day = isoDate(text))
+        return *day;
+    throw refusal(key + " is a day, YYYY-MM-DD, not " + shown(text));
+}
+
+/// Whether clients find a number at the start of the text; they read it with these functions.
+bool startsWithNumber(Content content, const std::string& text)
+{
+    static const locale_t neutral = ::newlocale(LC_ALL_MASK, "C", nullptr); // used for good
+    char* end = nullptr;
+    if (content == Content::Count)
+        static_cast<void>(std::strtol(text.c_str(), &end, 10));
+    else
+        ::strtod_l(text.c_str(), &end, neutral);
+    return end != text.c_str();
+}
+
+/// The texts of a code that clients know; any other is lost to them.
+const std::vector<std::string>& knownTexts(const std::string& key)
+{
+    static const std::unordered_map<std::string, std::vector<std::string>> texts = {
+        {"datum", {"WGS84", "北京54", "西安80", "中国2000", "自定义"}},
+        {"projection", {"经纬度", "TM投影", "高斯投影", "UTM投影", "兰波特等角投影", "地心直角坐标"}},
+        {"hemisphere", {"南半球", "北半球"}}};
+    return texts.at(key);
+}
+
+void requireReadable(const Column& column, const std::string& text)
+{
+    if (text.empty())
+        return;
+    const bool isNumber = column.content == Content::Number || column.content == Content::Count;
+    if (isNumber && !startsWithNumber(column.content, text))
+        throw refusal(column.key + " is a number, not " + shown(text));
+    if (column.content != Content::Code)
+        return;
+    const std::vector<std::string>& known = knownTexts(column.key);
+    if (std::find(known.begin(), known.end(), text) != known.end())
+        return;
+    std::string all;
+    for (const std::string& each : known)
+        all += (all.empty() ? "" : ", ") + each;
+    throw refusal(column.key + " is one of " + all + ", not " + shown(text));
+}
+
+void bindText(SQLite::Statement& statement, int place, const Column& column, const std::string& text)
+{
+    if (column.content == Content::Name && (text.empty() || escaped(text) != text))
+        throw refusal(column.key + " is a name without control characters, not " + shown(text));
+    if (text.find('\0') != std::string::npos)
+        throw refusal(column.key + " is a text without the character 0, not " + shown(text));
+    statement.bindNoCopy(place, text);
+}
+
+void bindValue(SQLite::Statement& statement, int place, const Column& column, const std::string& text)
+{
+    switch (column.content) {
+    case Content::Identifier:
+        return statement.bind(place, identifier(column.key, text));
+    case Content::Date:
+        return statement.bind(place, date(column.key, text));
+    case Content::Degrees:
+        return statement.bind(place, degrees(column.key, text));
+    default:
+        return bindText(statement, place, column, text);
+    }
+}
+
+bool emptyIsValue(Content content)
+{
+    return content != Content::Identifier && content != Content::Date && content != Content::Degrees;
+}
+
+/// East is not below west: what crosses the date line ends beyond 180.
+struct Bounds
+{
+    double west;
+    double south;
+    double east;
+    double north;
+};
+
+std::string insertionSql(const RecordKind& kind)
+{
+    std::string names;
+    std::string places;
+    for (const Column& column : kind.columns) {
+        names += (names.empty() ? "" : ", ") + column.name;
+        places += places.empty() ? "?" : ", ?";
+    }
+    return "INSERT INTO " + kind.name + "(" + names + ") VALUES (" + places + ")";
+}
+
+} // namespace
+
+/// The insertion of one kind: its statements, and the texts of the record that is being added.
+class RecordWriter::Insertion
+{
+public:
+    Insertion(SQLite::Database& database, const RecordKind& kind, Origin origin)
+        : m_Kind(kind),
+          m_Origin(origin),
+          m_Insert(database, insertionSql(kind)),
+          m_Texts(kind.columns.size() + kExtraSlots)
+    {
+        for (std::size_t i = 0; i < kind.columns.size(); ++i)
+            m_Slots.emplace(kind.columns[i].key, i);
+        if (m_Slots.count("coordExtra7") > 0)
+            m_Slots.emplace("coordParam8", m_Slots["coordExtra7"]);
+        if (kind.name == "project")
+            m_Slots.emplace("company", kind.columns.size());
+        if (kind.hasType() || kind.name == "point")
+            m_Slots.emplace("marks", kind.columns.size() + 1);
+        if (kind.hasType())
+            m_AddBounds.emplace(database, "INSERT INTO " + kind.name + "_bounds VALUES (?, ?, ?, ?, ?)");
+    }
+
+    void take(const RecordTexts& texts)
+    {
+        std::fill(m_Texts.begin(), m_Texts.end(), nullptr);
+        for (const auto& [key, text] : texts) {
+            const auto slot = m_Slots.find(key);
+            if (slot == m_Slots.end())
+                throw refusal("a record of kind " + m_Kind.name + " has no key " + shown(key));
+            const std::string*& known = m_Texts[slot->second];
+            if (known && *known != text)
+                throw refusal(key + " is given twice: " + shown(*known) + " and " + shown(text));
+            if (!text.empty() || slot->second >= m_Kind.columns.size() ||
+                emptyIsValue(m_Kind.columns[slot->second].content))
+                known = &text;
+        }
+        if (m_Origin == Origin::User)
+            requireFromUser();
+    }
+
+    /// Null if the record has none.
+    const std::string* text(const std::string& key) const
+    {
+        const auto slot = m_Slots.find(key);
+        return slot == m_Slots.end() ? nullptr : m_Texts[slot->second];
+    }
+    void setText(const std::string& key, const std::string& text) { m_Texts[m_Slots.at(key)] = &text; }
+
+    std::optional<Bounds> bounds() const
+    {
+        if (!m_AddBounds)
+            return std::nullopt;
+        const std::string* texts[] = {text("west"), text("south"), text("east"), text("north")};
+        const auto absent = std::count(std::begin(texts), std::end(texts), nullptr);
+        if (absent == std::distance(std::begin(texts), std::end(texts)))
+            return std::nullopt;
+        if (absent > 0)
+            throw refusal("bounds are west, south, east and north, all or none");
+        Bounds bounds{degrees("west", *texts[0]), degrees("south", *texts[1]), degrees("east", *texts[2]),
+                      degrees("north", *texts[3])};
+        if (bounds.south > bounds.north)
+            throw refusal("south " + *texts[1] + " lies beyond north " + *texts[3]);
+        if (bounds.east < bounds.west)
+            bounds.east += kTurn;
+        return bounds;
+    }
+
+    void run(const std::optional<Bounds>& bounds)
+    {
+        m_Insert.clearBindings();
+        for (std::size_t i = 0; i < m_Kind.columns.size(); ++i)
+            if (m_Texts[i])
+                bindValue(m_Insert, static_cast<int>(i) + 1, m_Kind.columns[i], *m_Texts[i]);
+            else if (m_Kind.columns[i].required)
+                throw refusal(m_Kind.columns[i].key + " is missing");
+        if (bounds)
+            m_Insert.bind(static_cast<int>(m_Slots.at("east")) + 1, bounds->east);
+        const ResetAtEnd resetAtEnd(m_Insert);
+        m_Insert.exec();
+    }
+
+    void addBounds(const Bounds& bounds, std::uint32_t id)
+    {
+        const ResetAtEnd resetAtEnd(*m_AddBounds);
+        SQLite::bind(*m_AddBounds, id, bounds.west, bounds.east, bounds.south, bounds.north);
+        m_AddBounds->exec();
+    }
+
+private:
+    static constexpr std::size_t kExtraSlots = 2; // company, marks
+
+    void requireFromUser() const
+    {
+        if (m_Texts.front())
+            throw refusal(m_Kind.columns.front().key + " is given by the centre and can't be chosen");
+        for (std::size_t i = 0; i < m_Kind.columns.size(); ++i)
+            if (m_Texts[i])
+                requireReadable(m_Kind.columns[i], *m_Texts[i]);
+    }
+
+    const RecordKind& m_Kind;
+    const Origin m_Origin;
+    SQLite::Statement m_Insert;
+    std::optional<SQLite::Statement> m_AddBounds;
+    std::unordered_map<std::string, std::size_t> m_Slots; ///< columns by key, then the extra ones
+    std::vector<const std::string*> m_Texts;              ///< by slot
+};
+
+RecordWriter::RecordWriter(SQLite::Database& database, Origin origin) : m_Database(database), m_Origin(origin)
+{
+}
+
+RecordWriter::~RecordWriter() = default;
+
+std::uint32_t RecordWriter::add(const RecordKind& kind, const RecordTexts& texts)
+{
+    Insertion& record = insertion(kind);
+    record.take(texts);
+    if (const std::string* type = record.text("typeID"); type && kind.hasType())
+        requireOwner(kind, identifier("typeID", *type));
+    std::string company;
+    if (kind.name == "project" && !record.text("companyID")) {
+        company = companyId(record.text("company"));
+        record.setText("companyID", company);
+    } else if (kind.name == "project" && record.text("company")) {
+        throw refusal("company and companyID are both given");
+    }
+    if (const std::string* name = record.text("dataType"))
+        for (const RecordKind& each : recordKinds()) // so that no project has both "dom" and "DOM"
+            if (owns(*name, each))
+                record.setText("dataType", each.typeName);
+    const std::optional<Bounds> bounds = record.bounds();
+    try {
+        record.run(bounds);
+    } catch (const SQLite::Exception& exception) {
+        refuse(kind, record, exception);
+    }
+    const auto id = static_cast<std::uint32_t>(m_Database.getLastInsertRowid());
+    if (bounds)
+        record.addBounds(*bounds, id);
+    if (const std::string* marks = record.text("marks"))
+        addMarks(kind, id, *marks);
+    return id;
+}
+
+RecordWriter::Insertion& RecordWriter::insertion(const RecordKind& kind)
+{
+    std::unique_ptr<Insertion>& known = m_Insertions[&kind];
+    if (!known)
+        known = std::make_unique<Insertion>(m_Database, kind, m_Origin);
+    return *known;
+}
+
+void RecordWriter::requireOwner(const RecordKind& kind, std::uint32_t typeId)
+{
+    auto type = m_TypeNames.find(typeId);
+    if (type == m_TypeNames.end()) {
+        SQLite::Statement row(m_Database, "SELECT data_type FROM type WHERE type_id = ?");
+        row.bind(1, typeId);
+        if (!row.executeStep())
+            throw refusal("there is no type " + std::to_string(typeId));
+        type = m_TypeNames.emplace(typeId, row.getColumn(0).getString()).first;
+    }
+    if (!owns(type->second, kind))
+        throw refusal("type " + std::to_string(typeId) + " is " + type->second +
+                      " and has no records of kind " + kind.name + "; those are of " + kind.typeName);
+}
+
+std::string RecordWriter::companyId(const std::string* companyNo)
+{
+    SQLite::Statement row(m_Database, "SELECT id FROM company WHERE companyno = ?1 OR ?1 IS NULL LIMIT 2");
+    if (companyNo)
+        row.bind(1, *companyNo);
+    if (!row.executeStep())
+        throw refusal("there is no company " + shown(companyNo ? *companyNo : "") + "; add-company adds one");
+    std::string id = row.getColumn(0).getString();
+    if (row.executeStep())
+        throw refusal("there are several companies: company or companyID says which");
+    return id;
+}
+
+/// Tells in the words of the texts why the database did not take the record.
+void RecordWriter::refuse(const RecordKind& kind, Insertion& insertion, const SQLite::Exception& exception)
+{
+    const int code = exception.getExtendedErrorCode();
+    if (code == SQLITE_CONSTRAINT_PRIMARYKEY)
+        throw refusal("there is a " + kind.name + " " + *insertion.text(kind.columns.front().key) +
+                      " already");
+    if (code == SQLITE_CONSTRAINT_UNIQUE)
+        throw refusal("there is a " + kind.name + " " +
+                      shown(*insertion.text(kind.name == "project" ? "projectName" : "dataType")) +
+                      " already");
+    if (code == SQLITE_CONSTRAINT_CHECK)
+        throw refusal("no identifier is left for another " + kind.name);
+    if (code != SQLITE_CONSTRAINT_FOREIGNKEY)
+        throw exception;
+    for (const Column& column : kind.columns) {
+        const std::string* text = insertion.text(column.key);
+        if (column.references.empty() || !text)
+            continue;
+        const std::size_t bracket = column.references.find('(');
+        const std::string table = column.references.substr(0, bracket);
+        SQLite::Statement row(m_Database, "SELECT 1 FROM " + table + " WHERE " +
+                                              column.references.substr(bracket) + " = ?");
+        row.bind(1, identifier(column.key, *text));
+        if (!row.executeStep())
+            throw refusal("there is no " + table + " " + *text);
+    }
+    throw exception;
+}
+
+void RecordWriter::addMarks(const RecordKind& kind, std::uint32_t id, const std::string& marks)
+{
+    if (!m_AddMark)
+        m_AddMark.emplace(m_Database, "INSERT OR IGNORE INTO image_mark VALUES (?, ?, ?)");
+    for (std::size_t start = 0; start < marks.size();) {
+        const std::size_t end = std::min(marks.find_first_of(", ", start), marks.size());
+        const std::uint32_t mark = identifier("marks: each", marks.substr(start, end - start));
+        requireImageComment(mark);
+        const ResetAtEnd resetAtEnd(*m_AddMark);
+        SQLite::bind(*m_AddMark, mark, kind.number, id);
+        m_AddMark->exec();
+        start = end + 1;
+    }
+}
+
+void RecordWriter::requireImageComment(std::uint32_t id)
+{
+    if (!m_ImageComments.insert(id).second)
+        return;
+    if (m_Origin == Origin::Operator) {
+        SQLite::Statement addition(m_Database, "INSERT INTO image_comment VALUES (?1, 'mark ' || ?1, '')"
+                                               " ON CONFLICT DO NOTHING");
+        addition.bind(1, id);
+        addition.exec();
+    }
+    SQLite::Statement comment(m_Database, "SELECT 1 FROM image_comment WHERE id = ?");
+    comment.bind(1, id);
+    if (!comment.executeStep())
+        throw refusal("there is no image comment " + std::to_string(id) + " to be a mark");
+}
+
+} // namespace centre

@@ -1,0 +1,253 @@
+#include "centre/store/Schema.h"
+
+#include "centre/store/Error.h"
+#include "centre/store/RecordKinds.h"
+
+#include <SQLiteCpp/Transaction.h>
+#include <sqlite3.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <sys/stat.h>
+
+namespace centre {
+
+namespace {
+
+constexpr int kApplicationId = 0x4C554D4F; // "LUMO", so that a foreign database is never taken for ours
+constexpr int kBusyTimeoutMilliseconds = 10000;
+constexpr int kOneThread = SQLITE_OPEN_NOMUTEX; // at a time: no lock around every column that is read
+
+// A column that goes into a bean bears the bean's field name. An empty place is NULL: the field is then
+// absent. 0xFFFFFFFF means "none" to the clients, so no record may have it.
+constexpr const char* kVersion1 = R"sql(
+CREATE TABLE company (
+    id INTEGER PRIMARY KEY CHECK (id BETWEEN 1 AND 4294967294),
+    companyno TEXT NOT NULL UNIQUE);
+
+CREATE TABLE user (
+    id INTEGER PRIMARY KEY CHECK (id BETWEEN 1 AND 4294967294),
+    username TEXT NOT NULL UNIQUE,
+    company_id INTEGER NOT NULL REFERENCES company(id),
+    token_hash BLOB NOT NULL UNIQUE);
+
+CREATE TABLE box (
+    code TEXT NOT NULL PRIMARY KEY,
+    address TEXT NOT NULL) WITHOUT ROWID;
+
+CREATE TABLE disk (
+    id INTEGER PRIMARY KEY CHECK (id BETWEEN 1 AND 4294967294),
+    root_path TEXT NOT NULL,
+    name TEXT NOT NULL,
+    ref_id INTEGER,
+    kesta_code TEXT REFERENCES box(code),
+    company_id INTEGER NOT NULL REFERENCES company(id),
+    address_kind INTEGER NOT NULL,
+    UNIQUE (company_id, name));
+
+CREATE TABLE folder (
+    id INTEGER PRIMARY KEY CHECK (id BETWEEN 1 AND 4294967294),
+    parent_id INTEGER NOT NULL,
+    name TEXT NOT NULL,
+    long_text TEXT,
+    short_text TEXT,
+    disk_id INTEGER NOT NULL REFERENCES disk(id),
+    parent_ref INTEGER GENERATED ALWAYS AS (nullif(parent_id, 0)) VIRTUAL REFERENCES folder(id),
+    UNIQUE (disk_id, parent_id, name));
+
+CREATE TABLE file (
+    id INTEGER PRIMARY KEY CHECK (id BETWEEN 1 AND 4294967294),
+    parent_id INTEGER NOT NULL REFERENCES folder(id),
+    name TEXT NOT NULL,
+    short_text TEXT,
+    long_text TEXT,
+    UNIQUE (parent_id, name));
+
+-- An index ends with the row's id, so these hold each folder's children in the order of the pages,
+-- and the records before a page are passed over inside the index.
+CREATE INDEX folder_page ON folder(parent_id);
+CREATE INDEX file_page ON file(parent_id);
+
+CREATE TABLE data_folder (
+    project_id INTEGER NOT NULL,
+    src_id INTEGER NOT NULL REFERENCES folder(id),
+    PRIMARY KEY (project_id, src_id)) WITHOUT ROWID;
+
+CREATE TABLE data_file (
+    project_id INTEGER NOT NULL,
+    file_id INTEGER NOT NULL REFERENCES file(id),
+    PRIMARY KEY (project_id, file_id)) WITHOUT ROWID;
+
+-- data_type_id: 1 folder, 2 file; image catalogue as RecordKind::number
+CREATE TABLE comment_record (
+    comment_id INTEGER NOT NULL,
+    data_type_id INTEGER NOT NULL,
+    record_id INTEGER NOT NULL,
+    PRIMARY KEY (comment_id, data_type_id, record_id)) WITHOUT ROWID;
+)sql";
+
+// A disk or a package is found by the paths that lead to a place.
+constexpr const char* kVersion2 = R"sql(
+ALTER TABLE user ADD COLUMN may_write INTEGER NOT NULL DEFAULT 1;
+
+CREATE INDEX disk_root ON disk(root_path);
+
+CREATE TABLE national_area (
+    area_id INTEGER PRIMARY KEY CHECK (area_id BETWEEN 1 AND 4294967294),
+    area_name TEXT NOT NULL,
+    parent_id INTEGER REFERENCES national_area(area_id));
+
+CREATE INDEX national_area_parent ON national_area(parent_id);
+
+-- kind: 1 of a program, 2 of a module; place sorts the versions of one number from the first to the latest
+CREATE TABLE version (
+    kind INTEGER NOT NULL CHECK (kind IN (1, 2)),
+    number TEXT NOT NULL,
+    place BLOB NOT NULL,
+    versionno TEXT NOT NULL,
+    name TEXT NOT NULL,
+    kesta_code TEXT NOT NULL REFERENCES box(code),
+    app_full_path TEXT NOT NULL,
+    released TEXT NOT NULL,
+    notes TEXT,
+    PRIMARY KEY (kind, number, place)) WITHOUT ROWID;
+
+CREATE INDEX version_box ON version(kesta_code);
+CREATE INDEX version_path ON version(app_full_path);
+)sql";
+
+// A record bears one comment and any number of image comments, which belong to no company. The marks that are
+// there get image comments of their own.
+constexpr const char* kVersion4 = R"sql(
+CREATE TABLE comment (
+    id INTEGER PRIMARY KEY CHECK (id BETWEEN 1 AND 4294967294),
+    company_id INTEGER NOT NULL REFERENCES company(id),
+    commentcontent TEXT NOT NULL,
+    commentstate TEXT NOT NULL,
+    UNIQUE (company_id, commentcontent, commentstate));
+
+CREATE TABLE image_comment (
+    id INTEGER PRIMARY KEY CHECK (id BETWEEN 1 AND 4294967294),
+    commentcontent TEXT NOT NULL,
+    commentstate TEXT NOT NULL,
+    UNIQUE (commentcontent, commentstate));
+
+INSERT INTO image_comment SELECT DISTINCT comm_id, 'mark ' || comm_id, '' FROM image_mark;
+
+DELETE FROM comment_record WHERE EXISTS (
+    SELECT 1 FROM comment_record AS other WHERE other.data_type_id = comment_record.data_type_id
+    AND other.record_id = comment_record.record_id AND other.comment_id < comment_record.comment_id);
+
+CREATE UNIQUE INDEX comment_record_record ON comment_record(data_type_id, record_id);
+CREATE INDEX data_folder_folder ON data_folder(src_id);
+CREATE INDEX data_file_file ON data_file(file_id);
+)sql";
+
+constexpr int kSchemaVersion = 4;
+
+/// What leads from a version of the tables to the next.
+std::string stepFrom(int version)
+{
+    // The tables of the image catalogue follow the beans, whose fields have their places for good.
+    const std::string steps[kSchemaVersion] = {kVersion1, kVersion2, recordTables(), kVersion4};
+    return steps[version];
+}
+
+std::string databasePath(const std::string& dataFolder)
+{
+    return dataFolder + "/centre.db";
+}
+
+int pragma(SQLite::Database& database, const std::string& name)
+{
+    return database.execAndGet("PRAGMA " + name).getInt();
+}
+
+Error notOurs(const std::string& path)
+{
+    return {ExitCode::NoDataFolder, path + " is not a database of lumo-centre"};
+}
+
+bool isComplete(SQLite::Database& database)
+{
+    return pragma(database, "application_id") == kApplicationId && pragma(database, "user_version") > 0;
+}
+
+void takeSteps(SQLite::Database& database, int from)
+{
+    for (int version = from; version < kSchemaVersion; ++version) {
+        database.exec(stepFrom(version));
+        database.exec("PRAGMA user_version = " + std::to_string(version + 1));
+    }
+}
+
+void migrate(SQLite::Database& database)
+{
+    SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
+    takeSteps(database, pragma(database, "user_version")); // another process may have been faster
+    transaction.commit();
+}
+
+void setUp(SQLite::Database& database)
+{
+    database.setBusyTimeout(kBusyTimeoutMilliseconds);
+    try {
+        database.exec("PRAGMA foreign_keys = ON");
+        database.exec("PRAGMA synchronous = FULL");
+        pragma(database, "application_id"); // the first that reads the file
+    } catch (const SQLite::Exception& exception) {
+        if (exception.getErrorCode() == SQLITE_NOTADB)
+            throw notOurs(database.getFilename());
+        throw;
+    }
+}
+
+} // namespace
+
+std::unique_ptr<SQLite::Database> openDatabase(const std::string& dataFolder)
+{
+    const std::string path = databasePath(dataFolder);
+    if (!std::filesystem::exists(path))
+        throw Error(ExitCode::NoDataFolder,
+                    dataFolder + " is not a data folder; make one with: lumo-centre init " + dataFolder);
+    auto database = std::make_unique<SQLite::Database>(path, SQLite::OPEN_READWRITE | kOneThread);
+    setUp(*database);
+    if (!isComplete(*database))
+        throw notOurs(path);
+    const int version = pragma(*database, "user_version");
+    if (version > kSchemaVersion)
+        throw Error(ExitCode::NoDataFolder, dataFolder + " has version " + std::to_string(version) +
+                                                " of the tables; this lumo-centre knows " +
+                                                std::to_string(kSchemaVersion) + ": use a newer lumo-centre");
+    if (version < kSchemaVersion)
+        migrate(*database);
+    return database;
+}
+
+std::unique_ptr<SQLite::Database> createDatabase(const std::string& dataFolder)
+{
+    std::error_code error;
+    const bool made = std::filesystem::create_directories(dataFolder, error);
+    if (error)
+        throw Error(ExitCode::Failed, "can't make " + dataFolder + ": " + error.message());
+    if (made && ::chmod(dataFolder.c_str(), S_IRWXU) != 0)
+        throw Error(ExitCode::Failed, "can't protect " + dataFolder + ": " + std::strerror(errno));
+    auto database = std::make_unique<SQLite::Database>(
+        databasePath(dataFolder), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | kOneThread);
+    setUp(*database);
+    if (isComplete(*database))
+        throw Error(ExitCode::NoDataFolder, dataFolder + " is a data folder already; nothing was changed");
+    if (pragma(*database, "application_id") != 0 || pragma(*database, "user_version") != 0)
+        throw Error(ExitCode::NoDataFolder, databasePath(dataFolder) + " is another program's database");
+    database->exec("PRAGMA journal_mode = WAL");
+    return database;
+}
+
+void createSchema(SQLite::Database& database)
+{
+    database.exec("PRAGMA application_id = " + std::to_string(kApplicationId));
+    takeSteps(database, 0);
+}
+
+} // namespace centre

@@ -1,0 +1,42 @@
+#ifndef LUMO_CENTRE_STORE_STORAGETREE_H
+#define LUMO_CENTRE_STORE_STORAGETREE_H
+
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <SQLiteCpp/VariadicBind.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace centre {
+
+/// Finds and adds folders and files of disks, inside the caller's transactions; used by one thread at a
+/// time. Throws SQLite::Exception.
+class StorageTree
+{
+public:
+    explicit StorageTree(SQLite::Database& database);
+
+    std::optional<std::uint32_t> topFolder(std::uint32_t diskId);
+    std::optional<std::uint32_t> findFolder(std::uint32_t diskId, std::uint32_t parentId,
+                                            const std::string& name);
+    /// Of a folder that `findFolder` does not find; its identifier.
+    std::uint32_t addFolder(std::uint32_t diskId, std::uint32_t parentId, const std::string& name);
+    /// The folder that the names lead to; adds what is missing of them.
+    std::uint32_t makeFolders(std::uint32_t diskId, std::uint32_t parentId,
+                              const std::vector<std::string>& names);
+    /// False if the file is registered already.
+    bool addFile(std::uint32_t folderId, const std::string& name);
+
+private:
+    SQLite::Database& m_Database;
+    SQLite::Statement m_TopFolder;
+    SQLite::Statement m_FindFolder;
+    SQLite::Statement m_AddFolder;
+    SQLite::Statement m_AddFile;
+};
+
+} // namespace centre
+
+#endif

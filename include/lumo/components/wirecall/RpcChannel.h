@@ -1,0 +1,45 @@
+#ifndef LUMO_COMPONENTS_WIRECALL_RPCCHANNEL_H
+#define LUMO_COMPONENTS_WIRECALL_RPCCHANNEL_H
+
+#include "lumo/components/platform/Export.h"
+
+#include <boost/shared_ptr.hpp>
+#include <google/protobuf/service.h>
+
+#include <string>
+
+namespace wirecall {
+
+/// A way to one address, over which the generated stubs call. Safe from any thread.
+///
+/// `CallMethod` with a null closure returns when the call ended, with the answer in the response,
+/// replacing its content. With a closure it returns at once: stub and request may then die, while
+/// controller, response and closure must live until the closure runs, once, on a thread of the
+/// runtime. The controller has to be a wirecall::RpcController.
+class LUMO_EXPORT RpcChannel : public google::protobuf::RpcChannel
+{
+public:
+    RpcChannel();
+    ~RpcChannel() override;
+
+    RpcChannel(const RpcChannel&) = delete;
+    RpcChannel& operator=(const RpcChannel&) = delete;
+};
+
+/// Where a channel leads and how.
+struct ChannelOptions
+{
+    std::string address;         ///< "host:port"; IPv6 addresses in brackets
+    std::string token;           ///< sent with every call unless empty
+    bool tls = false;            ///< encrypt, and verify the other side's certificate
+    std::string rootCertificate; ///< PEM file of the authority to trust; empty: those of the system
+};
+
+/// Makes a channel. Nothing is sent before the first call; a call over a channel that can't connect
+/// fails. Returns an empty pointer, with the reason in `error`, for a malformed address or token, a root
+/// certificate that can't be read, or a token that would travel in plain text to another host.
+LUMO_EXPORT boost::shared_ptr<RpcChannel> openChannel(const ChannelOptions& options, std::string& error);
+
+} // namespace wirecall
+
+#endif

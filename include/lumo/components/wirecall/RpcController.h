@@ -1,0 +1,61 @@
+#ifndef LUMO_COMPONENTS_WIRECALL_RPCCONTROLLER_H
+#define LUMO_COMPONENTS_WIRECALL_RPCCONTROLLER_H
+
+#include "lumo/components/platform/Export.h"
+
+#include <google/protobuf/service.h>
+
+#include <string>
+
+namespace wirecall {
+
+/// Why a call failed, as far as a caller may want to tell the cases apart.
+enum class Failure
+{
+    None,
+    NoConnection,    ///< the other side could not be reached, or the connection broke
+    TimeLimit,       ///< no answer within the time limit
+    Unauthenticated, ///< the token was refused
+    NotImplemented,  ///< the other side does not have the operation
+    Other            ///< anything else; the error text says what
+};
+
+/// The settings and the outcome of one call at a time. Not safe from several threads at once.
+class LUMO_EXPORT RpcController : public google::protobuf::RpcController
+{
+public:
+    RpcController();
+    ~RpcController() override;
+
+    /// Ready for the next call; the time limit is forgotten too.
+    void Reset() override;
+    /// The longest that the call may take, in milliseconds; 0 or less is no limit.
+    void SetTimeout(long long milliseconds);
+    long long timeout() const { return m_Timeout; }
+
+    /// True after a call that got no valid answer.
+    bool Failed() const override;
+    std::string ErrorText() const override;
+    Failure failure() const { return m_Failure; }
+    /// False when the request never left: no connection came about, or it was too large.
+    bool IsRequestSent() const { return m_RequestSent; }
+
+    /// Not supported: a call can't be cancelled by its caller. It ends at its time limit.
+    void StartCancel() override;
+    void SetFailed(const std::string& reason) override;
+    bool IsCanceled() const override;
+    void NotifyOnCancel(google::protobuf::Closure* callback) override;
+
+    /// For the channel: the outcome of the call.
+    void setOutcome(Failure failure, const std::string& errorText, bool requestSent);
+
+private:
+    long long m_Timeout = 0;
+    Failure m_Failure = Failure::None;
+    bool m_RequestSent = false;
+    std::string m_ErrorText;
+};
+
+} // namespace wirecall
+
+#endif

@@ -1,7 +1,0 @@
-#ifndef LUMO_PLATFORM_EXPORT_H
-#define LUMO_PLATFORM_EXPORT_H
-
-/// Marks what a shared library of this project shows; everything else is hidden.
-#define LUMO_EXPORT __attribute__((visibility("default")))
-
-#endif
