@@ -5,7 +5,7 @@
 #include "bench/Turns.h"
 #include "bench/World.h"
 #include "centre/content/Import.h"
-#include "centre/content/Load.h"
+#include "centre/content/LoadRecords.h"
 #include "forgeserver.grpc.pb.h"
 
 #include <benchmark/benchmark.h>

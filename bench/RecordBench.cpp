@@ -4,7 +4,7 @@
 #include "bench/Rows.h"
 #include "bench/Turns.h"
 #include "bench/World.h"
-#include "centre/content/Load.h"
+#include "centre/content/LoadRecords.h"
 
 #include <benchmark/benchmark.h>
 #include <malloc.h>

@@ -1,12 +1,12 @@
 #include "centre/box/Box.h"
 
+#include "centre/base/Error.h"
+#include "centre/base/Text.h"
 #include "centre/box/BoxService.h"
-#include "centre/box/CatalogueOfBox.h"
-#include "centre/server/Endpoint.h"
-#include "centre/server/ServeLock.h"
-#include "centre/store/Error.h"
+#include "centre/box/DataFolderCatalogue.h"
+#include "centre/endpoint/Endpoint.h"
+#include "centre/endpoint/ServeLock.h"
 #include "centre/store/Store.h"
-#include "centre/store/Text.h"
 #include "components/wirecall/Address.h"
 
 #include <QByteArray>
@@ -61,7 +61,7 @@ struct Box::Impl
     const std::string code;
     std::unique_ptr<ServeLock> lock;
     ConnectionPool pool;
-    CatalogueOfBox catalogue;
+    DataFolderCatalogue catalogue;
     BoxService service;
     Endpoint endpoint; ///< destroyed first: its calls use what stands above
 };

@@ -1,7 +1,7 @@
 #ifndef LUMO_CENTRE_BOX_BOX_H
 #define LUMO_CENTRE_BOX_BOX_H
 
-#include "centre/server/ListenOptions.h"
+#include "centre/endpoint/ListenOptions.h"
 
 #include <memory>
 #include <string>

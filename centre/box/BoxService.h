@@ -4,7 +4,7 @@
 #include "centre/box/BoxCatalogue.h"
 #include "centre/box/DigestCache.h"
 #include "centre/box/Uploads.h"
-#include "centre/server/Faults.h"
+#include "centre/endpoint/Faults.h"
 #include "haulbox.pb.h"
 
 namespace centre {

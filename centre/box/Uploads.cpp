@@ -1,6 +1,6 @@
 #include "centre/box/Uploads.h"
 
-#include "centre/store/Token.h"
+#include "centre/base/Token.h"
 #include "components/bulkhaul/FileFailure.h"
 
 namespace centre {

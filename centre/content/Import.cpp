@@ -1,10 +1,10 @@
 #include "centre/content/Import.h"
 
-#include "centre/box/BoxPath.h"
-#include "centre/store/Error.h"
+#include "centre/base/Error.h"
+#include "centre/base/Path.h"
+#include "centre/base/Text.h"
 #include "centre/store/StorageTree.h"
 #include "centre/store/Store.h"
-#include "centre/store/Text.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 

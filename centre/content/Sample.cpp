@@ -1,6 +1,5 @@
-#include "centre/content/Load.h"
+#include "centre/content/Sample.h"
 
-#include "centre/store/BulkInsertion.h"
 #include "centre/store/Store.h"
 
 #include <QDate>

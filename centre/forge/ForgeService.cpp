@@ -1,8 +1,9 @@
 #include "centre/forge/ForgeService.h"
 
-#include "centre/box/BoxPath.h"
+#include "centre/base/Path.h"
+#include "centre/base/Text.h"
 #include "centre/forge/ImageAnalysis.h"
-#include "centre/store/Text.h"
+#include "centre/store/ServedRoot.h"
 #include "lumo/components/wirecall/RpcServer.h"
 
 #include <functional>
@@ -30,6 +31,11 @@ std::string attempt(const char* operation, const std::function<void()>& work)
         std::cerr << "lumo-centre: " + (operation + (": " + reason)) + "\n";
         return reason.empty() ? "failed" : reason;
     }
+}
+
+IsCanceled cancellationOf(const RpcController* call)
+{
+    return [call] { return call->IsCanceled(); };
 }
 
 void tell(forgeserver::AnalyzeImageRsp& response, const std::string& error)
@@ -80,8 +86,9 @@ void ForgeService::TransferProgress(RpcController*, const forgeserver::TransferP
 void ForgeService::AnalyzeImage(RpcController* controller, const forgeserver::AnalyzeImageReq* request,
                                 forgeserver::AnalyzeImageRsp* response, Closure* done)
 {
-    tell(*response,
-         attempt("AnalyzeImage", [&] { analyzeImage(m_Pool, userOf(controller), *request, *controller); }));
+    tell(*response, attempt("AnalyzeImage", [&] {
+        analyzeImage(m_Pool, userOf(controller), *request, cancellationOf(controller));
+    }));
     done->Run();
 }
 
@@ -89,24 +96,27 @@ void ForgeService::AnalyzeImages(RpcController* controller, const forgeserver::A
                                  forgeserver::AnalyzeImagesRsp* response, Closure* done)
 {
     for (const forgeserver::AnalyzeImageReq& each : request->analyze_req())
-        tell(*response->add_analyze_rsp(),
-             attempt("AnalyzeImages", [&] { analyzeImage(m_Pool, userOf(controller), each, *controller); }));
+        tell(*response->add_analyze_rsp(), attempt("AnalyzeImages", [&] {
+            analyzeImage(m_Pool, userOf(controller), each, cancellationOf(controller));
+        }));
     done->Run();
 }
 
 void ForgeService::FileCopyToDb(RpcController* controller, const forgeserver::FileCopyToDbReq* request,
                                 forgeserver::FileCopyToDbRsp* response, Closure* done)
 {
-    tell(*response,
-         attempt("FileCopyToDb", [&] { m_Copy.copyIn(userOf(controller), *request, *controller); }));
+    tell(*response, attempt("FileCopyToDb", [&] {
+        m_Copy.copyIn(userOf(controller), *request, cancellationOf(controller));
+    }));
     done->Run();
 }
 
 void ForgeService::FileCopyFromDb(RpcController* controller, const forgeserver::FileCopyFromDbReq* request,
                                   forgeserver::FileCopyFromDbRsp* response, Closure* done)
 {
-    tell(*response,
-         attempt("FileCopyFromDb", [&] { m_Copy.copyOut(userOf(controller), *request, *controller); }));
+    tell(*response, attempt("FileCopyFromDb", [&] {
+        m_Copy.copyOut(userOf(controller), *request, cancellationOf(controller));
+    }));
     done->Run();
 }
 
@@ -169,11 +179,12 @@ User ForgeService::userOf(RpcController* controller)
 
 bool ForgeService::mayRead(const std::string& token, const std::string& path)
 {
-    if (!isBoxPath(path))
+    if (!isPlainAbsolutePath(path))
         return false;
     ConnectionPool::Lease connection(m_Pool);
     const std::optional<User> user = connection->user(token);
-    return user && !overlap(m_Pool.dataFolder(), path) && findGround(*connection, user->companyId, "", path);
+    return user && !overlap(m_Pool.dataFolder(), path) &&
+           findServedRoot(*connection, user->companyId, "", path);
 }
 
 } // namespace centre

@@ -1,12 +1,12 @@
 #include "centre/forge/ImageAnalysis.h"
 
+#include "centre/base/Cancellation.h"
+#include "centre/base/Error.h"
+#include "centre/base/Text.h"
 #include "centre/forge/ImageFile.h"
 #include "centre/forge/StoragePlace.h"
-#include "centre/ledger/Ownership.h"
-#include "centre/ledger/Wanted.h"
-#include "centre/store/Error.h"
+#include "centre/store/Ownership.h"
 #include "centre/store/ResetAtEnd.h"
-#include "centre/store/Text.h"
 
 #include <utility>
 
@@ -15,7 +15,6 @@ namespace centre {
 namespace {
 
 using forgeserver::Reference;
-using google::protobuf::RpcController;
 
 constexpr char kNote[] = "UPDATE file SET short_text = ?, long_text = nullif(?, '') WHERE id = ?";
 constexpr std::size_t kShown = 200;
@@ -29,8 +28,8 @@ std::string shown(const std::string& name)
 class Files
 {
 public:
-    Files(ConnectionPool& pool, const User& user, const RpcController& call)
-        : m_Pool(pool), m_User(user), m_Call(call)
+    Files(ConnectionPool& pool, const User& user, const IsCanceled& isCanceled)
+        : m_Pool(pool), m_User(user), m_IsCanceled(isCanceled)
     {
     }
 
@@ -51,7 +50,7 @@ public:
                  Look look) const
     {
         for (const Reference& reference : references) {
-            requireWanted(m_Call);
+            requireNotCanceled(m_IsCanceled);
             try {
                 look(reference, place(reference));
             } catch (const std::exception& exception) {
@@ -65,7 +64,7 @@ public:
 private:
     ConnectionPool& m_Pool;
     const User& m_User;
-    const RpcController& m_Call;
+    const IsCanceled& m_IsCanceled;
 };
 
 using Found = std::vector<std::pair<std::uint32_t, ImageFacts>>;
@@ -85,18 +84,18 @@ void note(ConnectionPool& pool, const Found& found)
 }
 
 void analyze(ConnectionPool& pool, const User& user, const forgeserver::AnalyzeImageReq& request,
-             const RpcController& call)
+             const IsCanceled& isCanceled)
 {
     if (request.analyze_flag())
         requireWriter(user);
     if (request.main_file_size() == 0)
         throw refusal("it has no main file");
-    const Files files(pool, user, call);
+    const Files files(pool, user, isCanceled);
     Found found;
     files.forEach("main", request.main_file(),
-                  [&found, &call](const Reference& reference, const FilePlace& place) {
+                  [&found, &isCanceled](const Reference& reference, const FilePlace& place) {
                       found.emplace_back(static_cast<std::uint32_t>(reference.ref_id()),
-                                         readImage(openFile(place), call));
+                                         readImage(openFile(place).handle, isCanceled));
                   });
     const auto open = [](const Reference&, const FilePlace& place) { openFile(place); };
     files.forEach("metadata", request.meta_file(), open);
@@ -108,10 +107,10 @@ void analyze(ConnectionPool& pool, const User& user, const forgeserver::AnalyzeI
 } // namespace
 
 void analyzeImage(ConnectionPool& pool, const User& user, const forgeserver::AnalyzeImageReq& request,
-                  const RpcController& call)
+                  const IsCanceled& isCanceled)
 {
     try {
-        analyze(pool, user, request, call);
+        analyze(pool, user, request, isCanceled);
     } catch (const std::exception& exception) {
         throw refusal("image " + shown(request.img_name()) + ": " + exception.what());
     }

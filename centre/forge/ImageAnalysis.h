@@ -1,10 +1,9 @@
 #ifndef LUMO_CENTRE_FORGE_IMAGEANALYSIS_H
 #define LUMO_CENTRE_FORGE_IMAGEANALYSIS_H
 
+#include "centre/base/Cancellation.h"
 #include "centre/store/ConnectionPool.h"
 #include "forgeserver.pb.h"
-
-#include <google/protobuf/service.h>
 
 namespace centre {
 
@@ -14,7 +13,7 @@ namespace centre {
 /// long_text the georeference. Throws std::exception with a reason that begins with the image's name. It
 /// is given up when nobody waits for the call's answer any more.
 void analyzeImage(ConnectionPool& pool, const User& user, const forgeserver::AnalyzeImageReq& request,
-                  const google::protobuf::RpcController& call);
+                  const IsCanceled& isCanceled);
 
 } // namespace centre
 

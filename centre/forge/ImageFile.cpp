@@ -1,11 +1,12 @@
 #include "centre/forge/ImageFile.h"
 
+#include "centre/base/Error.h"
 #include "centre/forge/ImageFormats.h"
-#include "centre/store/Error.h"
 
 #include <charconv>
 #include <iterator>
 #include <memory>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace centre {
@@ -28,24 +29,27 @@ std::string numberText(double value)
 
 } // namespace
 
-ImageFacts readImage(OpenFile file, const google::protobuf::RpcController& call)
+ImageFacts readImage(bulkhaul::FileHandle file, const IsCanceled& isCanceled)
 {
+    struct stat status = {};
+    if (::fstat(file.get(), &status) != 0)
+        throw refusal("the file can't be read");
+    const auto size = static_cast<std::uint64_t>(status.st_size);
     std::string signature(kSignature, '\0');
-    const ssize_t read = ::pread(file.handle.get(), signature.data(), signature.size(), 0);
+    const ssize_t read = ::pread(file.get(), signature.data(), signature.size(), 0);
     signature.resize(read > 0 ? static_cast<std::size_t>(read) : 0);
     for (const std::string& tiff :
          {std::string("II*\0", 4), std::string("MM\0*", 4), std::string("II+\0", 4), std::string("MM\0+", 4)})
         if (startsWith(signature, tiff))
-            return readTiff(std::move(file.handle), file.size, call);
+            return readTiff(std::move(file), size, isCanceled);
     const bool isJpeg = startsWith(signature, "\xFF\xD8\xFF");
     if (!isJpeg && !startsWith(signature, "\x89PNG\r\n\x1A\n"))
-        throw Error(ExitCode::Failed, file.size == 0 ? "the file is empty" : "no TIFF, JPEG or PNG image");
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(::fdopen(file.handle.get(), "rb"),
-                                                                 &std::fclose);
+        throw refusal(size == 0 ? "the file is empty" : "not a TIFF, JPEG or PNG image");
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(::fdopen(file.get(), "rb"), &std::fclose);
     if (!stream)
-        throw Error(ExitCode::Failed, "the file can't be read");
-    file.handle.release();
-    return isJpeg ? readJpeg(stream.get(), call) : readPng(stream.get(), call);
+        throw refusal("the file can't be read");
+    file.release();
+    return isJpeg ? readJpeg(stream.get(), isCanceled) : readPng(stream.get(), isCanceled);
 }
 
 std::string formatText(const ImageFacts& facts)

@@ -1,9 +1,8 @@
 #ifndef LUMO_CENTRE_FORGE_IMAGEFILE_H
 #define LUMO_CENTRE_FORGE_IMAGEFILE_H
 
-#include "centre/forge/StoragePlace.h"
-
-#include <google/protobuf/service.h>
+#include "centre/base/Cancellation.h"
+#include "components/bulkhaul/Folder.h"
 
 #include <cstdint>
 #include <optional>
@@ -31,10 +30,10 @@ struct ImageFacts
     std::optional<Georeference> georeference;
 };
 
-/// Reads an image: its header, and what it takes to tell that its data is there and whole. A TIFF's first
-/// image is meant. Closes the file. Throws Error(Failed) with the reason, also when nobody waits for the
-/// call's answer any more.
-ImageFacts readImage(OpenFile file, const google::protobuf::RpcController& call);
+/// Reads an image from a regular file that is open for reading: its header, and as much as shows that its
+/// data is there and whole. Of a TIFF the first image is read. Takes the file over and closes it, also when
+/// it throws. Throws Error(Failed) with the reason, also when it is canceled. Bytes of any kind are safe.
+ImageFacts readImage(bulkhaul::FileHandle file, const IsCanceled& isCanceled = neverCanceled);
 
 /// "GTiff 512x256x3".
 std::string formatText(const ImageFacts& facts);

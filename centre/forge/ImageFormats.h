@@ -12,14 +12,12 @@ constexpr std::uint64_t kMostPixelsRead = 1 << 28;
 /// What a format may take of memory for one image, in bytes.
 constexpr std::int64_t kMostMemory = 256 << 20;
 
-// Each reads a file from its start and throws Error(Failed), also when nobody waits for the call's answer any
-// more.
+// Each reads a file from its start and throws Error(Failed), also when it is canceled.
 
 /// Takes the descriptor over, also when it throws.
-ImageFacts readTiff(bulkhaul::FileHandle file, std::uint64_t size,
-                    const google::protobuf::RpcController& call);
-ImageFacts readJpeg(std::FILE* file, const google::protobuf::RpcController& call);
-ImageFacts readPng(std::FILE* file, const google::protobuf::RpcController& call);
+ImageFacts readTiff(bulkhaul::FileHandle file, std::uint64_t size, const IsCanceled& isCanceled);
+ImageFacts readJpeg(std::FILE* file, const IsCanceled& isCanceled);
+ImageFacts readPng(std::FILE* file, const IsCanceled& isCanceled);
 
 } // namespace centre
 

@@ -1,6 +1,6 @@
+#include "centre/base/Cancellation.h"
+#include "centre/base/Error.h"
 #include "centre/forge/ImageFormats.h"
-#include "centre/ledger/Wanted.h"
-#include "centre/store/Error.h"
 
 #include <csetjmp>
 
@@ -42,14 +42,14 @@ void leaveAtLoss(j_common_ptr image, int level)
 struct Progress
 {
     jpeg_progress_mgr manager;
-    const google::protobuf::RpcController* call;
+    const IsCanceled* isCanceled;
 };
 
 void leaveIfTooLong(j_common_ptr image)
 {
     auto* errors = reinterpret_cast<Errors*>(image->err);
     const bool tooMany = reinterpret_cast<j_decompress_ptr>(image)->input_scan_number > kMostScans;
-    if (!tooMany && !reinterpret_cast<Progress*>(image->progress)->call->IsCanceled())
+    if (!tooMany && !(*reinterpret_cast<Progress*>(image->progress)->isCanceled)())
         return;
     static_cast<void>(
         std::snprintf(errors->text, sizeof errors->text, "it has more than %d scans", kMostScans));
@@ -81,14 +81,14 @@ bool readAll(jpeg_decompress_struct& image, Errors& errors, Progress& progress, 
 
 } // namespace
 
-ImageFacts readJpeg(std::FILE* file, const google::protobuf::RpcController& call)
+ImageFacts readJpeg(std::FILE* file, const IsCanceled& isCanceled)
 {
     Errors errors = {};
     jpeg_decompress_struct image = {};
     image.err = jpeg_std_error(&errors.manager);
     errors.manager.error_exit = leave;
     errors.manager.emit_message = leaveAtLoss;
-    Progress progress = {{}, &call};
+    Progress progress = {{}, &isCanceled};
     progress.manager.progress_monitor = leaveIfTooLong;
     // A progressive image that would take too much memory is left, too, before its data is read.
     const bool whole =
@@ -96,9 +96,9 @@ ImageFacts readJpeg(std::FILE* file, const google::protobuf::RpcController& call
     ImageFacts facts{"JPEG", image.image_width, image.image_height,
                      static_cast<std::uint32_t>(image.num_components), std::nullopt};
     jpeg_destroy_decompress(&image);
-    requireWanted(call);
+    requireNotCanceled(isCanceled);
     if (!whole)
-        throw Error(ExitCode::Failed, std::string("damaged JPEG: ") + errors.text);
+        throw refusal(std::string("damaged JPEG: ") + errors.text);
     return facts;
 }
 

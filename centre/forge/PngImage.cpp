@@ -1,6 +1,6 @@
+#include "centre/base/Cancellation.h"
+#include "centre/base/Error.h"
 #include "centre/forge/ImageFormats.h"
-#include "centre/ledger/Wanted.h"
-#include "centre/store/Error.h"
 
 #include <csetjmp>
 #include <cstring>
@@ -32,8 +32,8 @@ struct Header
 };
 
 /// Reads an image; `row`, which png_malloc made, is for the caller to free. False when it was left.
-bool readAll(png_structp png, png_infop info, std::FILE* file, const google::protobuf::RpcController& call,
-             Header& header, png_bytep& row)
+bool readAll(png_structp png, png_infop info, std::FILE* file, const IsCanceled& isCanceled, Header& header,
+             png_bytep& row)
 {
     if (setjmp(png_jmpbuf(png)) != 0) // NOLINT(cert-err52-cpp): the library's way out
         return false;
@@ -47,7 +47,7 @@ bool readAll(png_structp png, png_infop info, std::FILE* file, const google::pro
     row = static_cast<png_bytep>(png_malloc(png, png_get_rowbytes(png, info)));
     for (int pass = 0; pass < passes; ++pass)
         for (png_uint_32 i = 0; i < header.height; ++i) {
-            if (call.IsCanceled())
+            if (isCanceled())
                 return false;
             png_read_row(png, row, nullptr);
         }
@@ -57,20 +57,20 @@ bool readAll(png_structp png, png_infop info, std::FILE* file, const google::pro
 
 } // namespace
 
-ImageFacts readPng(std::FILE* file, const google::protobuf::RpcController& call)
+ImageFacts readPng(std::FILE* file, const IsCanceled& isCanceled)
 {
     char error[kLongestError + 1] = "";
     png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, error, leave, drop);
     png_infop info = png ? png_create_info_struct(png) : nullptr;
     Header header;
     png_bytep row = nullptr;
-    const bool whole = info && readAll(png, info, file, call, header, row);
+    const bool whole = info && readAll(png, info, file, isCanceled, header, row);
     if (png)
         png_free(png, row);
     png_destroy_read_struct(&png, &info, nullptr);
-    requireWanted(call);
+    requireNotCanceled(isCanceled);
     if (!whole)
-        throw Error(ExitCode::Failed, std::string("damaged PNG: ") + error);
+        throw refusal(std::string("damaged PNG: ") + error);
     return {"PNG", header.width, header.height, header.bands, std::nullopt};
 }
 

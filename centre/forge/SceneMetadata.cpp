@@ -1,7 +1,7 @@
 #include "centre/forge/SceneMetadata.h"
 
-#include "centre/store/Error.h"
-#include "centre/store/Text.h"
+#include "centre/base/Error.h"
+#include "centre/base/Text.h"
 
 #include <pugixml.hpp>
 

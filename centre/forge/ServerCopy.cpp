@@ -1,11 +1,11 @@
 #include "centre/forge/ServerCopy.h"
 
-#include "centre/box/BoxPath.h"
+#include "centre/base/Cancellation.h"
+#include "centre/base/Error.h"
+#include "centre/base/Path.h"
+#include "centre/base/Text.h"
 #include "centre/forge/StoragePlace.h"
-#include "centre/ledger/Ownership.h"
-#include "centre/ledger/Wanted.h"
-#include "centre/store/Error.h"
-#include "centre/store/Text.h"
+#include "centre/store/Ownership.h"
 #include "components/bulkhaul/IncomingFile.h"
 #include "components/bulkhaul/SourceFile.h"
 
@@ -19,7 +19,6 @@ namespace {
 constexpr std::size_t kShown = 200; // of a path
 
 using bulkhaul::Folder;
-using google::protobuf::RpcController;
 
 /// The path without separators that say nothing: doubled ones and that at its end.
 std::string plainPath(std::string path)
@@ -50,14 +49,14 @@ void requireFree(const Folder& folder, const std::string& name, bool overwrite)
 
 /// Whole, or nothing is left behind: no later copy would go on with a part.
 void copy(const bulkhaul::SourceFile& source, Folder to, const std::string& name, bool overwrite,
-          const RpcController& call)
+          const IsCanceled& isCanceled)
 {
     bulkhaul::IncomingFile target(std::move(to), name, source.size(), bulkhaul::Existing::Replace);
     try {
         std::string data;
         std::uint64_t chunk = 0;
         do { // for an empty file, too: from the first write on nobody else can give the name
-            requireWanted(call);
+            requireNotCanceled(isCanceled);
             source.read(chunk, data);
             target.write(chunk, data, bulkhaul::digestOf(data));
         } while (++chunk < bulkhaul::chunkCount(source.size()));
@@ -91,7 +90,7 @@ ServerCopy::ServerCopy(ConnectionPool& pool, const std::vector<std::string>& cop
 /// The innermost root that the path lies in.
 std::string ServerCopy::requireRoot(const std::string& path) const
 {
-    if (!isBoxPath(path))
+    if (!isPlainAbsolutePath(path))
         throw refusal(escaped(path.substr(0, kShown)) + " is no plain absolute path, /FOLDER/NAME");
     std::string found;
     for (const std::string& root : m_Roots)
@@ -128,7 +127,7 @@ std::uint32_t ServerCopy::makeFolder(const User& user, const forgeserver::Create
 }
 
 void ServerCopy::copyIn(const User& user, const forgeserver::FileCopyToDbReq& request,
-                        const RpcController& call)
+                        const IsCanceled& isCanceled)
 {
     requireWriter(user);
     const std::string path = plainPath(request.src_file());
@@ -152,7 +151,7 @@ void ServerCopy::copyIn(const User& user, const forgeserver::FileCopyToDbReq& re
         throw refusal(escaped(name) + " can't be a file's name");
     Folder target = place.open(Folder::Missing::MakeFlushed);
     requireFree(target, name, request.copy_flag());
-    copy(source, std::move(target), name, request.copy_flag(), call);
+    copy(source, std::move(target), name, request.copy_flag(), isCanceled);
 
     const std::lock_guard<std::mutex> lock(m_Pool.changing());
     ConnectionPool::Lease connection(m_Pool);
@@ -163,7 +162,7 @@ void ServerCopy::copyIn(const User& user, const forgeserver::FileCopyToDbReq& re
 }
 
 void ServerCopy::copyOut(const User& user, const forgeserver::FileCopyFromDbReq& request,
-                         const RpcController& call)
+                         const IsCanceled& isCanceled)
 {
     requireWriter(user); // it changes folders of the centre's machine
     const std::string path = plainPath(request.dist_path());
@@ -189,7 +188,7 @@ void ServerCopy::copyOut(const User& user, const forgeserver::FileCopyFromDbReq&
     }
     requireFree(target, name, request.copy_flag());
     copy(bulkhaul::SourceFile(place.folder.open(), place.name), std::move(target), name, request.copy_flag(),
-         call);
+         isCanceled);
 }
 
 } // namespace centre

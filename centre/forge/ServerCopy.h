@@ -1,10 +1,9 @@
 #ifndef LUMO_CENTRE_FORGE_SERVERCOPY_H
 #define LUMO_CENTRE_FORGE_SERVERCOPY_H
 
+#include "centre/base/Cancellation.h"
 #include "centre/store/ConnectionPool.h"
 #include "forgeserver.pb.h"
-
-#include <google/protobuf/service.h>
 
 #include <string>
 #include <vector>
@@ -28,10 +27,9 @@ public:
     /// identifier of its last folder.
     std::uint32_t makeFolder(const User& user, const forgeserver::CreateFolderReq& request);
     // A copy is given up when nobody waits for the call's answer any more.
-    void copyIn(const User& user, const forgeserver::FileCopyToDbReq& request,
-                const google::protobuf::RpcController& call);
+    void copyIn(const User& user, const forgeserver::FileCopyToDbReq& request, const IsCanceled& isCanceled);
     void copyOut(const User& user, const forgeserver::FileCopyFromDbReq& request,
-                 const google::protobuf::RpcController& call);
+                 const IsCanceled& isCanceled);
 
 private:
     std::string requireRoot(const std::string& path) const;

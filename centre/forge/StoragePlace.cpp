@@ -1,10 +1,10 @@
 #include "centre/forge/StoragePlace.h"
 
-#include "centre/box/BoxPath.h"
-#include "centre/ledger/Ownership.h"
-#include "centre/store/Error.h"
+#include "centre/base/Error.h"
+#include "centre/base/Path.h"
+#include "centre/base/Text.h"
+#include "centre/store/Ownership.h"
 #include "centre/store/ResetAtEnd.h"
-#include "centre/store/Text.h"
 #include "components/bulkhaul/FileFailure.h"
 
 #include <cerrno>

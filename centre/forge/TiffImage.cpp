@@ -1,6 +1,6 @@
+#include "centre/base/Cancellation.h"
+#include "centre/base/Error.h"
 #include "centre/forge/ImageFormats.h"
-#include "centre/ledger/Wanted.h"
-#include "centre/store/Error.h"
 
 #include <geotiff/geotiffio.h>
 #include <geotiff/xtiffio.h>
@@ -58,8 +58,7 @@ Tiff open(bulkhaul::FileHandle file, std::string& error)
 
 /// The strips or tiles of the image must lie in the file, and the first and last be readable if they are not
 /// too large for that.
-void requireData(TIFF* tiff, std::uint64_t fileSize, const google::protobuf::RpcController& call,
-                 const std::string& error)
+void requireData(TIFF* tiff, std::uint64_t fileSize, const IsCanceled& isCanceled, const std::string& error)
 {
     constexpr std::uint64_t kLeastOfPiece = 4; // bytes that tell where a piece is
     const bool tiled = TIFFIsTiled(tiff) != 0;
@@ -84,7 +83,7 @@ void requireData(TIFF* tiff, std::uint64_t fileSize, const google::protobuf::Rpc
         return;
     std::vector<char> data(static_cast<std::size_t>(size));
     for (const std::uint32_t i : {std::uint32_t(0), pieces - 1}) {
-        requireWanted(call);
+        requireNotCanceled(isCanceled);
         if (TIFFGetStrileByteCount(tiff, i) == 0)
             continue; // a piece that is left out is empty
         const tmsize_t read = tiled ? TIFFReadEncodedTile(tiff, i, data.data(), size)
@@ -133,8 +132,7 @@ std::optional<ImageFacts::Georeference> georeferenceOf(TIFF* tiff, const ImageFa
 
 } // namespace
 
-ImageFacts readTiff(bulkhaul::FileHandle file, std::uint64_t size,
-                    const google::protobuf::RpcController& call)
+ImageFacts readTiff(bulkhaul::FileHandle file, std::uint64_t size, const IsCanceled& isCanceled)
 {
     std::string error;
     const Tiff tiff = open(std::move(file), error);
@@ -146,7 +144,7 @@ ImageFacts readTiff(bulkhaul::FileHandle file, std::uint64_t size,
     facts.bands = bands;
     if (facts.width == 0 || facts.height == 0 || facts.bands == 0)
         throw refusal("damaged TIFF: an image without pixels");
-    requireData(tiff.get(), size, call, error);
+    requireData(tiff.get(), size, isCanceled, error);
     facts.georeference = georeferenceOf(tiff.get(), facts);
     if (facts.georeference)
         facts.format = "GTiff";

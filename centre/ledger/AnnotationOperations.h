@@ -1,7 +1,7 @@
 #ifndef LUMO_CENTRE_LEDGER_ANNOTATIONOPERATIONS_H
 #define LUMO_CENTRE_LEDGER_ANNOTATIONOPERATIONS_H
 
-#include "centre/ledger/Query.h"
+#include "centre/store/Query.h"
 
 #include <vector>
 

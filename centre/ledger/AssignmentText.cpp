@@ -1,7 +1,7 @@
 #include "centre/ledger/AssignmentText.h"
 
-#include "centre/store/Error.h"
-#include "centre/store/Text.h"
+#include "centre/base/Error.h"
+#include "centre/base/Text.h"
 
 #include <algorithm>
 #include <unordered_map>

@@ -1,8 +1,8 @@
+#include "centre/base/Error.h"
+#include "centre/base/Text.h"
 #include "centre/ledger/Changes.h"
-#include "centre/ledger/Ownership.h"
-#include "centre/store/Error.h"
+#include "centre/store/Ownership.h"
 #include "centre/store/ResetAtEnd.h"
-#include "centre/store/Text.h"
 #include "ledgerserver.pb.h"
 
 namespace centre {

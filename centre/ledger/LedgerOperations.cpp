@@ -2,6 +2,7 @@
 
 #include "centre/ledger/AnnotationOperations.h"
 #include "centre/ledger/ImageOperations.h"
+#include "centre/store/StorageTree.h"
 
 #include <array>
 #include <iterator>
@@ -39,16 +40,6 @@ const std::string kLatest = "ORDER BY place DESC LIMIT 1";
 std::string pageLimit()
 {
     return " LIMIT min(:page_size, 100000) OFFSET ifnull(:page_start, 0)";
-}
-
-std::string fullPath(const std::string& start)
-{
-    return "WITH RECURSIVE up(folder_id, below) AS (" + start +
-           " UNION ALL SELECT parent_id, '/' || name || below FROM up JOIN folder ON folder.id = folder_id"
-           " WHERE parent_id <> 0)"
-           " SELECT CASE below WHEN '' THEN root_path ELSE rtrim(root_path, '/') || below END AS full_path,"
-           " kesta_code FROM up JOIN folder ON folder.id = folder_id AND parent_id = 0"
-           " JOIN disk ON disk.id = disk_id";
 }
 
 namespace {

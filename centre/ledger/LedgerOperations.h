@@ -1,7 +1,7 @@
 #ifndef LUMO_CENTRE_LEDGER_LEDGEROPERATIONS_H
 #define LUMO_CENTRE_LEDGER_LEDGEROPERATIONS_H
 
-#include "centre/ledger/Query.h"
+#include "centre/store/Query.h"
 
 #include <string>
 #include <vector>
@@ -17,10 +17,6 @@ inline const std::string kCount = "SELECT count(*) AS total ";
 /// What cuts the request's page from a list that an index holds in its order. A caller that asks for more
 /// than the limit gets less than it asked for, and goes on from there.
 std::string pageLimit();
-
-/// The SQL that tells `full_path` and `kesta_code` of a place on a disk. `start` selects the folder that the
-/// place is in (`folder_id`) and what stands below that folder (`below`). It may be followed by a WHERE.
-std::string fullPath(const std::string& start);
 
 } // namespace centre
 

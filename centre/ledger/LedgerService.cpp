@@ -1,7 +1,7 @@
 #include "centre/ledger/LedgerService.h"
 
 #include "centre/ledger/LedgerOperations.h"
-#include "centre/ledger/Ownership.h"
+#include "centre/store/Ownership.h"
 #include "lumo/components/wirecall/RpcServer.h"
 
 #include <iostream>

@@ -1,5 +1,5 @@
 #include "centre/ledger/Changes.h"
-#include "centre/ledger/Ownership.h"
+#include "centre/store/Ownership.h"
 #include "centre/store/RecordKinds.h"
 #include "centre/store/ResetAtEnd.h"
 #include "ledgerserver.pb.h"

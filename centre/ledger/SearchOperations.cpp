@@ -1,8 +1,8 @@
 #include "centre/ledger/ImageOperations.h"
 
-#include "centre/store/Date.h"
+#include "centre/base/Date.h"
+#include "centre/base/Text.h"
 #include "centre/store/RecordKinds.h"
-#include "centre/store/Text.h"
 #include "ledgerserver.pb.h"
 
 #include <stdexcept>

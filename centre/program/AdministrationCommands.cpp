@@ -1,7 +1,7 @@
 #include "centre/program/Commands.h"
 
+#include "centre/base/Token.h"
 #include "centre/store/Store.h"
-#include "centre/store/Token.h"
 
 #include <iostream>
 

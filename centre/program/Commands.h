@@ -1,10 +1,10 @@
 #ifndef LUMO_CENTRE_PROGRAM_COMMANDS_H
 #define LUMO_CENTRE_PROGRAM_COMMANDS_H
 
+#include "centre/base/Error.h"
 #include "centre/content/Import.h"
+#include "centre/content/Version.h"
 #include "centre/server/Centre.h"
-#include "centre/store/Error.h"
-#include "centre/store/Version.h"
 
 #include <CLI/CLI.hpp>
 

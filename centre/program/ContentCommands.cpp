@@ -1,8 +1,9 @@
 #include "centre/program/Commands.h"
 
-#include "centre/content/Load.h"
+#include "centre/base/Text.h"
+#include "centre/content/LoadRecords.h"
+#include "centre/content/Sample.h"
 #include "centre/store/Store.h"
-#include "centre/store/Text.h"
 
 #include <cerrno>
 #include <chrono>

@@ -1,8 +1,8 @@
 #include "centre/program/Commands.h"
 
+#include "centre/base/Text.h"
 #include "centre/box/Box.h"
-#include "centre/server/FaultyService.h"
-#include "centre/store/Text.h"
+#include "centre/endpoint/FaultyService.h"
 #include "lumo/components/bulkhaul/Bulkhaul.h"
 
 #include <csignal>

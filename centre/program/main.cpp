@@ -1,5 +1,5 @@
+#include "centre/base/Text.h"
 #include "centre/program/Commands.h"
-#include "centre/store/Text.h"
 
 #include <csignal>
 #include <cstdlib>

@@ -1,11 +1,11 @@
 #include "centre/server/Centre.h"
 
 #include "centre/box/Box.h"
+#include "centre/endpoint/Endpoint.h"
+#include "centre/endpoint/ServeLock.h"
 #include "centre/forge/ForgeService.h"
 #include "centre/ledger/LedgerService.h"
-#include "centre/server/Endpoint.h"
 #include "centre/server/PlanningService.h"
-#include "centre/server/ServeLock.h"
 #include "centre/store/Schema.h"
 
 #include <future>

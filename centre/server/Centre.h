@@ -1,8 +1,8 @@
 #ifndef LUMO_CENTRE_SERVER_CENTRE_H
 #define LUMO_CENTRE_SERVER_CENTRE_H
 
-#include "centre/server/Faults.h"
-#include "centre/server/ListenOptions.h"
+#include "centre/endpoint/Faults.h"
+#include "centre/endpoint/ListenOptions.h"
 
 #include <memory>
 #include <string>

@@ -1,8 +1,8 @@
 #include "centre/store/ConnectionPool.h"
 
+#include "centre/base/Token.h"
 #include "centre/store/ResetAtEnd.h"
 #include "centre/store/Schema.h"
-#include "centre/store/Token.h"
 
 #include <filesystem>
 #include <stdexcept>

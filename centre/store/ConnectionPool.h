@@ -1,7 +1,7 @@
 #ifndef LUMO_CENTRE_STORE_CONNECTIONPOOL_H
 #define LUMO_CENTRE_STORE_CONNECTIONPOOL_H
 
-#include "centre/ledger/Query.h"
+#include "centre/store/Query.h"
 #include "centre/store/StorageTree.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>

@@ -1,9 +1,9 @@
 #include "centre/store/RecordWriter.h"
 
-#include "centre/store/Date.h"
-#include "centre/store/Error.h"
+#include "centre/base/Date.h"
+#include "centre/base/Error.h"
+#include "centre/base/Text.h"
 #include "centre/store/ResetAtEnd.h"
-#include "centre/store/Text.h"
 
 #include <SQLiteCpp/VariadicBind.h>
 #include <sqlite3.h>

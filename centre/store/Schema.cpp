@@ -1,6 +1,6 @@
 #include "centre/store/Schema.h"
 
-#include "centre/store/Error.h"
+#include "centre/base/Error.h"
 #include "centre/store/RecordKinds.h"
 
 #include <SQLiteCpp/Transaction.h>

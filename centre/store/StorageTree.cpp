@@ -65,4 +65,14 @@ bool StorageTree::addFile(std::uint32_t folderId, const std::string& name)
     return m_AddFile.exec() > 0;
 }
 
+std::string fullPath(const std::string& start)
+{
+    return "WITH RECURSIVE up(folder_id, below) AS (" + start +
+           " UNION ALL SELECT parent_id, '/' || name || below FROM up JOIN folder ON folder.id = folder_id"
+           " WHERE parent_id <> 0)"
+           " SELECT CASE below WHEN '' THEN root_path ELSE rtrim(root_path, '/') || below END AS full_path,"
+           " kesta_code FROM up JOIN folder ON folder.id = folder_id AND parent_id = 0"
+           " JOIN disk ON disk.id = disk_id";
+}
+
 } // namespace centre

@@ -37,6 +37,10 @@ private:
     SQLite::Statement m_AddFile;
 };
 
+/// Returns the SQL that selects `full_path` and `kesta_code` of a place on a disk. `start` selects the folder
+/// that the place is in (`folder_id`) and the rest of the path, from "/" on (`below`). A WHERE may follow.
+std::string fullPath(const std::string& start);
+
 } // namespace centre
 
 #endif

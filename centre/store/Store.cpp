@@ -1,9 +1,9 @@
 #include "centre/store/Store.h"
 
-#include "centre/store/Error.h"
+#include "centre/base/Error.h"
+#include "centre/base/Text.h"
+#include "centre/base/Token.h"
 #include "centre/store/Schema.h"
-#include "centre/store/Text.h"
-#include "centre/store/Token.h"
 #include "components/wirecall/Address.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>

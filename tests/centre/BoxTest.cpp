@@ -1,6 +1,6 @@
 #include "centre/box/Box.h"
-#include "centre/box/CatalogueOfBox.h"
-#include "centre/store/Version.h"
+#include "centre/box/DataFolderCatalogue.h"
+#include "centre/content/Version.h"
 #include "components/bulkhaul/FileFailure.h"
 #include "kestaserver.pb.h"
 #include "lumo/components/bulkhaul/Bulkhaul.h"
@@ -81,7 +81,7 @@ protected:
     centre::Store store{data.path()};
     std::string reader, other, packages;
     centre::ConnectionPool pool{data.path()};
-    centre::CatalogueOfBox catalogue{pool, "B1"};
+    centre::DataFolderCatalogue catalogue{pool, "B1"};
 };
 
 TEST_F(BoxCatalogueTest, AdmitsWhatTheTokenTheMessageAndThePathAllow)
@@ -154,7 +154,7 @@ TEST_F(BoxCatalogueTest, ADiskMayBeTheWholeMachineButTheDataFolderStaysOutOfReac
     const std::string link = data.below("link");
     std::filesystem::create_directory_symlink("data", link);
     centre::ConnectionPool linked(link);
-    centre::CatalogueOfBox box(linked, "B2");
+    centre::DataFolderCatalogue box(linked, "B2");
     const std::string folder = std::filesystem::canonical(data.path()).string();
     const std::map<std::string, std::string> outcomes = {
         {"/name", "/|name"},

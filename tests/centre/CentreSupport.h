@@ -1,8 +1,8 @@
 #ifndef LUMO_TESTS_CENTRE_CENTRESUPPORT_H
 #define LUMO_TESTS_CENTRE_CENTRESUPPORT_H
 
+#include "centre/base/Error.h"
 #include "centre/server/Centre.h"
-#include "centre/store/Error.h"
 #include "centre/store/Store.h"
 #include "forgeserver.pb.h"
 #include "haulbox.pb.h"

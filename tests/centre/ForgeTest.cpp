@@ -195,21 +195,15 @@ TEST_F(Forge, CopiesFilesInAndOut)
     }
 }
 
-/// A call that something happens to while it is worked on.
-class DisturbedCall : public wirecall::RpcController
+/// Disturbs work that is going on, or cancels it.
+centre::IsCanceled disturbing(const std::function<void()>& disturb)
 {
-public:
-    explicit DisturbedCall(std::function<void()> disturb) : m_Disturb(std::move(disturb)) {}
-    bool IsCanceled() const override
-    {
-        if (m_Disturb)
-            m_Disturb();
-        return !m_Disturb;
-    }
-
-private:
-    std::function<void()> m_Disturb; ///< empty: the caller goes
-};
+    return [disturb] {
+        if (disturb)
+            disturb();
+        return !disturb;
+    };
+}
 
 std::string reasonOf(const std::function<void()>& work)
 {
@@ -245,7 +239,7 @@ TEST_F(Forge, LongWorkThatIsDisturbedLeavesNothing)
             request.set_src_file(root + "/file");
             request.set_target_a(1);
             request.set_relative_path("to");
-            const auto work = [&] { copy.copyIn(user, request, DisturbedCall(each.disturb)); };
+            const auto work = [&] { copy.copyIn(user, request, disturbing(each.disturb)); };
             EXPECT_THAT(reasonOf(work), HasSubstr(each.reason));
             std::string left;
             for (const auto& entry : std::filesystem::directory_iterator(m_Data.below("disk/to")))
@@ -257,9 +251,8 @@ TEST_F(Forge, LongWorkThatIsDisturbedLeavesNothing)
     for (const char* image : {"/imagery/east-asia.tif", "/imagery/east-asia.jpg", "/地形/青藏高原.png"}) {
         const std::string path = kSamples + image;
         const auto work = [&path] {
-            centre::readImage({bulkhaul::FileHandle(::open(path.c_str(), O_RDONLY | O_CLOEXEC)),
-                               std::filesystem::file_size(path)},
-                              DisturbedCall(nullptr));
+            centre::readImage(bulkhaul::FileHandle(::open(path.c_str(), O_RDONLY | O_CLOEXEC)),
+                              disturbing(nullptr));
         };
         EXPECT_THAT(reasonOf(work), HasSubstr("given up"));
     }

@@ -1,5 +1,5 @@
-#include "centre/ledger/Query.h"
-#include "centre/store/Version.h"
+#include "centre/content/Version.h"
+#include "centre/store/Query.h"
 #include "tests/centre/CentreSupport.h"
 
 #include <set>

@@ -1,4 +1,5 @@
-#include "centre/content/Load.h"
+#include "centre/content/LoadRecords.h"
+#include "centre/content/Sample.h"
 #include "centre/store/RecordKinds.h"
 #include "tests/centre/CentreSupport.h"
 

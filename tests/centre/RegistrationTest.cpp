@@ -1,4 +1,4 @@
-#include "centre/content/Load.h"
+#include "centre/content/LoadRecords.h"
 #include "centre/ledger/AssignmentText.h"
 #include "centre/store/RecordKinds.h"
 #include "tests/centre/CentreSupport.h"

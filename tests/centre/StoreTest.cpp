@@ -1,6 +1,6 @@
+#include "centre/base/Token.h"
+#include "centre/content/Version.h"
 #include "centre/store/RecordKinds.h"
-#include "centre/store/Token.h"
-#include "centre/store/Version.h"
 #include "tests/centre/CentreSupport.h"
 
 #include <sys/stat.h>

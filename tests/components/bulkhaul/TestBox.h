@@ -2,8 +2,8 @@
 #define LUMO_TESTS_TESTBOX_H
 
 #include "centre/box/BoxService.h"
-#include "centre/server/Faults.h"
-#include "centre/server/FaultyService.h"
+#include "centre/endpoint/Faults.h"
+#include "centre/endpoint/FaultyService.h"
 #include "lumo/components/bulkhaul/Bulkhaul.h"
 #include "lumo/components/wirecall/RpcChannel.h"
 #include "lumo/components/wirecall/RpcServer.h"

@@ -1,0 +1,200 @@
+#include "centre/box/DataFolderCatalogue.h"
+
+#include "centre/base/Path.h"
+#include "centre/base/Text.h"
+#include "centre/store/ResetAtEnd.h"
+#include "centre/store/ServedRoot.h"
+#include "components/bulkhaul/FileFailure.h"
+#include "haulbox.pb.h"
+#include "kestaserver.pb.h"
+
+#include <sqlite3.h>
+
+#include <unordered_map>
+
+namespace centre {
+
+namespace {
+
+constexpr char kDisksAt[] = "SELECT id FROM disk WHERE root_path = ? AND kesta_code = ?";
+
+template <class AuthMsg>
+bool parse(const haulbox::Carried& carried, AuthMsg& message, std::string& reason)
+{
+    const std::string& wanted = AuthMsg::descriptor()->full_name();
+    if (carried.type_name() != wanted)
+        reason = "the request carries " +
+                 (carried.type_name().empty() ? "no message" : "a " + escaped(carried.type_name())) +
+                 " where a " + wanted + " is needed";
+    else if (!message.ParseFromString(carried.body()))
+        reason = "the " + wanted + " that the request carries can't be read";
+    return reason.empty();
+}
+
+/// What a message says about the use that is asked for.
+struct Claim
+{
+    std::string userName;
+    std::optional<std::uint32_t> folderId;
+};
+
+std::optional<Claim> readClaim(const haulbox::Carried& carried, BoxCatalogue::Use use, std::string& reason)
+{
+    if (use == BoxCatalogue::Use::Read) {
+        kestaserver::DownloadAuthMsg message;
+        return parse(carried, message, reason) ? std::optional(Claim{message.user_name(), std::nullopt})
+                                               : std::nullopt;
+    }
+    kestaserver::UploadAuthMsg message;
+    if (!parse(carried, message, reason))
+        return std::nullopt;
+    return Claim{message.user_name(),
+                 message.has_folder_id() ? std::optional(message.folder_id()) : std::nullopt};
+}
+
+/// Whether the folder, on a disk of the box and the company, is the one that `path` is in or one above that.
+bool holds(Connection& connection, std::uint32_t folderId, const User& user, const std::string& boxCode,
+           const std::string& path)
+{
+    static const std::string query =
+        fullPath("SELECT :folder, ''") + " WHERE company_id = :company AND kesta_code = :box";
+    SQLite::Statement& folder = connection.statement(query.c_str());
+    const ResetAtEnd resetAtEnd(folder);
+    SQLite::bind(folder, folderId, user.companyId, boxCode);
+    if (!folder.executeStep())
+        return false;
+    const std::string root = folder.getColumn(0).getString();
+    return path != root && isAtOrBelow(root, path);
+}
+
+bool mayWrite(Connection& connection, const User& user, const Claim& claim, const std::string& boxCode,
+              const ServedRoot& root, const std::string& path, std::string& reason)
+{
+    if (!user.mayWrite)
+        reason = "user " + user.name + " may only read";
+    else if (!root.diskId)
+        reason = escaped(path) + " belongs to a version, which is not written to";
+    else if (claim.folderId && !holds(connection, *claim.folderId, user, boxCode, path))
+        reason =
+            "folder " + std::to_string(*claim.folderId) + " of the catalogue does not hold " + escaped(path);
+    return reason.empty();
+}
+
+/// Registers entries on the disks of a box, inside one transaction.
+class Recorder
+{
+public:
+    Recorder(Connection& connection, const std::string& boxCode)
+        : m_Connection(connection), m_Tree(connection.storageTree()), m_BoxCode(boxCode)
+    {
+    }
+
+    void add(const BoxCatalogue::Entry& entry)
+    {
+        if (!isPlainAbsolutePath(entry.path))
+            throw std::runtime_error(escaped(entry.path) + " is not a path to register");
+        const std::vector<Folder>& there = folders(entry.folder ? entry.path : folderAbove(entry.path));
+        if (there.empty())
+            throw std::runtime_error("no disk of box " + m_BoxCode + " shows " + escaped(entry.path));
+        if (!entry.folder)
+            for (const Folder& folder : there)
+                m_Tree.addFile(folder.id, lastName(entry.path));
+    }
+
+private:
+    struct Folder
+    {
+        std::uint32_t diskId;
+        std::uint32_t id;
+    };
+
+    /// A folder of the box on each disk that shows it, registered with the folders above it.
+    const std::vector<Folder>& folders(const std::string& path)
+    {
+        const auto known = m_Folders.find(path);
+        if (known != m_Folders.end())
+            return known->second;
+        std::vector<Folder> found = rootsAt(path);
+        if (path != "/")
+            for (const Folder& parent : folders(folderAbove(path)))
+                found.push_back({parent.diskId, folderIn(parent, lastName(path))});
+        return m_Folders.emplace(path, std::move(found)).first->second;
+    }
+
+    std::vector<Folder> rootsAt(const std::string& path)
+    {
+        SQLite::Statement& disks = m_Connection.statement(kDisksAt);
+        const ResetAtEnd resetAtEnd(disks);
+        SQLite::bind(disks, path, m_BoxCode);
+        std::vector<Folder> roots;
+        while (disks.executeStep()) {
+            const std::uint32_t diskId = disks.getColumn(0).getUInt();
+            roots.push_back({diskId, m_Tree.topFolder(diskId).value()});
+        }
+        return roots;
+    }
+
+    std::uint32_t folderIn(const Folder& parent, const std::string& name)
+    {
+        const auto known = m_Tree.findFolder(parent.diskId, parent.id, name);
+        return known ? *known : m_Tree.addFolder(parent.diskId, parent.id, name);
+    }
+
+    Connection& m_Connection;
+    StorageTree& m_Tree;
+    const std::string& m_BoxCode;
+    std::unordered_map<std::string, std::vector<Folder>> m_Folders;
+};
+
+} // namespace
+
+std::optional<BoxCatalogue::Place> DataFolderCatalogue::admit(const std::string& token,
+                                                              const haulbox::Carried& carried,
+                                                              const std::string& path, Use use,
+                                                              std::string& reason)
+{
+    reason.clear();
+    const std::optional<Claim> claim = readClaim(carried, use, reason);
+    if (!claim)
+        return std::nullopt;
+    ConnectionPool::Lease connection(m_Pool);
+    const SQLite::Transaction oneRead(connection->database()); // spares each query one of its own
+    const std::optional<User> user = connection->user(token);
+    std::optional<ServedRoot> root;
+    if (!user)
+        reason = "the token is not that of a user of this centre";
+    else if (claim->userName != user->name)
+        reason = "the token is not that of user " + escaped(claim->userName);
+    else if (!isPlainAbsolutePath(path))
+        reason = escaped(path) + " is not a path on a storage box";
+    else if (!(root = findServedRoot(*connection, user->companyId, m_BoxCode, path)))
+        reason =
+            escaped(path) + " is on no disk of box " + m_BoxCode + " that user " + user->name + " may use";
+    else if (overlap(m_Pool.dataFolder(), path)) // also above it: a request may go on below its path
+        reason = escaped(path) + " is in the centre's data folder or holds it";
+    else if (use == Use::Read || mayWrite(*connection, *user, *claim, m_BoxCode, *root, path, reason))
+        return Place{root->path, pathBelow(root->path, path)};
+    return std::nullopt;
+}
+
+void DataFolderCatalogue::record(const std::vector<Entry>& entries)
+try {
+    registerAll(entries);
+} catch (const SQLite::Exception& exception) {
+    if (exception.getErrorCode() == SQLITE_FULL)
+        throw bulkhaul::FileFailure(haulbox::NO_SPACE, "the catalogue: " + std::string(exception.what()));
+    throw;
+}
+
+void DataFolderCatalogue::registerAll(const std::vector<Entry>& entries)
+{
+    const std::lock_guard<std::mutex> lock(m_Pool.changing());
+    ConnectionPool::Lease connection(m_Pool);
+    SQLite::Transaction transaction(connection->database(), SQLite::TransactionBehavior::IMMEDIATE);
+    Recorder recorder(*connection, m_BoxCode);
+    for (const Entry& entry : entries)
+        recorder.add(entry);
+    transaction.commit();
+}
+
+} // namespace centre

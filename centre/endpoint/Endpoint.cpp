@@ -1,0 +1,76 @@
+#include "centre/endpoint/Endpoint.h"
+
+#include "centre/base/Error.h"
+#include "components/wirecall/Address.h"
+
+#include <iostream>
+
+namespace centre {
+
+namespace {
+
+void requireSafe(const ListenOptions& options)
+{
+    wirecall::Address address;
+    if (!wirecall::parseAddress(options.address, address))
+        throw Error(ExitCode::WrongUse, "not an address: " + options.address + "; an address is HOST:PORT");
+    if (options.tlsCertificate.empty() != options.tlsKey.empty())
+        throw Error(ExitCode::WrongUse, "a TLS certificate and its key go together");
+    if (options.tlsCertificate.empty() && !options.plainText && !wirecall::isLoopbackHost(address.host))
+        throw Error(ExitCode::WrongUse,
+                    options.address + " can be reached from other machines: give --tls-cert and --tls-key,"
+                                      " or --plain-text if everyone on the way may read along");
+}
+
+} // namespace
+
+void Endpoint::Hub::hello(google::protobuf::RpcController*, const hubline::HelloReq*,
+                          hubline::HelloRsp* response, google::protobuf::Closure* done)
+{
+    response->set_server("lumo-centre");
+    done->Run();
+}
+
+Endpoint::Endpoint(ConnectionPool& pool, Faults& faults) : m_Pool(pool), m_Faults(faults)
+{
+    add(m_Hub);
+}
+
+void Endpoint::add(google::protobuf::Service& service)
+{
+    m_Server.add(&m_Services.emplace_back(service, m_Faults));
+}
+
+void Endpoint::start(const ListenOptions& options)
+{
+    requireSafe(options);
+    wirecall::RpcServer::Options serverOptions;
+    serverOptions.address = options.address;
+    serverOptions.tlsCertificate = options.tlsCertificate;
+    serverOptions.tlsKey = options.tlsKey;
+    serverOptions.authenticate = [this](const wirecall::ServerCall& call, std::string& reason) {
+        return authenticate(call, reason);
+    };
+    std::string error;
+    if (!m_Server.start(serverOptions, error))
+        throw Error(ExitCode::Failed, error);
+    const std::string hostAndColon = options.address.substr(0, options.address.rfind(':') + 1);
+    m_Address = hostAndColon + std::to_string(m_Server.port());
+}
+
+bool Endpoint::authenticate(const wirecall::ServerCall& call, std::string& reason)
+{
+    const std::string token = call.token();
+    try {
+        if (token.empty())
+            reason = "the call carries no token";
+        else if (!ConnectionPool::Lease(m_Pool)->user(token))
+            reason = "the token is not that of a user of this centre";
+    } catch (const std::exception& exception) {
+        std::cerr << "lumo-centre: checking a token: " + std::string(exception.what()) + "\n";
+        reason = "the token can't be checked now";
+    }
+    return reason.empty();
+}
+
+} // namespace centre

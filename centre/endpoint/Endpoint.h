@@ -1,0 +1,51 @@
+#ifndef LUMO_CENTRE_ENDPOINT_ENDPOINT_H
+#define LUMO_CENTRE_ENDPOINT_ENDPOINT_H
+
+#include "centre/endpoint/FaultyService.h"
+#include "centre/endpoint/ListenOptions.h"
+#include "centre/store/ConnectionPool.h"
+#include "hubline.pb.h"
+#include "lumo/components/wirecall/RpcServer.h"
+
+#include <list>
+#include <string>
+
+namespace centre {
+
+/// Services at an address: for users of the data folder alone, with fault switches before them, and with
+/// the service that says hello.
+class Endpoint
+{
+public:
+    Endpoint(ConnectionPool& pool, Faults& faults);
+
+    /// Before `start`; the service must outlive `stop`.
+    void add(google::protobuf::Service& service);
+    /// Throws Error: an address that can't be listened on, plain text beyond this machine.
+    void start(const ListenOptions& options);
+    void stop() { m_Server.stop(); }
+
+    int port() const { return m_Server.port(); }
+    /// "host:port", with the port that was taken.
+    const std::string& address() const { return m_Address; }
+
+private:
+    class Hub : public hubline::HubServices
+    {
+        void hello(google::protobuf::RpcController* controller, const hubline::HelloReq* request,
+                   hubline::HelloRsp* response, google::protobuf::Closure* done) override;
+    };
+
+    bool authenticate(const wirecall::ServerCall& call, std::string& reason);
+
+    ConnectionPool& m_Pool;
+    Faults& m_Faults;
+    Hub m_Hub;
+    std::list<FaultyService> m_Services;
+    std::string m_Address;
+    wirecall::RpcServer m_Server; ///< destroyed first: its calls use what stands above
+};
+
+} // namespace centre
+
+#endif

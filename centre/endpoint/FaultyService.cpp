@@ -1,0 +1,82 @@
+#include "centre/endpoint/FaultyService.h"
+
+#include "centre/base/Error.h"
+
+#include <google/protobuf/message.h>
+
+#include <algorithm>
+#include <iterator>
+#include <unistd.h>
+
+namespace centre {
+
+namespace {
+
+using google::protobuf::Message;
+using google::protobuf::MethodDescriptor;
+using google::protobuf::ServiceDescriptor;
+
+constexpr int kKilled = 137;
+constexpr const char* kDataMovers[] = {"haulbox.BoxServices.read", "haulbox.BoxServices.fetch",
+                                       "haulbox.BoxServices.write", "haulbox.BoxServices.store"};
+
+void setResult(Message& response, std::int32_t result)
+{
+    response.GetReflection()->SetInt32(&response, response.GetDescriptor()->FindFieldByName("result"),
+                                       result);
+}
+
+const MethodDescriptor& findOperation(const std::vector<const ServiceDescriptor*>& services,
+                                      const std::string& name)
+{
+    for (const ServiceDescriptor* service : services)
+        if (const MethodDescriptor* method = service->FindMethodByName(name))
+            return *method;
+    std::string names;
+    for (const ServiceDescriptor* service : services)
+        names += (names.empty() ? "" : ", ") + service->full_name();
+    throw Error(ExitCode::WrongUse,
+                "there is no operation " + name + " to fault; what is served here is " + names);
+}
+
+bool movesData(const MethodDescriptor& method)
+{
+    return std::find(std::begin(kDataMovers), std::end(kDataMovers), method.full_name()) !=
+           std::end(kDataMovers);
+}
+
+} // namespace
+
+void FaultyService::CallMethod(const MethodDescriptor* method, google::protobuf::RpcController* controller,
+                               const Message* request, Message* response, google::protobuf::Closure* done)
+{
+    const std::optional<Fault> fault = m_Faults.fires(method->name());
+    if (!fault)
+        return m_Service.CallMethod(method, controller, request, response, done);
+    if (fault->kind == Fault::Kind::Stall)
+        return controller->NotifyOnCancel(done); // the caller has gone, or the server stops
+    if (fault->kind == Fault::Kind::Exit)
+        ::_exit(kKilled);
+    if (fault->kind == Fault::Kind::Refuse)
+        controller->SetFailed("refused by a fault switch");
+    else
+        setResult(*response, fault->result);
+    done->Run();
+}
+
+void addFaults(Faults& faults, const std::vector<std::string>& texts,
+               const std::vector<const ServiceDescriptor*>& services)
+{
+    for (const std::string& text : texts) {
+        const Faults::Added added = faults.add(text);
+        const MethodDescriptor& method = findOperation(services, added.operation);
+        if (added.fault.kind == Fault::Kind::Result && !method.output_type()->FindFieldByName("result"))
+            throw Error(ExitCode::WrongUse,
+                        added.operation + " has no result to fault; it can stall, exit or refuse");
+        if (isOnData(added.fault) && !movesData(method))
+            throw Error(ExitCode::WrongUse, added.operation + " moves no data to fault; a storage box's read,"
+                                                              " fetch, write and store do");
+    }
+}
+
+} // namespace centre

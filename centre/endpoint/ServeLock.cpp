@@ -1,0 +1,49 @@
+#include "centre/endpoint/ServeLock.h"
+
+#include "centre/base/Error.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace centre {
+
+namespace {
+
+std::string holder(int file)
+{
+    char text[32] = "";
+    const ssize_t length = ::pread(file, text, sizeof text - 1, 0);
+    return length > 0 ? "process " + std::string(text, length) : "another process";
+}
+
+} // namespace
+
+ServeLock::ServeLock(const std::string& path, const std::string& what)
+{
+    m_File = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (m_File < 0)
+        throw Error(ExitCode::Failed, "can't open " + path + ": " + std::strerror(errno));
+    if (::flock(m_File, LOCK_EX | LOCK_NB) != 0) {
+        const int reason = errno;
+        const std::string message = reason == EWOULDBLOCK
+                                        ? what + " is being served by " + holder(m_File) + "; stop that first"
+                                        : "can't lock " + path + ": " + std::strerror(reason);
+        ::close(m_File);
+        throw Error(reason == EWOULDBLOCK ? ExitCode::InUse : ExitCode::Failed, message);
+    }
+    // The number is only for the message above, so a failure to write it does no harm.
+    const std::string process = std::to_string(::getpid());
+    if (::ftruncate(m_File, 0) != 0 || ::pwrite(m_File, process.data(), process.size(), 0) < 0)
+        return;
+}
+
+ServeLock::~ServeLock()
+{
+    ::close(m_File);
+}
+
+} // namespace centre

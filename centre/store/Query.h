@@ -1,0 +1,83 @@
+#ifndef LUMO_CENTRE_STORE_QUERY_H
+#define LUMO_CENTRE_STORE_QUERY_H
+
+#include <SQLiteCpp/Statement.h>
+#include <google/protobuf/descriptor.h>
+#include <google/protobuf/message.h>
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace centre {
+
+/// Where the rows of an operation go.
+enum class Shape
+{
+    Record, ///< the first row into the response's `bean`
+    List,   ///< each row into a new element of the response's one list of beans
+    Page,   ///< as List; a `page_size` that is not positive, or a `page_start` below 0, is an error
+    Values  ///< into the response's own fields: a total, a path; each row adds to a repeated field
+};
+
+/// One operation of a service, answered by one SQL statement. A parameter `:x` takes the value of the
+/// request's field x: NULL if it is absent, a JSON array if it is repeated; `:caller_company` takes the
+/// caller's company. A column y goes into the field y of its place in the response; NULL leaves the field
+/// absent.
+struct Operation
+{
+    std::string name;
+    Shape shape;
+    std::string sql;
+    /// Makes a copy of the request fit for the parameters, if need be; throws std::runtime_error if the
+    /// request can't be right.
+    void (*makeFit)(google::protobuf::Message& request) = nullptr;
+};
+
+/// What the services say in the field `result`.
+enum Result
+{
+    kDone = 0,
+    kNothingFound = -1,
+    kError = -2
+};
+
+/// An operation prepared on one connection; used by one thread at a time. The constructor throws
+/// SQLite::Exception or std::logic_error when the SQL does not fit the method's messages.
+class Query
+{
+public:
+    Query(const SQLite::Database& database, const Operation& operation,
+          const google::protobuf::MethodDescriptor& method);
+
+    /// Whether the answer depends on who asks.
+    bool asksForCaller() const { return m_CallerCompany != 0; }
+    /// Fills `response`, its `result` included. `company` is the caller's, if the query asks for it.
+    /// Throws SQLite::Exception or std::runtime_error.
+    void answer(const google::protobuf::Message& request, google::protobuf::Message& response,
+                std::uint32_t company = 0);
+
+private:
+    void step(const google::protobuf::Message& request, google::protobuf::Message& response);
+
+    using Field = const google::protobuf::FieldDescriptor*;
+
+    void bindAll(const google::protobuf::Message& request);
+    google::protobuf::Message* target(google::protobuf::Message& response) const;
+    void writeRow(google::protobuf::Message& message);
+
+    Shape m_Shape;
+    void (*m_MakeFit)(google::protobuf::Message& request);
+    SQLite::Statement m_Statement;
+    const int m_CallerCompany;                       ///< its parameter's place; 0: there is none
+    std::vector<std::pair<int, Field>> m_Parameters; ///< place in the statement, field of the request
+    Field m_Result;
+    Field m_Bean = nullptr;      ///< the response's field that takes beans; null for Values
+    std::vector<Field> m_Fields; ///< by column
+    std::string m_Row;           ///< one row as the message's bytes; kept for its memory
+};
+
+} // namespace centre
+
+#endif

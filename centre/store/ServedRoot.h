@@ -1,0 +1,26 @@
+#ifndef LUMO_CENTRE_STORE_SERVEDROOT_H
+#define LUMO_CENTRE_STORE_SERVEDROOT_H
+
+#include "centre/store/ConnectionPool.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace centre {
+
+/// A folder of a storage box whose content the box serves.
+struct ServedRoot
+{
+    std::string path;                    ///< the disk's root, or the folder above a version's package
+    std::optional<std::uint32_t> diskId; ///< empty: a package
+};
+
+/// Returns the root of the innermost disk of the company, or of the version, that holds the path; nothing if
+/// none does. `boxCode` empty: of any box. Throws SQLite::Exception.
+std::optional<ServedRoot> findServedRoot(Connection& connection, std::uint32_t companyId,
+                                         const std::string& boxCode, const std::string& path);
+
+} // namespace centre
+
+#endif
