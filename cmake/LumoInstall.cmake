@@ -20,11 +20,10 @@ install(FILES
     DESTINATION ${LUMO_PACKAGE_FOLDER})
 install(EXPORT LumoDataMgrTargets NAMESPACE LumoDataMgr:: DESTINATION ${LUMO_PACKAGE_FOLDER})
 
-# The .pc file finds the installation from its own place, so that a moved one still works.
+# A .pc file finds the installation from its own place, so that a moved one still works.
 cmake_path(SET LUMO_PC_FOLDER NORMALIZE ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${LUMO_PC_FOLDER} OUTPUT_VARIABLE LUMO_PC_PREFIX)
-configure_file(
-    ${PROJECT_SOURCE_DIR}/cmake/LumoDataMgr.pc.in
-    ${PROJECT_BINARY_DIR}/LumoDataMgr.pc
-    @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/LumoDataMgr.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+foreach(LUMO_PC LumoDataMgr LumoClient)
+    configure_file(${PROJECT_SOURCE_DIR}/cmake/${LUMO_PC}.pc.in ${PROJECT_BINARY_DIR}/${LUMO_PC}.pc @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/${LUMO_PC}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()

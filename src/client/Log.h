@@ -1,0 +1,71 @@
+#ifndef LUMO_CLIENT_LOG_H
+#define LUMO_CLIENT_LOG_H
+
+#include <functional>
+#include <map>
+#include <mutex>
+#include <string>
+#include <thread>
+
+namespace lumo::internal {
+
+/// Why a call failed, as the library's log says it: a method returns only that it failed.
+struct Reason
+{
+    enum class Kind
+    {
+        None,       ///< no call has failed
+        CallFailed, ///< no answer: the connection, the time limit, a refusal
+        NoChannel,  ///< a channel could not be opened
+        KeyMissing, ///< a record was not sent, since it lacks what identifies it
+        FileFailed, ///< a local file or folder could not be made or fetched
+        ErrorResult,
+        NullResult
+    };
+
+    Kind kind = Kind::None;
+    std::string operation;
+    std::string text; ///< of CallFailed and NoChannel; of FileFailed the file's path, of KeyMissing the key
+};
+
+/// Reads the reason out of one entry; Kind::None when it has none.
+Reason reasonOf(const std::string& entry);
+
+/// The reason in words for a message; "no reason is known" for Kind::None.
+std::string describe(const Reason& reason);
+
+/// Reads the library's log while a session is open. There is one for the process, never destroyed, since a
+/// thread of a component may log until the process has ended. Safe from any thread.
+class Log
+{
+public:
+    using Sink = std::function<void(const std::string&)>;
+
+    static Log& instance();
+
+    /// Takes the log over, and hands each entry on to `sink`.
+    void open(const Sink& sink);
+    /// Drops the sink, which runs no more when this returns.
+    void dropSink();
+    /// Lets go of the log: later entries are discarded.
+    void close();
+
+    /// Of the calls of this thread, since it has last forgotten.
+    Reason lastReason() const;
+    void forget();
+
+private:
+    Log() = default;
+    ~Log() = delete;
+
+    void take(const std::string& entry);
+    void takeStatus(int level, const std::string& line);
+
+    mutable std::mutex m_Mutex;
+    Sink m_Sink;
+    std::map<std::thread::id, Reason> m_Last;
+};
+
+} // namespace lumo::internal
+
+#endif
