@@ -95,7 +95,7 @@ TEST_F(ClientCentre, FindsPlacesAndSaysWhatIsMissing)
 
 TEST_F(ClientCentre, FailureHasItsOperationAndItsReason)
 {
-    serve({"a.txt"}, {"queryDataAddressByName=result:5"});
+    serve({"a.txt"}, {"queryDataAddressByName=result:-2"});
     const Session session(settings());
     try {
         session.catalogue().find("/earth");
