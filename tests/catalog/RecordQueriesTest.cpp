@@ -1,428 +1,254 @@
 #include "lumo/core/TextEncoding.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/TestManager.h"
-
-#include <functional>
-#include <optional>
+#include "tests/support/MethodTable.h"
 
 namespace {
 
-typedef std::vector<std::string> Lines;
+using Images = QList<tagImageData>;
 
-/// What every query of the image catalogue has in common: it writes its name, asks and judges.
-class RecordQueries : public ::testing::Test
+/// The queries of a kind of image: by identifier, by type in two sorts of lists, by project, by project and
+/// mark.
+#define TEST_IMAGE_KIND(Record, stem, list, number, one, byType, byProject, byMark)                          \
+    method<Record>(#one, Verdict::judged, stem "ById {record_id: -2}", "bean { image_id: -3 }",              \
+                   "ok 4294967293", [](auto& m, auto& record) { return m.one(0xFFFFFFFE, record); }),        \
+        method<QList<Record>>(#byType, Verdict::pages, stem "ByTypeID {type_id: 3 $}",                       \
+                              list " { image_id: $ }", "",                                                   \
+                              [](auto& m, auto& records) { return m.byType(3, records); }),                  \
+        method<Images>(#byType, Verdict::pages, stem "ByTypeID {type_id: 3 $}", list " { image_id: $ }",     \
+                       number "#", [](auto& m, auto& records) { return m.byType(3, records); }),             \
+        method<QList<Record>>(#byProject, Verdict::pages, stem "ByProjectID {project_id: 3 $}",              \
+                              list " { image_id: $ }", "",                                                   \
+                              [](auto& m, auto& records) { return m.byProject(3, records); }),               \
+        method<QList<Record>>(#byMark, Verdict::judgedOrEmpty,                                               \
+                              stem "ByProjectIDAndCommID {project_id: 3 comm_id: 4}",                        \
+                              list " { image_id: 1 } " list " { image_id: 2 }", "ok kept 1 2",               \
+                              [](auto& m, auto& records) { return m.byMark(3, 4, records); })
+
+const QString kName = QString::fromUtf8("北");
+#define TEST_NORTH "\"\\345\\214\\227\"" // as a request has it
+
+const std::vector<Method>& methods()
 {
-protected:
-    /// Plays the answers (a leading '!' is a failed call), and checks the calls and what is logged between
-    /// Enter and Leave.
-    void expect(const std::string& method, const Lines& answers, const Lines& calls, const Lines& between,
-                const std::function<void()>& query)
-    {
-        SCOPED_TRACE(method + " on " + (answers.empty() ? "nothing" : answers.back()));
-        m_Channel.forgetCalls();
-        m_Log.clear();
-        for (const std::string& answer : answers)
-            answer[0] == '!' ? m_Channel.fail(answer.substr(1)) : m_Channel.answer(answer);
-        query();
-        EXPECT_TRUE(m_Channel.allPlayed());
-        EXPECT_EQ(m_Channel.calls(), calls);
-        for (const long long timeout : m_Channel.timeouts())
-            EXPECT_EQ(timeout, 4321);
-        Lines lines{managerLine("Enter Function : " + method, method)};
-        for (const std::string& message : between)
-            lines.push_back(managerLine(message, method));
-        lines.push_back(managerLine("Leave Function : " + method, method));
-        EXPECT_EQ(m_Log.lines(), lines);
-    }
-
-    LogCapture m_Log;
-    FakeChannel m_Channel;
-    TestManager m_Manager{m_Channel};
-};
-
-/// The first field of a record, its key; of a point the first but one.
-template <class Record>
-unsigned int& keyOf(Record& record)
-{
-    return *reinterpret_cast<unsigned int*>(&record);
+    static const std::vector<Method> all = {
+        TEST_IMAGE_KIND(tagKFImageTable, "queryDataSrcPhoto", "datasrcphotos", "5", getKFImage,
+                        getKFImageByTypeID, getKFImageByDataID, getKFImageByDataAndMark),
+        TEST_IMAGE_KIND(tagSatTable, "queryDataSrcSat", "datasrcsats", "6", getSatImage, getSatImageByTypeID,
+                        getSatImageByDataID, getSatByDataAndMark),
+        TEST_IMAGE_KIND(tagAdsTable, "queryDataSrcAds", "datasrcadss", "7", getAdsImage, getAdsImageByTypeID,
+                        getAdsImageByDataID, getAdsByDataAndMark),
+        TEST_IMAGE_KIND(tagDemTable, "queryDataSrcDem", "datasrcdems", "10", getDem, getDemByTypeID,
+                        getDemByDataID, getDemByDataAndMark),
+        TEST_IMAGE_KIND(tagDsmTable, "queryDataSrcDsm", "datasrcdsms", "11", getDsm, getDsmByTypeID,
+                        getDsmByDataID, getDsmByDataAndMark),
+        TEST_IMAGE_KIND(tagDomTable, "queryDataSrcDom", "datasrcdoms", "12", getDom, getDomByTypeID,
+                        getDomByDataID, getDomByDataAndMark),
+        TEST_IMAGE_KIND(tagDlgTable, "queryDataSrcDlg", "datasrcdlgs", "13", getDlg, getDlgByTypeID,
+                        getDlgByDataID, getDlgByDataAndMark),
+        method<tagCtrlFileTable>("getCtrlFile", Verdict::judged,
+                                 "queryDataSrcControlByDqConID {dqcon_id: -2}", "bean { dq_con_id: -3 }",
+                                 "ok 4294967293",
+                                 [](auto& m, auto& file) { return m.getCtrlFile(0xFFFFFFFE, file); }),
+        method<QList<tagCtrlFileTable>>("getCtrlFileByTypeID", Verdict::pages,
+                                        "queryDataSrcControlByTypeID {type_id: 3 $}",
+                                        "datasrccontrols { dq_con_id: $ }", "",
+                                        [](auto& m, auto& files) { return m.getCtrlFileByTypeID(3, files); }),
+        method<QList<tagCtrlFileTable>>("getCtrlFileByDataID", Verdict::pages,
+                                        "queryDataSrcControlByProjectID {project_id: 3 $}",
+                                        "datasrccontrols { dq_con_id: $ }", "",
+                                        [](auto& m, auto& files) { return m.getCtrlFileByDataID(3, files); }),
+        method<tagCtrlPointTable>("getCtrlPoint", Verdict::judged,
+                                  "queryDataSrcControlInfoById {record_id: 3}", "bean { point_id: 5 }",
+                                  "ok 5", [](auto& m, auto& point) { return m.getCtrlPoint(3, point); }),
+        method<QList<tagCtrlPointTable>>("getCtrlPoint", Verdict::pages,
+                                         "queryDataSrcControlInfoByDqConID {$ dqcon_id: 3}",
+                                         "datasrccontrolinfos { point_id: $ }", "",
+                                         [](auto& m, auto& points) { return m.getCtrlPoint(3, points); }),
+        method<tagDataTable>("getData", Verdict::judged, "queryDataSrcByProjectID {project_id: -2}",
+                             "bean { project_id: 5 }", "ok 5",
+                             [](auto& m, auto& data) { return m.getData(0xFFFFFFFE, data); }),
+        method<tagDataTable>("getData", Verdict::judged,
+                             "queryDataSrcByProjectName {proname: " TEST_NORTH " company_id: 7}", "",
+                             "ok none", [](auto& m, auto& data) { return m.getData(kName, data); }),
+        method<QList<tagDataTable>>("getData", Verdict::pages, "queryDataSrc {$ company_id: 7}",
+                                    "datasrcs { project_id: $ }", "",
+                                    [](auto& m, auto& data) { return m.getData(data); }),
+        method<Images>("getData", Verdict::pages, "queryDataSrc {$ company_id: 7}",
+                       "datasrcs { project_id: $ }", "3#",
+                       [](auto& m, auto& data) { return m.getData(data); }),
+        method<tagTypeTable>("getDataType", Verdict::judged, "queryDataSrcTypeByTypeId {type_id: 3}",
+                             "bean { type_id: 5 }", "ok 5",
+                             [](auto& m, auto& type) { return m.getDataType(3, type); }),
+        method<tagTypeTable>("getDataType", Verdict::judged,
+                             "queryDataSrcTypeByTypeAndproId {project_id: 3 data_type: " TEST_NORTH "}",
+                             "bean { type_id: 5 }", "ok 5",
+                             [](auto& m, auto& type) { return m.getDataType(3, kName, type); }),
+        method<QList<tagTypeTable>>("getDataTypeByDataID", Verdict::judged,
+                                    "queryDataSrcTypeByProjectID {project_id: 3}",
+                                    "datasrctypes { type_id: 1 } datasrctypes {}", "ok kept 1 none",
+                                    [](auto& m, auto& types) { return m.getDataTypeByDataID(3, types); }),
+        method<Images>("getDataTypeByDataID", Verdict::judged, "queryDataSrcTypeByProjectID {project_id: 3}",
+                       "datasrctypes { type_id: 1 } datasrctypes {}", "ok kept 4#1 4#none",
+                       [](auto& m, auto& types) { return m.getDataTypeByDataID(3, types); }),
+    };
+    return all;
 }
-template <>
-unsigned int& keyOf(tagCtrlPointTable& point)
-{
-    return point.pointID;
-}
-template <>
-unsigned int& keyOf(tagImageData& image)
-{
-    return image.recordKind == DATA_TYPE_CTRL_POINT ? image.body.ctrlPoint.pointID : image.body.type.typeID;
-}
-
-/// Runs `query` on a list that holds one element with the key 99; its outcome in one text.
-template <class Element>
-std::string onList(const std::function<ENUM_RET_TYPE(QList<Element>&)>& query,
-                   std::optional<int> recordKind = std::nullopt)
-{
-    Element mine{};
-    keyOf(mine) = 99;
-    QList<Element> elements{mine};
-    std::string outcome = std::to_string(query(elements));
-    for (Element& element : elements)
-        outcome += ":" + std::to_string(keyOf(element));
-    for (int i = 1; i < elements.size(); ++i) {
-        if constexpr (std::is_same_v<Element, tagImageData>) {
-            EXPECT_EQ(elements[i].recordKind, recordKind);
-            EXPECT_TRUE(recordKind != DATA_TYPE_CTRL_POINT || !elements[i].body.ctrlPoint.ctrlFile);
-        }
-        if constexpr (std::is_same_v<Element, tagCtrlPointTable>)
-            EXPECT_EQ(elements[i].ctrlFile, nullptr);
-    }
-    return outcome;
-}
-
-template <class Record>
-std::string onRecord(const std::function<ENUM_RET_TYPE(Record&)>& query)
-{
-    Record record{};
-    keyOf(record) = 99;
-    const ENUM_RET_TYPE result = query(record);
-    return std::to_string(result) + ":" + std::to_string(keyOf(record));
-}
-
-/// A kind of records with its four shapes of queries.
-template <class Record>
-struct Kind
-{
-    using Manager = CLumoDataMgr;
-    using RecordType = Record;
-    const char* stem;
-    const char* list;
-    const char* key; ///< of the bean
-    int recordKind;
-    const char* oneName;
-    ENUM_RET_TYPE (Manager::*one)(unsigned int, Record&);
-    const char* byTypeName;
-    ENUM_RET_TYPE (Manager::*byType)(unsigned int, QList<Record>&);
-    ENUM_RET_TYPE (Manager::*byTypeMixed)(unsigned int, QList<tagImageData>&);
-    const char* byProjectName;
-    ENUM_RET_TYPE (Manager::*byProject)(unsigned int, QList<Record>&);
-    const char* byMarkName;
-    ENUM_RET_TYPE (Manager::*byMark)(unsigned int, unsigned int, QList<Record>&);
-};
-
-#define IMAGE_KIND(Record, stem, list, number, one, byType, byProject, byMark)                               \
-    Kind<Record>                                                                                             \
-    {                                                                                                        \
-        stem, list, "image_id", number, #one, &CLumoDataMgr::one, #byType, &CLumoDataMgr::byType,            \
-            &CLumoDataMgr::byType, #byProject, &CLumoDataMgr::byProject, #byMark, &CLumoDataMgr::byMark      \
-    }
-
-/// Calls `check` with each kind.
-template <class Check>
-void forEachKind(Check check)
-{
-    check(IMAGE_KIND(tagKFImageTable, "queryDataSrcPhoto", "datasrcphotos", 5, getKFImage, getKFImageByTypeID,
-                     getKFImageByDataID, getKFImageByDataAndMark));
-    check(IMAGE_KIND(tagSatTable, "queryDataSrcSat", "datasrcsats", 6, getSatImage, getSatImageByTypeID,
-                     getSatImageByDataID, getSatByDataAndMark));
-    check(IMAGE_KIND(tagAdsTable, "queryDataSrcAds", "datasrcadss", 7, getAdsImage, getAdsImageByTypeID,
-                     getAdsImageByDataID, getAdsByDataAndMark));
-    check(Kind<tagCtrlFileTable>{"queryDataSrcControl", "datasrccontrols", "dq_con_id", 8, "getCtrlFile",
-                                 &CLumoDataMgr::getCtrlFile, "getCtrlFileByTypeID",
-                                 &CLumoDataMgr::getCtrlFileByTypeID, nullptr, "getCtrlFileByDataID",
-                                 &CLumoDataMgr::getCtrlFileByDataID, "", nullptr});
-    check(IMAGE_KIND(tagDemTable, "queryDataSrcDem", "datasrcdems", 10, getDem, getDemByTypeID,
-                     getDemByDataID, getDemByDataAndMark));
-    check(IMAGE_KIND(tagDsmTable, "queryDataSrcDsm", "datasrcdsms", 11, getDsm, getDsmByTypeID,
-                     getDsmByDataID, getDsmByDataAndMark));
-    check(IMAGE_KIND(tagDomTable, "queryDataSrcDom", "datasrcdoms", 12, getDom, getDomByTypeID,
-                     getDomByDataID, getDomByDataAndMark));
-    check(IMAGE_KIND(tagDlgTable, "queryDataSrcDlg", "datasrcdlgs", 13, getDlg, getDlgByTypeID,
-                     getDlgByDataID, getDlgByDataAndMark));
-}
-
-} // namespace
-
-class KindQueries : public RecordQueries // by shapes
-{
-protected:
-    template <class Record>
-    void one(const std::string& method, const std::string& operation, const std::string& request,
-             const std::string& key, const std::function<ENUM_RET_TYPE(Record&)>& query)
-    {
-        const auto check = [&](const std::string& answer, const std::string& outcome, const Lines& between) {
-            expect(method, {answer}, {operation + " {" + request + "}"}, between,
-                   [&] { EXPECT_EQ(onRecord<Record>(query), outcome); });
-        };
-        check("result: 0 bean { " + key + ": -3 }", "1:4294967293", {});
-        check("result: 7", "1:4294967295", {});
-        check("!gone", "0:99", {operation + " Error : gone"});
-        check("result: -2", "0:99", {operation + " Result Error"});
-        check("result: -1", "2:99", {operation + " Result NULL"});
-    }
-
-    /// `element` begins one in an answer, up to its key; `request` is that of the total.
-    template <class Element>
-    void pages(const std::string& method, const std::string& operation, const std::string& request,
-               const std::string& element, std::optional<int> recordKind,
-               const std::function<ENUM_RET_TYPE(QList<Element>&)>& query)
-    {
-        const auto asked = [&](int start) { // fields stand in the order of their places
-            const std::string page = "page_start: " + std::to_string(start) + " page_size: 10000";
-            const bool keyFirst = request[0] == 't' || request[0] == 'p';
-            return operation + " {" + (keyFirst ? request + " " + page : page + " " + request) + "}";
-        };
-        const Lines calls{operation + "Total {" + request + "}", asked(0), asked(2)};
-        const std::string first = "result: 0 " + element + ": 1 } " + element + ": 2 }";
-        const auto check = [&](const Lines& answers, const std::string& outcome, const Lines& between) {
-            expect(method, answers, Lines(calls.begin(), calls.begin() + static_cast<long>(answers.size())),
-                   between, [&] { EXPECT_EQ(onList<Element>(query, recordKind), outcome); });
-        };
-        check({"result: 0 total: 3", first, "result: 5 " + element + ": 3 }"}, "1:99:1:2:3", {});
-        check({"result: 0 total: 0"}, "1:99", {});
-        check({"!gone"}, "0:99", {operation + "Total Error : gone"});
-        check({"result: -1"}, "0:99", {operation + "Total Result Error"});
-        check({"result: 0 total: 3", first, "!gone"}, "0", {operation + " Error : gone"});
-        check({"result: 0 total: 3", first, "result: -2"}, "0", {operation + " Result Error"});
-        check({"result: 0 total: 3", first, "result: -1"}, "2", {operation + " Result NULL"});
-    }
-
-    /// A list in one call; `lost` tells whether a bad answer empties it.
-    template <class Element>
-    void list(const std::string& method, const std::string& operation, const std::string& request,
-              const std::string& element, std::optional<int> recordKind, bool lost,
-              const std::function<ENUM_RET_TYPE(QList<Element>&)>& query)
-    {
-        const auto check = [&](const std::string& answer, const std::string& outcome, const Lines& between) {
-            expect(method, {answer}, {operation + " {" + request + "}"}, between,
-                   [&] { EXPECT_EQ(onList<Element>(query, recordKind), outcome); });
-        };
-        check("result: 5 " + element + ": 1 } " + element + ": 2 }", "1:99:1:2", {});
-        check("!gone", "0:99", {operation + " Error : gone"});
-        check("result: -2", lost ? "0" : "0:99", {operation + " Result Error"});
-        check("result: -1", lost ? "2" : "2:99", {operation + " Result NULL"});
-    }
-};
-
-TEST_F(KindQueries, OfImagesProductsAndControlFiles)
-{
-    forEachKind([this](const auto& kind) {
-        using Record = typename std::decay_t<decltype(kind)>::RecordType;
-        const std::string stem = kind.stem;
-        const std::string element = std::string(kind.list) + " { " + kind.key;
-        const bool control = kind.recordKind == DATA_TYPE_CTRL_FILE;
-        one<Record>(kind.oneName, stem + (control ? "ByDqConID" : "ById"),
-                    control ? "dqcon_id: -2" : "record_id: -2", kind.key,
-                    [&](Record& record) { return (m_Manager.*kind.one)(0xFFFFFFFE, record); });
-        pages<Record>(kind.byTypeName, stem + "ByTypeID", "type_id: 3", element, std::nullopt,
-                      [&](QList<Record>& list) { return (m_Manager.*kind.byType)(3, list); });
-        pages<Record>(kind.byProjectName, stem + "ByProjectID", "project_id: 3", element, std::nullopt,
-                      [&](QList<Record>& list) { return (m_Manager.*kind.byProject)(3, list); });
-        if (control)
-            return;
-        pages<tagImageData>(
-            kind.byTypeName, stem + "ByTypeID", "type_id: 3", element, kind.recordKind,
-            [&](QList<tagImageData>& list) { return (m_Manager.*kind.byTypeMixed)(3, list); });
-        list<Record>(kind.byMarkName, stem + "ByProjectIDAndCommID", "project_id: 3 comm_id: 4", element,
-                     std::nullopt, true,
-                     [&](QList<Record>& list) { return (m_Manager.*kind.byMark)(3, 4, list); });
-    });
-}
-
-TEST_F(KindQueries, OfProjectsTypesAndControlPoints)
-{
-    TestManager& manager = m_Manager;
-    const QString name = QString::fromUtf8("北");
-    const std::string quoted = "\"\\345\\214\\227\"";
-    one<tagDataTable>("getData", "queryDataSrcByProjectID", "project_id: -2", "project_id",
-                      [&](tagDataTable& data) { return manager.getData(0xFFFFFFFE, data); });
-    one<tagDataTable>("getData", "queryDataSrcByProjectName", "proname: " + quoted + " company_id: 7",
-                      "project_id", [&](tagDataTable& data) { return manager.getData(name, data); });
-    pages<tagDataTable>("getData", "queryDataSrc", "company_id: 7", "datasrcs { project_id", std::nullopt,
-                        [&](QList<tagDataTable>& data) { return manager.getData(data); });
-    pages<tagImageData>("getData", "queryDataSrc", "company_id: 7", "datasrcs { project_id", DATA_TYPE_DATA,
-                        [&](QList<tagImageData>& data) { return manager.getData(data); });
-    one<tagTypeTable>("getDataType", "queryDataSrcTypeByTypeId", "type_id: 3", "type_id",
-                      [&](tagTypeTable& type) { return manager.getDataType(3, type); });
-    one<tagTypeTable>("getDataType", "queryDataSrcTypeByTypeAndproId", "project_id: 3 data_type: " + quoted,
-                      "type_id", [&](tagTypeTable& type) { return manager.getDataType(3, name, type); });
-    list<tagTypeTable>("getDataTypeByDataID", "queryDataSrcTypeByProjectID", "project_id: 3",
-                       "datasrctypes { type_id", std::nullopt, false,
-                       [&](QList<tagTypeTable>& types) { return manager.getDataTypeByDataID(3, types); });
-    list<tagImageData>("getDataTypeByDataID", "queryDataSrcTypeByProjectID", "project_id: 3",
-                       "datasrctypes { type_id", DATA_TYPE_TYPE, false,
-                       [&](QList<tagImageData>& types) { return manager.getDataTypeByDataID(3, types); });
-    one<tagCtrlPointTable>("getCtrlPoint", "queryDataSrcControlInfoById", "record_id: 3", "point_id",
-                           [&](tagCtrlPointTable& point) { return manager.getCtrlPoint(3, point); });
-    pages<tagCtrlPointTable>(
-        "getCtrlPoint", "queryDataSrcControlInfoByDqConID", "dqcon_id: 3", "datasrccontrolinfos { point_id",
-        std::nullopt, [&](QList<tagCtrlPointTable>& points) { return manager.getCtrlPoint(3, points); });
-}
-
-namespace {
 
 /// A condition with a value of its own in each field, for the project and type of these names.
-tagQueryCondition conditionOf(const char* project, const char* type)
+tagQueryCondition conditionOf(const char* project, const char* type, bool bounded = false)
 {
     tagQueryCondition condition;
-    condition.conditionTag = 77;
+    condition.conditionTag = 77; // not sent
     condition.projectName = QString::fromUtf8(project);
     condition.dataType = QString::fromUtf8(type);
     condition.senType = QString::fromUtf8("全");
     condition.startDate = "some day";
-    condition.endDate = "";
+    condition.endDate = bounded ? "2024" : "";
     condition.boundA = 1;
     condition.boundB = -2.5;
     condition.boundC = 3;
     condition.boundD = 4;
+    condition.useBounds = bounded;
     return condition;
 }
 
-/// What a request says of it behind the two names.
-const char kRestOfCondition[] =
-    " sentype: \"\\345\\205\\250\" start_date: \"some day\" end_date: \"\" bound_a: 1"
-    " bound_b: -2.5 bound_c: 3 bound_d: 4 use_bounds: false";
-
-} // namespace
-
-TEST_F(KindQueries, ASearchForTypesSendsTheConditionAsItIs)
-{
-    list<tagTypeTable>("searchDataType", "searchDataType",
-                       std::string("proname: \"\\345\\214\\227\" data_type: \"Dem\"") + kRestOfCondition +
-                           " company_id: 7",
-                       "datasrctypes { type_id", std::nullopt, false, [&](QList<tagTypeTable>& types) {
-                           return m_Manager.searchDataType(conditionOf("北", "Dem"), types);
-                       });
-    tagQueryCondition condition = conditionOf("", "");
-    condition.endDate = "2024";
-    condition.useBounds = true;
-    m_Channel.forgetCalls();
-    m_Channel.answer("result: 0");
-    QList<tagTypeTable> types;
-    EXPECT_EQ(m_Manager.searchDataType(condition, types), RET_SUCCESS);
-    EXPECT_NE(m_Channel.calls().back().find("end_date: \"2024\""), std::string::npos);
-    EXPECT_NE(m_Channel.calls().back().find("use_bounds: true"), std::string::npos);
-}
-
-namespace {
+/// What a request has of it after the two names, up to the last date.
+const char kRestOfCondition[] = " sentype: \"\\345\\205\\250\" start_date: \"some day\" end_date: ";
+const char kBounds[] = " bound_a: 1 bound_b: -2.5 bound_c: 3 bound_d: 4 use_bounds: ";
 
 const struct
 {
     const char* name; ///< of the type, in UTF-8
     int recordKind;
-    const char* searched; ///< by searchByDataType
-    const char* element;  ///< begins one in an answer, up to its key
-    const char* listed;   ///< by getImageByType; null where it knows none
+    const char* searched; ///< kind in the operation of searchByDataType
+    const char* list;     ///< in an answer
+    const char* listed;   ///< kind in the operation of getImageByType; null where it has none
     const char* listedName;
 } kTypes[] = {
-    {"框幅式影像", 5, "searchDataByTypePhoto", "datasrcphotos { image_id", "queryDataSrcPhotoByTypeID",
-     "getKFImageByTypeID"},
-    {"卫星影像", 6, "searchDataByTypeSat", "datasrcsats { image_id", "queryDataSrcSatByTypeID",
-     "getSatImageByTypeID"},
-    {"航空三线阵影像", 7, "searchDataByTypeAds", "datasrcadss { image_id", "queryDataSrcAdsByTypeID",
-     "getAdsImageByTypeID"},
-    {"控制点属性", 9, "searchDataByTypeControlInfo", "datasrccontrolinfos { point_id", nullptr, nullptr},
-    {"DEM", 10, "searchDataByTypeDem", "datasrcdems { image_id", "queryDataSrcDemByTypeID", "getDemByTypeID"},
-    {"dem", 10, "searchDataByTypeDem", "datasrcdems { image_id", nullptr, nullptr},
-    {"DSM", 11, "searchDataByTypeDsm", "datasrcdsms { image_id", "queryDataSrcDsmByTypeID", "getDsmByTypeID"},
-    {"dSm", 11, "searchDataByTypeDsm", "datasrcdsms { image_id", nullptr, nullptr},
-    {"DOM", 12, "searchDataByTypeDom", "datasrcdoms { image_id", "queryDataSrcDomByTypeID", "getDomByTypeID"},
-    {"Dom", 12, "searchDataByTypeDom", "datasrcdoms { image_id", nullptr, nullptr},
-    {"DLG", 13, "searchDataByTypeDlg", "datasrcdlgs { image_id", "queryDataSrcDlgByTypeID", "getDlgByTypeID"},
-    {"dlG", 13, "searchDataByTypeDlg", "datasrcdlgs { image_id", nullptr, nullptr},
+    {"框幅式影像", 5, "Photo", "datasrcphotos { image_id", "Photo", "getKFImageByTypeID"},
+    {"卫星影像", 6, "Sat", "datasrcsats { image_id", "Sat", "getSatImageByTypeID"},
+    {"航空三线阵影像", 7, "Ads", "datasrcadss { image_id", "Ads", "getAdsImageByTypeID"},
+    {"控制点属性", 9, "ControlInfo", "datasrccontrolinfos { point_id", nullptr, nullptr},
+    {"DEM", 10, "Dem", "datasrcdems { image_id", "Dem", "getDemByTypeID"},
+    {"dem", 10, "Dem", "datasrcdems { image_id", nullptr, nullptr},
+    {"DSM", 11, "Dsm", "datasrcdsms { image_id", "Dsm", "getDsmByTypeID"},
+    {"dSm", 11, "Dsm", "datasrcdsms { image_id", nullptr, nullptr},
+    {"DOM", 12, "Dom", "datasrcdoms { image_id", "Dom", "getDomByTypeID"},
+    {"Dom", 12, "Dom", "datasrcdoms { image_id", nullptr, nullptr},
+    {"DLG", 13, "Dlg", "datasrcdlgs { image_id", "Dlg", "getDlgByTypeID"},
+    {"dlG", 13, "Dlg", "datasrcdlgs { image_id", nullptr, nullptr},
     {"Demo", 0, nullptr, nullptr, nullptr, nullptr},
     {"", 0, nullptr, nullptr, nullptr, nullptr},
 };
 
-tagTypeTable typeOf(const char* name, const char* project = "北")
+tagTypeTable typeOf(const char* name)
 {
     tagTypeTable type{};
     type.typeID = 3;
     EXPECT_TRUE(convertToMultibyte(name, type.dataType, sizeof type.dataType));
-    EXPECT_TRUE(convertToMultibyte(project, type.projectName, sizeof type.projectName));
+    EXPECT_TRUE(convertToMultibyte("北", type.projectName, sizeof type.projectName));
     return type;
 }
 
+/// A search by a type and a condition; one whose operation is empty asks nothing.
+Method searchFor(const tagTypeTable& type, const tagQueryCondition& condition, const std::string& call = {},
+                 const std::string& answer = {}, const std::string& outcome = "ok kept")
+{
+    return method<Images>("searchByDataType", Verdict::judged, call, answer, outcome,
+                          [=](auto& m, auto& images) { return m.searchByDataType(type, condition, images); });
+}
+
+class RecordQueries : public MethodTable
+{
+};
+
 } // namespace
 
-TEST_F(KindQueries, TheNameOfATypeDecidesWhatASearchAsksFor)
+TEST_F(RecordQueries, AskAndJudgeAsTheirTableSays)
+{
+    run(methods());
+}
+
+TEST_F(RecordQueries, ASearchForTypesSendsTheConditionAsItIs)
+{
+    for (const bool bounded : {false, true})
+        run({method<QList<tagTypeTable>>(
+            "searchDataType", Verdict::judged,
+            std::string("searchDataType {proname: " TEST_NORTH " data_type: \"Dem\"") + kRestOfCondition +
+                (bounded ? "\"2024\"" : "\"\"") + kBounds + (bounded ? "true" : "false") + " company_id: 7}",
+            "datasrctypes { type_id: 1 } datasrctypes { type_id: 2 }", "ok kept 1 2",
+            [=](auto& m, auto& types) {
+                return m.searchDataType(conditionOf("北", "Dem", bounded), types);
+            })});
+}
+
+TEST_F(RecordQueries, TheNameOfATypeDecidesWhatASearchAsksFor)
 {
     const tagQueryCondition condition = conditionOf("北", "");
     for (const auto& one : kTypes) {
-        const tagTypeTable type = typeOf(one.name);
-        const auto query = [&](QList<tagImageData>& images) {
-            return m_Manager.searchByDataType(type, condition, images);
-        };
-        if (one.searched)
-            list<tagImageData>("searchByDataType", one.searched,
-                               std::string("type_id: 3 proname: \"\\345\\214\\227\" data_type: \"\"") +
-                                   kRestOfCondition,
-                               one.element, one.recordKind, false, query);
-        else
-            expect("searchByDataType", {}, {}, {}, [&] { EXPECT_EQ(onList<tagImageData>(query), "1:99"); });
+        SCOPED_TRACE(one.name);
+        if (!one.searched) {
+            check(searchFor(typeOf(one.name), condition), {}, "ok kept");
+            continue;
+        }
+        const std::string kind = std::to_string(one.recordKind) + "#", list = one.list;
+        run({searchFor(typeOf(one.name), condition,
+                       std::string("searchDataByType") + one.searched +
+                           " {type_id: 3 proname: " TEST_NORTH " data_type: \"\"" + kRestOfCondition +
+                           "\"\"" + kBounds + "false}",
+                       list + ": 1 } " + list + ": 2 }", "ok kept " + kind + "1 " + kind + "2")});
     }
 }
 
-TEST_F(KindQueries, TheNameOfATypeDecidesWhatItsImagesAre)
+TEST_F(RecordQueries, TheNameOfATypeDecidesWhatItsImagesAre)
 {
     for (const auto& one : kTypes) {
         SCOPED_TRACE(one.name);
-        const tagTypeTable type = typeOf(one.name);
-        const auto query = [&](QList<tagImageData>& images) {
-            return m_Manager.getImageByType(type, images);
-        };
+        const auto query = [&](auto& m, auto& images) { return m.getImageByType(typeOf(one.name), images); };
         if (one.listed) {
-            pages<tagImageData>(one.listedName, one.listed, "type_id: 3", one.element, one.recordKind, query);
+            run({method<Images>(one.listedName, Verdict::pages,
+                                std::string("queryDataSrc") + one.listed + "ByTypeID {type_id: 3 $}",
+                                std::string(one.list) + ": $ }", std::to_string(one.recordKind) + "#",
+                                query)});
             continue;
         }
         m_Log.clear();
-        m_Channel.forgetCalls();
-        EXPECT_EQ(onList<tagImageData>(query), "0:99");
-        EXPECT_EQ(m_Channel.calls(), Lines());
+        EXPECT_EQ(method<Images>("", Verdict::judged, "", "", "", query).run(m_Manager), "failed kept");
         EXPECT_EQ(m_Log.lines(), Lines{managerLine("Image Type Error", "getImageByType")});
     }
 }
 
-TEST_F(KindQueries, ASearchOfAnotherTypeThanTheConditionsAsksNothing)
+TEST_F(RecordQueries, ASearchOfAnotherTypeThanTheConditionsAsksNothing)
 {
     const struct
     {
         const char* project;
         const char* type;
-        const char* line; ///< empty where the search goes on
+        const char* line; ///< null where the search goes on
     } kCases[] = {
-        {"北", "", ""},
-        {"", "DEM", ""},
-        {"北", "DEM", ""},
+        {"北", "", nullptr},
+        {"", "DEM", nullptr},
+        {"北", "DEM", nullptr},
         {"南", "DEM", "DataName isn't Match"},
         {"南", "DSM", "DataName isn't Match"},
         {"北", "Dem", "DataType isn't Match"},
     };
-    const tagTypeTable type = typeOf("DEM");
     for (const auto& one : kCases) {
-        SCOPED_TRACE(one.line);
-        tagQueryCondition condition;
-        condition.projectName = QString::fromUtf8(one.project);
-        condition.dataType = QString::fromUtf8(one.type);
-        const auto query = [&](QList<tagImageData>& images) {
-            return m_Manager.searchByDataType(type, condition, images);
-        };
-        if (*one.line) {
-            expect("searchByDataType", {}, {}, {one.line},
-                   [&] { EXPECT_EQ(onList<tagImageData>(query), "0:99"); });
-        } else {
-            m_Channel.answer("result: 0");
-            EXPECT_EQ(onList<tagImageData>(query), "1:99");
-            EXPECT_NE(m_Channel.calls().back().find(std::string("data_type: \"") + one.type + '"'),
-                      std::string::npos);
+        const Method search = searchFor(typeOf("DEM"), conditionOf(one.project, one.type));
+        if (one.line) {
+            check(search, {}, "failed kept", one.line);
+            continue;
         }
+        m_Channel.answer("result: 0");
+        EXPECT_EQ(search.run(m_Manager), "ok kept");
+        EXPECT_NE(m_Channel.calls().back().find(std::string("data_type: \"") + one.type + '"'),
+                  std::string::npos);
     }
 }
 
-TEST_F(KindQueries, AHitStartsZeroedAndKeepsWhatAnEarlierOneLeft)
+TEST_F(RecordQueries, AHitStartsZeroedAndKeepsWhatAnEarlierOneLeft)
 {
     m_Channel.answer("result: 0 datasrcsats { image_id: 1 text3: '0123456789abcdef' } "
                      "datasrcsats { image_id: 2 text3: 'fits' value1: '5' } datasrcsats { image_id: 3 }");
-    QList<tagImageData> images;
+    Images images;
     ASSERT_EQ(m_Manager.searchByDataType(typeOf("卫星影像"), {}, images), RET_SUCCESS);
     ASSERT_EQ(images.size(), 3);
     EXPECT_EQ(std::string(images[0].body.satImage.text3, 16), std::string(16, '\0'));

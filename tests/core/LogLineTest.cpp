@@ -25,7 +25,7 @@ TEST(LogLine, ALongMessageIsCutAt4096Bytes)
     tagDiskTable disk;
     for (const std::size_t length : {3900u, 4096u, 100000u}) {
         log.clear();
-        channel.fail(std::string(length, 'x'));
+        channel.answer("!" + std::string(length, 'x'));
         manager.getDisk(1, disk);
         const std::string& line = log.rawLines().at(1);
         const bool whole = length == 3900;

@@ -122,7 +122,7 @@ TEST_F(StartUp, AnUnknownCompanyOrUserEndsItWithTheRestStored)
     EXPECT_EQ(manager.companyID(), 0xFFFFFFFF);
     EXPECT_EQ(manager.roleName(), "user");
     EXPECT_EQ(m_Log.lines().back(), initLines({kFailed})[0]);
-    m_Channel.answer("result: 0 bean { id: 7 }").fail("gone");
+    m_Channel.answer("result: 0 bean { id: 7 }").answer("!gone");
     EXPECT_EQ(manager.initDataMgr(&m_Channel, &m_Channel, "t", "other", "no", 1), INIT_ERROR_ROLE);
     EXPECT_EQ(manager.companyID(), 7u);
     EXPECT_EQ(manager.roleName(), "other");

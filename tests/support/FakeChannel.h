@@ -18,17 +18,11 @@
 class FakeChannel : public wirecall::RpcChannel
 {
 public:
-    /// The next call is answered with this response, in protobuf's text format.
-    FakeChannel& answer(const std::string& responseText)
+    /// The next call is answered with this response, in protobuf's text format; with a leading '!' it fails
+    /// with the error text that follows.
+    FakeChannel& answer(const std::string& text)
     {
-        m_Answers.push_back({false, responseText});
-        return *this;
-    }
-
-    /// The next call fails with this error text.
-    FakeChannel& fail(const std::string& errorText)
-    {
-        m_Answers.push_back({true, errorText});
+        m_Answers.push_back(text);
         return *this;
     }
 
@@ -49,25 +43,26 @@ public:
         m_Timeouts.push_back(call.timeout());
         if (m_Answers.empty())
             throw std::logic_error("unexpected call: " + m_Calls.back());
-        const Answer next = m_Answers.front();
+        const std::string next = m_Answers.front();
         m_Answers.pop_front();
         response->Clear();
-        if (next.fails)
-            call.setOutcome(wirecall::Failure::Other, next.text, true);
-        else
+        play(next, call, *response);
+    }
+
+    /// Ends a call with such an answer.
+    static void play(const std::string& text, wirecall::RpcController& call,
+                     google::protobuf::Message& response)
+    {
+        if (text[0] == '!')
+            call.setOutcome(wirecall::Failure::Other, text.substr(1), text != "!unsent");
+        else if (google::protobuf::TextFormat::ParseFromString(text, &response))
             call.setOutcome(wirecall::Failure::None, std::string(), true);
-        if (!next.fails && !google::protobuf::TextFormat::ParseFromString(next.text, response))
-            throw std::logic_error("not a " + response->GetTypeName() + ": " + next.text);
+        else
+            throw std::logic_error("not a " + response.GetTypeName() + ": " + text);
     }
 
 private:
-    struct Answer
-    {
-        bool fails;
-        std::string text;
-    };
-
-    std::deque<Answer> m_Answers;
+    std::deque<std::string> m_Answers;
     std::vector<std::string> m_Calls;
     std::vector<long long> m_Timeouts;
 };

@@ -50,4 +50,15 @@ inline std::string managerLine(const std::string& message, const std::string& me
     return "TIME\n [INFO] " + message + " File:LumoDataMgr, Func:CLumoDataMgr::" + method + ", Line:N\r\n";
 }
 
+/// All lines of a method: those of entering and leaving it, by the name that they have, and those between.
+inline std::vector<std::string> framedLines(const std::string& method, const std::string& logged,
+                                            const std::vector<std::string>& between = {})
+{
+    std::vector<std::string> lines{managerLine("Enter Function : " + logged, method)};
+    for (const std::string& message : between)
+        lines.push_back(managerLine(message, method));
+    lines.push_back(managerLine("Leave Function : " + logged, method));
+    return lines;
+}
+
 #endif

@@ -2,105 +2,221 @@
 #define LUMO_TESTS_SUPPORT_METHODTABLE_H
 
 #include "tests/support/LogCapture.h"
+#include "tests/support/OutcomeText.h"
 #include "tests/support/TestManager.h"
 
-#include <gtest/gtest.h>
-
 #include <functional>
-#include <string>
-#include <vector>
+#include <tuple>
 
-/// How a method ends on each kind of answer, told in one word each.
-struct Variant
+/// How a method judges an answer.
+enum class Verdict
 {
-    const char* failed;
-    const char* minusTwo;
-    const char* minusOne;
-    bool minusOneIsNull; ///< the line says Result NULL, not Result Error
-    bool fiveSucceeds;
-    bool nested = false; ///< the verdict is the code of a status record
-    bool terse = false;  ///< the line of a bad result says Error, not Result Error
-
-    std::string verdict(int result) const
-    {
-        return nested ? "status { status_code: " + std::to_string(result) + " } "
-                      : "result: " + std::to_string(result) + " ";
-    }
+    judged,          ///< result -2 is a failure, -1 is null, any other a success
+    judgedOrEmpty,   ///< the same; a result that is no success empties the list
+    accepted,        ///< result 0 alone is a success
+    acceptedTersely, ///< the same; the line of another one is shorter
+    planned,         ///< the code of the status, 0 or absent, is a success
+    confirmed,       ///< the first flag of the answer is true
+    pages,           ///< the count is accepted, then each page judged
 };
 
-/// A method of the manager, told by its one call.
+/// A method of the manager, described by the call that it makes.
 struct Method
 {
-    const char* name;
-    const char* loggedName;
-    Variant variant;
-    const char* call;    ///< operation and request
-    const char* answer;  ///< beside the result
-    const char* success; ///< outcome on success
-    std::function<std::string(TestManager&)> invoke;
+    std::string name;
+    std::string logged; ///< name in the Enter and Leave lines
+    Verdict verdict;
+    std::string call;    ///< operation and request; $ is where a request for a page has its place
+    std::string answer;  ///< beside the verdict; of pages a record, with $ for its key
+    std::string outcome; ///< on success; of pages what precedes the key of a record
+    std::function<std::string(TestManager&)> run = nullptr;
+    std::string failed = {}, null = {};  ///< outcomes, with the out-parameters untouched
+    std::string emptied = {}, none = {}; ///< the same, with an empty list
 
-    std::string operation() const { return std::string(call).substr(0, std::string(call).find(' ')); }
+    std::string operation() const { return call.substr(0, call.find(' ')); }
 };
 
-/// Runs each method of a table through every kind of answer.
+/// A row of a table. `run` calls the method with out-parameters of these types.
+template <class... Outs, class Run>
+Method method(const std::string& name, Verdict verdict, const std::string& call, const std::string& answer,
+              const std::string& outcome, Run run)
+{
+    using Result = std::decay_t<decltype(run(std::declval<TestManager&>(), std::declval<Outs&>()...))>;
+    const auto textOf = [](const Result& result, const Outs&... outs) {
+        return (text(result) + ... + (" " + text(outs)));
+    };
+    const std::size_t as = name.find(" as ");
+    Method row{name.substr(0, as),
+               as == std::string::npos ? name : name.substr(as + 4),
+               verdict,
+               call,
+               answer,
+               outcome};
+    row.run = [run, textOf](TestManager& manager) {
+        std::tuple<Outs...> values;
+        return std::apply(
+            [&](Outs&... outs) {
+                (mark(outs), ...);
+                const Result result = run(manager, outs...);
+                return textOf(result, outs...);
+            },
+            values);
+    };
+    Result failure{}, null{};
+    if constexpr (std::is_same_v<Result, unsigned int>)
+        failure = null = 0xFFFFFFFF;
+    if constexpr (std::is_same_v<Result, ENUM_RET_TYPE>)
+        null = RET_NULL;
+    std::tuple<Outs...> kept;
+    std::apply([](Outs&... outs) { (mark(outs), ...); }, kept);
+    row.failed = std::apply([&](const Outs&... outs) { return textOf(failure, outs...); }, kept);
+    row.null = std::apply([&](const Outs&... outs) { return textOf(null, outs...); }, kept);
+    row.emptied = text(failure) + " ";
+    row.none = text(null) + " ";
+    return row;
+}
+
+/// `text` with `value` for each $.
+inline std::string filled(std::string text, const std::string& value)
+{
+    for (std::size_t at; (at = text.find('$')) != std::string::npos;)
+        text.replace(at, 1, value);
+    return text;
+}
+
+/// Runs the methods of a table through every kind of answer.
 class MethodTable : public ::testing::Test
 {
 protected:
     typedef std::vector<std::string> Lines;
 
-    void succeeds(const std::vector<Method>& methods)
+    void run(const std::vector<Method>& methods)
     {
         for (const Method& method : methods) {
-            m_Channel.answer(method.variant.verdict(0) + method.answer);
-            check(method, method.success, {});
-        }
-    }
-
-    void tellsOfAFailedCall(const std::vector<Method>& methods)
-    {
-        for (const Method& method : methods) {
-            m_Channel.fail("100% gone: %s");
-            check(method, method.variant.failed, {method.operation() + " Error : 100% gone: %s"});
-        }
-    }
-
-    void judgesTheResult(const std::vector<Method>& methods)
-    {
-        for (const Method& method : methods) {
-            const Lines error = {method.operation() + (method.variant.terse ? " Error" : " Result Error")};
-            const Lines null = {method.operation() + " Result NULL"};
-            const Variant& variant = method.variant;
-            m_Channel.answer(variant.verdict(-2) + method.answer);
-            check(method, variant.minusTwo, error);
-            m_Channel.answer(variant.verdict(-1) + method.answer);
-            check(method, variant.minusOne, variant.minusOneIsNull ? null : error);
-            m_Channel.answer(variant.verdict(5) + method.answer);
-            if (variant.fiveSucceeds)
-                check(method, method.success, {});
+            if (method.verdict == Verdict::pages)
+                runPages(method);
             else
-                check(method, variant.failed, error);
+                runSingle(method);
+            SCOPED_TRACE(method.call + " without a channel");
+            m_Log.clear();
+            EXPECT_THROW(method.run(m_Manager), std::logic_error);
+            EXPECT_EQ(m_Log.lines(), Lines{managerLine("Enter Function : " + method.logged, method.name)})
+                << "an exception of a component passes without a Leave line";
         }
     }
 
-    /// Runs a method after the answers that the channel got, and checks what lies between Enter and Leave.
-    void check(const Method& method, const std::string& outcome, const Lines& between)
+    /// Calls a method that gets these answers, and checks the calls and the lines between Enter and Leave.
+    void check(const Method& method, const Lines& answers, const std::string& outcome,
+               const std::string& between = {})
     {
-        SCOPED_TRACE(method.call);
+        SCOPED_TRACE(method.name + " on " + (answers.empty() ? "nothing" : answers.back()));
         m_Log.clear();
         m_Channel.forgetCalls();
-        EXPECT_EQ(method.invoke(m_Manager), outcome);
-        EXPECT_EQ(m_Channel.calls(), Lines{method.call});
-        EXPECT_EQ(m_Channel.timeouts().back(), 4321);
-        Lines expected = {managerLine(std::string("Enter Function : ") + method.loggedName, method.name)};
-        for (const std::string& message : between)
-            expected.push_back(managerLine(message, method.name));
-        expected.push_back(managerLine(std::string("Leave Function : ") + method.loggedName, method.name));
-        EXPECT_EQ(m_Log.lines(), expected);
+        for (const std::string& answer : answers)
+            m_Channel.answer(answer);
+        EXPECT_EQ(method.run(m_Manager), outcome);
+        EXPECT_TRUE(m_Channel.allPlayed());
+        Lines calls;
+        for (std::size_t i = 0; i < answers.size(); ++i)
+            calls.push_back(method.verdict == Verdict::pages ? pageCall(method, i) : method.call);
+        EXPECT_EQ(m_Channel.calls(), calls);
+        for (const long long timeout : m_Channel.timeouts())
+            EXPECT_EQ(timeout, 4321);
+        EXPECT_EQ(m_Log.lines(),
+                  framedLines(method.name, method.logged, between.empty() ? Lines() : Lines{between}));
     }
 
     LogCapture m_Log;
     FakeChannel m_Channel;
     TestManager m_Manager{m_Channel};
+
+private:
+    void runSingle(const Method& method)
+    {
+        const std::string operation = method.operation();
+        const std::string error =
+            operation + (method.verdict == Verdict::acceptedTersely ? " Error" : " Result Error");
+        const auto succeeds = [&](const std::string& verdict) {
+            check(method, {verdict + method.answer}, method.outcome);
+        };
+        const auto fails = [&](const std::string& verdict) {
+            check(method, {verdict + method.answer}, method.failed, error);
+        };
+        check(method, {"!100% gone: %s"}, method.failed, operation + " Error : 100% gone: %s");
+        switch (method.verdict) {
+        case Verdict::confirmed: {
+            const std::string flag = operation == "AdsFromSup" ? "ads_result: " : "sat_result: ";
+            succeeds(flag + "true ");
+            fails(flag + "false ");
+            fails("");
+            break;
+        }
+        case Verdict::judged:
+        case Verdict::judgedOrEmpty: {
+            const bool empties = method.verdict == Verdict::judgedOrEmpty;
+            for (const char* verdict : {"", "result: 0 ", "result: 5 "})
+                succeeds(verdict);
+            check(method, {"result: -2 " + method.answer}, empties ? method.emptied : method.failed, error);
+            check(method, {"result: -1 " + method.answer}, empties ? method.none : method.null,
+                  operation + " Result NULL");
+            break;
+        }
+        default:
+            const bool planned = method.verdict == Verdict::planned;
+            const std::string head = planned ? "status { status_code: " : "result: ",
+                              tail = planned ? " } " : " ";
+            succeeds("");
+            succeeds(head + "0" + tail);
+            for (const char* code : {"-2", "-1", "5"})
+                fails(head + code + tail);
+        }
+    }
+
+    void runPages(const Method& method)
+    {
+        const auto page = [&](int first, int last) {
+            std::string records;
+            for (int key = first; key <= last; ++key)
+                records += filled(method.answer, std::to_string(key)) + " ";
+            return records;
+        };
+        std::string all = "ok kept";
+        for (const char* key : {"1", "2", "3", "4"})
+            all += " " + method.outcome + key;
+        const std::string operation = method.operation();
+        const std::string kept = "ok kept";
+        check(method, {"result: 0 total: 3", page(1, 2), "result: 5 " + page(3, 4)},
+              all); // past the total too
+        check(method, {"total: 0"}, kept);
+        check(method, {"total: -3"}, kept);
+        check(method, {"!gone"}, method.failed, totalOf(operation) + " Error : gone");
+        for (const char* result : {"-2", "-1", "5"})
+            check(method, {std::string("total: 5 result: ") + result}, method.failed,
+                  totalOf(operation) + " Result Error");
+        check(method, {"total: 2", "!gone"}, method.emptied, operation + " Error : gone");
+        check(method, {"total: 3", page(1, 2), "!gone"}, method.emptied, operation + " Error : gone");
+        check(method, {"total: 3", page(1, 2), "result: -2 " + page(3, 3)}, method.emptied,
+              operation + " Result Error");
+        check(method, {"total: 3", page(1, 2), "result: -1"}, method.none, operation + " Result NULL");
+        check(method, {"total: 3", page(1, 2), "result: 0"}, method.emptied, operation + " Result Error");
+    }
+
+    /// The count for call 0, then the pages from record 0 and from record 2.
+    static std::string pageCall(const Method& method, std::size_t number)
+    {
+        if (number > 0)
+            return filled(method.call,
+                          "page_start: " + std::string(number == 1 ? "0" : "2") + " page_size: 10000");
+        std::string call = method.call;
+        const std::size_t at = call.find('$');
+        call.erase(call[at - 1] == ' ' ? at - 1 : at, 2);
+        return totalOf(method.operation()) + call.substr(call.find(' '));
+    }
+
+    static std::string totalOf(const std::string& operation)
+    {
+        return operation.substr(0, operation.find("ForPage")) + "Total";
+    }
 };
 
 #endif
