@@ -1,7 +1,8 @@
 #include "cli/AssignmentText.h"
 
-#include "cli/DisplayText.h"
 #include "cli/ExitCode.h"
+
+#include "lumo/components/platform/Utf8.h"
 
 #include <algorithm>
 
@@ -21,7 +22,7 @@ void AssignmentText::add(const std::string& key, const std::string& value)
 {
     if (key.empty() || !std::all_of(key.begin(), key.end(), isKeyCharacter))
         refuse("'" + key + "' is no field: fields are named as in imageName and value1");
-    if (!isUtf8(value))
+    if (!platform::isUtf8(value))
         refuse("the value of " + key + " is not UTF-8");
     // A reader takes the last =' for the begin of the value, and no text goes on behind a NUL.
     const char* const carried = value.find(',') != std::string::npos    ? "a comma"

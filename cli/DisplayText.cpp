@@ -108,14 +108,6 @@ void narrow(std::vector<std::size_t>& widths, std::size_t line)
 
 } // namespace
 
-bool isUtf8(const std::string& text)
-{
-    for (std::size_t position = 0; position < text.size();)
-        if (nextCharacter(text, position) == kUndecodable)
-            return false;
-    return true;
-}
-
 std::string escaped(const std::string& text)
 {
     std::string result;

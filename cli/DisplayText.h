@@ -8,8 +8,6 @@
 
 namespace cli {
 
-bool isUtf8(const std::string& text);
-
 /// The text with everything escaped that a terminal would act on or that would disguise it: control
 /// characters, line separators, marks of writing direction, bytes that are not UTF-8.
 std::string escaped(const std::string& text);

@@ -1,7 +1,8 @@
 #include "cli/LocalFiles.h"
 
-#include "cli/DisplayText.h"
 #include "cli/ExitCode.h"
+
+#include "lumo/components/platform/Utf8.h"
 
 #include <cerrno>
 #include <cstring>
@@ -17,7 +18,7 @@ namespace fs = std::filesystem;
 
 void requireUtf8(const std::string& path)
 {
-    if (!isUtf8(path))
+    if (!platform::isUtf8(path))
         refuse("'" + path + "' is not UTF-8: names travel as UTF-8 only");
 }
 

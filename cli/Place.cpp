@@ -1,7 +1,8 @@
 #include "cli/Place.h"
 
-#include "cli/DisplayText.h"
 #include "cli/ExitCode.h"
+
+#include "lumo/components/platform/Utf8.h"
 
 #include <charconv>
 
@@ -50,7 +51,7 @@ Place parseIdentifier(const std::string& text)
 
 Place parsePlace(const std::string& text)
 {
-    if (!isUtf8(text) || text.empty())
+    if (!platform::isUtf8(text) || text.empty())
         refusePlace(text);
     if (text.front() != '/')
         return parseIdentifier(text);

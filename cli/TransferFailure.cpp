@@ -5,45 +5,42 @@
 #include "lumo/components/bulkhaul/Bulkhaul.h"
 #include "lumo/core/LumoDataMgr.h"
 
-#include <algorithm>
-
 namespace cli {
+
+namespace {
+
+/// What a code of the library's own tasks means; null for any other.
+const char* taskText(int code)
+{
+    switch (code) {
+    case kFolderFailed:
+        return "a local folder can't be made or written";
+    case kCopyFailed:
+        return "a local file can't be made or copied";
+    case kLookupFailed:
+        return "the catalogue failed a look-up on the way";
+    case kNoChannel:
+        return "the storage box is not reached";
+    case kTransferFailed:
+        return "the transfer failed";
+    default:
+        return nullptr;
+    }
+}
+
+} // namespace
 
 std::string failureText(int code, const std::string& reason)
 {
-    static const struct
-    {
-        const char* text;
-        int code;
-        bool kept; ///< the same command may go on where this one stopped
-    } kTexts[] = {
-        {"a local folder can't be made or written", kFolderFailed, false},
-        {"a local file can't be made or copied", kCopyFailed, false},
-        {"the catalogue failed a look-up on the way", kLookupFailed, true},
-        {"the storage box is not reached", kNoChannel, false},
-        {"the transfer failed", kTransferFailed, false},
-        {"the storage box was not reached, or the connection broke", bulkhaul::kNoConnection, true},
-        {"nothing moved any more", bulkhaul::kStalled, true},
-        {"the storage box does not let you do that", bulkhaul::kRefused, false},
-        {"the source, or something below it, is not there", bulkhaul::kNotFound, false},
-        {"the source changed while it was read", bulkhaul::kSourceChanged, false},
-        {"the source, or something below it, can't be read", bulkhaul::kUnreadable, false},
-        {"the target can't be made or written", bulkhaul::kNotWritable, false},
-        {"no space is left for the target", bulkhaul::kNoSpace, true},
-        {"what arrived is not what was sent", bulkhaul::kCorrupted, false},
-        {"a name that no file can have here, or that is not UTF-8", bulkhaul::kUnsafeName, false},
-        {"a link, a special file, or a folder where a file is needed or the reverse", bulkhaul::kWrongKind,
-         false},
-        {"another transfer writes to the target", bulkhaul::kBusy, false},
-        {"the storage box failed for a reason of its own", bulkhaul::kBoxFailed, false},
-        {"what answers is no storage box that this program understands", bulkhaul::kNotUnderstood, false},
-    };
-    const auto* const known = std::find_if(std::begin(kTexts), std::end(kTexts),
-                                           [code](const auto& one) { return one.code == code; });
-    if (known == std::end(kTexts))
+    const char* text = taskText(code);
+    if (text == nullptr)
+        text = bulkhaul::textOf(code);
+    if (text == nullptr)
         return "the transfer failed with code " + std::to_string(code);
-    return known->text + (reason.empty() ? "" : " (" + reason + ")") +
-           (known->kept ? "; what arrived is kept: run the same command again to go on" : "");
+    const bool kept = code == kLookupFailed || code == bulkhaul::kNoConnection ||
+                      code == bulkhaul::kStalled || code == bulkhaul::kNoSpace;
+    return text + (reason.empty() ? "" : " (" + reason + ")") +
+           (kept ? "; what arrived is kept: run the same command again to go on" : "");
 }
 
 std::string refusalText(Session& session, const Found& found)

@@ -1,6 +1,7 @@
 #include "centre/base/Path.h"
 
-#include "centre/base/Text.h"
+#include "lumo/components/platform/PathComponent.h"
+#include "lumo/components/platform/Utf8.h"
 
 #include <algorithm>
 #include <climits>
@@ -10,14 +11,13 @@ namespace centre {
 bool isPlainAbsolutePath(const std::string& path)
 {
     if (path.empty() || path.size() >= PATH_MAX || path[0] != '/' || path.find('\0') != std::string::npos ||
-        !isUtf8(path))
+        !platform::isUtf8(path))
         return false;
     if (path == "/")
         return true;
     for (std::size_t start = 1; start <= path.size();) {
         const std::size_t end = std::min(path.find('/', start), path.size());
-        const std::string name = path.substr(start, end - start);
-        if (name.empty() || name == "." || name == "..")
+        if (!platform::isPathComponent(path.substr(start, end - start)))
             return false;
         start = end + 1;
     }

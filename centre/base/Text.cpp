@@ -17,19 +17,6 @@ bool isPrintable(UChar32 character)
 
 } // namespace
 
-bool isUtf8(const std::string& text)
-{
-    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-    const auto length = static_cast<std::int64_t>(text.size());
-    for (std::int64_t i = 0; i < length;) {
-        UChar32 character = 0;
-        U8_NEXT(bytes, i, length, character);
-        if (character < 0)
-            return false;
-    }
-    return true;
-}
-
 std::string escaped(const std::string& text)
 {
     static const char kDigits[] = "0123456789abcdef";

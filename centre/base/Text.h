@@ -5,8 +5,6 @@
 
 namespace centre {
 
-bool isUtf8(const std::string& text);
-
 /// The text for a terminal: control characters and bytes that are not UTF-8 become \xNN.
 std::string escaped(const std::string& text);
 

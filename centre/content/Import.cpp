@@ -5,6 +5,7 @@
 #include "centre/base/Text.h"
 #include "centre/store/StorageTree.h"
 #include "centre/store/Store.h"
+#include "lumo/components/platform/Utf8.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
@@ -85,7 +86,7 @@ private:
                 tell(unread.message() + ": ", entry->path().string());
             else if (type != fs::file_type::regular && type != fs::file_type::directory)
                 ++m_Report.skipped;
-            else if (!isUtf8(name))
+            else if (!platform::isUtf8(name))
                 tell("the name is not UTF-8: ", entry->path().string());
             else
                 (type == fs::file_type::regular ? names.files : names.folders).push_back(name);
@@ -164,7 +165,7 @@ std::string absoluteFolder(const std::string& folder)
         throw Error(ExitCode::Failed, "can't import " + escaped(folder) + ": " + error.message());
     if (!fs::is_directory(path, error))
         throw Error(ExitCode::WrongUse, escaped(folder) + " is not a folder");
-    if (!isUtf8(path.string()))
+    if (!platform::isUtf8(path.string()))
         throw Error(ExitCode::WrongUse, "the folder's path must be UTF-8: " + escaped(path.string()));
     return path.string();
 }

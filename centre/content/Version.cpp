@@ -4,6 +4,7 @@
 #include "centre/base/Error.h"
 #include "centre/base/Text.h"
 #include "centre/store/Store.h"
+#include "lumo/components/platform/Utf8.h"
 
 #include <QDate>
 #include <QString>
@@ -39,7 +40,7 @@ std::string packagePath(const std::string& path)
         throw Error(ExitCode::Failed, "no package " + escaped(path) + ": " + error.message());
     if (!fs::is_regular_file(real) && !fs::is_directory(real))
         throw Error(ExitCode::WrongUse, "a package is a file or a folder: " + escaped(path));
-    if (real == "/" || !isUtf8(real.string()))
+    if (real == "/" || !platform::isUtf8(real.string()))
         throw Error(ExitCode::WrongUse, "not a path for a package: " + escaped(real.string()));
     return real.string();
 }
@@ -84,7 +85,7 @@ void addVersion(Store& store, const Version& version)
     requireName("the version number", version.version);
     if (version.version.size() > kLongestVersion)
         throw Error(ExitCode::WrongUse, "the version number is too long");
-    if (!isUtf8(version.notes))
+    if (!platform::isUtf8(version.notes))
         throw Error(ExitCode::WrongUse, "the notes must be UTF-8");
     const std::string& name = version.name.empty() ? version.number : version.name;
     requireName("the name", name);

@@ -2,6 +2,7 @@
 
 #include "centre/base/Error.h"
 #include "centre/base/Text.h"
+#include "lumo/components/platform/Utf8.h"
 
 #include <pugixml.hpp>
 
@@ -25,7 +26,7 @@ std::string trimmed(const std::string& text)
 
 void requireText(const std::string& text)
 {
-    if (!isUtf8(text) || text.find('\0') != std::string::npos)
+    if (!platform::isUtf8(text) || text.find('\0') != std::string::npos)
         throw refusal("the file is no text in UTF-8");
 }
 

@@ -147,7 +147,7 @@ void ServerCopy::copyIn(const User& user, const forgeserver::FileCopyToDbReq& re
     const FolderPlace start = place;
     place.below.insert(place.below.end(), names.begin(), names.end());
     requireOutside(m_Pool.dataFolder(), place);
-    if (!bulkhaul::isSafeName(name))
+    if (!bulkhaul::isMovableName(name))
         throw refusal(escaped(name) + " can't be a file's name");
     Folder target = place.open(Folder::Missing::MakeFlushed);
     requireFree(target, name, request.copy_flag());

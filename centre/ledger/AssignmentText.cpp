@@ -2,6 +2,7 @@
 
 #include "centre/base/Error.h"
 #include "centre/base/Text.h"
+#include "lumo/components/platform/Utf8.h"
 
 #include <algorithm>
 #include <unordered_map>
@@ -28,7 +29,7 @@ std::pair<std::string, std::string> parsePiece(const std::string& piece)
 
 RecordTexts parseAssignments(const std::string& text)
 {
-    if (!isUtf8(text))
+    if (!platform::isUtf8(text))
         throw Error(ExitCode::Failed, "the record's text is not UTF-8");
     RecordTexts texts;
     std::unordered_map<std::string, std::size_t> places;

@@ -4,6 +4,7 @@
 #include "centre/store/Ownership.h"
 #include "centre/store/ResetAtEnd.h"
 #include "ledgerserver.pb.h"
+#include "lumo/components/platform/Utf8.h"
 
 namespace centre {
 
@@ -58,7 +59,7 @@ void requireTexts(const std::string& content, const std::string& state)
     if (content.empty())
         throw refusal("a comment without content");
     for (const std::string& text : {content, state})
-        if (!isUtf8(text) || text.find('\0') != std::string::npos)
+        if (!platform::isUtf8(text) || text.find('\0') != std::string::npos)
             throw refusal("a comment is UTF-8 without the character 0, not " + escaped(text.substr(0, 100)));
 }
 

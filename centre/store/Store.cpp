@@ -5,6 +5,7 @@
 #include "centre/base/Token.h"
 #include "centre/store/Schema.h"
 #include "components/wirecall/Address.h"
+#include "lumo/components/platform/Utf8.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <SQLiteCpp/VariadicBind.h>
@@ -42,7 +43,7 @@ void requireName(const std::string& what, const std::string& name)
 {
     if (name.empty())
         throw Error(ExitCode::WrongUse, what + " must not be empty");
-    if (!isUtf8(name) || escaped(name) != name)
+    if (!platform::isUtf8(name) || escaped(name) != name)
         throw Error(ExitCode::WrongUse, what + " must be UTF-8 without control characters: " + escaped(name));
 }
 

@@ -4,6 +4,7 @@
 #include "core/LogLine.h"
 #include "lumo/components/bulkhaul/Bulkhaul.h"
 #include "lumo/components/hubline/Hubline.h"
+#include "lumo/components/platform/PathComponent.h"
 #include "lumo/core/CStringCodec.h"
 #include "lumo/core/Identifier.h"
 #include "lumo/core/LumoDataMgr.h"
@@ -21,6 +22,7 @@
 #define DOWNLOAD_LOG(function, ...) writeLogLine("LumoDownloadRunnable", function, __LINE__, __VA_ARGS__)
 
 using namespace transferpaths;
+using platform::isPathComponent;
 
 namespace {
 
@@ -242,7 +244,7 @@ bool CLumoDownloadRunnable::downloadFile(const QString& localDir, unsigned int i
         return copyFile(fullPath, localDir, name, overwrite) || fail(transfercodes::kFileNotCopied);
     }
     const QString target = joined(localDir, name);
-    const int result = isSafeName(name)
+    const int result = isPathComponent(name.toStdString())
                            ? bulkhaul::Download(m_Channel, fullPath.toStdString(), target.toStdString(),
                                                 !overwrite, bulkhaul::ProgressFunction(), &m_AuthMsg, nullptr)
                            : transfercodes::kFileNotCopied;
@@ -292,7 +294,7 @@ bool CLumoDownloadRunnable::makeFolder(const QString& localDir, const QString& n
 bool CLumoDownloadRunnable::haveFolder(const QString& localDir, const QString& name) const
 {
     const QString path = joined(localDir, name);
-    return isSafeName(name) && (QFileInfo::exists(path) || QDir().mkdir(path)) &&
+    return isPathComponent(name.toStdString()) && (QFileInfo::exists(path) || QDir().mkdir(path)) &&
            isWithin(QFileInfo(path).canonicalFilePath(), QDir(m_LocalDir).canonicalPath());
 }
 
@@ -317,7 +319,7 @@ bool CLumoDownloadRunnable::copyFile(const QString& sourcePath, const QString& d
                                      bool overwrite)
 {
     const QString target = joined(destDir, name);
-    if (isSafeName(name)) {
+    if (isPathComponent(name.toStdString())) {
         if (QFile::exists(target)) {
             if (!overwrite || isSameFile(QFileInfo(target), QFileInfo(sourcePath)))
                 return true;

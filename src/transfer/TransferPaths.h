@@ -51,13 +51,6 @@ inline QString localFolder(const QString& dir)
     return dir.isEmpty() ? QString(QLatin1Char('.')) : dir;
 }
 
-/// Whether `name`, which comes from the centre, stays within the folder that it is put into.
-inline bool isSafeName(const QString& name)
-{
-    return !name.isEmpty() && name != QLatin1String(".") && name != QLatin1String("..") &&
-           !name.contains(QLatin1Char('/')) && !name.contains(QChar(0));
-}
-
 } // namespace transferpaths
 
 #endif

@@ -2,8 +2,8 @@
 
 #include "components/bulkhaul/FileFailure.h"
 #include "components/bulkhaul/IncomingFile.h"
-
-#include <google/protobuf/stubs/common.h>
+#include "lumo/components/platform/PathComponent.h"
+#include "lumo/components/platform/Utf8.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -40,11 +40,6 @@ haulbox::Status statusOf(int error, haulbox::Status otherwise)
     }
 }
 
-bool isUtf8(const std::string& text)
-{
-    return google::protobuf::internal::IsStructurallyValidUTF8(text.data(), static_cast<int>(text.size()));
-}
-
 } // namespace
 
 void throwErrno(haulbox::Status otherwise, const std::string& name)
@@ -59,10 +54,9 @@ FileHandle::~FileHandle()
         ::close(m_Descriptor);
 }
 
-bool isSafeName(const std::string& name)
+bool isMovableName(const std::string& name)
 {
-    return !name.empty() && name.size() <= NAME_MAX && name != "." && name != ".." &&
-           name.find('/') == std::string::npos && name.find('\0') == std::string::npos && isUtf8(name) &&
+    return platform::isPathComponent(name) && name.size() <= NAME_MAX && platform::isUtf8(name) &&
            !isPartialName(name);
 }
 
@@ -77,7 +71,7 @@ std::vector<std::string> splitBelow(const std::string& below)
         if (components.size() > kDeepest)
             throw FileFailure(haulbox::UNSAFE_NAME,
                               "more than " + std::to_string(kDeepest) + " folders deep: " + below);
-        if (!isSafeName(components.back()))
+        if (!isMovableName(components.back()))
             throw FileFailure(haulbox::UNSAFE_NAME, "not a name of a file or folder: " + below);
         begin = end + 1;
     }
@@ -88,7 +82,7 @@ std::pair<std::string, std::string> splitPath(const std::string& path)
 {
     const std::size_t slash = path.rfind('/');
     const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
-    if (!isSafeName(name))
+    if (!isMovableName(name))
         throw FileFailure(haulbox::UNSAFE_NAME, "not a path of a file or folder: " + path);
     if (slash == std::string::npos)
         return {".", name};

@@ -35,11 +35,11 @@ private:
     int m_Descriptor = -1;
 };
 
-/// A name that a file or folder may be given on behalf of the other side: one path component of UTF-8 that
-/// is no partial file's.
-bool isSafeName(const std::string& name);
+/// Whether bulkhaul moves a file or folder of this name: a single path component of UTF-8, short enough for a
+/// file system, that is not the name of a partial file.
+bool isMovableName(const std::string& name);
 
-/// The components of a relative path; throws FileFailure (UNSAFE_NAME) unless each is a safe name. Of an
+/// The components of a relative path; throws FileFailure (UNSAFE_NAME) unless each is a movable name. Of an
 /// empty path there are none.
 std::vector<std::string> splitBelow(const std::string& below);
 
@@ -102,7 +102,7 @@ private:
     std::optional<Folder> m_Last;
 };
 
-/// A path as the folder that holds it and its last component, which must be a safe name.
+/// A path as the folder that holds it and its last component, which must be a movable name.
 std::pair<std::string, std::string> splitPath(const std::string& path);
 
 } // namespace bulkhaul

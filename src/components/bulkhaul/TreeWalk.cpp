@@ -46,7 +46,7 @@ public:
 private:
     bool isNamed(const Folder::Entry& entry, const std::string& prefix) const
     {
-        if (isSafeName(entry.name))
+        if (isMovableName(entry.name))
             return true;
         if (m_Strange == Strange::Fail)
             throw FileFailure(haulbox::UNSAFE_NAME, "the name is not UTF-8: " + prefix + entry.name);

@@ -1,5 +1,7 @@
 #include "lumo/components/platform/CodePage.h"
 
+#include "lumo/components/platform/Utf8.h"
+
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
@@ -313,6 +315,19 @@ std::size_t recode(unsigned int from, unsigned int to, const char* text, std::si
     default:
         return 0;
     }
+}
+
+bool isUtf8(const std::string& text)
+{
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    while (at != end) {
+        const Decoded decoded = Utf8Source::decode(at, end);
+        if (decoded.point == kReplacement && decoded.length == 1) // U+FFFD itself has three bytes
+            return false;
+        at += decoded.length;
+    }
+    return true;
 }
 
 } // namespace platform

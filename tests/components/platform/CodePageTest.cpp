@@ -1,4 +1,5 @@
 #include "lumo/components/platform/CodePage.h"
+#include "lumo/components/platform/Utf8.h"
 
 #include <gtest/gtest.h>
 #include <unicode/ucnv.h>
@@ -174,8 +175,11 @@ TEST(CodePage, GivesOneReplacementForEachByteOfUtf8ThatDoesNotDecode)
         {"a lead ahead of ASCII", "\xC3(\xE4(\xE4\xB8(", u"\uFFFD(\uFFFD(\uFFFD\uFFFD("},
         {"the limits that do decode", "\xED\x9F\xBF\xEE\x80\x80\xF4\x8F\xBF\xBF", u"\uD7FF\uE000\U0010FFFF"},
     };
-    for (const auto& row : cases)
+    for (const auto& row : cases) {
         EXPECT_EQ(toUtf16(kUtf8CodePage, row.text), row.units) << row.what;
+        EXPECT_EQ(platform::isUtf8(row.text), row.units.find(u'\uFFFD') == std::u16string::npos) << row.what;
+    }
+    EXPECT_TRUE(platform::isUtf8(std::string("\0\uFFFD", 4))); // NUL, and U+FFFD that the text itself has
 }
 
 TEST(CodePage, ReplacesSurrogatesByWhatTheTargetHas)

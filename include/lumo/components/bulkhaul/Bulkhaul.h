@@ -42,6 +42,10 @@ enum Code
     kFailedHere = 215     ///< this machine failed for another reason: no memory, no threads
 };
 
+/// What a Code means, in plain English for a message to the user, without a full stop; null for a number that
+/// is no Code. Safe from any thread.
+LUMO_EXPORT const char* textOf(int code);
+
 /// Receives the client's status lines, a level (0 information, 1 warning, 2 error) and a text, on a
 /// thread of the client, until EndBulkhaul has returned.
 typedef boost::function<void(int, const std::string&)> StatusFunction;

@@ -1,0 +1,45 @@
+#include "lumo/components/bulkhaul/Bulkhaul.h"
+
+namespace bulkhaul {
+
+const char* textOf(int code)
+{
+    switch (code) {
+    case kDone:
+        return "the target is complete and verified, or was kept as asked";
+    case kNoConnection:
+        return "the storage box was not reached, or the connection broke";
+    case kStalled:
+        return "nothing moved any more";
+    case kRefused:
+        return "the storage box does not let you do that";
+    case kNotFound:
+        return "the source, or something below it, is not there";
+    case kSourceChanged:
+        return "the source changed while it was read";
+    case kUnreadable:
+        return "the source, or something below it, can't be read";
+    case kNotWritable:
+        return "the target can't be made or written";
+    case kNoSpace:
+        return "no space is left for the target";
+    case kCorrupted:
+        return "what arrived is not what was sent";
+    case kUnsafeName:
+        return "a name that no file can have here, or that is not UTF-8";
+    case kWrongKind:
+        return "a link, a special file, or a folder where a file is needed or the reverse";
+    case kBusy:
+        return "another transfer writes to the target";
+    case kBoxFailed:
+        return "the storage box failed for a reason of its own";
+    case kNotUnderstood:
+        return "what answers is not a storage box that this program understands";
+    case kFailedHere:
+        return "this machine failed: it lacks memory or threads";
+    default:
+        return nullptr;
+    }
+}
+
+} // namespace bulkhaul
