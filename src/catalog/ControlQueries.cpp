@@ -8,27 +8,30 @@ using recordqueries::single;
 
 ENUM_RET_TYPE CLumoDataMgr::getCtrlFile(unsigned int id, tagCtrlFileTable& record)
 {
+    CallFrame frame(*this, "getCtrlFile");
     recordqueries::DataUtilBeanReq request;
     request.set_dqcon_id(static_cast<int>(id));
-    return single(CallFrame(*this, "getCtrlFile"), LEDGER(queryDataSrcControlByDqConID), request, record);
+    return single(frame, LUMO_LEDGER(queryDataSrcControlByDqConID), request, record);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getCtrlFileByTypeID(unsigned int typeId, QList<tagCtrlFileTable>& records)
 {
-    return byType<tagCtrlFileTable>(CallFrame(*this, "getCtrlFileByTypeID"),
-                                    LEDGER(queryDataSrcControlByTypeIDTotal),
-                                    LEDGER(queryDataSrcControlByTypeID), typeId, records);
+    CallFrame frame(*this, "getCtrlFileByTypeID");
+    return byType<tagCtrlFileTable>(frame, LUMO_LEDGER(queryDataSrcControlByTypeIDTotal),
+                                    LUMO_LEDGER(queryDataSrcControlByTypeID), typeId, records);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getCtrlFileByDataID(unsigned int dataId, QList<tagCtrlFileTable>& records)
 {
-    return byProject(CallFrame(*this, "getCtrlFileByDataID"), LEDGER(queryDataSrcControlByProjectIDTotal),
-                     LEDGER(queryDataSrcControlByProjectID), dataId, records);
+    CallFrame frame(*this, "getCtrlFileByDataID");
+    return byProject(frame, LUMO_LEDGER(queryDataSrcControlByProjectIDTotal),
+                     LUMO_LEDGER(queryDataSrcControlByProjectID), dataId, records);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getCtrlPoint(unsigned int id, tagCtrlPointTable& point)
 {
-    return single(CallFrame(*this, "getCtrlPoint"), LEDGER(queryDataSrcControlInfoById), id, point);
+    CallFrame frame(*this, "getCtrlPoint");
+    return single(frame, LUMO_LEDGER(queryDataSrcControlInfoById), id, point);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getCtrlPoint(unsigned int dqConID, QList<tagCtrlPointTable>& points)
@@ -36,7 +39,7 @@ ENUM_RET_TYPE CLumoDataMgr::getCtrlPoint(unsigned int dqConID, QList<tagCtrlPoin
     CallFrame frame(*this, "getCtrlPoint");
     recordqueries::DataUtilBeanReq request;
     request.set_dqcon_id(static_cast<int>(dqConID));
-    return frame.pages(LEDGER(queryDataSrcControlInfoByDqConIDTotal),
-                       LEDGER(queryDataSrcControlInfoByDqConID), request,
-                       recordqueries::appendTo<tagCtrlPointTable>(points), points);
+    return frame.pages(LUMO_LEDGER(queryDataSrcControlInfoByDqConIDTotal),
+                       LUMO_LEDGER(queryDataSrcControlInfoByDqConID), request, points,
+                       recordqueries::appendTo<tagCtrlPointTable>(points));
 }

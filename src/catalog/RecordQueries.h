@@ -5,7 +5,6 @@
 #include "core/CallFrame.h"
 
 #include <cstring>
-#include <utility>
 
 /// The queries that all kinds of records have in common. The frame is the method's, just opened.
 namespace recordqueries {
@@ -48,65 +47,75 @@ auto appendTo(QList<tagImageData>& images)
 
 /// The answer's bean, or the default one where there is none.
 template <class Record>
-ENUM_RET_TYPE single(CallFrame&& frame, const Operation<Record>& operation, const DataUtilBeanReq& request,
+ENUM_RET_TYPE single(CallFrame& frame, const Operation<Record>& operation, const DataUtilBeanReq& request,
                      Record& record)
 {
-    return frame.judged(operation, request, [&](const typename RecordKind<Record>::Response& response) {
-        RecordKind<Record>::convert(response.bean(), record);
-    });
+    return frame.ask(operation, request, verdicts::found,
+                     [&](const typename RecordKind<Record>::Response& response) {
+                         RecordKind<Record>::convert(response.bean(), record);
+                     });
 }
 
 /// The same for the record of an identifier.
 template <class Record>
-ENUM_RET_TYPE single(CallFrame&& frame, const Operation<Record>& operation, unsigned int id, Record& record)
+ENUM_RET_TYPE single(CallFrame& frame, const Operation<Record>& operation, unsigned int id, Record& record)
 {
     DataUtilBeanReq request;
     request.set_record_id(static_cast<int>(id));
-    return single(std::move(frame), operation, request, record);
+    return single(frame, operation, request, record);
 }
 
 /// `Element` is Record or tagImageData.
 template <class Record, class Element>
-ENUM_RET_TYPE byType(CallFrame&& frame, const Operation<Record>& total, const Operation<Record>& page,
+ENUM_RET_TYPE byType(CallFrame& frame, const Operation<Record>& total, const Operation<Record>& page,
                      unsigned int typeId, QList<Element>& records)
 {
     DataUtilBeanReq request;
     request.set_type_id(static_cast<int>(typeId));
-    return frame.pages(total, page, request, appendTo<Record>(records), records);
+    return frame.pages(total, page, request, records, appendTo<Record>(records));
 }
 
 template <class Record>
-ENUM_RET_TYPE byProject(CallFrame&& frame, const Operation<Record>& total, const Operation<Record>& page,
+ENUM_RET_TYPE byProject(CallFrame& frame, const Operation<Record>& total, const Operation<Record>& page,
                         unsigned int dataId, QList<Record>& records)
 {
     DataUtilBeanReq request;
     request.set_project_id(static_cast<int>(dataId));
-    return frame.pages(total, page, request, appendTo<Record>(records), records);
+    return frame.pages(total, page, request, records, appendTo<Record>(records));
 }
 
 /// An answer that is no success empties the list; a call that fails leaves it.
 template <class Record>
-ENUM_RET_TYPE byProjectAndMark(CallFrame&& frame, const Operation<Record>& operation, unsigned int dataId,
+ENUM_RET_TYPE byProjectAndMark(CallFrame& frame, const Operation<Record>& operation, unsigned int dataId,
                                unsigned int mark, QList<Record>& records)
 {
     DataUtilBeanReq request;
     request.set_project_id(static_cast<int>(dataId));
     request.set_comm_id(static_cast<int>(mark));
-    return frame.listOrNothing(operation, request, appendTo<Record>(records), records);
+    return frame.list(operation, request, records, appendTo<Record>(records));
 }
+
+/// The verdict of a list of which the first record counts: a success has result 0 and a record.
+template <class Record>
+struct HasRecord
+{
+    using Outcome = bool;
+    Judgement operator()(const typename RecordKind<Record>::Response& response) const
+    {
+        return response.result() == 0 && !RecordKind<Record>::beans(response).empty() ? Judgement::Success
+                                                                                      : Judgement::Error;
+    }
+};
 
 /// The first record of the answer's list. An empty list is a failure.
 template <class Record>
-bool firstOf(CallFrame&& frame, const Operation<Record>& operation, const DataUtilBeanReq& request,
+bool firstOf(CallFrame& frame, const Operation<Record>& operation, const DataUtilBeanReq& request,
              Record& record)
 {
-    return frame.firstOf(operation, request, [&](const typename RecordKind<Record>::Response& response) {
-        const auto& beans = RecordKind<Record>::beans(response);
-        if (beans.empty())
-            return false;
-        RecordKind<Record>::convert(beans[0], record);
-        return true;
-    });
+    return frame.ask(operation, request, HasRecord<Record>(),
+                     [&](const typename RecordKind<Record>::Response& response) {
+                         RecordKind<Record>::convert(RecordKind<Record>::beans(response)[0], record);
+                     });
 }
 
 } // namespace recordqueries

@@ -45,7 +45,7 @@ template <class Record>
 ENUM_RET_TYPE search(CallFrame& frame, const recordqueries::Operation<Record>& operation,
                      const DataUtilBeanReq& request, QList<tagImageData>& images)
 {
-    return frame.judged(operation, request, appendTo<Record>(images));
+    return frame.ask(operation, request, verdicts::found, appendTo<Record>(images));
 }
 
 } // namespace
@@ -58,7 +58,7 @@ ENUM_RET_TYPE CLumoDataMgr::searchDataType(const tagQueryCondition& condition, Q
     DataUtilBeanReq request;
     request.set_company_id(static_cast<int>(m_CompanyID));
     setCondition(request, condition);
-    return frame.judged(LEDGER(searchDataType), request, appendTo(types));
+    return frame.ask(LUMO_LEDGER(searchDataType), request, verdicts::found, appendTo(types));
 }
 
 ENUM_RET_TYPE CLumoDataMgr::searchByDataType(const tagTypeTable& type, const tagQueryCondition& condition,
@@ -77,21 +77,21 @@ ENUM_RET_TYPE CLumoDataMgr::searchByDataType(const tagTypeTable& type, const tag
     request.set_type_id(static_cast<int>(type.typeID));
     setCondition(request, condition);
     if (is(type, gbktexts::kFramePhotographs))
-        return search<tagKFImageTable>(frame, LEDGER(searchDataByTypePhoto), request, images);
+        return search<tagKFImageTable>(frame, LUMO_LEDGER(searchDataByTypePhoto), request, images);
     if (is(type, gbktexts::kSatelliteImages))
-        return search<tagSatTable>(frame, LEDGER(searchDataByTypeSat), request, images);
+        return search<tagSatTable>(frame, LUMO_LEDGER(searchDataByTypeSat), request, images);
     if (is(type, gbktexts::kThreeLineImages))
-        return search<tagAdsTable>(frame, LEDGER(searchDataByTypeAds), request, images);
+        return search<tagAdsTable>(frame, LUMO_LEDGER(searchDataByTypeAds), request, images);
     if (is(type, gbktexts::kControlPoints))
-        return search<tagCtrlPointTable>(frame, LEDGER(searchDataByTypeControlInfo), request, images);
+        return search<tagCtrlPointTable>(frame, LUMO_LEDGER(searchDataByTypeControlInfo), request, images);
     if (isInAnyCase(type, "Dem"))
-        return search<tagDemTable>(frame, LEDGER(searchDataByTypeDem), request, images);
+        return search<tagDemTable>(frame, LUMO_LEDGER(searchDataByTypeDem), request, images);
     if (isInAnyCase(type, "Dsm"))
-        return search<tagDsmTable>(frame, LEDGER(searchDataByTypeDsm), request, images);
+        return search<tagDsmTable>(frame, LUMO_LEDGER(searchDataByTypeDsm), request, images);
     if (isInAnyCase(type, "Dom"))
-        return search<tagDomTable>(frame, LEDGER(searchDataByTypeDom), request, images);
+        return search<tagDomTable>(frame, LUMO_LEDGER(searchDataByTypeDom), request, images);
     if (isInAnyCase(type, "Dlg"))
-        return search<tagDlgTable>(frame, LEDGER(searchDataByTypeDlg), request, images);
+        return search<tagDlgTable>(frame, LUMO_LEDGER(searchDataByTypeDlg), request, images);
     return frame.leave(RET_SUCCESS);
 }
 

@@ -1,9 +1,23 @@
 #include "catalog/RecordQueries.h"
+#include "lumo/core/Identifier.h"
 
 using ledgerserver::SrcTableUtilBeanReq;
 using recordqueries::appendTo;
 using recordqueries::DataUtilBeanReq;
 using recordqueries::single;
+
+namespace {
+
+/// Reads a path and the code of the storage box that it is on.
+auto into(QString& path, QString& kestaCode)
+{
+    return [&](const auto& response) {
+        path = QString::fromStdString(response.full_path());
+        kestaCode = QString::fromStdString(response.kesta_code());
+    };
+}
+
+} // namespace
 
 // Disks
 
@@ -12,7 +26,7 @@ ENUM_RET_TYPE CLumoDataMgr::getDisk(unsigned int id, tagDiskTable& disk)
     CallFrame frame(*this, "getDisk");
     DataUtilBeanReq request;
     request.set_record_id(static_cast<int>(id));
-    return single(std::move(frame), LEDGER(queryDataAddressByID), request, disk);
+    return single(frame, LUMO_LEDGER(queryDataAddressByID), request, disk);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getDisk(const QString& name, tagDiskTable& disk)
@@ -21,7 +35,7 @@ ENUM_RET_TYPE CLumoDataMgr::getDisk(const QString& name, tagDiskTable& disk)
     DataUtilBeanReq request;
     request.set_company_id(static_cast<int>(m_CompanyID));
     request.set_name(name.toUtf8().constData());
-    return single(std::move(frame), LEDGER(queryDataAddressByName), request, disk);
+    return single(frame, LUMO_LEDGER(queryDataAddressByName), request, disk);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getDisk(QList<tagDiskTable>& disks)
@@ -30,7 +44,7 @@ ENUM_RET_TYPE CLumoDataMgr::getDisk(QList<tagDiskTable>& disks)
     DataUtilBeanReq request;
     request.set_company_id(static_cast<int>(m_CompanyID));
     request.set_address_kind(1);
-    return frame.judged(LEDGER(queryDataAddress), request, appendTo(disks));
+    return frame.ask(LUMO_LEDGER(queryDataAddress), request, verdicts::found, appendTo(disks));
 }
 
 // Folders and files
@@ -40,7 +54,7 @@ ENUM_RET_TYPE CLumoDataMgr::getFolder(unsigned int folderID, tagFolderTable& fol
     CallFrame frame(*this, "getFolder");
     DataUtilBeanReq request;
     request.set_src_id(folderID);
-    return single(std::move(frame), LEDGER(querySrcTableBySrcId), request, folder);
+    return single(frame, LUMO_LEDGER(querySrcTableBySrcId), request, folder);
 }
 
 unsigned int CLumoDataMgr::getFolderID(unsigned int diskID, unsigned int parentID, const QString& name)
@@ -50,7 +64,9 @@ unsigned int CLumoDataMgr::getFolderID(unsigned int diskID, unsigned int parentI
     request.set_disk_id(diskID);
     request.set_parent_src_id(parentID);
     request.set_srcname(name.toUtf8().constData());
-    return frame.identifier(LEDGER(querySrcTableByUniqueness), request);
+    unsigned int id = kNoIdentifier;
+    frame.ask(LUMO_LEDGER(querySrcTableByUniqueness), request, verdicts::zero, readers::beanId(id));
+    return id;
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getFolderByParentID(unsigned int parentID, QList<tagFolderTable>& folders)
@@ -58,8 +74,8 @@ ENUM_RET_TYPE CLumoDataMgr::getFolderByParentID(unsigned int parentID, QList<tag
     CallFrame frame(*this, "getFolderByParentID");
     DataUtilBeanReq request;
     request.set_parent_src_id(parentID);
-    return frame.pages(LEDGER(querySrcTableByParentSrcIdTotal), LEDGER(querySrcTableByParentSrcId), request,
-                       appendTo(folders), folders);
+    return frame.pages(LUMO_LEDGER(querySrcTableByParentSrcIdTotal), LUMO_LEDGER(querySrcTableByParentSrcId),
+                       request, folders, appendTo(folders));
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getFolderByDataAndComment(unsigned int dataID, unsigned int commentID,
@@ -69,9 +85,9 @@ ENUM_RET_TYPE CLumoDataMgr::getFolderByDataAndComment(unsigned int dataID, unsig
     DataUtilBeanReq request;
     request.set_project_id(static_cast<int>(dataID));
     request.set_comment_id(commentID);
-    return frame.pages(LEDGER(querySrcTableByProjectIDAndCommentIdTotal),
-                       LEDGER(querySrcTableByProjectIDAndCommentIdForPage), request, appendTo(folders),
-                       folders);
+    return frame.pages(LUMO_LEDGER(querySrcTableByProjectIDAndCommentIdTotal),
+                       LUMO_LEDGER(querySrcTableByProjectIDAndCommentIdForPage), request, folders,
+                       appendTo(folders));
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getFile(unsigned int fileID, tagFileTable& file)
@@ -79,7 +95,7 @@ ENUM_RET_TYPE CLumoDataMgr::getFile(unsigned int fileID, tagFileTable& file)
     CallFrame frame(*this, "getFile");
     DataUtilBeanReq request;
     request.set_file_id(fileID);
-    return single(std::move(frame), LEDGER(queryFileTableByFileId), request, file);
+    return single(frame, LUMO_LEDGER(queryFileTableByFileId), request, file);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getFile(const QList<unsigned int>& fileIDs, QList<tagFileTable>& files)
@@ -88,7 +104,7 @@ ENUM_RET_TYPE CLumoDataMgr::getFile(const QList<unsigned int>& fileIDs, QList<ta
     DataUtilBeanReq request;
     for (const unsigned int fileID : fileIDs)
         request.add_list_file_id(fileID);
-    return frame.judged(LEDGER(queryFileTableByFilePathId), request, appendTo(files));
+    return frame.ask(LUMO_LEDGER(queryFileTableByFilePathId), request, verdicts::found, appendTo(files));
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getFileByName(unsigned int parentID, const QString& name, tagFileTable& file)
@@ -97,7 +113,7 @@ ENUM_RET_TYPE CLumoDataMgr::getFileByName(unsigned int parentID, const QString& 
     DataUtilBeanReq request;
     request.set_src_id(parentID);
     request.set_filename(name.toUtf8().constData());
-    return single(std::move(frame), LEDGER(queryFileTableByName), request, file);
+    return single(frame, LUMO_LEDGER(queryFileTableByName), request, file);
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getFileByParentID(unsigned int parentID, QList<tagFileTable>& files)
@@ -105,8 +121,8 @@ ENUM_RET_TYPE CLumoDataMgr::getFileByParentID(unsigned int parentID, QList<tagFi
     CallFrame frame(*this, "getFileByParentID");
     DataUtilBeanReq request;
     request.set_src_id(parentID);
-    return frame.pages(LEDGER(queryFileTableBySrcIdTotal), LEDGER(queryFileTableBySrcId), request,
-                       appendTo(files), files);
+    return frame.pages(LUMO_LEDGER(queryFileTableBySrcIdTotal), LUMO_LEDGER(queryFileTableBySrcId), request,
+                       files, appendTo(files));
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getFileByDataAndComment(unsigned int dataID, unsigned int commentID,
@@ -116,8 +132,9 @@ ENUM_RET_TYPE CLumoDataMgr::getFileByDataAndComment(unsigned int dataID, unsigne
     DataUtilBeanReq request;
     request.set_project_id(static_cast<int>(dataID));
     request.set_comment_id(commentID);
-    return frame.pages(LEDGER(queryFileTableByProjectIDAndCommentIdTotal),
-                       LEDGER(queryFileTableByProjectIDAndCommentIdForPage), request, appendTo(files), files);
+    return frame.pages(LUMO_LEDGER(queryFileTableByProjectIDAndCommentIdTotal),
+                       LUMO_LEDGER(queryFileTableByProjectIDAndCommentIdForPage), request, files,
+                       appendTo(files));
 }
 
 QString CLumoDataMgr::getFileFullPath(unsigned int fileID, QString& kestaCode)
@@ -125,7 +142,9 @@ QString CLumoDataMgr::getFileFullPath(unsigned int fileID, QString& kestaCode)
     CallFrame frame(*this, "getFileFullPath");
     DataUtilBeanReq request;
     request.set_file_id(fileID);
-    return frame.fullPath(LEDGER(getFileFullPath), request, kestaCode);
+    QString path;
+    frame.ask(LUMO_LEDGER(getFileFullPath), request, verdicts::zero, into(path, kestaCode));
+    return path;
 }
 
 QString CLumoDataMgr::getFolderFullPath(unsigned int folderID, QString& kestaCode)
@@ -133,5 +152,7 @@ QString CLumoDataMgr::getFolderFullPath(unsigned int folderID, QString& kestaCod
     CallFrame frame(*this, "getFolderFullPath");
     DataUtilBeanReq request;
     request.set_src_id(folderID);
-    return frame.fullPath(LEDGER(getFolderFullPath), request, kestaCode);
+    QString path;
+    frame.ask(LUMO_LEDGER(getFolderFullPath), request, verdicts::zero, into(path, kestaCode));
+    return path;
 }

@@ -27,33 +27,32 @@ void CallFrame::write(const char* message)
     LUMO_LOG(m_Function.c_str(), "%s", message);
 }
 
-bool CallFrame::failed(const char* operation)
+bool CallFrame::ended(const char* operation)
 {
+    if (!m_Controller.Failed())
+        return true;
     LUMO_LOG(m_Function.c_str(), "%s Error : %s", operation, m_Controller.ErrorText().c_str());
-    return leave(false);
+    writeLeave();
+    return false;
 }
 
-ENUM_RET_TYPE CallFrame::refused(const char* operation)
+ENUM_RET_TYPE CallFrame::judge(const char* operation, Judgement judgement)
 {
-    LUMO_LOG(m_Function.c_str(), "%s Result Error", operation);
-    return leave(RET_FAILED);
-}
-
-bool CallFrame::refusedTersely(const char* operation)
-{
-    LUMO_LOG(m_Function.c_str(), "%s Error", operation);
-    return leave(false);
-}
-
-ENUM_RET_TYPE CallFrame::judge(const char* operation, int result)
-{
-    if (result == -2)
-        return refused(operation);
-    if (result == -1) {
+    switch (judgement) {
+    case Judgement::Success:
+        return RET_SUCCESS;
+    case Judgement::Error:
+        LUMO_LOG(m_Function.c_str(), "%s Result Error", operation);
+        break;
+    case Judgement::TerseError:
+        LUMO_LOG(m_Function.c_str(), "%s Error", operation);
+        break;
+    case Judgement::Null:
         LUMO_LOG(m_Function.c_str(), "%s Result NULL", operation);
-        return leave(RET_NULL);
+        break;
     }
-    return RET_SUCCESS;
+    writeLeave();
+    return judgement == Judgement::Null ? RET_NULL : RET_FAILED;
 }
 
 void CallFrame::writeLeave()

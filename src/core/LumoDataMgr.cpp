@@ -135,7 +135,9 @@ unsigned int CLumoDataMgr::getCompanyID(const QString& companyNo)
     CallFrame frame(*this, "getCompanyID");
     ledgerserver::CompanyUtilBeanReq request;
     request.set_companyno(companyNo.toUtf8().constData());
-    return frame.lookedUpIdentifier(LEDGER(queryCompanyTableByCompanyNo), request);
+    unsigned int id = kNoIdentifier;
+    frame.ask(LUMO_LEDGER(queryCompanyTableByCompanyNo), request, verdicts::found, readers::beanId(id));
+    return id;
 }
 
 unsigned int CLumoDataMgr::getRoleID(const QString& roleName)
@@ -143,5 +145,7 @@ unsigned int CLumoDataMgr::getRoleID(const QString& roleName)
     CallFrame frame(*this, "getRoleID", "getRole");
     ledgerserver::UserUtilBeanReq request;
     request.set_username(roleName.toUtf8().constData());
-    return frame.lookedUpIdentifier(LEDGER(queryUserTableByUserName), request);
+    unsigned int id = kNoIdentifier;
+    frame.ask(LUMO_LEDGER(queryUserTableByUserName), request, verdicts::found, readers::beanId(id));
+    return id;
 }

@@ -10,10 +10,10 @@ QString CLumoDataMgr::getCompanyNo(unsigned int companyID)
     ledgerserver::CompanyUtilBeanReq request;
     request.set_company_id(companyID);
     QString number;
-    frame.judged(LEDGER(queryCompanyTableByCompanyID), request,
-                 [&](const ledgerserver::CompanyUtilBeanRsp& response) {
-                     number = QString::fromStdString(response.bean().companyno());
-                 });
+    frame.ask(LUMO_LEDGER(queryCompanyTableByCompanyID), request, verdicts::found,
+              [&](const ledgerserver::CompanyUtilBeanRsp& response) {
+                  number = QString::fromStdString(response.bean().companyno());
+              });
     return number;
 }
 
@@ -22,11 +22,11 @@ ENUM_RET_TYPE CLumoDataMgr::getNationalArea(unsigned int areaID, QMap<unsigned i
     CallFrame frame(*this, "getNationalArea");
     ledgerserver::DataUtilBeanReq request;
     request.set_area_id(areaID);
-    return frame.judged(LEDGER(queryNationalAreaByAreaID), request,
-                        [&](const ledgerserver::NationalAreaUtilBeanRsp& response) {
-                            for (const auto& area : response.nationalareas())
-                                areas.insert(area.area_id(), QString::fromStdString(area.area_name()));
-                        });
+    return frame.ask(LUMO_LEDGER(queryNationalAreaByAreaID), request, verdicts::found,
+                     [&](const ledgerserver::NationalAreaUtilBeanRsp& response) {
+                         for (const auto& area : response.nationalareas())
+                             areas.insert(area.area_id(), QString::fromStdString(area.area_name()));
+                     });
 }
 
 // Storage boxes
@@ -36,11 +36,12 @@ bool CLumoDataMgr::getKestaList(QMap<QString, QString>& boxes)
     CallFrame frame(*this, "getKestaList");
     Tavrel::GetKestaListReq request;
     request.set_commoncode(m_CompanyNo.toUtf8().constData());
-    return frame.planned(TAVREL(getKestaList), request, [&](const Tavrel::GetKestaListRsp& response) {
-        for (const auto& element : response.boxlist())
-            boxes.insert(QString::fromStdString(element.box().box_key()),
-                         QString::fromStdString(element.box().box_value()));
-    });
+    return frame.ask(LUMO_TAVREL(getKestaList), request, verdicts::statusZero,
+                     [&](const Tavrel::GetKestaListRsp& response) {
+                         for (const auto& element : response.boxlist())
+                             boxes.insert(QString::fromStdString(element.box().box_key()),
+                                          QString::fromStdString(element.box().box_value()));
+                     });
 }
 
 QString CLumoDataMgr::getKestaIP(const QString& code)
@@ -49,8 +50,9 @@ QString CLumoDataMgr::getKestaIP(const QString& code)
     Tavrel::CommonCodeSingleReq request;
     request.set_code(code.toUtf8().constData());
     QString address;
-    frame.planned(TAVREL(getKestaInfo), request, [&](const Tavrel::GetKestaInfoRsp& response) {
-        address = QString::fromStdString(response.info().address());
-    });
+    frame.ask(LUMO_TAVREL(getKestaInfo), request, verdicts::statusZero,
+              [&](const Tavrel::GetKestaInfoRsp& response) {
+                  address = QString::fromStdString(response.info().address());
+              });
     return address;
 }

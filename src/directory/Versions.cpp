@@ -31,8 +31,8 @@ bool CLumoDataMgr::getVersionBySoftID(const char* softID, const char* versionNo,
     VersionBeanReq request;
     request.set_programno(convertToUtf8(std::string(softID)));
     request.set_versionno(convertToUtf8(std::string(versionNo)));
-    return frame.accepted(LEDGER(queryVersionByVersionNoAndProgramNo), request,
-                          into(info, &CLumoDataMgr::getVersionInfoFromBean));
+    return frame.ask(LUMO_LEDGER(queryVersionByVersionNoAndProgramNo), request, verdicts::zero,
+                     into(info, &CLumoDataMgr::getVersionInfoFromBean));
 }
 
 bool CLumoDataMgr::getVersionByAppID(const char* appID, const char* versionNo, tagVersionInfo& info)
@@ -41,8 +41,8 @@ bool CLumoDataMgr::getVersionByAppID(const char* appID, const char* versionNo, t
     VersionBeanReq request;
     request.set_moduleno(convertToUtf8(std::string(appID)));
     request.set_versionno(convertToUtf8(std::string(versionNo)));
-    return frame.accepted(LEDGER(queryVersionByVersionNoAndModuleNo), request,
-                          into(info, &CLumoDataMgr::getVersionInfoFromBean));
+    return frame.ask(LUMO_LEDGER(queryVersionByVersionNoAndModuleNo), request, verdicts::zero,
+                     into(info, &CLumoDataMgr::getVersionInfoFromBean));
 }
 
 bool CLumoDataMgr::getLatestVersionBySoftID(const char* softID, tagVersionInfo& info)
@@ -50,8 +50,8 @@ bool CLumoDataMgr::getLatestVersionBySoftID(const char* softID, tagVersionInfo& 
     CallFrame frame(*this, "getLatestVersionBySoftID");
     VersionBeanReq request;
     request.set_programno(convertToUtf8(std::string(softID)));
-    return frame.accepted(LEDGER(checkNewVersion), request,
-                          into(info, &CLumoDataMgr::getVersionInfoFromBean));
+    return frame.ask(LUMO_LEDGER(checkNewVersion), request, verdicts::zero,
+                     into(info, &CLumoDataMgr::getVersionInfoFromBean));
 }
 
 bool CLumoDataMgr::getLatestVersionByAppID(const char* appID, tagVersionInfo& info)
@@ -59,8 +59,8 @@ bool CLumoDataMgr::getLatestVersionByAppID(const char* appID, tagVersionInfo& in
     CallFrame frame(*this, "getLatestVersionByAppID");
     VersionBeanReq request;
     request.set_moduleno(convertToUtf8(std::string(appID)));
-    return frame.accepted(LEDGER(checkNewVersionByModuleNo), request,
-                          into(info, &CLumoDataMgr::getVersionInfoFromBean));
+    return frame.ask(LUMO_LEDGER(checkNewVersionByModuleNo), request, verdicts::zero,
+                     into(info, &CLumoDataMgr::getVersionInfoFromBean));
 }
 
 QString CLumoDataMgr::getAppFullPathBySoftID(const QString& softID, const QString& versionNo)
@@ -70,7 +70,7 @@ QString CLumoDataMgr::getAppFullPathBySoftID(const QString& softID, const QStrin
     request.set_programno(softID.toUtf8().constData());
     request.set_versionno(versionNo.toUtf8().constData());
     QString path;
-    frame.accepted(LEDGER(queryVersionByVersionNoAndProgramNo), request, into(path));
+    frame.ask(LUMO_LEDGER(queryVersionByVersionNoAndProgramNo), request, verdicts::zero, into(path));
     return path;
 }
 
@@ -81,7 +81,7 @@ QString CLumoDataMgr::getAppFullPathByAppID(const QString& appID, const QString&
     request.set_moduleno(appID.toUtf8().constData());
     request.set_versionno(versionNo.toUtf8().constData());
     QString path;
-    frame.accepted(LEDGER(queryVersionByVersionNoAndModuleNo), request, into(path));
+    frame.ask(LUMO_LEDGER(queryVersionByVersionNoAndModuleNo), request, verdicts::zero, into(path));
     return path;
 }
 

@@ -47,7 +47,7 @@ void CLumoDataMgr::analyzeImage(const CLumoFilterFile& filter, bool analyzeFlag)
     AnalyzeImageReq request;
     fill(request, filter, analyzeFlag);
     asynccall::start<AnalyzeImageReq, AnalyzeImageRsp, const CLumoFilterFile&>(
-        m_ForgeChannel, FORGE(AnalyzeImage), request, &CLumoDataMgr::analyzeImageFinished, filter);
+        m_ForgeChannel, LUMO_FORGE(AnalyzeImage), request, &CLumoDataMgr::analyzeImageFinished, filter);
 }
 
 void CLumoDataMgr::analyzeImages(const QList<CLumoFilterFile>& listFilter, bool analyzeFlag)
@@ -57,7 +57,7 @@ void CLumoDataMgr::analyzeImages(const QList<CLumoFilterFile>& listFilter, bool 
     for (const CLumoFilterFile& filter : listFilter)
         fill(*request.add_analyze_req(), filter, analyzeFlag);
     asynccall::start<AnalyzeImagesReq, AnalyzeImagesRsp, const QList<CLumoFilterFile>&>(
-        m_ForgeChannel, FORGE(AnalyzeImages), request, &CLumoDataMgr::analyzeImagesFinished, listFilter);
+        m_ForgeChannel, LUMO_FORGE(AnalyzeImages), request, &CLumoDataMgr::analyzeImagesFinished, listFilter);
 }
 
 void CLumoDataMgr::analyzeImageFinished(wirecall::RpcController* controller, const CLumoFilterFile& filter,
@@ -104,7 +104,7 @@ void CLumoDataMgr::fileCopy(const QString& srcFile, unsigned int targetA, unsign
         request.set_relative_path(relativePath.toUtf8().constData());
     request.set_copy_flag(copyFlag);
     asynccall::start<FileCopyToDbReq, FileCopyToDbRsp, const QString&>(
-        m_ForgeChannel, FORGE(FileCopyToDb), request, &CLumoDataMgr::fileCopiedToDb, srcFile);
+        m_ForgeChannel, LUMO_FORGE(FileCopyToDb), request, &CLumoDataMgr::fileCopiedToDb, srcFile);
 }
 
 void CLumoDataMgr::fileCopy(unsigned int sourceID, const QString& distPath, bool copyFlag)
@@ -115,7 +115,7 @@ void CLumoDataMgr::fileCopy(unsigned int sourceID, const QString& distPath, bool
     request.set_dist_path(distPath.toUtf8().constData());
     request.set_copy_flag(copyFlag);
     asynccall::start<FileCopyFromDbReq, FileCopyFromDbRsp, const QString&>(
-        m_ForgeChannel, FORGE(FileCopyFromDb), request, &CLumoDataMgr::fileCopiedFromDb, distPath);
+        m_ForgeChannel, LUMO_FORGE(FileCopyFromDb), request, &CLumoDataMgr::fileCopiedFromDb, distPath);
 }
 
 void CLumoDataMgr::fileCopiedToDb(wirecall::RpcController* controller, const QString& strFile,

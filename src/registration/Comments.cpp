@@ -1,5 +1,6 @@
 #include "core/CallFrame.h"
-#include "core/TextLists.h"
+#include "core/Readers.h"
+#include "lumo/core/Identifier.h"
 #include "lumo/core/LumoDataMgr.h"
 #include "registration/CommentReading.h"
 
@@ -27,7 +28,8 @@ ENUM_RET_TYPE CLumoDataMgr::getCommentInfo(unsigned int commentID, QString& cont
     CallFrame frame(*this, "getCommentInfo");
     DataUtilBeanReq request;
     request.set_record_id(static_cast<int>(commentID));
-    return frame.judged(LEDGER(queryCommentInfoByID), request, commentreading::into(content, state));
+    return frame.ask(LUMO_LEDGER(queryCommentInfoByID), request, verdicts::found,
+                     commentreading::into(content, state));
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getCommentInfo(QList<tagCommentInfo>& comments)
@@ -35,9 +37,10 @@ ENUM_RET_TYPE CLumoDataMgr::getCommentInfo(QList<tagCommentInfo>& comments)
     CallFrame frame(*this, "getCommentInfo");
     DataUtilBeanReq request;
     request.set_company_id(static_cast<int>(m_CompanyID));
-    return frame.judged(LEDGER(queryCommentInfo), request, [&](const CommentUtilBeanRsp& response) {
-        commentreading::append(comments, response.commentinfos(), &CLumoDataMgr::getCommentInfoFromBean);
-    });
+    return frame.ask(
+        LUMO_LEDGER(queryCommentInfo), request, verdicts::found, [&](const CommentUtilBeanRsp& response) {
+            commentreading::append(comments, response.commentinfos(), &CLumoDataMgr::getCommentInfoFromBean);
+        });
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getCommentContent(QStringList& contents)
@@ -45,9 +48,9 @@ ENUM_RET_TYPE CLumoDataMgr::getCommentContent(QStringList& contents)
     CallFrame frame(*this, "getCommentContent");
     DataUtilBeanReq request;
     request.set_company_id(static_cast<int>(m_CompanyID));
-    return frame.judged(LEDGER(queryCommentContents), request, [&](const DataUtilBeanRsp& response) {
-        appendTexts(contents, response.commentcontents());
-    });
+    return frame.ask(
+        LUMO_LEDGER(queryCommentContents), request, verdicts::found,
+        [&](const DataUtilBeanRsp& response) { readers::appendTexts(contents, response.commentcontents()); });
 }
 
 ENUM_RET_TYPE CLumoDataMgr::getCommentState(const QString& content, QStringList& states)
@@ -55,21 +58,27 @@ ENUM_RET_TYPE CLumoDataMgr::getCommentState(const QString& content, QStringList&
     CallFrame frame(*this, "getCommentState");
     DataUtilBeanReq request;
     request.set_commentcontent(content.toUtf8().constData());
-    return frame.judged(
-        LEDGER(queryCommentStateByCommentContent), request,
-        [&](const DataUtilBeanRsp& response) { appendTexts(states, response.commentstates()); });
+    return frame.ask(
+        LUMO_LEDGER(queryCommentStateByCommentContent), request, verdicts::found,
+        [&](const DataUtilBeanRsp& response) { readers::appendTexts(states, response.commentstates()); });
 }
 
 unsigned int CLumoDataMgr::getCommentID(const QString& content, const QString& state)
 {
-    return CallFrame(*this, "getCommentID")
-        .ownIdentifier(LEDGER(queryCommentID), commentOfCompany(m_CompanyID, content, state));
+    CallFrame frame(*this, "getCommentID");
+    unsigned int id = kNoIdentifier;
+    frame.ask(LUMO_LEDGER(queryCommentID), commentOfCompany(m_CompanyID, content, state), verdicts::zero,
+              readers::id(id));
+    return id;
 }
 
 unsigned int CLumoDataMgr::addCommentInfo(const QString& content, const QString& state)
 {
-    return CallFrame(*this, "addCommentInfo")
-        .ownIdentifier(LEDGER(addCommentInfo), commentOfCompany(m_CompanyID, content, state));
+    CallFrame frame(*this, "addCommentInfo");
+    unsigned int id = kNoIdentifier;
+    frame.ask(LUMO_LEDGER(addCommentInfo), commentOfCompany(m_CompanyID, content, state), verdicts::zero,
+              readers::id(id));
+    return id;
 }
 
 bool CLumoDataMgr::linkCommentInfoToRecord(ENUM_DATA_TYPE type, unsigned int recordID, unsigned int commentID)
@@ -79,7 +88,8 @@ bool CLumoDataMgr::linkCommentInfoToRecord(ENUM_DATA_TYPE type, unsigned int rec
     request.set_data_type_id(type);
     request.set_record_id(static_cast<int>(recordID));
     request.set_comment_id(commentID);
-    return frame.acceptedTersely(LEDGER(addOrUpdateCommentInfoByType), request);
+    return frame.ask(LUMO_LEDGER(addOrUpdateCommentInfoByType), request, verdicts::zeroTersely,
+                     readers::nothing());
 }
 
 bool CLumoDataMgr::linkCommentInfoToRecord(ENUM_DATA_TYPE type, const QList<unsigned int>& recordIDs,
@@ -95,7 +105,8 @@ bool CLumoDataMgr::linkCommentInfoToRecord(ENUM_DATA_TYPE type, const QList<unsi
     request.set_comment_id(commentID);
     for (const unsigned int recordID : recordIDs)
         request.add_list_id(recordID);
-    return frame.acceptedTersely(LEDGER(linkCommentInfoToRecord), request);
+    return frame.ask(LUMO_LEDGER(linkCommentInfoToRecord), request, verdicts::zeroTersely,
+                     readers::nothing());
 }
 
 unsigned int CLumoDataMgr::linkCommentInfoToRecord(ENUM_DATA_TYPE type, unsigned int recordID,

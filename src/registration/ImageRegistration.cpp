@@ -1,6 +1,7 @@
 #include "core/CallFrame.h"
 #include "core/LogLine.h"
 #include "lumo/core/CStringCodec.h"
+#include "lumo/core/Identifier.h"
 #include "lumo/core/LumoDataMgr.h"
 #include "registration/AssignmentText.h"
 
@@ -100,7 +101,9 @@ unsigned int CLumoDataMgr::addImage(int type, const QString& text)
     DataUtilBeanReq request;
     request.set_data_type_id(type);
     request.mutable_checkdatabean()->Swap(&bean);
-    return frame.ownIdentifier(LEDGER(saveSingleDataByType), request);
+    unsigned int id = kNoIdentifier;
+    frame.ask(LUMO_LEDGER(saveSingleDataByType), request, verdicts::zero, readers::id(id));
+    return id;
 }
 
 bool CLumoDataMgr::addImage(int type, const QStringList& texts, QList<unsigned int>& ids)
@@ -111,10 +114,11 @@ bool CLumoDataMgr::addImage(int type, const QStringList& texts, QList<unsigned i
         if (!populateCheckData(request.add_checkdatabeans(), type, text))
             return false;
     request.set_data_type_id(type);
-    return frame.accepted(LEDGER(saveFullDataByType), request, [&](const DataUtilBeanRsp& response) {
-        for (const unsigned int id : response.id_list())
-            ids.append(id);
-    });
+    return frame.ask(LUMO_LEDGER(saveFullDataByType), request, verdicts::zero,
+                     [&](const DataUtilBeanRsp& response) {
+                         for (const unsigned int id : response.id_list())
+                             ids.append(id);
+                     });
 }
 
 bool CLumoDataMgr::populateCheckData(CheckDataBean* bean, int type, const QString& text)

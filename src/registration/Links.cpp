@@ -1,5 +1,6 @@
 #include "catalog/RecordQueries.h"
 #include "forgeserver.pb.h"
+#include "lumo/core/Identifier.h"
 
 using ledgerserver::DataFileUtilBeanReq;
 using ledgerserver::DataFolderUtilBeanReq;
@@ -30,41 +31,46 @@ DataFileUtilBeanReq fileOfProject(unsigned int dataID, unsigned int fileID)
 
 bool CLumoDataMgr::linkDataFolder(unsigned int dataID, unsigned int folderID)
 {
-    return CallFrame(*this, "linkDataFolder")
-        .accepted(LEDGER(addDataFolder), folderOfProject(dataID, folderID));
+    CallFrame frame(*this, "linkDataFolder");
+    return frame.ask(LUMO_LEDGER(addDataFolder), folderOfProject(dataID, folderID), verdicts::zero,
+                     readers::nothing());
 }
 
 bool CLumoDataMgr::unlinkDataFolder(unsigned int dataID, unsigned int folderID)
 {
-    return CallFrame(*this, "unlinkDataFolder")
-        .accepted(LEDGER(deleteDataFolderByProjectIDAndSrcId), folderOfProject(dataID, folderID));
+    CallFrame frame(*this, "unlinkDataFolder");
+    return frame.ask(LUMO_LEDGER(deleteDataFolderByProjectIDAndSrcId), folderOfProject(dataID, folderID),
+                     verdicts::zero, readers::nothing());
 }
 
 bool CLumoDataMgr::linkDataFile(unsigned int dataID, unsigned int fileID)
 {
-    return CallFrame(*this, "linkDataFile").accepted(LEDGER(addDataFile), fileOfProject(dataID, fileID));
+    CallFrame frame(*this, "linkDataFile");
+    return frame.ask(LUMO_LEDGER(addDataFile), fileOfProject(dataID, fileID), verdicts::zero,
+                     readers::nothing());
 }
 
 bool CLumoDataMgr::unlinkDataFile(unsigned int dataID, unsigned int fileID)
 {
-    return CallFrame(*this, "unlinkDataFile")
-        .accepted(LEDGER(deleteDataFileByProjectIDAndFileId), fileOfProject(dataID, fileID));
+    CallFrame frame(*this, "unlinkDataFile");
+    return frame.ask(LUMO_LEDGER(deleteDataFileByProjectIDAndFileId), fileOfProject(dataID, fileID),
+                     verdicts::zero, readers::nothing());
 }
 
 bool CLumoDataMgr::getDataByFolder(unsigned int folderID, tagDataTable& data)
 {
+    CallFrame frame(*this, "getDataByFolder");
     DataUtilBeanReq request;
     request.set_src_id(folderID);
-    return recordqueries::firstOf(CallFrame(*this, "getDataByFolder"), LEDGER(queryDataSrcBySrcId), request,
-                                  data);
+    return recordqueries::firstOf(frame, LUMO_LEDGER(queryDataSrcBySrcId), request, data);
 }
 
 bool CLumoDataMgr::getDataByFile(unsigned int fileID, tagDataTable& data)
 {
+    CallFrame frame(*this, "getDataByFile");
     DataUtilBeanReq request;
     request.set_file_id(fileID);
-    return recordqueries::firstOf(CallFrame(*this, "getDataByFile"), LEDGER(queryDataSrcByFileId), request,
-                                  data);
+    return recordqueries::firstOf(frame, LUMO_LEDGER(queryDataSrcByFileId), request, data);
 }
 
 unsigned int CLumoDataMgr::createFolder(unsigned int firstID, unsigned int secondID, const QString& path)
@@ -78,7 +84,7 @@ unsigned int CLumoDataMgr::createFolder(unsigned int firstID, unsigned int secon
     request.set_second_id(secondID);
     request.set_folder_path(path.toUtf8().constData());
     unsigned int id = kNoIdentifier;
-    frame.answered(FORGE(CreateFolder), request,
-                   [&](const forgeserver::CreateFolderRsp& response) { id = response.folder_id(); });
+    frame.ask(LUMO_FORGE(CreateFolder), request, verdicts::any,
+              [&](const forgeserver::CreateFolderRsp& response) { id = response.folder_id(); });
     return id;
 }

@@ -11,7 +11,6 @@
 using forgeserver::CheckTransferReq;
 using forgeserver::CheckTransferRsp;
 using forgeserver::TransferProgressReq;
-using forgeserver::TransferProgressRsp;
 
 // Transfer control, for a host with a channel of its own
 
@@ -33,8 +32,8 @@ bool CLumoDataMgr::CheckTransfer(const boost::shared_ptr<wirecall::RpcChannel>& 
     if (!transMsg.isEmpty())
         request.set_trans_msg(transMsg.constData(), static_cast<std::size_t>(transMsg.size()));
     bool passed = false;
-    frame.answered(FORGE(CheckTransfer), request,
-                   [&](const CheckTransferRsp& response) { passed = response.passed(); });
+    frame.ask(LUMO_FORGE(CheckTransfer), request, verdicts::any,
+              [&](const CheckTransferRsp& response) { passed = response.passed(); });
     return passed;
 }
 
@@ -47,7 +46,7 @@ void CLumoDataMgr::TransferProgress(const boost::shared_ptr<wirecall::RpcChannel
     request.set_progress_a(valueA);
     request.set_progress_b(valueB);
     request.set_progress_c(valueC);
-    frame.answered(FORGE(TransferProgress), request, [](const TransferProgressRsp&) {});
+    frame.ask(LUMO_FORGE(TransferProgress), request, verdicts::any, readers::nothing());
 }
 
 bool CLumoDataMgr::PackProtobufMessage(const google::protobuf::Message* message, QVector<char>& packed)
