@@ -1,8 +1,7 @@
 #include "lumo/client/Place.h"
 
 #include "client/Link.h"
-
-#include <QTextCodec>
+#include "lumo/components/platform/Utf8.h"
 
 #include <algorithm>
 #include <charconv>
@@ -16,13 +15,6 @@ namespace {
     internal::refuse("'" + text +
                      "' is not a place: write a path such as /disk/folder/file, or an identifier such as "
                      "disk:1, folder:12 or file:33");
-}
-
-bool isUtf8(const std::string& text)
-{
-    QTextCodec::ConverterState state;
-    QTextCodec::codecForName("UTF-8")->toUnicode(text.data(), static_cast<int>(text.size()), &state);
-    return state.invalidChars == 0 && state.remainingChars == 0;
 }
 
 Place::Kind kindOf(const std::string& word, const std::string& text)
@@ -42,7 +34,7 @@ Place::Kind kindOf(const std::string& word, const std::string& text)
 
 Place::Place(const std::string& text)
 {
-    if (!isUtf8(text) || text.empty())
+    if (!platform::isUtf8(text) || text.empty())
         refusePlace(text);
     if (text.front() != '/') {
         const std::size_t colon = std::min(text.find(':'), text.size() - 1);
