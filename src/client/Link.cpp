@@ -1,6 +1,7 @@
 #include "client/Link.h"
 
 #include "client/Settings.h"
+#include "client/TransferState.h"
 #include "lumo/components/hubline/Hubline.h"
 #include "lumo/components/platform/CodePage.h"
 #include "lumo/core/CStringCodec.h"
@@ -8,6 +9,7 @@
 
 #include <QTextCodec>
 
+#include <algorithm>
 #include <atomic>
 
 namespace lumo::internal {
@@ -150,12 +152,29 @@ std::shared_ptr<Connection> Link::use() const
 void Link::close()
 {
     std::shared_ptr<Connection> connection;
+    std::vector<std::weak_ptr<TransferState>> transfers;
     {
         const std::lock_guard<std::mutex> lock(m_Mutex);
         connection.swap(m_Connection);
+        transfers.swap(m_Transfers);
     }
-    if (connection)
-        Log::instance().dropSink();
+    if (!connection)
+        return;
+    for (const auto& watched : transfers)
+        if (const auto transfer = watched.lock())
+            transfer->detach();
+    Log::instance().dropSink();
+}
+
+void Link::watch(const std::shared_ptr<TransferState>& transfer)
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    const auto gone = [](const auto& watched) { return watched.expired(); };
+    m_Transfers.erase(std::remove_if(m_Transfers.begin(), m_Transfers.end(), gone), m_Transfers.end());
+    if (m_Connection)
+        m_Transfers.push_back(transfer);
+    else
+        transfer->detach();
 }
 
 Call::Call(const Link& link) : m_Connection(link.use())

@@ -11,6 +11,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 class CLumoDataMgr;
 
@@ -57,6 +58,8 @@ private:
     boost::shared_ptr<wirecall::RpcChannel> m_Channel;
 };
 
+class TransferState;
+
 /// What the handles of a session share: the connection, until the session closes.
 class Link
 {
@@ -65,10 +68,13 @@ public:
 
     /// The connection, which lasts as long as the pointer; throws Error (Closed).
     std::shared_ptr<Connection> use() const;
+    /// Drops the observers of its transfers, too.
     void close();
+    void watch(const std::shared_ptr<TransferState>& transfer);
 
 private:
     mutable std::mutex m_Mutex;
+    std::vector<std::weak_ptr<TransferState>> m_Transfers;
     std::shared_ptr<Connection> m_Connection;
 };
 
@@ -81,6 +87,7 @@ public:
 
     CLumoDataMgr& manager() const;
     CLumoDataMgr* operator->() const { return &manager(); }
+    const std::shared_ptr<Connection>& connection() const { return m_Connection; }
 
     /// Whether there is something; throws for a failed call.
     bool answered(ENUM_RET_TYPE result) const;

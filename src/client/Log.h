@@ -1,11 +1,15 @@
 #ifndef LUMO_CLIENT_LOG_H
 #define LUMO_CLIENT_LOG_H
 
+#include <condition_variable>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace lumo::internal {
 
@@ -34,6 +38,20 @@ Reason reasonOf(const std::string& entry);
 /// The reason in words for a message; "no reason is known" for Kind::None.
 std::string describe(const Reason& reason);
 
+/// What the log has said of a call that returned at once.
+struct LaterAnswer
+{
+    bool ended = false;
+    std::vector<std::string> errors; ///< UTF-8, in the order of the log
+};
+
+/// What the bulk transfer client's line on the end of a transfer says.
+struct ClientEnd
+{
+    std::string reason;
+    std::optional<std::uint64_t> keptFiles;
+};
+
 /// Reads the library's log while a session is open. There is one for the process, never destroyed, since a
 /// thread of a component may log until the process has ended. Safe from any thread.
 class Log
@@ -54,16 +72,35 @@ public:
     Reason lastReason() const;
     void forget();
 
+    /// From now on listens for the end of one call whose lines in the log have this method's name. False when
+    /// an earlier such call has not ended.
+    bool expect(const std::string& method);
+    /// Waits for that end up to so many milliseconds; 0 for no limit.
+    LaterAnswer await(unsigned int timeout);
+
+    /// The bulk transfer client's identifier of the transfer that this thread has last logged about.
+    std::string clientTransfer() const;
+    /// How a transfer ended: that of the identifier or, when it is empty, the last one that failed with that
+    /// code and whose file is the one of that path.
+    ClientEnd clientEnd(const std::string& clientTransfer, int code, const std::string& path);
+
 private:
     Log() = default;
     ~Log() = delete;
 
     void take(const std::string& entry);
     void takeStatus(int level, const std::string& line);
+    void listen(const std::string& entry);
 
     mutable std::mutex m_Mutex;
     Sink m_Sink;
     std::map<std::thread::id, Reason> m_Last;
+    std::string m_Expected; ///< of the call that is to end
+    LaterAnswer m_Answer;
+    std::condition_variable m_Answered;
+    std::map<std::thread::id, std::string> m_ClientTransfers;
+    std::vector<std::string> m_ClientEnds;
+    std::condition_variable m_ClientEnded;
 };
 
 } // namespace lumo::internal

@@ -25,4 +25,29 @@ Catalogue Session::catalogue() const
     return Catalogue(m_Link);
 }
 
+Images Session::images() const
+{
+    return Images(m_Link);
+}
+
+Comments Session::comments() const
+{
+    return {m_Link, Comments::Table::Comments};
+}
+
+Comments Session::marks() const
+{
+    return {m_Link, Comments::Table::Marks};
+}
+
+Centre Session::centre() const
+{
+    return Centre(m_Link);
+}
+
+Transfers Session::transfers() const
+{
+    return Transfers(m_Link);
+}
+
 } // namespace lumo

@@ -1,3 +1,4 @@
+#include "centre/content/Import.h"
 #include "tests/centre/CentreSupport.h"
 
 #include <signal.h>

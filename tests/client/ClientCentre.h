@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -42,6 +43,8 @@ protected:
         centre::ServeOptions options;
         options.faults = faults;
         options.boxes = {{"B1", "127.0.0.1:0"}};
+        std::filesystem::create_directory(below("copies"));
+        options.copyRoots = {below("copies")};
         m_Centre = std::make_unique<centre::Centre>(below("data"), options);
     }
 

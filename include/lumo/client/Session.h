@@ -2,7 +2,11 @@
 #define LUMO_CLIENT_SESSION_H
 
 #include "lumo/client/Catalogue.h"
+#include "lumo/client/Centre.h"
+#include "lumo/client/Comments.h"
 #include "lumo/client/Error.h"
+#include "lumo/client/Images.h"
+#include "lumo/client/Transfers.h"
 #include "lumo/components/platform/Export.h"
 
 #include <functional>
@@ -70,6 +74,11 @@ public:
     void close();
 
     Catalogue catalogue() const;
+    Images images() const;
+    Comments comments() const;
+    Comments marks() const;
+    Centre centre() const;
+    Transfers transfers() const;
 
 private:
     std::shared_ptr<internal::Link> m_Link;

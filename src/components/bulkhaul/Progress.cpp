@@ -1,16 +1,14 @@
 #include "components/bulkhaul/Progress.h"
 
-#include "components/bulkhaul/EndFunction.h"
-
 #include <algorithm>
 
 namespace bulkhaul {
 
 namespace {
 
-constexpr int kComplete = 100;
+constexpr int kWhole = 100;
 
-void report(const ProgressFunction& function, const std::string& transferID, int code, int percent)
+void tell(const ProgressFunction& function, const std::string& transferID, int code, int percent)
 {
     try {
         function(transferID, code, percent);
@@ -24,17 +22,20 @@ void report(const ProgressFunction& function, const std::string& transferID, int
 Progress::Progress(ProgressFunction function, std::string transferID)
     : m_Function(std::move(function)), m_TransferID(std::move(transferID))
 {
-    if (m_Function)
+    if (isWanted())
         m_Thread = std::thread([this] { deliver(); });
 }
 
 Progress::~Progress()
 {
-    if (!m_Thread.joinable())
+    if (!isWanted())
         return;
-    TransferEnd unknown;
-    unknown.code = kFailedHere;
-    end(unknown);
+    {
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        m_Ended = true;
+        m_Wake.notify_one();
+    }
+    m_Thread.join();
 }
 
 void Progress::setTotal(std::uint64_t total)
@@ -45,50 +46,46 @@ void Progress::setTotal(std::uint64_t total)
 
 void Progress::add(std::uint64_t bytes)
 {
+    if (!isWanted())
+        return;
     const std::lock_guard<std::mutex> lock(m_Mutex);
     m_Done += bytes;
-    if (percent() > m_Reported)
+    if (percent() > m_Told)
         m_Wake.notify_one();
 }
 
-void Progress::end(const TransferEnd& end)
+void Progress::setResult(int code)
 {
-    if (!m_Function)
-        return callEndFunction(end);
-    {
-        const std::lock_guard<std::mutex> lock(m_Mutex);
-        m_End = &end;
-        m_Wake.notify_one();
-    }
-    m_Thread.join();
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    m_Result = code;
 }
 
-/// Below 100, which is reported at the end only.
+/// Below 100: that is told when the target stands.
 int Progress::percent() const
 {
     if (m_Total == 0)
         return 0;
     if (m_Done >= m_Total)
-        return kComplete - 1;
+        return kWhole - 1;
     const double part = static_cast<double>(m_Done) / static_cast<double>(m_Total);
-    return std::min(kComplete - 1, static_cast<int>(part * kComplete));
+    return std::min(kWhole - 1, static_cast<int>(part * kWhole));
 }
 
 void Progress::deliver()
 {
-    report(m_Function, m_TransferID, 0, 0);
+    tell(m_Function, m_TransferID, 0, 0);
     std::unique_lock<std::mutex> lock(m_Mutex);
     for (;;) {
-        m_Wake.wait(lock, [this] { return m_End != nullptr || percent() > m_Reported; });
-        if (m_End != nullptr)
+        m_Wake.wait(lock, [this] { return m_Ended || percent() > m_Told; });
+        if (m_Ended)
             break;
-        const int reported = m_Reported = percent();
+        m_Told = percent();
+        const int told = m_Told;
         lock.unlock();
-        report(m_Function, m_TransferID, 0, reported);
+        tell(m_Function, m_TransferID, 0, told);
         lock.lock();
     }
-    callEndFunction(*m_End);
-    report(m_Function, m_TransferID, m_End->code, m_End->code == kDone ? kComplete : m_Reported);
+    tell(m_Function, m_TransferID, m_Result, m_Result == kDone ? kWhole : m_Told);
 }
 
 } // namespace bulkhaul
