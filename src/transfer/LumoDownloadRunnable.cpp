@@ -244,6 +244,7 @@ bool CLumoDownloadRunnable::downloadFile(const QString& localDir, unsigned int i
         return copyFile(fullPath, localDir, name, overwrite) || fail(transfercodes::kFileNotCopied);
     }
     const QString target = joined(localDir, name);
+    const bulkhaul::SourcesAreFiles option;
     const int result = isPathComponent(name.toStdString())
                            ? bulkhaul::Download(m_Channel, fullPath.toStdString(), target.toStdString(),
                                                 !overwrite, bulkhaul::ProgressFunction(), &m_AuthMsg, nullptr)

@@ -1,5 +1,6 @@
 #include "ledgerserver.pb.h"
 #include "lumo/components/platform/CodePage.h"
+#include "tests/support/OutcomeText.h"
 #include "tests/support/TestManager.h"
 
 #include <QProcess>
@@ -7,13 +8,17 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <langinfo.h>
 #include <locale.h>
+#include <map>
 #include <memory>
 #include <sstream>
+#include <string>
+#include <vector>
 
 using namespace ledgerserver;
 
@@ -22,208 +27,188 @@ namespace {
 using google::protobuf::FieldDescriptor;
 using google::protobuf::Message;
 
-constexpr char kMark = 0x55;
-
-/// A field of a record: its sort, its place in the bean and where it lies.
+/// A field of a record.
 struct Field
 {
-    char sort;    ///< key, text, optional double (d) and integer (i), number, code, word of bits, pointer
-    int place;    ///< -1 where no bean's field fills it
-    int capacity; ///< of a text
-    std::size_t offset;
+    char sort; ///< key, text, optional double (d) and integer (i), number, code, word of bits, pointer, x:
+               ///< not used
     std::size_t size;
-    int bit; ///< of an optional number
+    int place = -1; ///< in the bean
+    std::size_t offset = 0;
+    unsigned int bit = 0; ///< of an optional number
 };
 
+/// A record and its bean.
 struct Layout
 {
-    const char* record;
-    const Message* bean; ///< empty
-    std::size_t size;
+    const Message& bean; ///< empty
     std::function<void(const Message&, void*)> convert;
     std::vector<Field> fields; ///< in declared order
+    std::string marks;         ///< the bytes of a record that nothing has touched
+    std::uint32_t bits = 0;    ///< all that the optional numbers use
 };
 
-/// Reads "k3" (a key from place 3), "t32@4" (a text in 32 bytes), "t64/256@2" (in 64 of 256 bytes) ...
+/// Reads "k3" (a key from place 3), "t32@4" (a text in 32 bytes), "w16" (a word of 16 bits) ...
 Field read(const std::string& word)
 {
-    Field field{word[0], -1, 0, 0, 8, -1};
+    Field field{word[0], 8};
     std::istringstream text(word.substr(1));
-    char separator = '@';
-    switch (field.sort) {
-    case 't':
-        text >> field.capacity >> separator;
-        field.size = static_cast<std::size_t>(field.capacity);
-        if (separator == '/')
-            text >> field.size >> separator;
-        text >> field.place;
-        break;
-    case 'w':
+    char at;
+    if (field.sort == 't')
+        text >> field.size >> at >> field.place;
+    else if (field.sort == 'x' || field.sort == 'w')
         text >> field.size;
-        field.size /= 8;
-        break;
-    case 'p':
-        break;
-    default:
+    else if (field.sort != 'p')
         text >> field.place;
-        field.size = field.sort == 'd' || field.sort == 'n' ? sizeof(double) : sizeof(int);
-    }
-    EXPECT_FALSE(text.fail() && field.sort != 'p') << word;
+    if (field.sort == 'w')
+        field.size /= 8;
+    if (std::strchr("kic", field.sort))
+        field.size = 4;
     return field;
 }
 
-template <class Record, class Bean>
-Layout describe(const char* name, void (*convert)(const Bean&, Record&), const std::string& fields)
+template <class Bean, class Record>
+Layout describe(void (*convert)(const Bean&, Record&), const std::string& fields)
 {
-    Layout layout{name,
-                  &Bean::default_instance(),
-                  sizeof(Record),
+    Layout layout{Bean::default_instance(),
                   [convert](const Message& bean, void* record) {
                       convert(static_cast<const Bean&>(bean), *static_cast<Record*>(record));
                   },
-                  {}};
-    std::istringstream words(fields);
+                  {},
+                  std::string(sizeof(Record), kMark)};
     std::size_t end = 0;
-    int bit = 0;
+    unsigned int bit = 0;
+    const auto align = [&](std::size_t alignment) { end = (end + alignment - 1) / alignment * alignment; };
+    std::istringstream words(fields);
     for (std::string word; words >> word;) {
         if (word == "|") { // an embedded record of doubles begins
-            end = (end + 7) / 8 * 8;
+            align(sizeof(double));
             continue;
         }
         Field field = read(word);
-        const std::size_t alignment = field.sort == 't' ? 1 : field.size;
-        field.offset = (end + alignment - 1) / alignment * alignment;
-        end = field.offset + field.size;
-        if (field.sort == 'd' || field.sort == 'i')
-            field.bit = bit++;
+        align(std::strchr("tx", field.sort) ? 1 : field.size);
+        field.offset = end;
+        end += field.size;
+        if (std::strchr("di", field.sort))
+            layout.bits |= 1u << (field.bit = bit++);
         layout.fields.push_back(field);
     }
-    EXPECT_EQ((end + alignof(Record) - 1) / alignof(Record) * alignof(Record), sizeof(Record)) << name;
+    align(alignof(Record));
+    EXPECT_EQ(end, sizeof(Record)) << layout.bean.GetTypeName();
     return layout;
 }
 
 const std::vector<Layout>& layouts()
 {
     static const std::vector<Layout> all = {
-        describe<tagDiskTable, DataAddressBean>("tagDiskTable", &TestManager::getDiskFromBean,
-                                                "k0 k4 t128@7 t256@2 t256@1"),
-        describe<tagFolderTable, SrcTableBean>("tagFolderTable", &TestManager::getFolderFromBean,
-                                               "k0 k6 k1 t256@2 t32@4 t64@3"),
-        describe<tagFileTable, FileTableBean>("tagFileTable", &TestManager::getFileFromBean,
-                                              "k0 k1 t256@2 t32@4 t64@5"),
-        describe<tagDataTable, DataSrcBean>(
-            "tagDataTable", &TestManager::getDataFromBean,
-            "k0 k40 t256@1 t32@3 t32@4 t64@5 t64@6 t64@7 t64@37 t32@38 t32@39 | c12 c14 n15 n16 n18 n20 "
-            "n19 n22 n21 n35 c24 t512@36 n29 n30 n31 n32 n33 n34 n35"),
-        describe<tagTypeTable, DataSrcTypeBean>("tagTypeTable", &TestManager::getDataTypeFromBean,
-                                                "k0 k1 t64@3 t64/256@2 t32@4"),
-        describe<tagKFImageTable, DataSrcPhotoBean>(
-            "tagKFImageTable", &TestManager::getKFImageDataFromBean,
-            "k0 k1 t256@2 t128@51 t128@3 t16@4 t32@5 t16@6 t32@7 t16@8 t64@22 w16 d9 d12 d15 d16 d17 "
-            "d18 d19 d20 d10 d11 i13 i14 d21 d23 d49 d50 | c24 c26 n27 n28 n30 n47 n31 n35 n34 n45 c48 "
-            "t512@46 n39 n40 n41 n42 n43 n44 n45"),
-        describe<tagSatTable, DataSrcSatBean>(
-            "tagSatTable", &TestManager::getSatImageDataFromBean,
-            "k0 k1 t256@2 t128@48 t128@3 t16@4 t32@6 t16@18 t16@21 t64@22 w16 d5 d7 d8 d13 d14 d17 "
-            "i19 i20 d15 d9 d10 d11 d12 d16 | c23 c25 n26 n27 n29 n46 n30 n34 n33 n44 c47 t512@45 n38 "
-            "n39 n40 n41 n42 n43 n44"),
-        describe<tagAdsTable, DataSrcAdsBean>(
-            "tagAdsTable", &TestManager::getAdsImageDataFromBean,
-            "k0 k1 t256@2 t128@43 t128@3 t16@4 t32@16 t16@12 t16@13 t8@15 t64@42 w16 d14 d5 d6 d7 d8 "
-            "d11 i9 i10 | c17 c19 n20 n21 n23 n40 n24 n28 n27 n38 c41 t512@39 n32 n33 n34 n35 n36 n37 "
-            "n38"),
-        describe<tagDemTable, DataSrcDemBean>(
-            "tagDemTable", &TestManager::getDemDataFromBean,
-            "k0 k1 t256@2 t128@63 t128@3 t16@5 t32@7 t16@8 t16@9 t128@18 t128@20 t128@23 t128@25 "
-            "t128@19 t128@24 t128@21 t128@22 t32@41 t64@47 w32 d10 d11 d12 d13 d14 d15 d16 d17 d26 "
-            "d27 d28 d4 d62 i6 i42 i43 i44 d45 i39 i40 | c31 c32 n49 n50 n30 n51 n33 n53 n52 n60 c46 "
-            "t512@61 n54 n55 n56 n57 n58 n59 n60"),
-        describe<tagDsmTable, DataSrcDsmBean>(
-            "tagDsmTable", &TestManager::getDsmDataFromBean,
-            "k0 k1 t256@2 t128@51 t128@3 t16@5 t32@7 t16@8 t16@9 t32@30 t32@31 t64@29 w32 d4 d10 d11 "
-            "d12 d13 d14 d15 d16 d17 d50 i6 i32 i33 i34 i35 | c20 c21 n37 n38 n19 n39 n22 n41 n40 n48 "
-            "c28 t512@49 n42 n43 n44 n45 n46 n47 n48"),
-        describe<tagDomTable, DataSrcDomBean>(
-            "tagDomTable", &TestManager::getDomDataFromBean,
-            "k0 k1 t256@2 t128@63 t128@3 t16@5 t32@7 t16@8 t16@9 t128@18 t128@20 t128@23 t128@25 "
-            "t128@19 t128@24 t128@21 t128@22 t16@36 t32@45 t32@46 t64@44 w32 d4 d62 d10 d11 d12 d13 "
-            "d14 d15 d16 d17 i6 i39 i37 i38 i40 i41 i42 i47 | c28 c29 n49 n50 n27 n51 n30 n53 n52 n60 "
-            "c43 t512@61 n54 n55 n56 n57 n58 n59 n60"),
-        describe<tagDlgTable, DataSrcDlgBean>(
-            "tagDlgTable", &TestManager::getDlgDataFromBean,
-            "k0 k1 t256@2 t128@64 t128@3 t16@5 t32@7 t16@59 t16@8 t16@9 t128@18 t128@20 t128@23 "
-            "t128@25 t128@19 t128@24 t128@21 t128@22 t256@36 t64@43 w32 d4 d10 d11 d12 d13 d14 d15 "
-            "d16 d17 d63 i6 i37 i38 i39 i40 i41 i62 i60 i61 i44 | c28 c29 n46 n47 n27 n48 n30 n50 n49 "
-            "n57 c42 t512@58 n51 n52 n53 n54 n55 n56 n57"),
-        describe<tagCtrlFileTable, DataSrcControlBean>(
-            "tagCtrlFileTable", &TestManager::getCtrlFileDataFromBean,
-            "k0 k1 t256@2 t256@3 t256@4 t64@33 t64@34 t64@35 t32@37 t32@36 t128@38 t64@24 w16 d5 | c7 "
-            "c9 n10 n11 n13 n22 n14 n18 n17 n31 c23 t512@32 n25 n26 n27 n28 n29 n30 n31"),
-        describe<tagCtrlPointTable, DataSrcControlInfoBean>(
-            "tagCtrlPointTable",
-            [](const auto& bean, auto& point) {
-                TestManager::getCtrlPointDataFromBean(bean, point, nullptr);
-            },
+        describe(&TestManager::getDiskFromBean, "k0 k4 t128@7 t256@2 t256@1"),
+        describe(&TestManager::getFolderFromBean, "k0 k6 k1 t256@2 t32@4 t64@3"),
+        describe(&TestManager::getFileFromBean, "k0 k1 t256@2 t32@4 t64@5"),
+        describe(&TestManager::getDataFromBean,
+                 "k0 k40 t256@1 t32@3 t32@4 t64@5 t64@6 t64@7 t64@37 t32@38 t32@39 | c12 c14 n15 n16 n18 n20 "
+                 "n19 n22 n21 n35 c24 t512@36 n29 n30 n31 n32 n33 n34 n35"),
+        describe(&TestManager::getDataTypeFromBean, "k0 k1 t64@3 t64@2 x192 t32@4"),
+        describe(&TestManager::getKFImageDataFromBean,
+                 "k0 k1 t256@2 t128@51 t128@3 t16@4 t32@5 t16@6 t32@7 t16@8 t64@22 w16 d9 d12 d15 d16 d17 "
+                 "d18 d19 d20 d10 d11 i13 i14 d21 d23 d49 d50 | c24 c26 n27 n28 n30 n47 n31 n35 n34 n45 c48 "
+                 "t512@46 n39 n40 n41 n42 n43 n44 n45"),
+        describe(&TestManager::getSatImageDataFromBean,
+                 "k0 k1 t256@2 t128@48 t128@3 t16@4 t32@6 t16@18 t16@21 t64@22 w16 d5 d7 d8 d13 d14 d17 "
+                 "i19 i20 d15 d9 d10 d11 d12 d16 | c23 c25 n26 n27 n29 n46 n30 n34 n33 n44 c47 t512@45 n38 "
+                 "n39 n40 n41 n42 n43 n44"),
+        describe(&TestManager::getAdsImageDataFromBean,
+                 "k0 k1 t256@2 t128@43 t128@3 t16@4 t32@16 t16@12 t16@13 t8@15 t64@42 w16 d14 d5 d6 d7 d8 "
+                 "d11 i9 i10 | c17 c19 n20 n21 n23 n40 n24 n28 n27 n38 c41 t512@39 n32 n33 n34 n35 n36 n37 "
+                 "n38"),
+        describe(&TestManager::getDemDataFromBean,
+                 "k0 k1 t256@2 t128@63 t128@3 t16@5 t32@7 t16@8 t16@9 t128@18 t128@20 t128@23 t128@25 "
+                 "t128@19 t128@24 t128@21 t128@22 t32@41 t64@47 w32 d10 d11 d12 d13 d14 d15 d16 d17 d26 "
+                 "d27 d28 d4 d62 i6 i42 i43 i44 d45 i39 i40 | c31 c32 n49 n50 n30 n51 n33 n53 n52 n60 c46 "
+                 "t512@61 n54 n55 n56 n57 n58 n59 n60"),
+        describe(&TestManager::getDsmDataFromBean,
+                 "k0 k1 t256@2 t128@51 t128@3 t16@5 t32@7 t16@8 t16@9 t32@30 t32@31 t64@29 w32 d4 d10 d11 "
+                 "d12 d13 d14 d15 d16 d17 d50 i6 i32 i33 i34 i35 | c20 c21 n37 n38 n19 n39 n22 n41 n40 n48 "
+                 "c28 t512@49 n42 n43 n44 n45 n46 n47 n48"),
+        describe(&TestManager::getDomDataFromBean,
+                 "k0 k1 t256@2 t128@63 t128@3 t16@5 t32@7 t16@8 t16@9 t128@18 t128@20 t128@23 t128@25 "
+                 "t128@19 t128@24 t128@21 t128@22 t16@36 t32@45 t32@46 t64@44 w32 d4 d62 d10 d11 d12 d13 "
+                 "d14 d15 d16 d17 i6 i39 i37 i38 i40 i41 i42 i47 | c28 c29 n49 n50 n27 n51 n30 n53 n52 n60 "
+                 "c43 t512@61 n54 n55 n56 n57 n58 n59 n60"),
+        describe(&TestManager::getDlgDataFromBean,
+                 "k0 k1 t256@2 t128@64 t128@3 t16@5 t32@7 t16@59 t16@8 t16@9 t128@18 t128@20 t128@23 "
+                 "t128@25 t128@19 t128@24 t128@21 t128@22 t256@36 t64@43 w32 d4 d10 d11 d12 d13 d14 d15 "
+                 "d16 d17 d63 i6 i37 i38 i39 i40 i41 i62 i60 i61 i44 | c28 c29 n46 n47 n27 n48 n30 n50 n49 "
+                 "n57 c42 t512@58 n51 n52 n53 n54 n55 n56 n57"),
+        describe(&TestManager::getCtrlFileDataFromBean,
+                 "k0 k1 t256@2 t256@3 t256@4 t64@33 t64@34 t64@35 t32@37 t32@36 t128@38 t64@24 w16 d5 | c7 "
+                 "c9 n10 n11 n13 n22 n14 n18 n17 n31 c23 t512@32 n25 n26 n27 n28 n29 n30 n31"),
+        describe<DataSrcControlInfoBean, tagCtrlPointTable>(
+            [](const auto& bean, auto& point) { TestManager::getCtrlPointDataFromBean(bean, point); },
             "p k0 k1 t32@2 t512@6 w16 d3 d4 d5"),
+        describe(&TestManager::getCommentInfoFromBean, "k0 t64@1 t64@2"),
+        describe(&TestManager::getCommentImageFromBean, "k0 t64@1 t64@2"),
     };
     return all;
 }
 
-/// A record whose every byte is kMark, so that what a conversion leaves alone shows.
-class Record
+template <class Value>
+Value valueAt(const std::string& record, const Field& field)
 {
-public:
-    explicit Record(const Layout& layout) : m_Layout(layout), m_Bytes(layout.size, kMark) {}
+    Value value{};
+    std::memcpy(&value, record.data() + field.offset, std::min(sizeof value, field.size));
+    return value;
+}
 
-    Record& convert(const Message& bean)
-    {
-        m_Layout.convert(bean, m_Bytes.data());
-        return *this;
+/// The value of a field of a converted record, "kept" where nothing has touched it.
+std::string shown(const Layout& layout, const Field& field, const std::string& record)
+{
+    std::string bytes = record.substr(field.offset, field.size);
+    if (field.sort != 'w' && bytes == std::string(field.size, kMark))
+        return "kept";
+    std::ostringstream text;
+    switch (field.sort) {
+    case 'k':
+        text << ::text(valueAt<unsigned int>(record, field));
+        break;
+    case 't':
+        text << bytes.c_str();
+        EXPECT_EQ(bytes.find_first_not_of('\0', text.str().size()), std::string::npos) << "zeroes follow";
+        break;
+    case 'd':
+    case 'n':
+        text << valueAt<double>(record, field);
+        break;
+    case 'w': {
+        const auto word = valueAt<std::uint32_t>(record, field);
+        EXPECT_EQ(word & ~layout.bits, valueAt<std::uint32_t>(layout.marks, field) & ~layout.bits);
+        text << (word & layout.bits);
+        break;
     }
-
-    template <class Value>
-    Value as(const Field& field) const
-    {
-        Value value;
-        std::memcpy(&value, m_Bytes.data() + field.offset, sizeof value);
-        return value;
+    case 'p':
+        return valueAt<void*>(record, field) == nullptr ? "null" : "a pointer";
+    default:
+        text << valueAt<int>(record, field);
     }
-
-    std::string bytes(const Field& field) const { return {m_Bytes.data() + field.offset, field.size}; }
-    bool isMarked(const Field& field) const { return bytes(field) == std::string(field.size, kMark); }
-    bool isZeroed(const Field& field) const
-    {
-        const std::size_t capacity = static_cast<std::size_t>(field.capacity);
-        return bytes(field) == std::string(capacity, '\0') + std::string(field.size - capacity, kMark);
-    }
-
-    /// The bits that the kind uses; the conversion must leave the others.
-    unsigned int presence() const
-    {
-        for (const Field& word : m_Layout.fields) {
-            if (word.sort != 'w')
-                continue;
-            const auto last = std::max_element(m_Layout.fields.begin(), m_Layout.fields.end(),
-                                               [](const Field& a, const Field& b) { return a.bit < b.bit; });
-            const std::uint64_t own = (std::uint64_t{2} << last->bit) - 1;
-            const std::uint64_t width = (std::uint64_t{1} << (8 * word.size)) - 1;
-            const std::uint64_t value = word.size == 2 ? as<std::uint16_t>(word) : as<std::uint32_t>(word);
-            EXPECT_EQ(value & ~own, 0x55555555 & ~own & width);
-            return static_cast<unsigned int>(value & own);
-        }
-        return 0;
-    }
-
-private:
-    const Layout& m_Layout;
-    std::string m_Bytes;
-};
+    return text.str();
+}
 
 typedef std::unique_ptr<Message> Bean;
 
-Bean beanOf(const Layout& layout)
+/// A bean with each text or, of the filled one, each place set: a text "place.25", a key of place + 1000.
+Bean beanOf(const Layout& layout, bool filled, const std::string& everyText = {})
 {
-    return Bean(layout.bean->New());
+    Bean bean(layout.bean.New());
+    const google::protobuf::Reflection& reflection = *bean->GetReflection();
+    for (int place = 0; place < bean->GetDescriptor()->field_count(); ++place) {
+        const FieldDescriptor* field = bean->GetDescriptor()->field(place);
+        if (field->cpp_type() == FieldDescriptor::CPPTYPE_STRING)
+            reflection.SetString(bean.get(), field, filled ? std::to_string(place) + ".25" : everyText);
+        else if (filled && field->cpp_type() == FieldDescriptor::CPPTYPE_INT32)
+            reflection.SetInt32(bean.get(), field, place + 1000);
+        else if (filled)
+            reflection.SetUInt32(bean.get(), field, static_cast<unsigned int>(place) + 1000);
+    }
+    return bean;
 }
 
 void setText(Message& bean, int place, const std::string& text)
@@ -231,158 +216,109 @@ void setText(Message& bean, int place, const std::string& text)
     bean.GetReflection()->SetString(&bean, bean.GetDescriptor()->field(place), text);
 }
 
-bool isText(const Message& bean, int place)
+/// Calls `check` with each field of each record and a function that converts a bean to a record, of marks
+/// unless it is given, and shows the field.
+using Show = std::function<std::string(const Message&, std::string*)>;
+void forEachField(const std::string& sorts,
+                  const std::function<void(const Layout&, const Field&, const Show&)>& check)
 {
-    return bean.GetDescriptor()->field(place)->cpp_type() == FieldDescriptor::CPPTYPE_STRING;
-}
-
-/// A bean with a value of its own at each place: a text "place.25", a key of place + 1000.
-Bean filled(const Layout& layout)
-{
-    Bean bean = beanOf(layout);
-    for (int place = 0; place < bean->GetDescriptor()->field_count(); ++place) {
-        const FieldDescriptor* field = bean->GetDescriptor()->field(place);
-        EXPECT_EQ(field->number(), place + 1);
-        if (isText(*bean, place))
-            setText(*bean, place, std::to_string(place) + ".25");
-        else if (field->cpp_type() == FieldDescriptor::CPPTYPE_INT32)
-            bean->GetReflection()->SetInt32(bean.get(), field, place + 1000);
-        else
-            bean->GetReflection()->SetUInt32(bean.get(), field, static_cast<unsigned int>(place) + 1000);
-    }
-    return bean;
-}
-
-/// Calls `check` with each field of each record.
-void forEachField(const std::function<void(const Layout&, const Field&)>& check)
-{
-    for (const Layout& layout : layouts()) {
-        for (const Field& field : layout.fields) {
-            SCOPED_TRACE(layout.record + std::string(" ") + field.sort + std::to_string(field.place));
-            check(layout, field);
-        }
-    }
+    for (const Layout& layout : layouts())
+        for (const Field& field : layout.fields)
+            if (sorts.find(field.sort) != std::string::npos) {
+                SCOPED_TRACE(layout.bean.GetTypeName() + " " + field.sort + std::to_string(field.place));
+                check(layout, field, [&](const Message& bean, std::string* given) {
+                    std::string fresh = layout.marks;
+                    std::string& record = given ? *given : fresh;
+                    layout.convert(bean, record.data());
+                    return shown(layout, field, record);
+                });
+            }
 }
 
 TEST(RecordConversion, EachFieldComesFromItsOwnPlace)
 {
-    forEachField([&](const Layout& layout, const Field& field) {
-        const Record record = Record(layout).convert(*filled(layout));
-        switch (field.sort) {
-        case 'k':
-            EXPECT_EQ(record.as<int>(field), field.place + 1000);
-            break;
-        case 't':
-            EXPECT_STREQ(record.bytes(field).c_str(), (std::to_string(field.place) + ".25").c_str());
-            break;
-        case 'd':
-        case 'n':
-            EXPECT_EQ(record.as<double>(field), field.place + 0.25);
-            break;
-        case 'i':
-            EXPECT_EQ(record.as<int>(field), field.place);
-            break;
-        case 'c':
-            EXPECT_EQ(record.as<int>(field), -1) << "a text in no table";
-            break;
-        case 'p':
-            EXPECT_EQ(record.as<void*>(field), nullptr);
-        }
+    forEachField("ktdnicpwx", [](const Layout& layout, const Field& field, const Show& show) {
+        const std::string place = std::to_string(field.place);
+        const std::map<char, std::string> expected{{'k', std::to_string(field.place + 1000)},
+                                                   {'t', place + ".25"},
+                                                   {'d', place + ".25"},
+                                                   {'n', place + ".25"},
+                                                   {'i', place},
+                                                   {'c', "-1"}, // a text in no table
+                                                   {'p', "null"},
+                                                   {'w', std::to_string(layout.bits)},
+                                                   {'x', "kept"}};
+        EXPECT_EQ(show(*beanOf(layout, true), nullptr), expected.at(field.sort));
     });
 }
 
 TEST(RecordConversion, AbsentFieldsAndEmptyTextsGetTheirDefaultsAndOptionalNumbersStay)
 {
-    forEachField([&](const Layout& layout, const Field& field) {
-        const Bean absent = beanOf(layout);
-        const Bean empty = beanOf(layout);
-        for (int place = 0; place < empty->GetDescriptor()->field_count(); ++place)
-            if (isText(*empty, place))
-                setText(*empty, place, "");
-        for (const Bean* bean : {&absent, &empty}) {
-            const Record record = Record(layout).convert(**bean);
-            switch (field.sort) {
-            case 'k':
-                EXPECT_EQ(record.as<unsigned int>(field), 0xFFFFFFFF);
-                break;
-            case 't':
-                EXPECT_TRUE(record.isZeroed(field));
-                break;
-            case 'n':
-                EXPECT_EQ(record.as<double>(field), 0.0);
-                break;
-            case 'c':
-                EXPECT_EQ(record.as<int>(field), -1);
-                break;
-            case 'd':
-            case 'i':
-                EXPECT_TRUE(record.isMarked(field));
-                break;
-            case 'w':
-                EXPECT_EQ(record.presence(), 0u);
-            }
-        }
+    const std::map<char, std::string> defaults{{'k', "none"}, {'t', ""},     {'d', "kept"},
+                                               {'n', "0"},    {'i', "kept"}, {'c', "-1"},
+                                               {'p', "null"}, {'w', "0"},    {'x', "kept"}};
+    forEachField("ktdnicpwx", [&](const Layout& layout, const Field& field, const Show& show) {
+        EXPECT_EQ(show(layout.bean, nullptr), defaults.at(field.sort));
+        EXPECT_EQ(show(*beanOf(layout, false, ""), nullptr), defaults.at(field.sort));
     });
 }
 
 TEST(RecordConversion, EachOptionalNumberHasABitOfItsOwn)
 {
-    forEachField([&](const Layout& layout, const Field& field) {
-        if (field.bit < 0)
-            return;
-        const Bean bean = beanOf(layout);
-        setText(*bean, field.place, "0");
-        Record record(layout);
-        EXPECT_EQ(record.convert(*bean).presence(), 1u << field.bit) << "zero is a value";
-        setText(*bean, field.place, "letters");
-        EXPECT_EQ(record.convert(*bean).presence(), 1u << field.bit);
-        EXPECT_EQ(record.bytes(field), std::string(field.size, '\0'));
-        EXPECT_EQ(record.convert(*filled(layout)).convert(*beanOf(layout)).presence(), 0u);
-        EXPECT_TRUE(field.sort != 'd' || record.as<double>(field) == field.place + 0.25)
-            << "the first bean's";
+    forEachField("di", [](const Layout& layout, const Field& field, const Show& show) {
+        const Field& word = *std::find_if(layout.fields.begin(), layout.fields.end(),
+                                          [](const Field& each) { return each.sort == 'w'; });
+        const Bean bean(layout.bean.New());
+        for (const char* text : {"0", "letters"}) {
+            setText(*bean, field.place, text);
+            std::string record = layout.marks;
+            EXPECT_EQ(show(*bean, &record), "0");
+            EXPECT_EQ(shown(layout, word, record), std::to_string(1u << field.bit));
+            show(*beanOf(layout, true), &record);
+            EXPECT_EQ(show(layout.bean, &record),
+                      std::to_string(field.place) + (field.sort == 'd' ? ".25" : ""));
+            EXPECT_EQ(shown(layout, word, record), "0");
+        }
     });
 }
 
 TEST(RecordConversion, ATextThatDoesNotFitLeavesItsFieldAloneAndNoOther)
 {
-    forEachField([&](const Layout& layout, const Field& field) {
-        if (field.sort != 't')
-            return;
-        const Bean bean = filled(layout);
-        const std::string longest(static_cast<std::size_t>(field.capacity) - 2, 'x');
+    forEachField("t", [](const Layout& layout, const Field& field, const Show& show) {
+        const Bean bean = beanOf(layout, true);
+        const std::string longest(field.size - 2, 'x');
         setText(*bean, field.place, longest);
-        EXPECT_EQ(Record(layout).convert(*bean).bytes(field).c_str(), longest);
+        EXPECT_EQ(show(*bean, nullptr), longest);
         setText(*bean, field.place, longest + 'x');
-        const Record refused = Record(layout).convert(*bean);
-        EXPECT_TRUE(refused.isMarked(field));
-        const Field& last = layout.fields.back();
-        EXPECT_TRUE(last.offset == field.offset || !refused.isMarked(last));
+        std::string record = layout.marks;
+        EXPECT_EQ(show(*bean, &record), "kept");
+        for (const Field& other : layout.fields)
+            EXPECT_TRUE(&other == &field || other.sort == 'x' || shown(layout, other, record) != "kept");
     });
 }
 
-TEST(RecordConversion, CodesAreToldFromTheirTextsWholeAndInGbkOnly)
+TEST(RecordConversion, CodesAreReadFromTheirWholeTextsAndInGbkOnly)
 {
     const std::vector<std::vector<std::string>> tables = {
         {"WGS84", "北京54", "西安80", "中国2000", "自定义"},
         {"经纬度", "TM投影", "高斯投影", "UTM投影", "兰波特等角投影", "地心直角坐标"},
         {"南半球", "北半球"}};
-    int table = 0;
-    forEachField([&](const Layout& layout, const Field& field) {
-        if (field.sort != 'c')
-            return;
-        const Bean bean = beanOf(layout);
+    std::size_t table = 0;
+    forEachField("c", [&](const Layout& layout, const Field& field, const Show& show) {
+        const Bean bean(layout.bean.New());
         const auto code = [&](const std::string& text) {
             setText(*bean, field.place, text);
-            return Record(layout).convert(*bean).as<int>(field);
+            return show(*bean, nullptr);
         };
-        const std::vector<std::string>& texts = tables[static_cast<std::size_t>(table++ % 3)];
+        const std::vector<std::string>& texts = tables[table++ % 3];
         for (std::size_t i = 0; i < texts.size(); ++i) {
-            EXPECT_EQ(code(texts[i]), static_cast<int>(i)) << texts[i];
-            EXPECT_EQ(code(texts[i] + " "), -1);
+            EXPECT_EQ(code(texts[i]), std::to_string(i)) << texts[i];
+            EXPECT_EQ(code(texts[i] + " "), "-1");
         }
-        EXPECT_EQ(code("wgs84"), -1);
+        EXPECT_EQ(code("wgs84"), "-1");
+        EXPECT_EQ(code(std::string(1000, 'x')), "-1");
         EXPECT_TRUE(platform::setSystemCodePage(platform::kUtf8CodePage));
-        EXPECT_EQ(code(texts.back()), -1);
+        EXPECT_EQ(code(texts.back()), "-1");
         EXPECT_TRUE(platform::setSystemCodePage(platform::kGbkCodePage));
     });
 }
@@ -456,11 +392,8 @@ TEST(RecordConversion, APointKeepsTheControlFileThatItIsGiven)
 
 TEST(RecordConversion, TheLengthOfATextIsThatInTheCodePage)
 {
-    std::string chinese; // 300 bytes of UTF-8, 200 of GBK
-    for (int i = 0; i < 100; ++i)
-        chinese += "影";
     FileTableBean bean;
-    bean.set_name(chinese);
+    bean.set_name(QString::fromUtf8("影").repeated(100).toStdString()); // 300 bytes of UTF-8
     tagFileTable file;
     TestManager::getFileFromBean(bean, file);
     EXPECT_EQ(std::strlen(file.fileName), 200u);
@@ -469,26 +402,25 @@ TEST(RecordConversion, TheLengthOfATextIsThatInTheCodePage)
 
 } // namespace
 
-TEST(RequestMessages, FieldsStandAtTheirPlaces)
+TEST(CatalogueMessages, FieldsAreNumberedByTheirPlacesAndRequestsHaveTheirsWhereTheyBelong)
 {
-    const struct
-    {
-        const google::protobuf::Descriptor* message;
-        std::vector<std::pair<int, const char*>> fields;
-    } kCases[] = {
-        {DataUtilBeanReq::descriptor(),
-         {{0, "project_id"},     {1, "type_id"},      {2, "record_id"},   {3, "file_id"},
-          {4, "src_id"},         {6, "data_type_id"}, {7, "page_start"},  {8, "page_size"},
-          {17, "bound_a"},       {18, "bound_b"},     {19, "bound_c"},    {20, "bound_d"},
-          {21, "use_bounds"},    {22, "dqcon_id"},    {26, "comment_id"}, {30, "parent_src_id"},
-          {40, "checkdatabean"}, {42, "area_id"},     {44, "comm_id"},    {54, "company_id"},
-          {55, "address_kind"}}},
-        {CheckDataBean::descriptor(), {{14, "dqcon_id"}, {17, "company_id"}, {18, "project_id"}}},
-    };
-    for (const auto& one : kCases) {
-        for (const auto& [place, name] : one.fields) {
-            EXPECT_EQ(one.message->field(place)->name(), name);
-            EXPECT_EQ(one.message->field(place)->number(), place + 1);
-        }
+    const google::protobuf::FileDescriptor& services = *LedgerServices::descriptor()->file();
+    for (int i = 0; i <= services.dependency_count(); ++i) {
+        const auto& file = i == services.dependency_count() ? services : *services.dependency(i);
+        for (int j = 0; j < file.message_type_count(); ++j)
+            for (int place = 0; place < file.message_type(j)->field_count(); ++place)
+                EXPECT_EQ(file.message_type(j)->field(place)->number(), place + 1)
+                    << file.message_type(j)->name();
     }
+    std::istringstream places(
+        "0 project_id 1 type_id 2 record_id 3 file_id 4 src_id 6 data_type_id 7 page_start "
+        "8 page_size 17 bound_a 18 bound_b 19 bound_c 20 bound_d 21 use_bounds 22 dqcon_id "
+        "26 comment_id 30 parent_src_id 40 checkdatabean 42 area_id 44 comm_id "
+        "54 company_id 55 address_kind");
+    std::string name;
+    for (int place; places >> place >> name;)
+        EXPECT_EQ(DataUtilBeanReq::descriptor()->field(place)->name(), name);
+    EXPECT_EQ(CheckDataBean::descriptor()->field(14)->name(), "dqcon_id");
+    EXPECT_EQ(CheckDataBean::descriptor()->field(17)->name(), "company_id");
+    EXPECT_EQ(CheckDataBean::descriptor()->field(18)->name(), "project_id");
 }

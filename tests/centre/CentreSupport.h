@@ -2,6 +2,8 @@
 #define LUMO_TESTS_CENTRE_CENTRESUPPORT_H
 
 #include "centre/base/Error.h"
+#include "centre/content/Import.h"
+#include "centre/content/LoadRecords.h"
 #include "centre/server/Centre.h"
 #include "centre/store/Store.h"
 #include "forgeserver.pb.h"
@@ -20,9 +22,9 @@
 #include <google/protobuf/text_format.h>
 
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -39,12 +41,10 @@ public:
     std::string below(const std::string& name) const { return m_Folder.path().toStdString() + "/" + name; }
     const std::string& token() const { return m_Token; }
 
-    /// Makes an empty file, and the folders above it.
-    void makeFile(const std::string& name) const
+    /// Makes a file, and the folders above it.
+    void makeFile(const std::string& name, const std::string& bytes = {}) const
     {
-        const std::filesystem::path path = below(name);
-        std::filesystem::create_directories(path.parent_path());
-        std::ofstream(path).flush();
+        writeFile(below(name), bytes);
     }
 
 private:
@@ -107,6 +107,54 @@ inline std::string ask(wirecall::RpcChannel& channel, const std::string& operati
     controller.SetTimeout(20000);
     return ask(channel, operation, requestText, controller);
 }
+
+/// A test of a data folder and of the centre that serves it.
+class CentreTest : public testing::Test
+{
+protected:
+    void serve(const centre::ServeOptions& options = {})
+    {
+        m_Centre = std::make_unique<centre::Centre>(m_Data.path(), options);
+        callWith(m_Data.token());
+    }
+
+    void callWith(const std::string& token) { m_Channel = channelTo(m_Centre->address(), token); }
+    /// As a user of LUMO who may not write.
+    void callAsReader() { callWith(m_Store.addUser("reader", "LUMO", false)); }
+
+    /// `m_Errors` gets what the centre writes to standard error.
+    std::string ask(const std::string& operation, const std::string& request)
+    {
+        testing::internal::CaptureStderr();
+        std::string answer = ::ask(*m_Channel, operation, request);
+        m_Errors = testing::internal::GetCapturedStderr();
+        return answer;
+    }
+
+    void load(const std::string& records)
+    {
+        std::istringstream lines(records);
+        m_Loaded = centre::countsText(centre::loadRecords(m_Store, lines, "file", [](std::uint64_t) {}));
+    }
+
+    centre::ImportReport import(const std::string& folder, const std::string& disk,
+                                const std::string& company = "LUMO", const std::string& box = {})
+    {
+        m_Problems.clear();
+        return centre::importTree(m_Store, {m_Data.below(folder), disk, company, box},
+                                  [this](const std::string& problem) { m_Problems.push_back(problem); });
+    }
+
+    std::string value(const std::string& sql) { return m_Store.database().execAndGet(sql).getString(); }
+
+    DataFolder m_Data;
+    centre::Store m_Store{m_Data.path()};
+    std::unique_ptr<centre::Centre> m_Centre;
+    boost::shared_ptr<wirecall::RpcChannel> m_Channel;
+    std::string m_Errors;
+    std::string m_Loaded;
+    std::vector<std::string> m_Problems;
+};
 
 /// Every place of the catalogue, from the disk's name on, with its identifier; folders end with "/".
 inline std::map<std::string, unsigned> catalogueOf(centre::Store& store)

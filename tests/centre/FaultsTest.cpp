@@ -39,29 +39,24 @@ TEST(Faults, OfTheDataCountBytesAndAreApartFromThoseOfCalls)
     EXPECT_FALSE(faults.firesOnData("write", 100));
 }
 
-class FaultyCentre : public testing::Test
+class FaultyCentre : public CentreTest
 {
 protected:
-    void serve(const std::vector<std::string>& faults)
+    void serveWith(const std::vector<std::string>& faults)
     {
         centre::ServeOptions options;
         options.faults = faults;
-        m_Centre = std::make_unique<centre::Centre>(m_Data.path(), options);
-        m_Channel = channelTo(m_Centre->address(), m_Data.token());
+        serve(options);
     }
 
-    std::string askCompany() { return ask(*m_Channel, "queryCompanyTableByCompanyNo", "companyno: 'LUMO'"); }
-    std::string askUser() { return ask(*m_Channel, "queryUserTableByUserName", "username: 'demo'"); }
-
-    DataFolder m_Data;
-    std::unique_ptr<centre::Centre> m_Centre;
-    boost::shared_ptr<wirecall::RpcChannel> m_Channel;
+    std::string askCompany() { return ask("queryCompanyTableByCompanyNo", "companyno: 'LUMO'"); }
+    std::string askUser() { return ask("queryUserTableByUserName", "username: 'demo'"); }
 };
 
 TEST_F(FaultyCentre, FiresForTheCallsThatTheSwitchNames)
 {
-    serve({"queryCompanyTableByCompanyNo@2=refuse", "queryCompanyTableByCompanyNo@3=result:17",
-           "queryUserTableByUserName=result:-2"});
+    serveWith({"queryCompanyTableByCompanyNo@2=refuse", "queryCompanyTableByCompanyNo@3=result:17",
+               "queryUserTableByUserName=result:-2"});
     const std::string company = "result: 0 bean { id: 1 companyno: \"LUMO\" }";
     EXPECT_EQ(askCompany(), company);
     EXPECT_THAT(askCompany(), HasSubstr("fault switch"));
@@ -91,7 +86,7 @@ void countDown(std::atomic<int>* left)
 TEST_F(FaultyCentre, StalledCallsHoldUpNoOthersAndEndWithTheCentre)
 {
     constexpr int kCalls = 40; // more than the server has threads
-    serve({"queryUserTableByUserName=stall"});
+    serveWith({"queryUserTableByUserName=stall"});
     ledgerserver::LedgerServices_Stub stub(m_Channel.get());
     PendingCall calls[kCalls];
     std::atomic<int> left{kCalls};
@@ -111,10 +106,10 @@ TEST_F(FaultyCentre, StalledCallsHoldUpNoOthersAndEndWithTheCentre)
 
 TEST_F(FaultyCentre, AStalledCallEndsAtItsCallersTimeLimit)
 {
-    serve({"queryUserTableByUserName=stall"});
+    serveWith({"queryUserTableByUserName=stall"});
     wirecall::RpcController controller;
     controller.SetTimeout(50);
-    ask(*m_Channel, "queryUserTableByUserName", "username: 'demo'", controller);
+    ::ask(*m_Channel, "queryUserTableByUserName", "username: 'demo'", controller);
     EXPECT_EQ(controller.failure(), Failure::TimeLimit);
 }
 

@@ -1,4 +1,3 @@
-#include "centre/content/Import.h"
 #include "tests/centre/CentreSupport.h"
 
 namespace fs = std::filesystem;
@@ -8,19 +7,11 @@ using testing::Pair;
 
 namespace {
 
-class Import : public testing::Test
+class Import : public CentreTest
 {
 protected:
-    centre::ImportReport import(const std::string& box = {})
-    {
-        m_Problems.clear();
-        return centre::importTree(m_Store, {m_Data.below("tree"), "disk", "LUMO", box},
-                                  [this](const std::string& problem) { m_Problems.push_back(problem); });
-    }
-
-    DataFolder m_Data;
-    centre::Store m_Store{m_Data.path()};
-    std::vector<std::string> m_Problems;
+    using CentreTest::import;
+    centre::ImportReport import() { return import("tree", "disk"); }
 };
 
 TEST_F(Import, RegistersFoldersAndFilesInTheOrderOfTheirNames)
@@ -111,9 +102,9 @@ TEST_F(Import, ABoxCanBeGivenLater)
     m_Data.makeFile("tree/file");
     m_Store.addBox("B1", "127.0.0.1:1");
     import();
-    import("B1");
+    import("tree", "disk", "LUMO", "B1");
     import();
-    EXPECT_EQ(m_Store.database().execAndGet("SELECT kesta_code FROM disk").getString(), "B1");
+    EXPECT_EQ(value("SELECT kesta_code FROM disk"), "B1");
 }
 
 } // namespace

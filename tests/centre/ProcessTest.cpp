@@ -1,4 +1,3 @@
-#include "centre/content/Import.h"
 #include "tests/centre/CentreSupport.h"
 
 #include <signal.h>

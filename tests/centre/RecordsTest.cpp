@@ -14,12 +14,6 @@ using google::protobuf::FieldDescriptor;
 
 namespace {
 
-centre::RecordCounts load(centre::Store& store, const std::string& lines)
-{
-    std::istringstream stream(lines);
-    return centre::loadRecords(store, stream, "file", [](std::uint64_t) {});
-}
-
 std::string operation(const RecordKind& kind, const std::string& rest)
 {
     return "queryDataSrc" + kind.stem + rest;
@@ -36,21 +30,10 @@ std::string owners()
     return lines + "\n";
 }
 
-class Records : public testing::Test
+class Records : public CentreTest
 {
 protected:
-    void serve()
-    {
-        m_Centre = std::make_unique<centre::Centre>(m_Data.path(), centre::ServeOptions());
-        m_Channel = channelTo(m_Centre->address(), m_Data.token());
-    }
-
-    std::string ask(const std::string& name, const std::string& request)
-    {
-        return ::ask(*m_Channel, name, request);
-    }
-
-    /// The identifiers that stand first in the beans of an answer.
+    /// The identifiers that the beans of an answer begin with.
     std::vector<int> idsOf(const std::string& name, const std::string& request)
     {
         std::istringstream words(ask(name, request));
@@ -60,11 +43,6 @@ protected:
                 ids.push_back(std::stoi(word));
         return ids;
     }
-
-    DataFolder m_Data;
-    centre::Store m_Store{m_Data.path()};
-    std::unique_ptr<centre::Centre> m_Centre;
-    boost::shared_ptr<wirecall::RpcChannel> m_Channel;
 };
 
 TEST(RecordKind, KeysAreTheNamesOfTheRecordsFields)
@@ -138,9 +116,9 @@ TEST_F(Records, ComeBackAsTheyWereLoaded)
     for (const RecordKind& kind : centre::recordKinds())
         if (kind.hasType() || kind.name == "point")
             lines += ThreeRecords(kind).lines;
-    EXPECT_EQ(centre::countsText(load(m_Store, lines)),
-              "1 project, 8 type, 3 photo, 3 sat, 3 ads, 3 control, 3 point,"
-              " 3 dem, 3 dsm, 3 dom, 3 dlg");
+    load(lines);
+    EXPECT_EQ(m_Loaded, "1 project, 8 type, 3 photo, 3 sat, 3 ads, 3 control, 3 point,"
+                        " 3 dem, 3 dsm, 3 dom, 3 dlg");
     serve();
     for (const RecordKind& kind : centre::recordKinds()) {
         if (!kind.hasType() && kind.name != "point")
@@ -186,48 +164,9 @@ TEST_F(Records, ComeBackAsTheyWereLoaded)
     }
 }
 
-TEST_F(Records, ProjectsAndTypesAreFound)
-{
-    m_Store.addCompany("other");
-    load(m_Store, R"({"kind":"project","company":"LUMO","projectName":"一","text6":"six","datum":"WGS84"}
-{"kind":"project","companyID":2,"projectName":"一","projectID":9}
-
-{"kind":"project","company":"LUMO","projectName":"二","coordExtra7":1e3,"coordParam8":1000.0,"text1":null}
-{"kind":"type","projectID":"1","dataType":"DEM","typeText":"t"}
-{"kind":"type","projectID":10,"dataType":"DEM"}
-{"kind":"type","projectID":1,"dataType":"任意"})");
-    const std::string first =
-        "project_id: 1 project_name: \"一\" datum: \"WGS84\" text6: \"six\" company_id: 1";
-    const std::string last = "project_id: 10 project_name: \"二\" coord_extra7: \"1000\" company_id: 1";
-    const std::string dem =
-        "type_id: 1 project_id: 1 project_name: \"一\" data_type: \"DEM\" type_text: \"t\"";
-    const std::string other = "type_id: 3 project_id: 1 project_name: \"一\" data_type: \"任意\"";
-    serve();
-    const std::vector<std::array<std::string, 3>> exchanges = {
-        {"queryDataSrcByProjectID", "project_id: 10", "result: 0 bean { " + last + " }"},
-        {"queryDataSrcByProjectID", "project_id: 2", "result: -1"},
-        {"queryDataSrcByProjectName", "company_id: 1 proname: '一'", "result: 0 bean { " + first + " }"},
-        {"queryDataSrcByProjectName", "company_id: 2 proname: '二'", "result: -1"},
-        {"queryDataSrcTotal", "company_id: 1", "result: 0 total: 2"},
-        {"queryDataSrcTotal", "company_id: 3", "result: 0 total: 0"},
-        {"queryDataSrc", "company_id: 1 page_size: 9",
-         "result: 0 datasrcs { " + first + " } datasrcs { " + last + " }"},
-        {"queryDataSrc", "company_id: 1 page_size: 0", "result: -2"},
-        {"queryDataSrcTypeByTypeId", "type_id: 3", "result: 0 bean { " + other + " }"},
-        {"queryDataSrcTypeByTypeAndproId", "project_id: 1 data_type: 'DEM'",
-         "result: 0 bean { " + dem + " }"},
-        {"queryDataSrcTypeByTypeAndproId", "project_id: 1 data_type: 'Dem'", "result: -1"},
-        {"queryDataSrcTypeByProjectID", "project_id: 1",
-         "result: 0 datasrctypes { " + dem + " } datasrctypes { " + other + " }"},
-        {"queryDataSrcTypeByProjectID", "project_id: 9", "result: -1"},
-    };
-    for (const auto& [name, request, response] : exchanges)
-        EXPECT_EQ(ask(name, request), response) << name << " " << request;
-}
-
 TEST_F(Records, AreFoundByCondition)
 {
-    load(m_Store, R"({"kind":"project","projectName":"P"}
+    load(R"({"kind":"project","projectName":"P"}
 {"kind":"project","projectName":"Q"}
 {"kind":"type","projectID":1,"dataType":"卫星影像"}
 {"kind":"type","projectID":1,"dataType":"Dem"}
@@ -303,78 +242,15 @@ TEST_F(Records, AreFoundByCondition)
             << each.condition;
         EXPECT_EQ(idsOf("searchDataType", "company_id: 1 " + each.condition), each.types) << each.condition;
     }
-    EXPECT_EQ(ask("searchDataType", "company_id: 2"), "result: -1");
-    EXPECT_EQ(ask("searchDataByTypeDem", "type_id: 1"), "result: -1");
-    for (const std::string& wrong :
-         {std::string("start_date: 'soon'"), std::string("end_date: '2020-02-30'"),
-          std::string("end_date: '2020/01-01'"), std::string("start_date: '2020-2-1'"), bounds("0 1 1 0"),
-          bounds("nan 0 1 1"), bounds("0 0 1 nan"), bounds("0 0 1"), bounds("700 0 1 1")})
-        for (const char* name : {"searchDataByTypeSat", "searchDataType"})
-            EXPECT_EQ(ask(name, "type_id: 1 company_id: 1 " + wrong), "result: -2") << wrong;
 }
 
-TEST_F(Records, AreLoadedAllOrNone)
+TEST_F(Records, AreReadFromLinesOfUtf8UpToALength)
 {
-    m_Store.addMadeUpFiles(m_Store.addDisk("disk", "/srv", "LUMO"), 1);
-    const std::string sat = R"({"kind":"sat","typeID":6,)";
-    load(m_Store, owners() + std::string(1 << 20, ' ') + "\n" + sat + "\"imageID\":5}");
-    const std::pair<std::string, std::string> cases[] = {
-        {R"({"kind":"sat")", "not JSON"},
-        {R"({"kind":"project","projectName":"Q"} {})", "not JSON"},
-        {"[1]", "a line is an object, {...}, not a list"},
-        {"7", "not a number"},
-        {"{\"kind\":\"sat\",\"text1\":\"\xff\"}", "not JSON"},
-        {std::string((1 << 20) + 1, ' '), "the line is longer than 1048576 bytes"},
-        {"{}", "kind is missing; the kinds are project, type, photo, sat"},
-        {R"({"kind":"map"})", "there is no kind map"},
-        {sat + R"("imagename":"x"})", "sat has no key 'imagename'"},
-        {sat + R"("value13":"x"})", "sat has no key 'value13'"},
-        {sat + R"("text1":true})", "text1 can't be true or false"},
-        {sat + R"("text1":{"a":1}})", "text1 can't be an object"},
-        {sat + R"("text1":["a"]})", "text1 can't be a list"},
-        {sat + R"("text1":"a\u0000b"})", "without the character 0, not 'a\\x00b'"},
-        {sat + R"("text1":"a","text1":"b"})", "text1 is given twice: 'a' and 'b'"},
-        {sat + R"("coordParam8":1,"coordExtra7":2})", "coordExtra7 is given twice"},
-        {sat + R"("marks":["a"]})", "marks are numbers"},
-        {sat + R"("marks":[1,0]})", "from 1 to 4294967294, not '0'"},
-        {sat + R"("imageID":5})", "there is a sat 5 already"},
-        {sat + R"("imageID":4294967295})", "imageID is a number from 1 to 4294967294, not '4294967295'"},
-        {sat + R"("imageID":1.5})", "not '1.5'"},
-        {sat + R"("mainFileID":2})", "there is no file 2"},
-        {sat + R"("date":"2020-02-30"})", "date is a day, YYYY-MM-DD, not '2020-02-30'"},
-        {sat + R"("west":1,"south":1,"east":1})", "all or none"},
-        {sat + R"("west":1,"south":2,"east":1,"north":1})", "south 2 lies beyond north 1"},
-        {sat + R"("west":181,"south":1,"east":1,"north":1})", "from -180 to 180, not '181'"},
-        {sat + R"("west":1,"south":"nan","east":1,"north":1})", "from -90 to 90, not 'nan'"},
-        {R"({"kind":"sat","imageName":"x"})", "typeID is missing"},
-        {R"({"kind":"sat","typeID":77})", "there is no type 77"},
-        {R"({"kind":"dem","typeID":6})",
-         "type 6 is 卫星影像 and has no records of kind dem; those are of DEM"},
-        {R"({"kind":"point","dqConID":3})", "there is no control 3"},
-        {R"({"kind":"point"})", "dqConID is missing"},
-        {R"({"kind":"type","projectID":1})", "dataType is missing"},
-        {R"({"kind":"type","projectID":2,"dataType":"DEM"})", "there is no project 2"},
-        {R"({"kind":"type","projectID":1,"dataType":"DEM"})", "there is a type 'DEM' already"},
-        {R"({"kind":"project","projectName":"P"})", "there is a project 'P' already"},
-        {R"({"kind":"project","projectName":""})", "projectName is a name"},
-        {R"({"kind":"project","projectName":"Q","company":"X"})", "there is no company 'X'"},
-        {R"({"kind":"project","projectName":"Q","companyID":9})", "there is no company 9"},
-        {R"({"kind":"project","projectName":"Q","company":"LUMO","companyID":1})", "both given"},
-    };
-    for (const auto& [line, reason] : cases)
-        expectError(ExitCode::Failed, reason, [this, &sat, &wrong = line] {
-            try {
-                load(m_Store, sat + "\"marks\":[1]}\n\n" + wrong + "\n" + sat + "}");
-            } catch (const centre::Error& error) {
-                EXPECT_THAT(error.what(), testing::StartsWith("file:3: "));
-                throw;
-            }
-        });
-    m_Store.addCompany("other");
-    expectError(ExitCode::Failed, "several companies",
-                [this] { load(m_Store, R"({"kind":"project","projectName":"Q"})"); });
-    EXPECT_EQ(m_Store.database().execAndGet("SELECT count(*) FROM sat").getInt(), 1);
-    EXPECT_EQ(m_Store.database().execAndGet("SELECT count(*) FROM image_mark").getInt(), 0);
+    const std::string longest(1 << 20, ' ');
+    load(owners() + longest + "\n");
+    expectError(ExitCode::Failed, "file:1: the line is longer than 1048576 bytes",
+                [&] { load(longest + " "); });
+    expectError(ExitCode::Failed, "not JSON", [&] { load("{\"kind\":\"sat\",\"text1\":\"\xff\"}"); });
 }
 
 TEST_F(Records, OfASampleAreThereInPagesAndTheSameForASeed)

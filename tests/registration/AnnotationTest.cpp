@@ -1,4 +1,3 @@
-#include "ledger_annotation.pb.h"
 #include "tests/support/MethodTable.h"
 
 namespace {
@@ -178,26 +177,4 @@ TEST_F(Annotation, FoldersAreMadeUnderASecondIdentifierOnly)
         EXPECT_EQ(m_Channel.calls(), calls);
         EXPECT_EQ(m_Log.lines(), lines);
     }
-}
-
-TEST_F(Annotation, CommentTextsFitUpTo62Bytes)
-{
-    const auto check = [](auto convert, auto bean) {
-        tagCommentInfo info;
-        bean.set_commentcontent(std::string(62, 'c'));
-        bean.set_commentstate("北");
-        convert(bean, info);
-        EXPECT_EQ(info.content, std::string(62, 'c'));
-        EXPECT_STREQ(info.state, "\xb1\xb1");
-        EXPECT_EQ(info.id, 0xFFFFFFFF);
-        bean.set_commentcontent(std::string(63, 'd'));
-        bean.clear_commentstate();
-        bean.set_id(3);
-        convert(bean, info);
-        EXPECT_EQ(info.content, std::string(62, 'c'));
-        EXPECT_EQ(std::string(info.state, 64), std::string(64, '\0'));
-        EXPECT_EQ(info.id, 3u);
-    };
-    check(&TestManager::getCommentInfoFromBean, ledgerserver::CommentInfoBean());
-    check(&TestManager::getCommentImageFromBean, ledgerserver::CommentImageBean());
 }

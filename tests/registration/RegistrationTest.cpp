@@ -1,6 +1,5 @@
 #include "registration/AssignmentText.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/TestManager.h"
+#include "tests/support/MethodTable.h"
 
 #include <QRegExp>
 
@@ -8,22 +7,21 @@
 
 namespace {
 
-typedef std::vector<std::string> Lines;
-
-class Registration : public ::testing::Test
+class Registration : public MethodTable
 {
 protected:
-    Lines framed(Lines between)
+    /// Adds texts that are refused unsent, and checks the lines after the one of entering.
+    void refuses(const Lines& lines, const std::function<void()>& add)
     {
-        for (std::string& line : between)
-            line = managerLine(line, "populateCheckData");
-        between.insert(between.begin(), managerLine("Enter Function : addImage", "addImage"));
-        return between;
+        m_Log.clear();
+        m_Channel.forgetCalls();
+        add();
+        EXPECT_EQ(m_Channel.calls(), Lines());
+        Lines all{managerLine("Enter Function : addImage", "addImage")};
+        for (const std::string& line : lines)
+            all.push_back(managerLine(line, "populateCheckData"));
+        EXPECT_EQ(m_Log.lines(), all);
     }
-
-    LogCapture m_Log;
-    FakeChannel m_Channel;
-    TestManager m_Manager{m_Channel};
 };
 
 const char kMatchFailed[] = "Match QRegExp(\"(.*)='(.*)'\") Failed : ";
@@ -83,14 +81,6 @@ const std::vector<Case>& cases()
     return all;
 }
 
-Lines linesOf(const Case& one)
-{
-    if (one.refusal == "form")
-        return {kMatchFailed + one.text};
-    return {one.refusal == "type" ? "Image Type Error" : "Can't Find Field : " + one.refusal,
-            "Leave Function : addImage"};
-}
-
 /// The text of a bean in a request; quotes as the text format writes them.
 std::string quoted(std::string text)
 {
@@ -105,67 +95,40 @@ TEST_F(Registration, OneTextIsSentWholeWithWhatIdentifiesItOrRefused)
 {
     for (const Case& one : cases()) {
         SCOPED_TRACE(one.text);
-        m_Channel.forgetCalls();
-        m_Log.clear();
-        if (!one.refusal.empty()) {
-            EXPECT_EQ(m_Manager.addImage(one.type, QString::fromStdString(one.text)), 0xFFFFFFFF);
-            EXPECT_EQ(m_Channel.calls(), Lines());
-            EXPECT_EQ(m_Log.lines(), framed(linesOf(one)));
-            continue;
-        }
-        m_Channel.answer("result: 0 id: 4294967290");
-        EXPECT_EQ(m_Manager.addImage(one.type, QString::fromStdString(one.text)), 4294967290u);
-        EXPECT_EQ(m_Channel.calls(),
-                  Lines{"saveSingleDataByType {data_type_id: " + std::to_string(one.type) +
-                        " checkdatabean { sqldata: " + quoted(one.text) + one.bean + " }}"});
-        EXPECT_EQ(m_Log.lines(), (Lines{managerLine("Enter Function : addImage", "addImage"),
-                                        managerLine("Leave Function : addImage", "addImage")}));
+        const QString text = QString::fromStdString(one.text);
+        if (one.refusal.empty())
+            run({method("addImage", Verdict::accepted,
+                        "saveSingleDataByType {data_type_id: " + std::to_string(one.type) +
+                            " checkdatabean { sqldata: " + quoted(one.text) + one.bean + " }}",
+                        "id: 4294967290", "4294967290",
+                        [&](auto& m) { return m.addImage(one.type, text); })});
+        else
+            refuses(one.refusal == "form" ? Lines{kMatchFailed + one.text}
+                                          : Lines{one.refusal == "type" ? "Image Type Error"
+                                                                        : "Can't Find Field : " + one.refusal,
+                                                  "Leave Function : addImage"},
+                    [&] { EXPECT_EQ(m_Manager.addImage(one.type, text), 0xFFFFFFFF); });
     }
 }
 
 TEST_F(Registration, ABatchIsOneCallAndNoneIfAnyTextIsBad)
 {
-    QList<unsigned int> ids{99};
-    m_Channel.answer("result: 0 id_list: 8 id_list: 6");
-    EXPECT_TRUE(m_Manager.addImage(5, {"mainFileID='1'", "mainFileID='2'"}, ids));
-    EXPECT_EQ(ids, (QList<unsigned int>{99, 8, 6}));
-    m_Channel.answer("result: 0");
-    EXPECT_TRUE(m_Manager.addImage(5, QStringList(), ids));
-    EXPECT_EQ(
-        m_Channel.calls(),
-        (Lines{"saveFullDataByType {data_type_id: 5 checkdatabeans { sqldata: \"mainFileID=\\'1\\'\" "
-               "mainfileid: \"1\" } checkdatabeans { sqldata: \"mainFileID=\\'2\\'\" mainfileid: \"2\" }}",
-               "saveFullDataByType {data_type_id: 5}"}));
-    m_Log.clear();
-    m_Channel.forgetCalls();
-    EXPECT_FALSE(m_Manager.addImage(5, {"mainFileID='1'", "mainFileID='2'", "bad"}, ids));
-    EXPECT_EQ(m_Channel.calls(), Lines());
-    EXPECT_EQ(m_Log.lines(), framed({std::string(kMatchFailed) + "bad"}));
-    EXPECT_EQ(ids.size(), 3);
-}
-
-TEST_F(Registration, AnyResultButZeroIsAFailure)
-{
-    const std::string enter = managerLine("Enter Function : addImage", "addImage");
-    const std::string leave = managerLine("Leave Function : addImage", "addImage");
-    QList<unsigned int> ids{99};
-    for (const char* answer : {"!gone", "result: -1 id: 5 id_list: 5", "result: -2", "result: 3"}) {
-        for (const bool batch : {false, true}) {
-            m_Channel.answer(answer);
-            m_Log.clear();
-            if (batch)
-                EXPECT_FALSE(m_Manager.addImage(5, {"mainFileID='1'"}, ids));
-            else
-                EXPECT_EQ(m_Manager.addImage(5, "mainFileID='1'"), 0xFFFFFFFF);
-            const std::string operation = batch ? "saveFullDataByType" : "saveSingleDataByType";
-            EXPECT_EQ(m_Log.lines(),
-                      (Lines{enter,
-                             managerLine(operation + (*answer == '!' ? " Error : gone" : " Result Error"),
-                                         "addImage"),
-                             leave}));
-        }
-    }
-    EXPECT_EQ(ids.size(), 1);
+    using Keys = QList<unsigned int>;
+    run({method<Keys>(
+             "addImage", Verdict::accepted,
+             "saveFullDataByType {data_type_id: 5 checkdatabeans { sqldata: \"mainFileID=\\'1\\'\" "
+             "mainfileid: \"1\" } checkdatabeans { sqldata: \"mainFileID=\\'2\\'\" mainfileid: \"2\" }}",
+             "id_list: 8 id_list: 6", "ok kept 8 6",
+             [](auto& m, auto& ids) {
+                 return m.addImage(5, {"mainFileID='1'", "mainFileID='2'"}, ids);
+             }),
+         method<Keys>("addImage", Verdict::accepted, "saveFullDataByType {data_type_id: 5}", "", "ok kept",
+                      [](auto& m, auto& ids) { return m.addImage(5, QStringList(), ids); })});
+    Keys ids{99};
+    refuses({std::string(kMatchFailed) + "bad"}, [&] {
+        EXPECT_FALSE(m_Manager.addImage(5, {"mainFileID='1'", "mainFileID='2'", "bad"}, ids));
+        EXPECT_EQ(ids, Keys{99});
+    });
 }
 
 TEST(AssignmentText, AgreesWithTheRegularExpressionThatDefinesIt)
@@ -193,7 +156,6 @@ TEST_F(Registration, HostileTextsAreSettledAtOnce)
 {
     EXPECT_EQ(m_Manager.addImage(5, QString(1 << 20, '\'')), 0xFFFFFFFF);
     EXPECT_EQ(m_Manager.addImage(5, QString("='").repeated(1 << 19)), 0xFFFFFFFF);
-    m_Channel.forgetCalls();
     QString keys;
     for (int i = 0; i < 1000; ++i)
         keys += QString("key%1='%1',").arg(i);

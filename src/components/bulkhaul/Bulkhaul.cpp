@@ -1,8 +1,10 @@
 #include "lumo/components/bulkhaul/Bulkhaul.h"
 
+#include "components/bulkhaul/EndFunction.h"
 #include "components/bulkhaul/FileFailure.h"
 #include "components/bulkhaul/StatusLines.h"
 #include "components/bulkhaul/Transfer.h"
+#include "lumo/components/platform/CodePage.h"
 
 #include <boost/uuid/random_generator.hpp>
 #include <boost/uuid/uuid_io.hpp>
@@ -11,6 +13,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdint>
+#include <exception>
 
 namespace bulkhaul {
 
@@ -31,19 +35,27 @@ Client& client()
     return *theClient;
 }
 
-typedef std::uint64_t (*Mover)(const Transfer& transfer, const std::string& boxPath,
-                               const std::string& localPath);
+typedef void (*Mover)(const Transfer& transfer, const std::string& boxPath, const std::string& localPath);
 
 constexpr std::size_t kLongestReason = 500;
 
-Code failed(const std::string& what, Code code, std::string reason)
+/// A text, possibly the other side's, as one line of UTF-8 that is not too long.
+std::string asReason(std::string text)
 {
-    // It may come from the other side: no megabytes, and no lines of its own.
-    reason.resize(std::min(reason.size(), kLongestReason));
+    text.resize(std::min(text.size(), kLongestReason));
     std::replace_if(
-        reason.begin(), reason.end(), [](unsigned char byte) { return byte < 0x20 || byte == 0x7F; }, ' ');
-    client().lines.write(kError, what + " failed with " + std::to_string(code) + ", " + reason);
-    return code;
+        text.begin(), text.end(), [](unsigned char byte) { return byte < 0x20 || byte == 0x7F; }, ' ');
+    constexpr unsigned int kUtf8 = platform::kUtf8CodePage;
+    std::string line(platform::recode(kUtf8, kUtf8, text.data(), text.size(), nullptr, 0), '\0');
+    platform::recode(kUtf8, kUtf8, text.data(), text.size(), line.data(), line.size());
+    return line;
+}
+
+void fail(TransferEnd& end, Code code, const std::string& what, const std::string& reason)
+{
+    end.code = code;
+    end.reason = asReason(reason);
+    client().lines.write(kError, what + " failed with " + std::to_string(code) + ", " + end.reason);
 }
 
 /// A folder's path may end with "/".
@@ -54,19 +66,19 @@ std::string withoutEndingSlashes(std::string path)
     return path;
 }
 
-/// Calls `work` and tells what it threw as a Code and a status line.
+/// Calls `work`, and turns what it throws into a failure of `end` and a status line.
 template <class Work>
-Code judged(const std::string& what, Work work)
+void judge(TransferEnd& end, const std::string& what, Work work)
 {
     try {
         work();
-        return kDone;
+        end.code = kDone;
     } catch (const TransferFailure& failure) {
-        return failed(what, failure.code(), failure.what());
+        fail(end, failure.code(), what, failure.what());
     } catch (const FileFailure& failure) {
-        return failed(what, codeOf(failure.status()), failure.what());
+        fail(end, codeOf(failure.status()), what, failure.what());
     } catch (const std::exception& exception) {
-        return failed(what, kFailedHere, exception.what());
+        fail(end, kFailedHere, what, exception.what());
     }
 }
 
@@ -74,23 +86,38 @@ int move(const char* direction, Mover mover, const boost::shared_ptr<wirecall::R
          const std::string& boxPath, const std::string& localPath, bool keepExisting,
          ProgressFunction progressFunction, const google::protobuf::Message* message)
 {
-    Code code = kFailedHere;
-    const Code begun = judged(std::string(direction) + " of " + boxPath, [&] {
-        const std::string transferID = to_string(boost::uuids::random_generator()());
-        Progress progress(std::move(progressFunction), transferID);
+    TransferEnd end;
+    end.boxPath = boxPath;
+    end.localPath = localPath;
+    bool begun = false;
+    try {
+        end.transferID = to_string(boost::uuids::random_generator()());
+        const std::string what = std::string(direction) + " " + end.transferID + " of " + boxPath;
         BoxClient box(*channel, message, client().stallLimit);
-        const Transfer transfer{box, progress, client().chunksInFlight, client().filesInFlight,
-                                keepExisting ? Existing::Keep : Existing::Replace};
-        const std::string what = std::string(direction) + " " + transferID + " of " + boxPath;
-        code = judged(what, [&] {
-            const std::uint64_t kept =
-                mover(transfer, withoutEndingSlashes(boxPath), withoutEndingSlashes(localPath));
-            if (progress.isWanted())
-                client().lines.write(kInformation, what + " is done, " + std::to_string(kept) + " kept");
+        Progress progress(std::move(progressFunction), end.transferID);
+        begun = true;
+        Tally tally;
+        judge(end, what, [&] {
+            const Transfer transfer{box,
+                                    progress,
+                                    tally,
+                                    client().chunksInFlight,
+                                    client().filesInFlight,
+                                    keepExisting ? Existing::Keep : Existing::Replace,
+                                    SourcesAreFiles::known()};
+            mover(transfer, withoutEndingSlashes(boxPath), withoutEndingSlashes(localPath));
+            client().lines.write(kInformation,
+                                 what + " is done, " + std::to_string(tally.filesKept) + " kept");
         });
-        progress.setResult(code);
-    });
-    return begun == kDone ? code : begun;
+        end.filesKept = tally.filesKept;
+        end.bytesMoved = tally.bytesMoved;
+        progress.end(end);
+    } catch (const std::exception& exception) { // no thread for the progress function, or no memory
+        fail(end, kFailedHere, std::string(direction) + " of " + boxPath, exception.what());
+        if (!begun)
+            callEndFunction(end);
+    }
+    return end.code;
 }
 
 } // namespace

@@ -4,7 +4,7 @@
 #include "components/bulkhaul/Transfer.h"
 #include "components/bulkhaul/TreeWalk.h"
 
-#include <atomic>
+#include <algorithm>
 
 namespace bulkhaul {
 
@@ -16,35 +16,30 @@ class Downloader
 {
 public:
     Downloader(const Transfer& transfer, const std::string& boxPath)
-        : m_Transfer(transfer), m_Box(transfer.box), m_BoxPath(boxPath)
+        : m_Transfer(transfer), m_Box(transfer.box), m_Tally(transfer.tally), m_BoxPath(boxPath)
     {
     }
 
-    std::uint64_t run(const std::string& localPath)
-    {
-        move(localPath);
-        return m_Kept;
-    }
-
-private:
-    void move(const std::string& localPath)
+    void run(const std::string& localPath)
     {
         const auto [parent, name] = splitPath(localPath);
         const Folder folder = Folder::open(parent, haulbox::NOT_WRITABLE);
         const bool keep = m_Transfer.existing == Existing::Keep && isFileOrLink(folder, name);
-        // Whoever wants no progress has many files to fetch, and knows that they are files.
-        if (keep && !m_Transfer.progress.isWanted())
+        if (keep && m_Transfer.sourceIsFile) {
+            ++m_Tally.filesKept;
             return;
+        }
         haulbox::ReadRsp first;
         m_Box.askForSure(&BoxServices_Stub::read, readRequest(m_BoxPath, 0, std::string()), first);
         if (first.folder())
             moveTree(folder.below(name, Folder::Missing::Make));
         else if (keep)
-            ++m_Kept;
+            ++m_Tally.filesKept;
         else
             moveFile(folder, name, first);
     }
 
+private:
     haulbox::ReadReq readRequest(const std::string& path, std::uint64_t chunk,
                                  const std::string& version) const
     {
@@ -65,7 +60,8 @@ private:
         requireChunk(first, first.size(), 0, m_BoxPath);
         IncomingSmallFiles file(folder, IncomingSmallFiles::Names::Given, m_Transfer.existing);
         file.add(name, first.data());
-        m_Kept += file.finish();
+        m_Tally.bytesMoved += first.data().size();
+        m_Tally.filesKept += file.finish();
     }
 
     static Digest requireChunk(const haulbox::ReadRsp& response, std::uint64_t size, std::uint64_t chunk,
@@ -90,10 +86,11 @@ private:
             m_Box.askForSure(&BoxServices_Stub::read, readRequest(path, chunk, version), response);
             const Digest digest = requireChunk(response, size, chunk, path);
             file.write(chunk, response.data(), digest);
+            m_Tally.bytesMoved += response.data().size();
             m_Transfer.progress.add(response.data().size());
         });
         requireWhole(file, path, version);
-        m_Kept += file.finish() ? 0 : 1;
+        m_Tally.filesKept += file.finish() ? 0 : 1;
     }
 
     haulbox::DigestsReq digestsRequest(const std::string& path, const std::string& version) const
@@ -143,8 +140,7 @@ private:
     {
         haulbox::ListRsp page;
         list(std::string(), page);
-        if (m_Transfer.progress.isWanted())
-            m_Transfer.progress.setTotal(weightFrom(page));
+        m_Transfer.progress.setTotal(weightFrom(page));
         for (;;) {
             moveEntries(root, page);
             if (!page.more())
@@ -228,7 +224,7 @@ private:
         for (const haulbox::Entry* entry : batch) {
             if (files.keeps(entry->below())) {
                 m_Transfer.progress.add(weightOf(entry->size()));
-                ++m_Kept;
+                ++m_Tally.filesKept;
                 continue;
             }
             haulbox::Entry& wanted = *request.add_entries();
@@ -244,7 +240,7 @@ private:
             throw TransferFailure(kNotUnderstood, "the box sent another number of files than asked for");
         for (int i = 0; i < std::min(response.contents_size(), request.entries_size()); ++i)
             take(files, request.entries(i), response.contents(i));
-        m_Kept += files.finish(); // what came is kept, also when the next one failed
+        m_Tally.filesKept += files.finish(); // what came is kept, also when the next one failed
         BoxClient::require(response);
     }
 
@@ -257,6 +253,7 @@ private:
             throw TransferFailure(kCorrupted, wanted.below() + ": arrived with another size");
         verified(content.data(), content.digest(), wanted.below());
         files.add(wanted.below(), content.data());
+        m_Tally.bytesMoved += content.data().size();
     }
 
     void moveLargeEntry(const Folder& root, const haulbox::Entry& entry)
@@ -265,7 +262,7 @@ private:
         std::string name;
         const Folder& folder = folders.parentOf(entry.below(), name);
         if (m_Transfer.existing == Existing::Keep && isFileOrLink(folder, name)) {
-            ++m_Kept;
+            ++m_Tally.filesKept;
             return m_Transfer.progress.add(weightOf(entry.size()));
         }
         moveLargeFile(folder, name, m_BoxPath + "/" + entry.below(), entry.size(), entry.version());
@@ -274,15 +271,15 @@ private:
 
     const Transfer& m_Transfer;
     BoxClient& m_Box;
+    Tally& m_Tally;
     const std::string m_BoxPath;
-    std::atomic<std::uint64_t> m_Kept{0};
 };
 
 } // namespace
 
-std::uint64_t download(const Transfer& transfer, const std::string& boxPath, const std::string& localPath)
+void download(const Transfer& transfer, const std::string& boxPath, const std::string& localPath)
 {
-    return Downloader(transfer, boxPath).run(localPath);
+    Downloader(transfer, boxPath).run(localPath);
 }
 
 } // namespace bulkhaul

@@ -1,14 +1,16 @@
 #include "components/bulkhaul/Progress.h"
 
+#include "components/bulkhaul/EndFunction.h"
+
 #include <algorithm>
 
 namespace bulkhaul {
 
 namespace {
 
-constexpr int kWhole = 100;
+constexpr int kComplete = 100;
 
-void tell(const ProgressFunction& function, const std::string& transferID, int code, int percent)
+void report(const ProgressFunction& function, const std::string& transferID, int code, int percent)
 {
     try {
         function(transferID, code, percent);
@@ -22,20 +24,17 @@ void tell(const ProgressFunction& function, const std::string& transferID, int c
 Progress::Progress(ProgressFunction function, std::string transferID)
     : m_Function(std::move(function)), m_TransferID(std::move(transferID))
 {
-    if (isWanted())
+    if (m_Function)
         m_Thread = std::thread([this] { deliver(); });
 }
 
 Progress::~Progress()
 {
-    if (!isWanted())
+    if (!m_Thread.joinable())
         return;
-    {
-        const std::lock_guard<std::mutex> lock(m_Mutex);
-        m_Ended = true;
-        m_Wake.notify_one();
-    }
-    m_Thread.join();
+    TransferEnd unknown;
+    unknown.code = kFailedHere;
+    end(unknown);
 }
 
 void Progress::setTotal(std::uint64_t total)
@@ -46,46 +45,50 @@ void Progress::setTotal(std::uint64_t total)
 
 void Progress::add(std::uint64_t bytes)
 {
-    if (!isWanted())
-        return;
     const std::lock_guard<std::mutex> lock(m_Mutex);
     m_Done += bytes;
-    if (percent() > m_Told)
+    if (percent() > m_Reported)
         m_Wake.notify_one();
 }
 
-void Progress::setResult(int code)
+void Progress::end(const TransferEnd& end)
 {
-    const std::lock_guard<std::mutex> lock(m_Mutex);
-    m_Result = code;
+    if (!m_Function)
+        return callEndFunction(end);
+    {
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        m_End = &end;
+        m_Wake.notify_one();
+    }
+    m_Thread.join();
 }
 
-/// Below 100: that is told when the target stands.
+/// Below 100, which is reported at the end only.
 int Progress::percent() const
 {
     if (m_Total == 0)
         return 0;
     if (m_Done >= m_Total)
-        return kWhole - 1;
+        return kComplete - 1;
     const double part = static_cast<double>(m_Done) / static_cast<double>(m_Total);
-    return std::min(kWhole - 1, static_cast<int>(part * kWhole));
+    return std::min(kComplete - 1, static_cast<int>(part * kComplete));
 }
 
 void Progress::deliver()
 {
-    tell(m_Function, m_TransferID, 0, 0);
+    report(m_Function, m_TransferID, 0, 0);
     std::unique_lock<std::mutex> lock(m_Mutex);
     for (;;) {
-        m_Wake.wait(lock, [this] { return m_Ended || percent() > m_Told; });
-        if (m_Ended)
+        m_Wake.wait(lock, [this] { return m_End != nullptr || percent() > m_Reported; });
+        if (m_End != nullptr)
             break;
-        m_Told = percent();
-        const int told = m_Told;
+        const int reported = m_Reported = percent();
         lock.unlock();
-        tell(m_Function, m_TransferID, 0, told);
+        report(m_Function, m_TransferID, 0, reported);
         lock.lock();
     }
-    tell(m_Function, m_TransferID, m_Result, m_Result == kDone ? kWhole : m_Told);
+    callEndFunction(*m_End);
+    report(m_Function, m_TransferID, m_End->code, m_End->code == kDone ? kComplete : m_Reported);
 }
 
 } // namespace bulkhaul

@@ -2,6 +2,7 @@
 #define LUMO_BULKHAUL_PROGRESS_H
 
 #include "lumo/components/bulkhaul/Bulkhaul.h"
+#include "lumo/components/bulkhaul/TransferEnd.h"
 
 #include <condition_variable>
 #include <cstdint>
@@ -11,26 +12,26 @@
 
 namespace bulkhaul {
 
-/// Tells an application how far a transfer has come, from a thread of its own, so that the transfer never
-/// waits for it; steps that come too fast are passed over. Without a function it does nothing. `setTotal`
-/// and `add` are safe from several threads.
+/// Reports to an application how far a transfer has come, on a thread of its own, so that the transfer never
+/// waits for the application; steps that come too fast are skipped. An empty function has no thread and is
+/// not called. `setTotal` and `add` are safe from several threads.
 class Progress
 {
 public:
-    /// Tells (0, 0).
+    /// Reports (0, 0). Throws std::system_error when no thread can be started.
     Progress(ProgressFunction function, std::string transferID);
-    /// Tells (0, 100), or (code, the last percentage).
+    /// Calls `end` with kFailedHere if nobody has.
     ~Progress();
 
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    bool isWanted() const { return static_cast<bool>(m_Function); }
-    /// In bytes, from now on; percentages are told from then on.
+    /// In bytes; percentages are reported from then on.
     void setTotal(std::uint64_t total);
     void add(std::uint64_t bytes);
-    /// The result, before the end.
-    void setResult(int code);
+    /// Calls the end function of the process, then the progress function for the last time, and returns when
+    /// both have returned: with (0, 100), or with the code of `end` and the last percentage.
+    void end(const TransferEnd& end);
 
 private:
     void deliver();
@@ -42,9 +43,8 @@ private:
     std::condition_variable m_Wake;
     std::uint64_t m_Total = 0;
     std::uint64_t m_Done = 0;
-    int m_Told = 0;
-    int m_Result = kFailedHere;
-    bool m_Ended = false;
+    int m_Reported = 0;
+    const TransferEnd* m_End = nullptr;
     std::thread m_Thread;
 };
 

@@ -6,6 +6,7 @@
 #include "components/bulkhaul/Progress.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -13,19 +14,28 @@
 
 namespace bulkhaul {
 
+/// What a transfer counts. Safe from several threads.
+struct Tally
+{
+    std::atomic<std::uint64_t> filesKept{0};
+    std::atomic<std::uint64_t> bytesMoved{0}; ///< of file content, verified
+};
+
 /// One call of Download or Upload.
 struct Transfer
 {
     BoxClient& box;
     Progress& progress;
+    Tally& tally;
     int chunksInFlight;
     int filesInFlight;
     Existing existing;
+    bool sourceIsFile; ///< the caller knows it
 };
 
-/// Both return how many files were kept as they are, and throw TransferFailure or FileFailure.
-std::uint64_t download(const Transfer& transfer, const std::string& boxPath, const std::string& localPath);
-std::uint64_t upload(const Transfer& transfer, const std::string& boxPath, const std::string& localPath);
+/// Both throw TransferFailure or FileFailure.
+void download(const Transfer& transfer, const std::string& boxPath, const std::string& localPath);
+void upload(const Transfer& transfer, const std::string& boxPath, const std::string& localPath);
 
 /// What a file counts for in the progress; an empty one counts, too.
 inline std::uint64_t weightOf(std::uint64_t size)

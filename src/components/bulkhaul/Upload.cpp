@@ -5,7 +5,7 @@
 #include "components/bulkhaul/TreeWalk.h"
 
 #include <algorithm>
-#include <atomic>
+#include <cstdint>
 
 namespace bulkhaul {
 
@@ -20,11 +20,11 @@ class Uploader
 {
 public:
     Uploader(const Transfer& transfer, const std::string& boxPath)
-        : m_Transfer(transfer), m_Box(transfer.box), m_BoxPath(boxPath)
+        : m_Transfer(transfer), m_Box(transfer.box), m_Tally(transfer.tally), m_BoxPath(boxPath)
     {
     }
 
-    std::uint64_t run(const std::string& localPath)
+    void run(const std::string& localPath)
     {
         struct stat status;
         if (::stat(localPath.c_str(), &status) != 0)
@@ -33,7 +33,6 @@ public:
             moveTree(Folder::open(localPath));
         else
             moveFile(localPath);
-        return m_Kept;
     }
 
 private:
@@ -56,9 +55,7 @@ private:
             return moveLargeFile(source, std::string());
         haulbox::StoreReq request = storeRequest();
         fill(*request.add_items(), std::string(), source);
-        haulbox::StoreRsp response;
-        m_Box.askForSure(&BoxServices_Stub::store, request, response);
-        m_Kept += response.kept();
+        store(request);
     }
 
     haulbox::StoreReq storeRequest() const
@@ -91,7 +88,7 @@ private:
         haulbox::BeginRsp begun;
         m_Box.ask(&BoxServices_Stub::begin, begin, begun);
         if (begun.status() == haulbox::KEPT) {
-            ++m_Kept;
+            ++m_Tally.filesKept;
             return m_Transfer.progress.add(source.size());
         }
         BoxClient::require(begun);
@@ -109,6 +106,7 @@ private:
             request.set_digest(toBytes(digests[chunk]));
             haulbox::WriteRsp response;
             m_Box.askForSure(&BoxServices_Stub::write, request, response);
+            m_Tally.bytesMoved += request.data().size();
             m_Transfer.progress.add(request.data().size());
         });
         source.requireUnchanged();
@@ -117,7 +115,7 @@ private:
         finish.set_digest(toBytes(digestOf(digests)));
         haulbox::FinishRsp finished;
         m_Box.askForSure(&BoxServices_Stub::finish, finish, finished);
-        m_Kept += finished.kept() ? 1 : 0;
+        m_Tally.filesKept += finished.kept() ? 1 : 0;
     }
 
     /// The chunks that the box does not have from an earlier attempt, or as the old target.
@@ -234,7 +232,9 @@ private:
         m_Box.askForSure(&BoxServices_Stub::store, request, response);
         if (!response.wanted().empty())
             throw TransferFailure(kNotUnderstood, "the box wants what it was sent");
-        m_Kept += response.kept();
+        m_Tally.filesKept += response.kept();
+        for (const haulbox::Item& item : request.items())
+            m_Tally.bytesMoved += item.data().size();
     }
 
     /// Sends the digests first and then what the box does not have: an attempt before this one may have
@@ -253,7 +253,7 @@ private:
         }
         haulbox::StoreRsp response;
         m_Box.askForSure(&BoxServices_Stub::store, question, response);
-        m_Kept += response.kept();
+        m_Tally.filesKept += response.kept();
         if (response.wanted().empty())
             return;
         haulbox::StoreReq rest = storeRequest();
@@ -269,16 +269,16 @@ private:
 
     const Transfer& m_Transfer;
     BoxClient& m_Box;
+    Tally& m_Tally;
     const std::string m_BoxPath;
-    bool m_Probing = false; ///< the target was there before
-    std::atomic<std::uint64_t> m_Kept{0};
+    bool m_Probing = false; ///< the target existed before
 };
 
 } // namespace
 
-std::uint64_t upload(const Transfer& transfer, const std::string& boxPath, const std::string& localPath)
+void upload(const Transfer& transfer, const std::string& boxPath, const std::string& localPath)
 {
-    return Uploader(transfer, boxPath).run(localPath);
+    Uploader(transfer, boxPath).run(localPath);
 }
 
 } // namespace bulkhaul

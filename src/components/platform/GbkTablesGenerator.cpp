@@ -1,6 +1,6 @@
-// Writes the tables of code page 936 as C++ initialisers, taken from ICU's converter windows-936.
-// Only exact mappings are taken: ICU's fallbacks turn some characters into others that look alike,
-// and a few into control characters.
+// Writes the tables of code page 936 as C++ initialisers, taken from ICU's converter windows-936. From
+// Unicode they have ICU's fallbacks, too: the similar character that stands in for one that the code page
+// lacks.
 
 #include <unicode/ucnv.h>
 
@@ -15,7 +15,7 @@ namespace {
 
 using Converter = std::unique_ptr<UConverter, decltype(&ucnv_close)>;
 
-Converter openGbk()
+Converter openGbk(bool withFallbacks)
 {
     UErrorCode status = U_ZERO_ERROR;
     Converter converter(ucnv_open("windows-936", &status), &ucnv_close);
@@ -23,6 +23,7 @@ Converter openGbk()
     ucnv_setFromUCallBack(converter.get(), UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
     if (U_FAILURE(status))
         throw std::runtime_error(u_errorName(status));
+    ucnv_setFallback(converter.get(), withFallbacks);
     return converter;
 }
 
@@ -36,7 +37,7 @@ unsigned int decode(UConverter* gbk, const char* bytes, int length)
     return U_SUCCESS(status) && count == 1 ? units[0] : 0xFFFD;
 }
 
-/// The bytes of one UTF-16 unit, the lead byte in the higher half; '?' when there are none.
+/// The bytes of one UTF-16 unit, the lead byte in the higher half; '?' when it has none.
 unsigned int encode(UConverter* gbk, char16_t unit)
 {
     UErrorCode status = U_ZERO_ERROR;
@@ -46,6 +47,9 @@ unsigned int encode(UConverter* gbk, char16_t unit)
     if (U_FAILURE(status) || count < 1 || count > 2)
         return '?';
     const unsigned int first = static_cast<unsigned char>(bytes[0]);
+    // A few arrows would become control characters, whose old glyphs look alike.
+    if (first < 0x20 && first != unit)
+        return '?';
     return count == 1 ? first : first << 8 | static_cast<unsigned char>(bytes[1]);
 }
 
@@ -60,7 +64,8 @@ void writeTable(std::ostream& out, const char* declaration, int count, const Val
 
 void writeTables(std::ostream& out)
 {
-    const Converter gbk = openGbk();
+    const Converter gbk = openGbk(false);
+    const Converter fittingGbk = openGbk(true);
     writeTable(out, "constexpr char16_t kGbkByteToUnit[256]", 256, [&](int i) {
         const char byte = static_cast<char>(i);
         return decode(gbk.get(), &byte, 1);
@@ -71,7 +76,7 @@ void writeTables(std::ostream& out)
         return decode(gbk.get(), pair, 2);
     });
     writeTable(out, "constexpr std::uint16_t kUnitToGbk[65536]", 65536,
-               [&](int i) { return encode(gbk.get(), static_cast<char16_t>(i)); });
+               [&](int i) { return encode(fittingGbk.get(), static_cast<char16_t>(i)); });
 }
 
 } // namespace

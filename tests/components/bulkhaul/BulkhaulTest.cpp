@@ -1,4 +1,6 @@
 #include "lumo/components/bulkhaul/Bulkhaul.h"
+#include "lumo/components/bulkhaul/TransferEnd.h"
+#include "lumo/components/wirecall/RpcChannel.h"
 
 #include <gtest/gtest.h>
 
@@ -47,4 +49,22 @@ TEST(Bulkhaul, EveryStatusLineComesOnAThreadOfTheClientBeforeTheEnd)
     ASSERT_TRUE(bulkhaul::StartBulkhaul(1, 1, reckless)); // a client that ended starts again
     bulkhaul::EndBulkhaul();
     EXPECT_EQ(lines.size(), 5u);
+}
+
+TEST(Bulkhaul, AnEndFunctionThatUnsetsItselfAndThrowsIsCalledOnceAndHarmsNothing)
+{
+    std::string error;
+    wirecall::ChannelOptions options;
+    options.address = "127.0.0.1:1";
+    const auto channel = wirecall::openChannel(options, error);
+    std::string reason;
+    bulkhaul::setEndFunction([&](const bulkhaul::TransferEnd& end) {
+        bulkhaul::setEndFunction({});
+        reason += end.reason;
+        throw reason;
+    });
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(bulkhaul::Upload(channel, "/x", "none\n\xFF", false, {}, nullptr, nullptr),
+                  bulkhaul::kNotFound);
+    EXPECT_EQ(reason, "none \uFFFD: No such file or directory");
 }

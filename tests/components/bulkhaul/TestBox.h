@@ -5,6 +5,7 @@
 #include "centre/endpoint/Faults.h"
 #include "centre/endpoint/FaultyService.h"
 #include "lumo/components/bulkhaul/Bulkhaul.h"
+#include "lumo/components/bulkhaul/TransferEnd.h"
 #include "lumo/components/wirecall/RpcChannel.h"
 #include "lumo/components/wirecall/RpcServer.h"
 #include "tests/support/Files.h"
@@ -21,6 +22,7 @@
 #include <mutex>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace fs = std::filesystem;
@@ -156,8 +158,16 @@ protected:
         fs::create_directories(here());
         catalogue = std::make_unique<TestCatalogue>(box().string());
         bulkhaul::setStallLimit(60000);
+        bulkhaul::setEndFunction([this](const bulkhaul::TransferEnd& ended) {
+            end = ended;
+            endThread = std::this_thread::get_id();
+        });
     }
-    ~TransferTest() override { fs::remove_all(m_Folder); }
+    ~TransferTest() override
+    {
+        bulkhaul::setEndFunction({});
+        fs::remove_all(m_Folder);
+    }
 
     fs::path box() const { return m_Folder / "box"; }
     fs::path here() const { return m_Folder / "here"; }
@@ -170,8 +180,14 @@ protected:
         google::protobuf::StringValue message;
         message.set_value("ada");
         const auto mover = way == Way::Down ? &bulkhaul::Download : &bulkhaul::Upload;
-        return mover(channel, (box() / name).string(), (here() / name).string(), keepExisting, progress,
-                     &message, nullptr);
+        end = {};
+        const int code = mover(channel, (box() / name).string(), (here() / name).string(), keepExisting,
+                               progress, &message, nullptr);
+        EXPECT_EQ(end.code, code);
+        EXPECT_EQ(end.reason.empty(), code == bulkhaul::kDone);
+        EXPECT_EQ(end.boxPath, (box() / name).string());
+        EXPECT_EQ(end.localPath, (here() / name).string());
+        return code;
     }
 
     int move(Way way, TestBox& testBox, const std::string& name, bool keepExisting = false,
@@ -181,6 +197,8 @@ protected:
     }
 
     std::unique_ptr<TestCatalogue> catalogue;
+    bulkhaul::TransferEnd end; ///< of the last transfer
+    std::thread::id endThread;
 
 private:
     fs::path m_Folder;

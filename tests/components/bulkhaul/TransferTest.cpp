@@ -27,9 +27,10 @@ TEST_F(TransferTest, FoldersAndFilesOfEverySizeArriveAsTheyAreBothWays)
         const std::string name = way == Way::Down ? "down" : "up";
         const fs::path root = source(way) / name;
         unsigned seed = 0;
+        std::size_t bytes = 150 * 100;
         for (const std::size_t size :
              {std::size_t(0), std::size_t(1), std::size_t(4096), kMiB - 1, kMiB, kMiB + 1, 3 * kMiB + 5})
-            writeFile(root / "尺寸" / std::to_string(size), content(size, ++seed));
+            writeFile(root / "尺寸" / std::to_string(size), content(size, ++seed)), bytes += size;
         for (int i = 0; i < 150; ++i) // more than one batch
             writeFile(root / ("d" + std::to_string(i % 7)) / std::to_string(i), content(100, ++seed));
         fs::create_directories(root / "空文件夹" / "empty");
@@ -39,10 +40,15 @@ TEST_F(TransferTest, FoldersAndFilesOfEverySizeArriveAsTheyAreBothWays)
                        [&](const std::string& id, int code, int percent) {
                            EXPECT_EQ(id.size(), 36u);
                            told.emplace_back(code, percent);
-                           if (percent == 100)
+                           EXPECT_EQ(end.transferID, percent == 100 ? id : "");
+                           if (percent == 100) {
+                               EXPECT_EQ(endThread, std::this_thread::get_id());
                                EXPECT_EQ(treeOf(target(way) / name), treeOf(root));
+                           }
                        }),
                   kDone);
+        EXPECT_EQ(end.bytesMoved, bytes);
+        EXPECT_EQ(end.filesKept, 0u);
         EXPECT_EQ(treeOf(target(way) / name), treeOf(root));
         EXPECT_EQ(told.front(), std::make_pair(0, 0));
         EXPECT_EQ(told.back(), std::make_pair(0, 100));
@@ -72,8 +78,13 @@ TEST_F(TransferTest, AnExistingTargetIsReplacedOrKept)
             const std::string old = summary(content(size, 2));
             for (const std::string name : {"file", "tree"}) {
                 EXPECT_EQ(move(way, testBox, name, true), kDone);
+                EXPECT_EQ(end.filesKept, 1u);
+                EXPECT_LE(end.bytesMoved,
+                          way == Way::Down ? 0u : 10u); // a box may be asked with a small file
                 EXPECT_EQ(summaryOf(target(way) / (name == "file" ? name : "tree/file")), old);
                 EXPECT_EQ(move(way, testBox, name, false), kDone);
+                EXPECT_EQ(end.filesKept, 0u);
+                EXPECT_EQ(end.bytesMoved, size);
                 EXPECT_EQ(summaryOf(target(way) / (name == "file" ? name : "tree/file")), fresh);
             }
             writeFile(target(way) / "file", content(1, 3)); // of another size
@@ -278,10 +289,11 @@ TEST_F(TransferTest, SourcesAndTargetsThatCanNotBeUsedHaveCodesOfTheirOwn)
     EXPECT_EQ(download(root + "link", here() / "x"), kWrongKind);
     EXPECT_EQ(download(root + "file", here() / "folder"), kWrongKind);
     EXPECT_EQ(download(root + "folder2", here() / "file2"), kWrongKind);
-    EXPECT_EQ(Download(
-                  testBox.channel(), root + "folder2", (here() / "file2").string(), true,
-                  [](const std::string&, int, int) {}, nullptr, nullptr),
-              kWrongKind);
+    const auto downloadKeeping = [&](const std::string& from) {
+        return Download(testBox.channel(), from, (here() / "file2").string(), true, {}, nullptr, nullptr);
+    };
+    EXPECT_EQ(downloadKeeping(root + "folder2"), kWrongKind);
+    EXPECT_EQ(endThread, std::this_thread::get_id());
     EXPECT_EQ(download(root + "file", here() / "none/x"), kNotWritable);
     EXPECT_EQ(download(root + "file", here() / ".."), kUnsafeName);
     EXPECT_EQ(upload(here() / "none", root + "x"), kNotFound);
@@ -298,6 +310,10 @@ TEST_F(TransferTest, SourcesAndTargetsThatCanNotBeUsedHaveCodesOfTheirOwn)
     EXPECT_FALSE(fs::exists(box() / "x"));
     testBox.stop();
     EXPECT_EQ(download(root + "file", here() / "x"), kNoConnection);
+    EXPECT_EQ(downloadKeeping(root + "file"), kNoConnection);
+    const SourcesAreFiles option; // so that the box need not say that it is one
+    EXPECT_EQ(downloadKeeping(root + "file"), kDone);
+    EXPECT_EQ(end.filesKept, 1u);
 }
 
 TEST_F(TransferTest, TransfersToOneTargetNeverMix)

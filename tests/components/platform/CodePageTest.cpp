@@ -52,6 +52,7 @@ public:
         ucnv_setFromUCallBack(m_Converter.get(), UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr,
                               &m_Status);
         EXPECT_TRUE(U_SUCCESS(m_Status));
+        ucnv_setFallback(m_Converter.get(), true);
     }
 
     /// Empty when the bytes are not a whole text of this code page.
@@ -115,19 +116,26 @@ TEST(CodePage, DecodesEveryPairOfBytesAsIcuDoes)
     }
 }
 
-TEST(CodePage, EncodesEveryUnitAsIcuDoesAndTheRestAsQuestionMarks)
+TEST(CodePage, EncodesEveryUnitAsIcuDoesWithTheSimilarCharacterOrAQuestionMarkForWhatIsMissing)
 {
     IcuGbk icu;
-    int mapped = 0;
+    int exact = 0;
+    int similar = 0;
     for (int value = 0; value <= 0xFFFF; ++value) {
         const auto unit = static_cast<char16_t>(value);
         std::string expected = icu.encode(unit);
-        mapped += !expected.empty();
-        if (expected.empty())
+        const bool isControl = expected.size() == 1 && expected[0] >= 0 && expected[0] < ' ';
+        if (expected.empty() || (isControl && unit >= ' '))
             expected = "?";
         ASSERT_EQ(fromUtf16(kGbkCodePage, {unit}), expected) << value;
+        const bool same = toUtf16(kGbkCodePage, expected) == std::u16string{unit};
+        exact += same;
+        similar += !same && expected != "?";
     }
-    EXPECT_GT(mapped, 24000);
+    EXPECT_EQ(exact, 24070);
+    EXPECT_EQ(similar, 412);
+    EXPECT_EQ(fromUtf16(kGbkCodePage, u"\u00A3\u00B2\u00C0\u00A6\uFFE9\uD55C"), "\xA1\xEA"
+                                                                                "2\xA8\xA4|??");
 }
 
 TEST(CodePage, CarriesEveryCharacterThroughUtf8)

@@ -95,6 +95,29 @@ LUMO_EXPORT int Upload(const boost::shared_ptr<wirecall::RpcChannel>& channel, c
                        const std::string& localPath, bool keepExisting, ProgressFunction progress,
                        const google::protobuf::Message* message, google::protobuf::Message* reserved);
 
+/// While one lives on a thread, each download that the thread starts is of a file, and the caller knows it. A
+/// file or link that `keepExisting` keeps is then done without a request to the box, which otherwise has to
+/// say first whether the source is a folder: many calls for a file each, in a tree that mostly exists, save
+/// most of their time.
+///
+/// Everything is in this header, so that a program with a bulk transfer client of its own needs no more than
+/// the functions above.
+class LUMO_EXPORT SourcesAreFiles
+{
+public:
+    SourcesAreFiles() : m_Before(s_Active) { s_Active = true; }
+    ~SourcesAreFiles() { s_Active = m_Before; }
+    SourcesAreFiles(const SourcesAreFiles&) = delete;
+    SourcesAreFiles& operator=(const SourcesAreFiles&) = delete;
+
+    /// Whether one lives on this thread.
+    static bool known() { return s_Active; }
+
+private:
+    static inline thread_local bool s_Active = false;
+    const bool m_Before;
+};
+
 } // namespace bulkhaul
 
 #endif

@@ -7,10 +7,10 @@
 
 /// Code pages: the single- and double-byte encodings that the records of the library are in.
 ///
-/// Conversion never fails on content: a byte that does not decode becomes U+FFFD, a UTF-16 unit
-/// that the target code page lacks becomes '?' (so a character beyond U+FFFF gives two). A code page
-/// other than the two below converts nothing and gives 0. All functions are safe from any thread and
-/// allocate nothing.
+/// Conversion never fails on content. A byte that does not decode becomes U+FFFD. A UTF-16 unit that the
+/// target code page lacks becomes the similar character that the platform's best fit gives it ("2" for
+/// U+00B2), or '?' where there is none (so a character above U+FFFF gives two). A code page other than the
+/// two below converts nothing and gives 0. All functions are safe from any thread and allocate nothing.
 namespace platform {
 
 constexpr unsigned int kGbkCodePage = 936;    ///< simplified Chinese, as windows-936

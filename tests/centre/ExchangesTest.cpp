@@ -1,0 +1,223 @@
+// Plays the files of the folder exchanges/, whose form is explained in its file FORM.
+
+#include "centre/content/Version.h"
+#include "tests/centre/CentreSupport.h"
+#include "tests/support/Wildcard.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <google/protobuf/stubs/strutil.h>
+
+#include <algorithm>
+#include <functional>
+#include <regex>
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+namespace {
+
+/// The text before `separator`, without blanks at its ends; the rest goes to `text`.
+std::string cut(std::string& text, const std::string& separator)
+{
+    const auto trimmed = [](const std::string& from) {
+        const std::size_t begin = from.find_first_not_of(' ');
+        return begin == std::string::npos ? "" : from.substr(begin, from.find_last_not_of(' ') - begin + 1);
+    };
+    const std::size_t end = text.find(separator);
+    std::string head = trimmed(text.substr(0, end));
+    text = end == std::string::npos ? "" : trimmed(text.substr(end + separator.size()));
+    return head;
+}
+
+class Exchanges : public CentreTest, public testing::WithParamInterface<std::string>
+{
+protected:
+    void play(const std::string& line)
+    {
+        std::string rest = replaced(line);
+        const std::string verb = cut(rest, " ");
+        const auto setUp = m_SetUps.find(verb);
+        if (setUp != m_SetUps.end())
+            setUp->second(rest);
+        else
+            exchange(verb, rest);
+    }
+
+private:
+    using Words = std::vector<std::string>;
+
+    /// With $NAME replaced by its text, and {disk/folder/file} by its identifier.
+    std::string replaced(std::string line)
+    {
+        std::smatch found;
+        while (std::regex_search(line, found, std::regex("\\$(\\w+)")))
+            line = found.prefix().str() + m_Texts.at(found[1]) + found.suffix().str();
+        while (std::regex_search(line, found, std::regex("\\{([^{}\" ]*/[^{}\" ]*)\\}")))
+            line = found.prefix().str() + std::to_string(catalogueOf(m_Store).at(found[1])) +
+                   found.suffix().str();
+        return line;
+    }
+
+    void exchange(const std::string& operation, std::string& rest)
+    {
+        const std::string request = cut(rest, "->");
+        const std::string answer = cut(rest, "!!");
+        if (!m_Centre)
+            serveAs({});
+        const std::string answered = ask(operation, request);
+        EXPECT_THAT(answered, Fits(answer));
+        if (rest.empty()) {
+            EXPECT_EQ(m_Errors, "");
+            return;
+        }
+        EXPECT_THAT(m_Errors, AnyOf("lumo-centre: " + rest + "\n",
+                                    AllOf(HasSubstr("lumo-centre: " + operation + ": "), HasSubstr(rest))));
+        EXPECT_LT(m_Errors.size(), 1000u);
+        if (answered.find("failed: ") == 0 || answered.find("error_text: ") != std::string::npos)
+            EXPECT_THAT(answered, HasSubstr(rest));
+    }
+
+    void serveAs(const Words& copyRoots)
+    {
+        centre::ServeOptions options;
+        for (const std::string& root : copyRoots)
+            options.copyRoots.push_back(m_Data.below(root));
+        serve(options);
+        m_Texts["root"] = copyRoots.empty() ? "" : m_Centre->copyRoots().front();
+    }
+
+    /// A line that can't be loaded takes those before and after it along.
+    void refuse(std::string rest)
+    {
+        const std::string line = cut(rest, "!!");
+        const std::string good = m_Texts.at("good");
+        expectError(centre::ExitCode::Failed, rest, [&] {
+            try {
+                load(good + "\n\n" + line + "\n" + good);
+            } catch (const centre::Error& error) {
+                EXPECT_THAT(error.what(), testing::StartsWith("file:3: "));
+                throw;
+            }
+        });
+    }
+
+    void add(const Words& words)
+    {
+        const auto word = [&words](std::size_t i) { return i < words.size() ? words[i] : ""; };
+        if (word(0) == "company")
+            m_Store.addCompany(word(1));
+        else if (word(0) == "user")
+            m_Tokens[word(1)] = m_Store.addUser(word(1), word(2), word(3) != "read-only");
+        else if (word(0) == "box")
+            m_Store.addBox(word(1), word(2));
+        else if (word(0) == "disk")
+            m_Store.addDisk(word(1), word(2), word(3), word(4));
+        else if (word(0) == "files")
+            m_Store.addMadeUpFiles(std::stoul(word(1)), std::stoul(word(2)));
+        else if (word(0) == "version")
+            addVersion(m_Store,
+                       {word(1) == "module" ? centre::VersionKind::Module : centre::VersionKind::Program,
+                        word(2), word(3), m_Data.below(word(4)), word(5), word(6), word(7), word(8)});
+        else
+            ADD_FAILURE() << "nothing to add";
+    }
+
+    static Words wordsOf(const std::string& text)
+    {
+        std::istringstream stream(text);
+        return {std::istream_iterator<std::string>(stream), {}};
+    }
+
+    std::map<std::string, std::string> m_Texts{{"data", fs::canonical(m_Data.below("")).string()}};
+    std::map<std::string, std::string> m_Tokens{{"demo", m_Data.token()}};
+    const std::map<std::string, std::function<void(std::string)>> m_SetUps = {
+        {"let",
+         [this](std::string rest) {
+             const std::string name = cut(rest, " ");
+             m_Texts[name] = rest;
+         }},
+        {"add", [this](const std::string& rest) { add(wordsOf(rest)); }},
+        {"sql", [this](const std::string& rest) { m_Store.database().exec(rest); }},
+        {"load", [this](const std::string& rest) { load(rest); }},
+        {"refuse", [this](const std::string& rest) { refuse(rest); }},
+        {"value",
+         [this](std::string rest) {
+             const std::string sql = cut(rest, "->");
+             EXPECT_EQ(value(sql), rest);
+         }},
+        {"file",
+         [this](std::string rest) {
+             const std::string name = cut(rest, " ");
+             m_Data.makeFile(name, google::protobuf::UnescapeCEscapeString(rest));
+         }},
+        {"size",
+         [this](std::string rest) {
+             const std::string name = cut(rest, " ");
+             fs::resize_file(m_Data.below(name), std::stoull(rest));
+         }},
+        {"sample",
+         [this](std::string rest) {
+             const std::string name = cut(rest, " ");
+             fs::create_directories(fs::path(m_Data.below(rest)).parent_path());
+             fs::copy(LUMO_SAMPLES "/" + name, m_Data.below(rest), fs::copy_options::recursive);
+         }},
+        {"link",
+         [this](std::string rest) {
+             const std::string name = cut(rest, " ");
+             fs::create_symlink(rest, m_Data.below(name));
+         }},
+        {"content",
+         [this](std::string rest) {
+             const std::string name = cut(rest, " ");
+             EXPECT_EQ(fs::exists(m_Data.below(name)) ? readFile(m_Data.below(name)) : "none", rest);
+         }},
+        {"same",
+         [this](std::string rest) {
+             const std::string name = cut(rest, " ");
+             EXPECT_EQ(summaryOf(m_Data.below(name)), summaryOf(m_Data.below(rest)));
+         }},
+        {"import",
+         [this](const std::string& rest) {
+             const Words words = wordsOf(rest);
+             import(words.at(0), words.at(0), words.at(1));
+         }},
+        {"serve", [this](const std::string& rest) { serveAs(wordsOf(rest)); }},
+        {"as", [this](const std::string& rest) { callWith(m_Tokens.at(rest)); }},
+    };
+};
+
+TEST_P(Exchanges, AreAnsweredAsWritten)
+{
+    std::istringstream lines(readFile(LUMO_EXCHANGES "/" + GetParam() + ".txt"));
+    std::string statement;
+    int number = 0;
+    const auto finish = [&] {
+        SCOPED_TRACE(GetParam() + ".txt before line " + std::to_string(number) + ": " + statement);
+        if (!statement.empty())
+            play(statement);
+        statement.clear();
+    };
+    for (std::string line; ++number, std::getline(lines, line);) {
+        const bool goesOn = !line.empty() && line[0] == ' ';
+        if (!goesOn)
+            finish();
+        if (!line.empty() && line[0] != '#')
+            statement += goesOn ? line.substr(line.find_first_not_of(' ') - 1) : line;
+    }
+    finish();
+}
+
+std::vector<std::string> names()
+{
+    std::vector<std::string> found;
+    for (const auto& entry : fs::directory_iterator(LUMO_EXCHANGES))
+        if (entry.path().extension() == ".txt")
+            found.push_back(entry.path().stem().string());
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, Exchanges, testing::ValuesIn(names()),
+                         [](const auto& one) { return one.param; });
+
+} // namespace
