@@ -36,7 +36,7 @@ void checkAddress(const std::string& address)
     const bool otherForm = host.find_first_of(" \t\r\n/") != std::string::npos ||
                            (!bracketed && host.find(':') != std::string::npos);
     if (host.empty() || otherForm || !digits || std::stoul(port) == 0 || std::stoul(port) > 65535)
-        refuse("'" + address + "' is no address of a centre: write HOST:PORT, as in localhost:7400");
+        refuse("'" + address + "' is not the address of a centre: write HOST:PORT, as in localhost:7400");
 }
 
 std::string readToken(const std::string& path)
@@ -53,7 +53,7 @@ std::string readToken(const std::string& path)
         token.pop_back();
     const auto visible = [](unsigned char byte) { return byte > 0x20 && byte < 0x7F; };
     if (!std::all_of(token.begin(), token.end(), visible) || (std::getline(file, rest) && !rest.empty()))
-        refuse("'" + path + "' holds no token: a token is one line of ASCII without blanks");
+        refuse("'" + path + "' does not hold a token: a token is one line of ASCII without blanks");
     return token;
 }
 
@@ -68,7 +68,7 @@ void checkCertificate(const std::string& path)
     for (std::string line; std::getline(file, line);)
         if (line.find("BEGIN CERTIFICATE") != std::string::npos)
             return;
-    refuse("'" + path + "' holds no certificate: give a PEM file, with a line BEGIN CERTIFICATE");
+    refuse("'" + path + "' does not hold a certificate: give a PEM file, with a line BEGIN CERTIFICATE");
 }
 
 hubline::Security securityOf(const Options& options)

@@ -64,7 +64,7 @@ Kind kind(const char* word, ENUM_DATA_TYPE number, const char* typeName, GetOne<
           GetList<Record> getList, GetList<Record> getInProject, GetMarked<Record> getMarked)
 {
     const auto find = [word, get](const std::string& text) -> FindRecord {
-        const unsigned int id = parseIdentifier(text, std::string("identifier of a ") + word);
+        const unsigned int id = parseIdentifier(text, word);
         return [word, get, id](Session& session) {
             auto record = markedRecord<Record>();
             if (!answered(session, (session.manager.*get)(id, record)))
@@ -143,7 +143,7 @@ const Kind& kindNamed(const std::string& word)
     for (const Kind& known : kinds())
         if (word == known.word)
             return known;
-    refuse("'" + word + "' is no kind of record; the kinds are " + kindWords());
+    refuse("'" + word + "' is not a kind of record; the kinds are " + kindWords());
 }
 
 const Kind* kindOfType(const Text& typeName)
@@ -174,7 +174,7 @@ unsigned int parseIdentifier(const std::string& text, const std::string& what)
 {
     const auto id = identifierOf(text);
     if (!id)
-        refuse("'" + text + "' is no " + what + ": write its number");
+        refuse("'" + text + "' is not a " + what + " identifier: write its number");
     return *id;
 }
 
@@ -206,7 +206,7 @@ TypeName parseType(const std::string& text)
     } else if (const auto id = identifierOf(text)) {
         type.id = *id;
     } else {
-        refuse("'" + text + "' is no type: write its number, or PROJECT/TYPENAME as in north/DEM");
+        refuse("'" + text + "' is not a type: write its number, or PROJECT/TYPENAME as in north/DEM");
     }
     return type;
 }

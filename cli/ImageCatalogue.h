@@ -1,8 +1,8 @@
 #ifndef LUMO_CLI_IMAGECATALOGUE_H
 #define LUMO_CLI_IMAGECATALOGUE_H
 
-#include "cli/RecordOutput.h"
 #include "cli/Session.h"
+#include "cli/output/RecordOutput.h"
 
 #include <cstring>
 #include <functional>

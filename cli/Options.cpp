@@ -33,17 +33,17 @@ std::string defaultProfile()
 
 void applySetting(CLI::App& app, const std::string& path, const CLI::ConfigItem& item)
 {
-    // Where the reader enters and leaves a section; the settings in one are told by their full names.
+    // The reader reports where a section begins and ends; settings in it have a full name.
     if (item.name == "++" || item.name == "--")
         return;
     CLI::Option* const option =
         item.fullname() == "profile" ? nullptr : app.get_option_no_throw("--" + item.fullname());
     if (option == nullptr || !option->get_configurable()) {
         refuse(path + ": '" + item.fullname() +
-               "' is no setting; settings are the long options without their "
+               "' is not a setting; settings are the long options without their "
                "dashes, as in: centre = localhost:7400");
     }
-    // Read from the command line or the environment, which go first.
+    // Set on the command line or in the environment, which take precedence.
     if (option->count() > 0)
         return;
     try {
@@ -67,7 +67,7 @@ void addOptions(CLI::App& app, Options& options)
     };
     const auto flag = [&app](const char* name, bool& value, const char* environment, const char* group,
                              const char* description) {
-        // A blank in place of the variable's name, which the footer tells.
+        // A blank in place of the name of the variable, which is in the footer.
         return app.add_flag(name, value, description)->envname(environment)->group(group)->option_text(" ");
     };
     add("--centre", options.centre, "LUMO_CENTRE", kConnection, "The centre's address")
@@ -107,7 +107,7 @@ void applyProfile(CLI::App& app, Options& options)
     std::error_code ignored;
     if (!file || std::filesystem::is_directory(path, ignored))
         refuse("can't read the profile '" + path + "'");
-    // A value is all that stands behind the '=', blanks, commas and '#' too.
+    // A value is all that follows the '=', blanks, commas and '#' too.
     CLI::ConfigINI ini;
     ini.comment('\n')->arrayBounds('\n', '\n')->arrayDelimiter('\n');
     for (const CLI::ConfigItem& item : ini.from_config(file))
@@ -130,7 +130,7 @@ unsigned int parseTimeout(const std::string& text)
             number <= std::numeric_limits<unsigned int>::max() / known.milliseconds)
             return number * known.milliseconds;
     refuse("'" + text +
-           "' is no time limit: write a whole number and its unit, as in 500ms, 10s or "
+           "' is not a time limit: write a whole number and its unit, as in 500ms, 10s or "
            "2m; 0 for no limit");
 }
 

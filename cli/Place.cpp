@@ -1,6 +1,7 @@
 #include "cli/Place.h"
 
 #include "cli/ExitCode.h"
+#include "cli/output/DisplayText.h"
 
 #include "lumo/components/platform/Utf8.h"
 
@@ -13,7 +14,7 @@ namespace {
 [[noreturn]] void refusePlace(const std::string& text)
 {
     refuse("'" + text +
-           "' is no place: write a path such as /disk/folder/file, or an identifier such as "
+           "' is not a valid place: write a path such as /disk/folder/file, or an identifier such as "
            "disk:1, folder:12 or file:33");
 }
 

@@ -4,8 +4,6 @@
 #include "cli/Catalogue.h"
 #include "cli/Journal.h"
 
-#include <functional>
-
 namespace cli {
 
 /// What a command works with once it is connected.
@@ -16,9 +14,6 @@ struct Session
     Journal& journal;
     bool json;
 };
-
-/// A command with all that it was given: prints to standard output, as text or as JSON; throws Failure.
-using Action = std::function<void(Session&)>;
 
 } // namespace cli
 

@@ -1,6 +1,6 @@
 #include "cli/Connection.h"
-#include "cli/Output.h"
 #include "cli/Program.h"
+#include "cli/output/Output.h"
 
 #include "lumo/components/bulkhaul/Bulkhaul.h"
 
@@ -14,19 +14,18 @@ using cli::ExitCode;
 void execute(int argc, char** argv)
 {
     cli::Program program;
-    const cli::Action action = program.parse(argc, argv);
-    if (action) {
+    if (const auto command = program.parse(argc, argv)) {
         const cli::Options& options = program.options();
         cli::Journal journal(options.log);
         const cli::Connection connection(options, journal);
         cli::Catalogue catalogue(connection.manager(), journal);
         cli::Session session{connection.manager(), catalogue, journal, options.json};
-        action(session);
+        command->run(session);
     }
     cli::flushOutput();
 }
 
-int tell(ExitCode code, const std::string& message)
+int report(ExitCode code, const std::string& message)
 {
     if (!message.empty())
         cli::complain(message);
@@ -37,18 +36,18 @@ int tell(ExitCode code, const std::string& message)
 
 int main(int argc, char** argv)
 {
-    // What goes wrong on the wire is told in lumo's own message; the RPC library's lines would stand above
-    // it.
+    // lumo reports what goes wrong on the wire in a message of its own; the RPC library would print its lines
+    // above it.
     setenv("GRPC_VERBOSITY", "NONE", 0);
-    static_cast<void>(
-        std::signal(SIGXFSZ, SIG_IGN)); // a file that may not grow further is a failure, not the end
+    // A file that reaches the limit of its size is a failed write, not the end of the process.
+    static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
     bulkhaul::keepFreedMemory();
     try {
         execute(argc, argv);
         return 0;
     } catch (const cli::Failure& failure) {
-        return tell(failure.code(), failure.what());
+        return report(failure.code(), failure.what());
     } catch (const std::exception& error) {
-        return tell(ExitCode::Other, error.what());
+        return report(ExitCode::Other, error.what());
     }
 }

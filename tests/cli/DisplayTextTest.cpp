@@ -1,5 +1,5 @@
-#include "cli/DisplayText.h"
-#include "cli/Output.h"
+#include "cli/output/DisplayText.h"
+#include "cli/output/Output.h"
 
 #include <gtest/gtest.h>
 

@@ -182,7 +182,7 @@ TEST_F(LumoChanges, LinksFoldersCommentsAndMarksAreSeenAtOnce)
         const json list = parsed({table, "list"});
         EXPECT_EQ(list.back()["content"], longText);
         EXPECT_EQ(list.back()["state"], "yes");
-        fails({table, "show", "99"}, 7, "knows no");
+        fails({table, "show", "99"}, 7, "the centre has no");
     }
     EXPECT_THAT(done({"comment", "texts"}), testing::StartsWith("checked\nlost\ncloudy\n"));
     EXPECT_EQ(done({"comment", "texts", "checked"}), "开\n");
@@ -194,7 +194,7 @@ TEST_F(LumoChanges, LinksFoldersCommentsAndMarksAreSeenAtOnce)
     ASSERT_EQ(marked.size(), 1U);
     EXPECT_EQ(marked[0]["imageID"], 2);
     done({"mark", "unlink", "sat", "2", "1"});
-    fails({"mark", "unlink", "sat", "2", "1"}, 7, "lumo: sat 2 does not bear mark 1");
+    fails({"mark", "unlink", "sat", "2", "1"}, 7, "lumo: sat 2 does not have mark 1");
     EXPECT_EQ(done({"search", "--mark", "1", "--sensor", "T"}), "(nothing found)\n");
 }
 

@@ -1,4 +1,4 @@
-#include "cli/RecordOutput.h"
+#include "cli/output/RecordOutput.h"
 #include "tests/cli/CentreProcess.h"
 
 #include <gmock/gmock.h>
@@ -201,7 +201,7 @@ TEST_F(LumoImages, SearchAsksEachTypeThatFits)
     const Outcome skipping = m_Centre.lumo({"search", "--type", "其他"});
     EXPECT_EQ(skipping.exitCode, 0);
     EXPECT_EQ(skipping.errors,
-              "lumo: not searched: north/其他 (type 50), whose name tells no kind of records\n");
+              "lumo: not searched: north/其他 (type 50): its name does not decide the kind of its records\n");
     EXPECT_EQ(skipping.output, "(nothing found)\n");
     EXPECT_THAT(shown(m_Centre.lumo({"search", "--type", "控制点属性", "--limit", "1"})),
                 testing::MatchesRegex(

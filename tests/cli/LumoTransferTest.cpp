@@ -108,20 +108,20 @@ TEST_F(LumoTransfer, ExistingFileIsKeptUnlessToldOtherwise)
     writeFile(disk / longName, "long");
     centre.import(disk, "地球");
     centre.serve();
-    for (const char* result : {": done, 4 B in ", ": kept, a file stands there already"})
+    for (const char* result : {": done, 4 B in ", ": kept, the file exists already"})
         EXPECT_THAT(done({"get", "/地球/" + longName, here}), HasSubstr((here / longName).string() + result));
     const fs::path local = here / "readme";
     fs::create_symlink("nowhere", local);
-    EXPECT_THAT(done({"get", "/地球/readme", here}), HasSubstr("kept, a file stands there already"));
+    EXPECT_THAT(done({"get", "/地球/readme", here}), HasSubstr("kept, the file exists already"));
     fs::remove(local);
     writeFile(local, "mine");
-    EXPECT_THAT(done({"get", "/地球/readme", here}), HasSubstr("kept, a file stands there already"));
-    EXPECT_THAT(done({"put", local, "/地球", "--keep"}), HasSubstr("kept, a file stands there already"));
+    EXPECT_THAT(done({"get", "/地球/readme", here}), HasSubstr("kept, the file exists already"));
+    EXPECT_THAT(done({"put", local, "/地球", "--keep"}), HasSubstr("kept, the file exists already"));
     EXPECT_EQ(readFile(local), "mine");
     EXPECT_EQ(readFile(disk / "readme"), "old");
     writeFile(disk / "mine", "theirs"); // the catalogue doesn't know it
     fs::copy_file(local, here / "mine");
-    EXPECT_THAT(done({"put", here / "mine", "/地球"}), HasSubstr("kept, a file stands there already"));
+    EXPECT_THAT(done({"put", here / "mine", "/地球"}), HasSubstr("kept, the file exists already"));
     fs::remove(disk / "mine"); // it does now
     EXPECT_THAT(done({"put", here / "mine", "/地球"}), HasSubstr("done, 4 B in "));
     EXPECT_THAT(done({"put", "--overwrite", local, "/地球"}), HasSubstr("done, 4 B in "));

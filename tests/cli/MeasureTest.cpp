@@ -1,5 +1,5 @@
-#include "cli/Measure.h"
-#include "cli/ProgressView.h"
+#include "cli/progress/Measure.h"
+#include "cli/progress/ProgressView.h"
 
 #include <gtest/gtest.h>
 

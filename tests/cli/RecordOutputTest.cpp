@@ -1,4 +1,4 @@
-#include "cli/RecordOutput.h"
+#include "cli/output/RecordOutput.h"
 
 #include "lumo/components/platform/CodePage.h"
 #include "lumo/core/TextEncoding.h"

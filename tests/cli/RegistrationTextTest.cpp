@@ -1,6 +1,6 @@
-#include "cli/AssignmentText.h"
-#include "cli/Csv.h"
 #include "cli/ExitCode.h"
+#include "cli/commands/AssignmentText.h"
+#include "cli/output/Csv.h"
 
 #include <gmock/gmock.h>
 
@@ -52,7 +52,7 @@ TEST(Csv, RefusesOtherFormsByTheirLine)
                                                           {"a\n1,2", "f:2: 2 cells"},
                                                           {"a\n\n1\"2", "f:3: a quote in a cell"},
                                                           {"a\n\"1\n\n", "f:2: a quoted cell has no end"},
-                                                          {"a\n\"1\n2\" \n", "f:3: text behind the quote"}})
+                                                          {"a\n\"1\n2\" \n", "f:3: text after the quote"}})
         expectRefusal([&text = text] { cli::parseCsv(text, "f"); }, message);
 }
 
@@ -65,12 +65,12 @@ TEST(AssignmentText, CarriesWhatItsReaderTakesApartAgainAndRefusesTheRest)
         text.add(key, value);
     EXPECT_EQ(text.text(), "text1='',text_2='it's',V3='a=b=',k=''名'',l='='");
     const std::tuple<std::string, std::string, const char*> kRefused[] = {
-        {"", "1", "is no field"},
-        {"a b", "1", "is no field"},
-        {"a,b", "1", "is no field"},
-        {"名", "1", "is no field"},
+        {"", "1", "is not a field name"},
+        {"a b", "1", "is not a field name"},
+        {"a,b", "1", "is not a field name"},
+        {"名", "1", "is not a field name"},
         {"k", "1,2", "a comma"},
-        {"k", "a='b", "a quote behind an equals sign"},
+        {"k", "a='b", "a quote after an equals sign"},
         {"k", std::string("a\0b", 3), "a NUL"},
         {"k", "\xff", "not UTF-8"}};
     for (const auto& [key, value, message] : kRefused)

@@ -1,0 +1,114 @@
+#include "cli/commands/LocalFiles.h"
+
+#include "cli/ExitCode.h"
+#include "cli/output/DisplayText.h"
+
+#include "lumo/components/platform/Utf8.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include <unistd.h>
+
+namespace cli {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+void requireUtf8(const std::string& path)
+{
+    if (!platform::isUtf8(path))
+        refuse("'" + path + "' is not UTF-8: names travel as UTF-8 only");
+}
+
+/// Whether it is what has arrived of a file, ".NAME.lumo-part".
+bool isPartial(const fs::path& file)
+{
+    return file.extension() == ".lumo-part" && file.filename().native().front() == '.';
+}
+
+std::uint64_t bytesBelow(const fs::path& folder)
+{
+    std::uint64_t sum = 0;
+    std::error_code error;
+    fs::recursive_directory_iterator entry(folder, fs::directory_options::skip_permission_denied, error);
+    for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
+        std::error_code unknown;
+        if (entry->symlink_status(unknown).type() == fs::file_type::regular && !isPartial(entry->path())) {
+            const std::uint64_t size = entry->file_size(unknown);
+            sum += unknown ? 0 : size;
+        }
+    }
+    return sum;
+}
+
+} // namespace
+
+LocalSource localSource(const std::string& path)
+{
+    requireUtf8(path);
+    fs::path plain = path;
+    while (!plain.has_filename() && plain.has_relative_path())
+        plain = plain.parent_path();
+    std::error_code error;
+    if (plain.filename() == "." || plain.filename() == "..")
+        plain = fs::canonical(plain, error);
+    const fs::file_status status = fs::status(plain, error);
+    if (!fs::exists(status)) {
+        refuse("'" + path +
+               "' can't be sent: " + (error ? error.message() : "there is no such file or folder"));
+    }
+    LocalSource source{plain.string(), plain.filename().string(), fs::is_directory(status), 0};
+    if (!source.folder && !fs::is_regular_file(status))
+        refuse("'" + path + "' is neither a file nor a folder");
+    if (source.name.empty() || source.name == "/")
+        refuse("'" + path + "' has no name that it could get in the catalogue");
+    if (access(source.path.c_str(), source.folder ? R_OK | X_OK : R_OK) != 0)
+        refuse("can't read '" + path + "': " + std::strerror(errno));
+    source.bytes = bytesOf(source.path);
+    return source;
+}
+
+void makeFolder(const std::string& path)
+{
+    requireUtf8(path);
+    std::error_code error;
+    fs::create_directories(path, error);
+    if (error || !isFolder(path)) {
+        refuse("can't make the folder '" + path +
+               "': " + (error ? error.message() : "something else has this name"));
+    }
+    if (access(path.c_str(), W_OK | X_OK) != 0)
+        refuse("can't write into the folder '" + path + "': " + std::strerror(errno));
+}
+
+bool isFolder(const std::string& path)
+{
+    std::error_code ignored;
+    return fs::is_directory(path, ignored);
+}
+
+bool isFileOrLink(const std::string& path)
+{
+    std::error_code ignored;
+    const fs::file_status status = fs::symlink_status(path, ignored);
+    return fs::is_regular_file(status) || (fs::is_symlink(status) && !isFolder(path));
+}
+
+std::uint64_t bytesOf(const std::string& path)
+{
+    std::error_code error;
+    if (isFolder(path))
+        return bytesBelow(path);
+    const std::uint64_t size = fs::file_size(path, error);
+    return error ? 0 : size;
+}
+
+std::string below(const std::string& folder, const std::string& name)
+{
+    return (fs::path(folder) / name).lexically_normal().string();
+}
+
+} // namespace cli

@@ -1,0 +1,39 @@
+#ifndef LUMO_CLI_OUTPUT_DISPLAYTEXT_H
+#define LUMO_CLI_OUTPUT_DISPLAYTEXT_H
+
+#include <cstddef>
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace cli {
+
+/// The text with everything escaped that a terminal would act on or that would disguise it: control
+/// characters, line separators, marks of writing direction, bytes that are not UTF-8.
+std::string escaped(const std::string& text);
+
+/// Columns that UTF-8 text without control characters takes on a terminal: East Asian wide characters
+/// take two, combining ones none.
+std::size_t displayWidth(const std::string& text);
+
+/// As much of the text as fits into so many columns, with "…" for its middle when that is not all of it.
+std::string clipped(const std::string& text, std::size_t columns);
+
+/// Rows of text as aligned columns. Cells are escaped; the last column is not padded.
+class Table
+{
+public:
+    explicit Table(std::vector<std::string> headings);
+    /// As many cells as there are headings.
+    void add(std::vector<std::string> cells);
+    /// One line for the headings unless they are all empty, then one for each row. What is wider than `width`
+    /// is shortened in its widest columns, as far as it can be.
+    std::string text(std::size_t width = std::numeric_limits<std::size_t>::max()) const;
+
+private:
+    std::vector<std::vector<std::string>> m_Rows;
+};
+
+} // namespace cli
+
+#endif

@@ -1,0 +1,97 @@
+#include "cli/progress/Interrupt.h"
+
+#include <atomic>
+#include <csignal>
+#include <cstring>
+
+#include <poll.h>
+#include <unistd.h>
+
+namespace cli {
+
+namespace {
+
+constexpr int kSignals[] = {SIGINT, SIGTERM};
+
+// Read by the handler, so written before it is installed.
+volatile std::sig_atomic_t clearsLine = 0;
+volatile std::sig_atomic_t tellsEvent = 0;
+// Signals may come at once on two threads.
+std::atomic<int> noted{0};
+
+/// Leaves out what nobody reads: a full pipe would hold the process, a closed one end it otherwise.
+void writeAtOnce(int descriptor, const char* text)
+{
+    pollfd ready = {descriptor, POLLOUT, 0};
+    if (poll(&ready, 1, 0) == 1 && ready.revents == POLLOUT)
+        static_cast<void>(!write(descriptor, text, std::strlen(text)));
+}
+
+[[noreturn]] void endProcess(int signal, const char* message)
+{
+    if (clearsLine != 0)
+        writeAtOnce(STDERR_FILENO, "\r\x1b[K");
+    if (tellsEvent != 0)
+        writeAtOnce(STDOUT_FILENO, "{\"event\":\"interrupted\"}\n");
+    writeAtOnce(STDERR_FILENO, message);
+    _exit(128 + signal);
+}
+
+/// The library can't cancel a transfer, and what has arrived is safe however the process ends.
+void endTransfers(int signal)
+{
+    endProcess(signal, "lumo: interrupted; what arrived is kept: run the same command again to go on\n");
+}
+
+void note(int signal)
+{
+    if (noted.exchange(signal) != 0)
+        endProcess(signal, "lumo: interrupted twice; what the last call did is not known\n");
+}
+
+void handleAll(void (*from)(int), void (*to)(int))
+{
+    for (const int signal : kSignals) {
+        struct sigaction action = {};
+        sigaction(signal, nullptr, &action);
+        if (action.sa_handler == from) {
+            action.sa_handler = to;
+            action.sa_flags |= SA_RESTART; // a write to a full pipe goes on
+            sigaction(signal, &action, nullptr);
+        }
+    }
+}
+
+} // namespace
+
+Interrupt::Interrupt(bool json)
+{
+    clearsLine = isatty(STDERR_FILENO);
+    tellsEvent = json ? 1 : 0;
+    handleAll(SIG_DFL, endTransfers);
+}
+
+Interrupt::~Interrupt()
+{
+    handleAll(endTransfers, SIG_DFL);
+}
+
+NotedInterrupt::NotedInterrupt()
+{
+    clearsLine = isatty(STDERR_FILENO);
+    tellsEvent = 0; // a line of the output may be half written
+    noted = 0;
+    handleAll(SIG_DFL, note);
+}
+
+NotedInterrupt::~NotedInterrupt()
+{
+    handleAll(note, SIG_DFL);
+}
+
+int NotedInterrupt::signal()
+{
+    return noted;
+}
+
+} // namespace cli

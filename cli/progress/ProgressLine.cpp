@@ -1,0 +1,34 @@
+#include "cli/progress/ProgressLine.h"
+
+#include "cli/output/DisplayText.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace cli {
+
+std::size_t progressColumns()
+{
+    winsize size = {};
+    const bool known = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
+    return (known ? size.ws_col : 80U) - 1;
+}
+
+std::string progressLine(const std::string& head, double fraction, const std::string& figures,
+                         std::size_t width)
+{
+    char percent[16];
+    static_cast<void>(std::snprintf(percent, sizeof percent, "%3d %%", static_cast<int>(fraction * 100)));
+    const std::string name = clipped(head, width / 3);
+    const std::size_t room = std::min<std::size_t>(width / 4, 40);
+    const auto filled = static_cast<std::size_t>(fraction * static_cast<double>(room));
+    std::string bar = "[" + std::string(filled, '#') + std::string(room - filled, '.') + "] ";
+    if (displayWidth(name + bar + percent + figures) + 2 > width)
+        bar.clear();
+    return clipped(name + "  " + bar + percent + figures, width);
+}
+
+} // namespace cli

@@ -1,0 +1,238 @@
+#include "cli/progress/ProgressView.h"
+
+#include "cli/output/DisplayText.h"
+#include "cli/output/Output.h"
+#include "cli/progress/ProgressLine.h"
+
+#include <algorithm>
+#include <iostream>
+
+#include <unistd.h>
+
+namespace cli {
+
+namespace {
+
+double secondsOf(const Transfer& transfer)
+{
+    return std::chrono::duration<double>(transfer.end - transfer.begin).count();
+}
+
+std::string namesOf(const Transfer& transfer)
+{
+    return transfer.source + " -> " + transfer.target;
+}
+
+std::string resultText(const Transfer& transfer)
+{
+    if (transfer.kept())
+        return "kept, the file exists already (--overwrite replaces it)";
+    return "done, " + (transfer.bytes ? bytesText(static_cast<double>(*transfer.bytes)) + " in " : "") +
+           durationText(secondsOf(transfer));
+}
+
+/// One line for each result: on standard output what arrived, on standard error what did not.
+void printResult(const Transfer& transfer)
+{
+    if (transfer.phase == Transfer::Phase::Failed) {
+        complain(namesOf(transfer) + ": " + transfer.failure);
+        return;
+    }
+    print(escaped(namesOf(transfer) + ": " + resultText(transfer)) + "\n");
+    flushOutput();
+}
+
+std::string rateText(double bytesPerSecond)
+{
+    return bytesText(bytesPerSecond) + "/s";
+}
+
+class EventView : public ProgressView
+{
+public:
+    void began(const Transfer& transfer) override
+    {
+        tell({{"event", "begin"},
+              {"transfer", transfer.number},
+              {"direction", transfer.get ? "get" : "put"},
+              {"source", transfer.source},
+              {"target", transfer.target},
+              {"taskID", transfer.taskID}});
+    }
+
+    void advanced(const Transfer& transfer, const Totals&) override
+    {
+        tell({{"event", "progress"}, {"transfer", transfer.number}, {"percent", transfer.percent}});
+    }
+
+    void ended(const Transfer& transfer) override
+    {
+        const bool failed = transfer.phase == Transfer::Phase::Failed;
+        Json event = {{"event", "end"},
+                      {"transfer", transfer.number},
+                      {"source", transfer.source},
+                      {"target", transfer.target},
+                      {"result", failed            ? "failed"
+                                 : transfer.kept() ? "kept"
+                                                   : "done"}};
+        if (failed) {
+            event["code"] = transfer.code;
+            event["message"] = transfer.failure;
+            complain(namesOf(transfer) + ": " + transfer.failure);
+        } else {
+            event["bytes"] = transfer.bytes ? Json(*transfer.bytes) : Json(nullptr);
+        }
+        event["seconds"] = secondsOf(transfer);
+        tell(event);
+    }
+
+    void refresh(const Totals&) override {}
+
+    void finished(const Totals& totals) override
+    {
+        std::size_t failed = 0;
+        for (const Transfer& one : totals.transfers())
+            failed += one.phase == Transfer::Phase::Failed ? 1 : 0;
+        tell({{"event", "finished"},
+              {"arrived", totals.transfers().size() - failed},
+              {"failed", failed},
+              {"seconds", totals.seconds()}});
+    }
+
+private:
+    static void tell(const Json& event)
+    {
+        print(jsonLine(event));
+        flushOutput();
+    }
+};
+
+class LineView : public ProgressView
+{
+public:
+    void began(const Transfer&) override {}
+
+    /// A line for every tenth that is passed, of transfers that take a while.
+    void advanced(const Transfer& transfer, const Totals& totals) override
+    {
+        m_Told.resize(totals.transfers().size());
+        int& told = m_Told[transfer.number - 1];
+        if (transfer.percent / 10 <= told || transfer.percent == 100 || !takesAWhile(transfer))
+            return;
+        told = transfer.percent / 10;
+        std::cerr << escaped(namesOf(transfer)) + ": " + std::to_string(transfer.percent) + " %\n";
+    }
+
+    void ended(const Transfer& transfer) override { printResult(transfer); }
+    void refresh(const Totals&) override {}
+    void finished(const Totals&) override {}
+
+private:
+    /// Judged by the time where the size isn't known.
+    static bool takesAWhile(const Transfer& transfer)
+    {
+        constexpr std::uint64_t kLarge = 8U << 20;
+        return transfer.bytes ? *transfer.bytes >= kLarge
+                              : Transfer::Clock::now() - transfer.begin >= std::chrono::seconds(1);
+    }
+
+    std::vector<int> m_Told;
+};
+
+class BarView : public ProgressView
+{
+public:
+    ~BarView() override { clear(); }
+
+    void began(const Transfer&) override {}
+    void advanced(const Transfer&, const Totals&) override {}
+
+    void ended(const Transfer& transfer) override
+    {
+        clear();
+        printResult(transfer);
+    }
+
+    void refresh(const Totals& totals) override
+    {
+        if (totals.ended() < totals.transfers().size()) {
+            std::cerr << "\r" + line(totals, progressColumns()) + "\x1b[K" << std::flush;
+            m_Shown = true;
+        }
+    }
+
+    void finished(const Totals&) override { clear(); }
+
+    std::chrono::milliseconds interval() const override { return std::chrono::milliseconds(100); }
+
+private:
+    void clear()
+    {
+        if (m_Shown) {
+            std::cerr << "\r\x1b[K" << std::flush;
+            m_Shown = false;
+        }
+    }
+
+    static std::string headOf(const Totals& totals);
+    static std::string figuresOf(const Totals& totals);
+    static std::string line(const Totals& totals, std::size_t width);
+
+    bool m_Shown = false;
+};
+
+/// What is on its way.
+std::string BarView::headOf(const Totals& totals)
+{
+    const auto& transfers = totals.transfers();
+    const auto running = std::find_if(transfers.begin(), transfers.end(), [](const Transfer& one) {
+        return one.phase == Transfer::Phase::Running;
+    });
+    std::string head = running == transfers.end() ? "" : escaped(running->source);
+    if (transfers.size() > 1) {
+        head.insert(0, std::to_string(totals.ended()) + " of " + std::to_string(transfers.size()) +
+                           (head.empty() ? "" : "  "));
+    }
+    return head;
+}
+
+std::string BarView::figuresOf(const Totals& totals)
+{
+    const auto moved = totals.movedBytes();
+    const auto all = totals.bytes();
+    const auto rate = totals.bytesPerSecond();
+    const auto left = totals.secondsLeft();
+    std::string figures;
+    if (moved)
+        figures += "  " + bytesText(*moved) + (all ? " of " + bytesText(*all) : "");
+    if (rate)
+        figures += "  " + rateText(*rate);
+    return figures + "  " + (left ? clockText(*left) + " left" : clockText(totals.seconds()));
+}
+
+std::string BarView::line(const Totals& totals, std::size_t width)
+{
+    const std::string figures = figuresOf(totals);
+    const std::string head = headOf(totals);
+    const auto fraction = totals.fraction();
+    if (!fraction) {
+        return clipped(
+            clipped(head, std::max<std::size_t>(width / 3, width - std::min(width, displayWidth(figures)))) +
+                figures,
+            width);
+    }
+    return progressLine(head, *fraction, figures, width);
+}
+
+} // namespace
+
+std::unique_ptr<ProgressView> ProgressView::make(bool json)
+{
+    if (json)
+        return std::make_unique<EventView>();
+    if (isatty(STDERR_FILENO) != 0)
+        return std::make_unique<BarView>();
+    return std::make_unique<LineView>();
+}
+
+} // namespace cli

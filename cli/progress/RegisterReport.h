@@ -1,0 +1,48 @@
+#ifndef LUMO_CLI_PROGRESS_REGISTERREPORT_H
+#define LUMO_CLI_PROGRESS_REGISTERREPORT_H
+
+#include <chrono>
+#include <cstddef>
+#include <string>
+
+namespace cli {
+
+/// Tells how the registration of a file goes: the new identifiers on standard output, a line each, what
+/// failed on standard error, and between them a bar on a terminal or a line for every tenth; or events for a
+/// program.
+class RegisterReport
+{
+public:
+    RegisterReport(std::string source, std::size_t records, bool json);
+    ~RegisterReport();
+    RegisterReport(const RegisterReport&) = delete;
+    RegisterReport& operator=(const RegisterReport&) = delete;
+
+    void registered(std::size_t line, unsigned int id);
+    void failed(std::size_t line, const std::string& reason);
+    /// Shows how far it has come.
+    void refresh();
+    /// The end: of the whole file, or of what was sent before an interrupt.
+    void finish(bool interrupted);
+
+    std::size_t registeredRecords() const { return m_Registered; }
+    std::size_t failedRecords() const { return m_Failed; }
+
+private:
+    void clear();
+    double seconds() const;
+
+    const std::string m_Source;
+    const std::size_t m_Records;
+    const bool m_Json;
+    const bool m_Terminal;
+    const std::chrono::steady_clock::time_point m_Begin = std::chrono::steady_clock::now();
+    std::size_t m_Registered = 0;
+    std::size_t m_Failed = 0;
+    std::size_t m_Tenths = 0;
+    bool m_Shown = false;
+};
+
+} // namespace cli
+
+#endif

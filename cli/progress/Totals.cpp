@@ -1,0 +1,97 @@
+#include "cli/progress/ProgressView.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace cli {
+
+Totals::Totals(const std::vector<Transfer>& transfers) : m_Transfers(transfers), m_Percents(transfers.size())
+{
+}
+
+double Totals::weight(const Transfer& transfer) const
+{
+    // An empty file is a transfer, too.
+    return transfer.bytes ? std::max(1.0, static_cast<double>(*transfer.bytes)) : 1.0;
+}
+
+double Totals::total() const
+{
+    return std::accumulate(m_Transfers.begin(), m_Transfers.end(), 0.0,
+                           [this](double sum, const Transfer& one) { return sum + weight(one); });
+}
+
+double Totals::through() const
+{
+    return std::accumulate(m_Transfers.begin(), m_Transfers.end(), 0.0,
+                           [this](double sum, const Transfer& one) {
+                               return sum + weight(one) * (one.ended() ? 100 : one.percent) / 100;
+                           });
+}
+
+void Totals::sample()
+{
+    for (std::size_t i = 0; i < m_Transfers.size(); ++i) {
+        const Transfer& one = m_Transfers[i];
+        // A transfer that is gone on with begins where the last attempt stopped, without having moved that.
+        const bool first = m_Percents[i] == 0 && one.percent > 0 && one.percent < 100;
+        if (first || one.kept() || one.phase == Transfer::Phase::Failed) {
+            const int now = one.ended() ? 100 : one.percent;
+            m_Skipped += weight(one) * (now - m_Percents[i]) / 100;
+            m_Percents[i] = now;
+        } else {
+            m_Percents[i] = one.percent;
+        }
+    }
+    const auto now = Speed::Clock::now();
+    m_Through.sample(now, through() - m_Skipped);
+    if (const auto written = m_Written ? writtenBytes() : std::nullopt) {
+        m_Received = static_cast<double>(*written - *m_Written);
+        m_Receives.sample(now, *m_Received);
+    }
+}
+
+std::size_t Totals::ended() const
+{
+    return static_cast<std::size_t>(std::count_if(m_Transfers.begin(), m_Transfers.end(),
+                                                  [](const Transfer& one) { return one.ended(); }));
+}
+
+std::optional<double> Totals::fraction() const
+{
+    const bool told = std::all_of(m_Transfers.begin(), m_Transfers.end(),
+                                  [](const Transfer& one) { return one.tellsProgress; });
+    return told ? std::optional(through() / total()) : std::nullopt;
+}
+
+std::optional<double> Totals::bytes() const
+{
+    const bool known = std::all_of(m_Transfers.begin(), m_Transfers.end(),
+                                   [](const Transfer& one) { return !one.get && one.bytes; });
+    return known ? std::optional(total()) : std::nullopt;
+}
+
+std::optional<double> Totals::movedBytes() const
+{
+    return bytes() ? std::optional(through()) : m_Received;
+}
+
+std::optional<double> Totals::bytesPerSecond() const
+{
+    return bytes() ? m_Through.perSecond() : m_Receives.perSecond();
+}
+
+std::optional<double> Totals::secondsLeft() const
+{
+    const auto speed = m_Through.perSecond();
+    if (!fraction() || !speed || *speed <= 0)
+        return {};
+    return (total() - through()) / *speed;
+}
+
+double Totals::seconds() const
+{
+    return std::chrono::duration<double>(Speed::Clock::now() - m_Begin).count();
+}
+
+} // namespace cli
