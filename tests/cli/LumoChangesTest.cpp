@@ -91,7 +91,7 @@ TEST_F(LumoChanges, RegistersTheRecordsOfAFileAndNamesTheLinesThatFail)
                 HasSubstr("{\"event\":\"finished\",\"registered\":1,\"failed\":0,\"seconds\":"));
     writeFile(file, "typeID,mainFileID\n1,1\n\"1,2\",1\n");
     fails({"register", "sat", "--from", file}, 2, "scenes.csv:3: the value of typeID can't be registered");
-    fails({"register", "sat", "typeID=1"}, 2, "a sat needs more: mainFileID is missing");
+    fails({"register", "sat", "typeID=1"}, 2, "a record of kind sat needs more: mainFileID is missing");
     fails({"register", "sat", "typeID=1", "mainFileID=1", "colour=red"}, 8, "; its log says why");
 }
 
@@ -146,13 +146,13 @@ TEST_F(LumoChanges, LinksFoldersCommentsAndMarksAreSeenAtOnce)
     const json folder = parsed({"mkdir", "/earth/new/deep", "--parents"});
     EXPECT_EQ(parsed({"show", "/earth/new/deep"})["folderID"], folder["folderID"]);
     EXPECT_EQ(parsed({"mkdir", "/earth/new/deep", "--parents"}), folder);
-    fails({"mkdir", "/earth/new/deep"}, 2, "is there already");
+    fails({"mkdir", "/earth/new/deep"}, 2, "exists already");
     fails({"mkdir", "/earth/a/b"}, 7, "--parents");
     fails({"mkdir", "/earth/ORIGIN.md/a"}, 7, "in the way");
     fails({"mkdir", "/mars/a"}, 7, "no disk 'mars'");
 
     for (const char* place : {"/earth/new", "/earth/ORIGIN.md"}) {
-        fails({"project", place}, 7, "is linked to no project");
+        fails({"project", place}, 7, "is not linked to a project");
         EXPECT_EQ(done({"link", "north", place}), "");
         EXPECT_EQ(parsed({"project", place})["projectName"], "north");
     }

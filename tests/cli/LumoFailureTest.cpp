@@ -122,7 +122,7 @@ TEST(LumoWrongUse, SaysWhatWouldBeRight)
         {{"disks", "--token-file", blank}, 2, "one line of ASCII without blanks"},
         {{"disks", "--tls-ca", "/nowhere"}, 2, "can't read the certificate file '/nowhere'"},
         {{"disks", "--tls-ca", "/"}, 2, "can't read the certificate file '/'"},
-        {{"disks", "--tls-ca", blank}, 2, "holds no certificate"},
+        {{"disks", "--tls-ca", blank}, 2, "does not hold a certificate"},
         {{"disks", "--tls", "--plain-text"}, 2, "give one or the other"},
         {{"disks", "--profile", "/nowhere"}, 2, "can't read the profile '/nowhere'"},
         {{"disks", "--profile", "/"}, 2, "can't read the profile '/'"},
