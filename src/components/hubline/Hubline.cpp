@@ -1,6 +1,7 @@
 #include "lumo/components/hubline/Hubline.h"
 
 #include "components/wirecall/Address.h"
+#include "components/wirecall/Token.h"
 #include "hubline.pb.h"
 #include "lumo/components/wirecall/RpcChannel.h"
 #include "lumo/components/wirecall/RpcController.h"
@@ -21,7 +22,7 @@ struct OpenChannel
     int users;
 };
 
-/// What the client holds; never destroyed, since threads may use it while the process ends.
+/// The state of the client; never destroyed, since threads may use it while the process ends.
 struct Client
 {
     std::mutex mutex;
@@ -50,7 +51,7 @@ Code judgeSecurity(const Options& options, const std::string& address, const std
     return kInsecure;
 }
 
-/// A failed hello in plain words; gRPC's text names the cause behind its last colon.
+/// Returns the failure of a hello in plain words. gRPC's text has the cause after its last colon.
 std::string explain(const wirecall::RpcController& controller)
 {
     std::string text = controller.ErrorText();
@@ -87,6 +88,8 @@ Code sayHello(wirecall::RpcChannel& channel, const std::string& address, long lo
 Code open(const Options& options, const std::string& address, const std::string& token, Channel& channel,
           std::string& reason)
 {
+    if (!wirecall::isSendableToken(token, reason))
+        return kTokenRefused;
     wirecall::ChannelOptions wire;
     const Code secure = judgeSecurity(options, address, token, wire.tls, reason);
     if (secure != kOpened)
@@ -124,7 +127,7 @@ Code StartHubline(const Options& options, std::string& reason)
     const Code code = open(options, options.address, options.token, channel, reason);
     if (code != kOpened)
         return code;
-    // What the client gives up dies after the lock: ending a channel may wait for its threads.
+    // The former channels end after the lock is released: ending one may wait for its threads.
     std::multimap<std::string, OpenChannel> channels;
     Client& hub = client();
     const std::lock_guard<std::mutex> lock(hub.mutex);
@@ -167,20 +170,21 @@ Channel NewChannel(const std::string& address, const std::string& token, int& co
         options = hub.options;
         starts = hub.starts;
     }
-    // The hello goes out without the lock, also for a shared channel: only it tells whether somebody
-    // is still there and the token still stands.
+    // The hello goes out without the lock, also for a shared channel: only the hello finds out whether the
+    // other side is still there and still accepts the token.
     Channel channel;
     std::string reason;
     code = open(options, address, token, channel, reason);
     if (code != kOpened) {
-        // To the caller of a channel of its own, a refusal on this side is no connection either.
+        // NewChannel has no code for it: its caller sees that there is no connection.
         if (code == kInsecure)
             code = kNoConnection;
         Logger::Instance(true)->log(2, reason);
         return {};
     }
     const std::lock_guard<std::mutex> lock(hub.mutex);
-    if (starts != hub.starts) { // restarted or stopped during the hello: this channel is of the old client
+    if (starts !=
+        hub.starts) { // restarted or stopped during the hello: the channel belongs to the former client
         code = kNotStarted;
         return {};
     }

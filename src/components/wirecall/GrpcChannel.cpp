@@ -1,6 +1,7 @@
 #include "components/wirecall/Address.h"
 #include "components/wirecall/HandOver.h"
 #include "components/wirecall/PemFile.h"
+#include "components/wirecall/Token.h"
 #include "components/wirecall/WireLimits.h"
 #include "lumo/components/wirecall/RpcChannel.h"
 #include "lumo/components/wirecall/RpcController.h"
@@ -220,12 +221,6 @@ void keepOpenSslToTheEnd()
     std::call_once(once, [] { OPENSSL_init_ssl(OPENSSL_INIT_NO_ATEXIT, nullptr); });
 }
 
-/// gRPC ends the process on a header value that HTTP/2 does not allow.
-bool isHeaderText(const std::string& text)
-{
-    return std::all_of(text.begin(), text.end(), [](unsigned char c) { return c >= 0x21 && c <= 0x7e; });
-}
-
 } // namespace
 
 RpcChannel::RpcChannel() = default;
@@ -238,10 +233,8 @@ boost::shared_ptr<RpcChannel> openChannel(const ChannelOptions& options, std::st
         error = "\"" + options.address + "\" is not an address of the form host:port";
         return {};
     }
-    if (!isHeaderText(options.token)) {
-        error = "the token holds blanks or characters outside ASCII";
+    if (!isSendableToken(options.token, error))
         return {};
-    }
     if (!options.tls && !options.token.empty() && !isLoopbackHost(address.host)) {
         error = "a token may not travel to " + options.address + " in plain text";
         return {};

@@ -47,6 +47,9 @@ TEST_F(Hubline, StartingTellsWhyItCanNot)
     const std::string nobody = addressOfNobody();
     EXPECT_EQ(start(nobody), hubline::kNoConnection);
     EXPECT_EQ(m_Reason, nobody + ": no connection: Connection refused");
+    EXPECT_EQ(start(nobody, "line\n"), hubline::kTokenRefused);
+    EXPECT_EQ(m_Reason, "the token can't be sent: it has blanks, line ends, control characters or characters "
+                        "that are not ASCII");
     EXPECT_EQ(start("nonsense"), hubline::kNoConnection);
     EXPECT_EQ(m_Reason, "\"nonsense\" is not an address of the form host:port");
     EXPECT_FALSE(hubline::GetCurrentChannelExt());
@@ -80,13 +83,22 @@ TEST_F(Hubline, ANewChannelTellsItsCode)
 
     ASSERT_EQ(start(m_Centre.address()), hubline::kOpened) << m_Reason;
     TestServer box(m_Service, false);
+    TestServer anyToken(m_Service);
+    const std::string longest(7168, 'x');
     const struct
     {
         std::string address;
         std::string token;
         int code;
     } cases[] = {
-        {m_Centre.address(), TestServer::kToken, hubline::kCurrentConnection},
+        {m_Centre.address(), "line\n", hubline::kCurrentConnection},
+        {anyToken.address(), longest, hubline::kOpened},
+        {anyToken.address(), longest + "x", hubline::kTokenRefused},
+        {addressOfNobody(), "line\n", hubline::kTokenRefused},
+        {anyToken.address(), "two words", hubline::kTokenRefused},
+        {anyToken.address(), std::string("n\0l", 3), hubline::kTokenRefused},
+        {anyToken.address(), "\x7F", hubline::kTokenRefused},
+        {anyToken.address(), "caf\u00E9", hubline::kTokenRefused},
         {box.address(), TestServer::kToken, hubline::kOpened},
         {box.address(), "wrong", hubline::kTokenRefused},
         {addressOfNobody(), TestServer::kToken, hubline::kNoConnection},
@@ -114,6 +126,21 @@ TEST_F(Hubline, ChannelsToOneAddressAreCounted)
     hubline::ReleaseChannel(box.address());
     EXPECT_TRUE(watched.expired());
     hubline::ReleaseChannel(box.address()); // one too many does nothing
+}
+
+TEST_F(Hubline, ReleasingAnAddressOfTwoTokensGivesUpTheChannelThatWasOpenedFirst)
+{
+    ASSERT_EQ(start(m_Centre.address()), hubline::kOpened) << m_Reason;
+    TestServer box(m_Service);
+    int code = -1;
+    const boost::weak_ptr<wirecall::RpcChannel> first = hubline::NewChannel(box.address(), "one", code);
+    const boost::weak_ptr<wirecall::RpcChannel> second = hubline::NewChannel(box.address(), "two", code);
+    EXPECT_NE(first.lock(), second.lock());
+    hubline::ReleaseChannel(box.address());
+    EXPECT_TRUE(first.expired());
+    EXPECT_FALSE(second.expired());
+    hubline::ReleaseChannel(box.address());
+    EXPECT_TRUE(second.expired());
 }
 
 TEST_F(Hubline, ReleasingTheCurrentConnectionKeepsItOpen)

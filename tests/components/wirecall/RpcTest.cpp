@@ -351,8 +351,9 @@ TEST(Rpc, WhatCanNotBeOpenedSaysWhy)
         const char* error;
     } cases[] = {
         {"nowhere", "", "", "\"nowhere\" is not an address of the form host:port"},
-        {"localhost:1", "two words", "", "the token holds blanks or characters outside ASCII"},
-        {"localhost:1", "line\n", "", "the token holds blanks or characters outside ASCII"},
+        {"localhost:1", "two words", "",
+         "the token can't be sent: it has blanks, line ends, control characters or characters that are not "
+         "ASCII"},
         {"192.0.2.1:1", "t0ken", nullptr, "a token may not travel to 192.0.2.1:1 in plain text"},
         {"localhost:1", "", "/nonexistent.pem", "can't read /nonexistent.pem"},
         {"localhost:1", "", "/proc/self/status", "/proc/self/status holds no PEM block"},

@@ -30,14 +30,15 @@ public:
 struct ChannelOptions
 {
     std::string address;         ///< "host:port"; IPv6 addresses in brackets
-    std::string token;           ///< sent with every call unless empty
+    std::string token;           ///< sent with every call unless empty: visible ASCII, at most 7168 bytes
     bool tls = false;            ///< encrypt, and verify the other side's certificate
     std::string rootCertificate; ///< PEM file of the authority to trust; empty: those of the system
 };
 
 /// Makes a channel. Nothing is sent before the first call; a call over a channel that can't connect
-/// fails. Returns an empty pointer, with the reason in `error`, for a malformed address or token, a root
-/// certificate that can't be read, or a token that would travel in plain text to another host.
+/// fails. Returns an empty pointer, with the reason in `error`, for a malformed address, a token that can't
+/// be sent, a root certificate that can't be read, or a token that would travel in plain text to another
+/// host.
 LUMO_EXPORT boost::shared_ptr<RpcChannel> openChannel(const ChannelOptions& options, std::string& error);
 
 } // namespace wirecall
