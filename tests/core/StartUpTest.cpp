@@ -13,14 +13,6 @@ namespace {
 
 typedef std::vector<std::string> Lines;
 
-Lines initLines(const Lines& messages)
-{
-    Lines lines;
-    for (const std::string& message : messages)
-        lines.push_back(managerLine(message, "initDataMgr"));
-    return lines;
-}
-
 class StartUp : public ::testing::Test
 {
 protected:
@@ -34,25 +26,28 @@ const char kFailed[] = "CLumoDataMgr::initDataMgrByChannel Failed";
 
 } // namespace
 
-TEST_F(StartUp, StoresResolvesAndTellsOfItsSuccess)
+TEST_F(StartUp, StoresWhatItIsGivenAndLooksUpCompanyAndUser)
 {
-    TestManager manager;
-    m_Channel.answer("result: 0 bean { id: 7 }").answer("result: 0 bean { id: 8 }");
-    EXPECT_EQ(manager.initDataMgr(&m_Channel, &m_Channel, "t", "user", "no", 0), INIT_SUCCESS);
-    EXPECT_EQ(m_Channel.calls(), (Lines{"queryCompanyTableByCompanyNo {companyno: \"no\"}",
-                                        "queryUserTableByUserName {username: \"user\"}"}));
-    EXPECT_EQ(m_Channel.timeouts(), (std::vector<long long>{0, 0})) << "a limit of 0 is no default";
-    EXPECT_EQ(manager.companyID(), 7u);
-    EXPECT_EQ(manager.roleName(), "user");
-    EXPECT_EQ(components().calls, Lines{"start 5 5"});
-    Lines expected;
-    for (const char* name : {"getCompanyID", "getRoleID"}) {
-        const std::string logged = name == std::string("getRoleID") ? "getRole" : name;
-        expected.push_back(managerLine("Enter Function : " + logged, name));
-        expected.push_back(managerLine("Leave Function : " + logged, name));
+    for (const unsigned int timeout : {0u, 0xFFFFFFFFu}) { // neither is a default
+        TestManager manager;
+        FakeChannel ledger, forge; // the second throws when called
+        ledger.answer("result: 0 bean { id: 7 }").answer("result: 0 bean { id: 8 }");
+        m_Log.clear();
+        components().calls.clear();
+        EXPECT_EQ(manager.initDataMgr(&ledger, &forge, "t", "\xd3\xb0", "\xd3\xb0", timeout), INIT_SUCCESS);
+        EXPECT_EQ(ledger.calls(), (Lines{"queryCompanyTableByCompanyNo {companyno: \"\\345\\275\\261\"}",
+                                         "queryUserTableByUserName {username: \"\\345\\275\\261\"}"}));
+        EXPECT_EQ(ledger.timeouts(), (std::vector<long long>{timeout, timeout}));
+        EXPECT_EQ(manager.companyID(), 7u);
+        EXPECT_EQ(manager.roleName(), QString::fromUtf8("影"));
+        Lines lines = framedLines("getCompanyID", "getCompanyID");
+        for (const std::string& line : framedLines("getRoleID", "getRole"))
+            lines.push_back(line);
+        lines.push_back(managerLine("CLumoDataMgr::initDataMgrByChannel Successed", "initDataMgr"));
+        EXPECT_EQ(m_Log.lines(), lines);
+        manager.newChannel(QString::fromUtf8("影:1"));
+        EXPECT_EQ(components().calls, (Lines{"start 5 5", "open \xd3\xb0:1 t"}));
     }
-    expected.push_back(managerLine("CLumoDataMgr::initDataMgrByChannel Successed", "initDataMgr"));
-    EXPECT_EQ(m_Log.lines(), expected);
 }
 
 TEST_F(StartUp, ANullChannelChangesNothing)
@@ -67,10 +62,45 @@ TEST_F(StartUp, ANullChannelChangesNothing)
             INIT_ERROR_CHANNEL_NULL);
         EXPECT_EQ(manager.roleName(), "user");
         EXPECT_TRUE(components().calls.empty());
-        EXPECT_EQ(m_Log.lines(), initLines({"wirecall::RpcChannel is NULL", kFailed}));
+        EXPECT_EQ(m_Log.lines(), (Lines{managerLine("wirecall::RpcChannel is NULL", "initDataMgr"),
+                                        managerLine(kFailed, "initDataMgr")}));
         m_Channel.answer("result: 0 bean { id: 1 }");
         EXPECT_EQ(manager.getFolderID(1, 0, "on the old channel"), 1u);
         EXPECT_EQ(m_Channel.timeouts().back(), 4321);
+    }
+}
+
+TEST_F(StartUp, AFailureEndsItWithTheRestStored)
+{
+    const struct
+    {
+        bool starts; ///< the transfer client
+        Lines answers;
+        ENUM_INIT_ERROR_CODE code;
+        unsigned int companyID;
+        const char* before; ///< the last line, null for a line of a look-up
+    } kCases[] = {
+        {false, {}, INIT_ERROR_TRANSFER_CLIENT, 0xFFFFFFFF, "bulkhaul::StartBulkhaul Failed"},
+        {true, {"result: -1"}, INIT_ERROR_COMPANY, 0xFFFFFFFF, nullptr},
+        {true, {"result: 0 bean { id: 7 }", "!gone"}, INIT_ERROR_ROLE, 7, nullptr},
+        {true, {"bean { id: 7 }", "bean { id: 4294967295 }"}, INIT_ERROR_ROLE, 7, nullptr},
+    };
+    for (const auto& one : kCases) {
+        components().bulkhaulStarts = one.starts;
+        for (const std::string& answer : one.answers)
+            m_Channel.answer(answer);
+        m_Log.clear();
+        TestManager manager;
+        EXPECT_EQ(manager.initDataMgr(&m_Channel, &m_Channel, "t", "user", "no", 1), one.code);
+        EXPECT_TRUE(m_Channel.allPlayed());
+        EXPECT_EQ(manager.companyID(), one.companyID);
+        EXPECT_EQ(manager.roleName(), "user");
+        const Lines lines = m_Log.lines();
+        EXPECT_EQ(lines.back(), managerLine(kFailed, "initDataMgr"));
+        EXPECT_EQ(lines.end()[-2], one.before ? managerLine(one.before, "initDataMgr")
+                                   : one.code == INIT_ERROR_COMPANY
+                                       ? framedLines("getCompanyID", "getCompanyID").back()
+                                       : framedLines("getRoleID", "getRole").back());
     }
 }
 
@@ -86,47 +116,6 @@ TEST_F(StartUp, TheEndOfTheProcessEndsTheTransferClientBeforeTheObjectIsForgotte
             std::exit(0);
         },
         ::testing::ExitedWithCode(0), "ended while the object was known");
-}
-
-TEST_F(StartUp, TextsAreInTheCodePageAndTheForgeChannelIsLeftAlone)
-{
-    TestManager manager;
-    FakeChannel forge; // throws when called
-    m_Channel.answer("result: 0 bean { id: 7 }").answer("result: 0 bean { id: 8 }");
-    EXPECT_EQ(manager.initDataMgr(&m_Channel, &forge, "t", "\xd3\xb0", "\xd3\xb0", 0xFFFFFFFF), INIT_SUCCESS);
-    EXPECT_EQ(m_Channel.calls(), (Lines{"queryCompanyTableByCompanyNo {companyno: \"\\345\\275\\261\"}",
-                                        "queryUserTableByUserName {username: \"\\345\\275\\261\"}"}));
-    EXPECT_EQ(m_Channel.timeouts(), (std::vector<long long>{4294967295, 4294967295}))
-        << "widened without a sign";
-    EXPECT_EQ(manager.roleName(), QString::fromUtf8("影"));
-    components().calls.clear();
-    manager.newChannel(QString::fromUtf8("影:1"));
-    EXPECT_EQ(components().calls, Lines{"open \xd3\xb0:1 t"});
-}
-
-TEST_F(StartUp, ATransferClientThatDoesNotStartEndsIt)
-{
-    components().bulkhaulStarts = false;
-    TestManager manager;
-    EXPECT_EQ(manager.initDataMgr(&m_Channel, &m_Channel, "t", "user", "no", 1), INIT_ERROR_TRANSFER_CLIENT);
-    EXPECT_EQ(m_Log.lines(), initLines({"bulkhaul::StartBulkhaul Failed", kFailed}));
-    EXPECT_EQ(manager.roleName(), "user") << "stays stored";
-    EXPECT_TRUE(m_Channel.calls().empty());
-}
-
-TEST_F(StartUp, AnUnknownCompanyOrUserEndsItWithTheRestStored)
-{
-    TestManager manager;
-    m_Channel.answer("result: -1");
-    EXPECT_EQ(manager.initDataMgr(&m_Channel, &m_Channel, "t", "user", "no", 1), INIT_ERROR_COMPANY);
-    EXPECT_EQ(manager.companyID(), 0xFFFFFFFF);
-    EXPECT_EQ(manager.roleName(), "user");
-    EXPECT_EQ(m_Log.lines().back(), initLines({kFailed})[0]);
-    m_Channel.answer("result: 0 bean { id: 7 }").answer("!gone");
-    EXPECT_EQ(manager.initDataMgr(&m_Channel, &m_Channel, "t", "other", "no", 1), INIT_ERROR_ROLE);
-    EXPECT_EQ(manager.companyID(), 7u);
-    EXPECT_EQ(manager.roleName(), "other");
-    EXPECT_EQ(m_Log.lines().back(), initLines({kFailed})[0]);
 }
 
 TEST_F(StartUp, StatusLinesOfTheTransferClientReachTheChannelClientsLogger)

@@ -2,7 +2,7 @@
 #include "centre/server/Centre.h"
 #include "centre/store/Store.h"
 #include "lumo/components/hubline/Hubline.h"
-#include "lumo/core/TextEncoding.h"
+#include "tests/support/Awaited.h"
 #include "tests/support/Certificate.h"
 #include "tests/support/Files.h"
 #include "tests/support/LogCapture.h"
@@ -14,16 +14,11 @@
 
 #include <gtest/gtest.h>
 
-#include <condition_variable>
 #include <filesystem>
-#include <fstream>
 #include <memory>
-#include <mutex>
-#include <utility>
+#include <string>
 
 namespace {
-
-typedef std::vector<std::string> Lines;
 
 /// A centre with the disk "盘" of a small tree, and a manager that is logged in there.
 class EndToEnd : public ::testing::Test
@@ -34,12 +29,9 @@ protected:
 
     void makeTree()
     {
-        for (const char* name : {"影像/一.tif", "影像/sub/deep.txt", "empty/", "readme.txt"}) {
-            const std::filesystem::path path = below(std::string("tree/") + name);
-            std::filesystem::create_directories(path.parent_path());
-            if (path.has_filename())
-                std::ofstream(path) << "content";
-        }
+        for (const char* name : {"影像/一.tif", "影像/sub/deep.txt", "readme.txt"})
+            writeFile(below(std::string("tree/") + name), "content");
+        std::filesystem::create_directories(below("tree/empty"));
         centre::Store store(below("data"));
         centre::ImportOptions options;
         options.folder = below("tree");
@@ -47,16 +39,12 @@ protected:
         options.companyNo = "LUMO";
         store.addBox("box-1", "127.0.0.1:1");
         options.boxCode = "box-1";
-        m_HasBox = true;
         centre::importTree(store, options, [](const std::string& problem) { ADD_FAILURE() << problem; });
     }
 
-    void serve(const std::vector<std::string>& faults = {}, const Certificate* certificate = nullptr)
+    void serve(const centre::ServeOptions& given, const Certificate* certificate = nullptr)
     {
-        centre::ServeOptions options;
-        options.faults = faults;
-        if (m_HasBox)
-            options.boxes = {{"box-1", "127.0.0.1:0"}};
+        centre::ServeOptions options = given;
         hubline::Options hub;
         if (certificate != nullptr) {
             options.tlsCertificate = certificate->certificate();
@@ -90,24 +78,8 @@ protected:
         EXPECT_EQ(program.exitCode(), 0) << program.readAll().toStdString();
     }
 
-    /// Everything below a folder, files first, each as its path.
-    void walk(unsigned int folderID, const std::string& path, Lines& found)
-    {
-        QList<tagFileTable> files;
-        EXPECT_EQ(m_Manager.getFileByParentID(folderID, files), RET_SUCCESS);
-        for (const tagFileTable& file : files)
-            found.push_back(path + convertToUtf8(file.fileName));
-        QList<tagFolderTable> folders;
-        EXPECT_EQ(m_Manager.getFolderByParentID(folderID, folders), RET_SUCCESS);
-        for (const tagFolderTable& folder : folders) {
-            found.push_back(path + convertToUtf8(folder.folderName) + "/");
-            walk(folder.folderID, found.back(), found);
-        }
-    }
-
     QTemporaryDir m_Folder;
-    bool m_HasBox = false;
-    LogCapture m_Log;
+    LogCapture m_Log; ///< keeps the lines out of the output
     const std::string m_Token = centre::Store::create(below("data"), "LUMO", "demo");
     std::unique_ptr<centre::Centre> m_Centre;
     boost::shared_ptr<wirecall::RpcChannel> m_Channel;
@@ -118,45 +90,13 @@ protected:
     TestManager m_Manager;
 };
 
+const centre::ServeOptions kWithBox = [] {
+    centre::ServeOptions options;
+    options.boxes = {{"box-1", "127.0.0.1:0"}};
+    return options;
+}();
+
 } // namespace
-
-TEST_F(EndToEnd, AWalkOfADiskFindsEveryFolderAndFile)
-{
-    makeTree();
-    serve();
-    tagDiskTable disk;
-    ASSERT_EQ(m_Manager.getDisk(QString::fromUtf8("盘"), disk), RET_SUCCESS);
-    EXPECT_EQ(convertToUtf8(disk.diskName), "盘");
-    EXPECT_STREQ(disk.kestaCode, "box-1");
-    const unsigned int top = m_Manager.getFolderID(disk.diskID, 0, QString::fromUtf8("盘"));
-    ASSERT_NE(top, 0xFFFFFFFF);
-    Lines found;
-    walk(top, "", found);
-    EXPECT_EQ(found,
-              (Lines{"readme.txt", "empty/", "影像/", "影像/一.tif", "影像/sub/", "影像/sub/deep.txt"}));
-}
-
-TEST_F(EndToEnd, PathsLeadToTheImportedFiles)
-{
-    makeTree();
-    serve();
-    tagDiskTable disk;
-    ASSERT_EQ(m_Manager.getDisk(1u, disk), RET_SUCCESS);
-    const unsigned int top = m_Manager.getFolderID(disk.diskID, 0, QString::fromUtf8("盘"));
-    const unsigned int images = m_Manager.getFolderID(disk.diskID, top, QString::fromUtf8("影像"));
-    tagFileTable file;
-    ASSERT_EQ(m_Manager.getFileByName(images, QString::fromUtf8("一.tif"), file), RET_SUCCESS);
-    QString kestaCode;
-    const QString path = m_Manager.getFileFullPath(file.fileID, kestaCode);
-    EXPECT_TRUE(std::filesystem::equivalent(path.toStdString(), below("tree/影像/一.tif")))
-        << path.toStdString();
-    EXPECT_EQ(kestaCode, "box-1");
-    EXPECT_TRUE(std::filesystem::equivalent(m_Manager.getFolderFullPath(top, kestaCode).toStdString(),
-                                            below("tree")));
-
-    EXPECT_EQ(m_Manager.getFile(4000000000u, file), RET_NULL);
-    EXPECT_EQ(m_Manager.getFolderFullPath(4000000000u, kestaCode), QString());
-}
 
 TEST_F(EndToEnd, AFolderOfManyPagesArrivesWholeOverTls)
 {
@@ -179,77 +119,56 @@ TEST_F(EndToEnd, AFolderOfManyPagesArrivesWholeOverTls)
     }
 }
 
-TEST_F(EndToEnd, APageThatTheCentreRefusesEmptiesTheList)
-{
-    unsigned int top = 0;
-    {
-        centre::Store store(below("data"));
-        top = store.addDisk("large", "/large", "LUMO");
-        store.addMadeUpFiles(top, 20001);
-    }
-    serve({"queryFileTableBySrcId@3=result:-1"});
-    QList<tagFileTable> files;
-    EXPECT_EQ(m_Manager.getFileByParentID(top, files), RET_NULL);
-    EXPECT_TRUE(files.isEmpty());
-}
-
 TEST_F(EndToEnd, AProcessThatEndsWhileCallsRunEndsCleanly)
 {
     makeTree();
-    serve({"querySrcTableBySrcId=stall"});
+    centre::ServeOptions options;
+    options.faults = {"querySrcTableBySrcId=stall"};
+    serve(options);
     endingProgram({});
 }
 
 TEST_F(EndToEnd, AProcessThatEndsWhileTransfersRunWaitsForThem)
 {
     makeTree();
-    serve();
-    for (int i = 0; i < 4; ++i) {
-        std::filesystem::create_directories(below("local/" + std::to_string(i) + "/down"));
-        std::ofstream(below("local/" + std::to_string(i) + "/large")) << std::string(5000000, 'x');
+    serve(kWithBox);
+    for (const std::string each : {"0", "1", "2", "3"}) {
+        writeFile(below("local/" + each + "/large"), std::string(5000000, 'x'));
+        std::filesystem::create_directories(below("local/" + each + "/down"));
     }
     endingProgram({QString::fromStdString(below("local"))});
-    for (int i = 0; i < 4; ++i) {
-        EXPECT_TRUE(
-            std::filesystem::exists(below("local/" + std::to_string(i) + "/down/盘/影像/sub/deep.txt")));
-        EXPECT_EQ(std::filesystem::file_size(below("tree/" + std::to_string(i) + "/large")), 5000000u);
+    for (const std::string each : {"0", "1", "2", "3"}) {
+        EXPECT_EQ(readFile(below("local/" + each + "/down/盘/影像/sub/deep.txt")), "content");
+        EXPECT_EQ(std::filesystem::file_size(below("tree/" + each + "/large")), 5000000u);
     }
 }
 
 /// With names in the code page, as an application has them that sets nothing.
-TEST_F(EndToEnd, WhatWasUploadedIsInTheCatalogueAndComesBackTheSame)
+TEST_F(EndToEnd, WhatWasImportedAndUploadedComesBackTheSame)
 {
     makeTree();
-    serve();
+    serve(kWithBox);
     TestManager::m_Instance = &m_Manager; // the tasks ask for it
+    writeFile(below("local/新的/大.bin"), std::string(3000000, 'y'));
     std::filesystem::create_directories(below("local/新的/empty"));
     std::filesystem::create_directories(below("back"));
-    std::ofstream(below("local/新的/大.bin")) << std::string(3000000, 'y');
-    std::mutex mutex;
-    std::condition_variable ended;
-    int last = -1;
-    const auto told = [&](const char*, int, int code, int percent) {
-        const std::lock_guard<std::mutex> lock(mutex);
+    Awaited<int> last(-1);
+    const auto report = [&](const char*, int, int code, int percent) {
         if (code != 0 || percent == 100)
-            last = code;
-        ended.notify_one();
+            last.exchange(code);
     };
-    const auto result = [&] {
-        std::unique_lock<std::mutex> lock(mutex);
-        ended.wait(lock, [&] { return last != -1; });
-        return std::exchange(last, -1);
+    const auto end = [&] {
+        last.wait([](int code) { return code != -1; });
+        return last.exchange(-1);
     };
-    ASSERT_TRUE(
-        m_Manager.upload(QString::fromStdString(below("local/新的")), {0, 1}, 0xFFFFFFFF, false, told));
-    EXPECT_EQ(result(), 0);
-    const unsigned int top = m_Manager.getFolderID(1, 0, "盘");
-    const unsigned int uploaded = m_Manager.getFolderID(1, top, "新的");
-    ASSERT_NE(uploaded, 0xFFFFFFFF);
-    Lines found;
-    walk(uploaded, "", found);
-    EXPECT_EQ(found, Lines({"大.bin", "empty/"}));
-    ASSERT_TRUE(m_Manager.download(QString::fromStdString(below("back")), {1, uploaded}, false, told));
-    EXPECT_EQ(result(), 0);
-    EXPECT_TRUE(std::filesystem::is_directory(below("back/新的/empty")));
-    EXPECT_EQ(summaryOf(below("back/新的/大.bin")), summary(std::string(3000000, 'y')));
+    const auto local = [&](const std::string& name) { return QString::fromStdString(below(name)); };
+    ASSERT_TRUE(m_Manager.upload(local("local/新的"), {0, 1}, 0xFFFFFFFF, false, report));
+    EXPECT_EQ(end(), 0);
+    EXPECT_EQ(treeOf(below("tree/新的")), treeOf(below("local/新的")));
+    tagDiskTable disk;
+    ASSERT_EQ(m_Manager.getDisk(QString::fromUtf8("盘"), disk), RET_SUCCESS);
+    EXPECT_STREQ(disk.diskName, "\xc5\xcc");
+    ASSERT_TRUE(m_Manager.download(local("back"), {0, disk.diskID}, false, report));
+    EXPECT_EQ(end(), 0);
+    EXPECT_EQ(treeOf(below("back/盘")), treeOf(below("tree")));
 }

@@ -1,37 +1,14 @@
+#include "tests/support/Awaited.h"
 #include "tests/transfer/TransferFixture.h"
 
 #include <QTextCodec>
 
-#include <condition_variable>
 #include <cstdlib>
 
 namespace {
 
 class EndOfProcess : public TransferFixture
 {
-};
-
-/// Opened once, passed by all.
-class Gate
-{
-public:
-    void open()
-    {
-        const std::lock_guard<std::mutex> lock(m_Mutex);
-        m_Open = true;
-        m_Opened.notify_all();
-    }
-
-    void pass()
-    {
-        std::unique_lock<std::mutex> lock(m_Mutex);
-        m_Opened.wait(lock, [this] { return m_Open; });
-    }
-
-private:
-    std::mutex m_Mutex;
-    std::condition_variable m_Opened;
-    bool m_Open = false;
 };
 
 } // namespace
@@ -45,8 +22,8 @@ TEST_F(EndOfProcess, WaitsForRunningAndQueuedTransfersWhichKeepAllTheyNeed)
     EXPECT_EXIT(
         {
             // The tasks go on only after all that was made after the library was loaded is destroyed.
-            static Gate& gate = *new Gate;
-            components().onEnd = [] { gate.open(); };
+            static Awaited<bool>& gate = *new Awaited<bool>;
+            components().onEnd = [] { gate.exchange(true); };
             m_Channel.answer("bean { id: 7 }").answer("bean { id: 8 }");
             CLumoDataMgr& singleton = CLumoDataMgr::GetSingleTon();
             if (singleton.initDataMgr(&m_Channel, &m_Channel, "t", "u", "c", 1) != INIT_SUCCESS)
@@ -57,7 +34,7 @@ TEST_F(EndOfProcess, WaitsForRunningAndQueuedTransfersWhichKeepAllTheyNeed)
                 if (!singleton.downloadBySoftID(std::to_string(i).c_str(), "box:1", "s", "1", true,
                                                 [](const char*, int, int, int percent) {
                                                     if (percent == 0)
-                                                        gate.pass();
+                                                        gate.wait([](bool open) { return open; });
                                                 }))
                     std::exit(2);
             }
