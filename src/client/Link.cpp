@@ -1,6 +1,7 @@
 #include "client/Link.h"
 
 #include "client/Settings.h"
+#include "client/TransferEnds.h"
 #include "client/TransferState.h"
 #include "lumo/components/hubline/Hubline.h"
 #include "lumo/components/platform/CodePage.h"
@@ -80,11 +81,13 @@ Connection::Components::Components(const Session::Settings& settings)
     // Names of local files are UTF-8 too, even where the locale says nothing.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     Log::instance().open(settings.log);
+    TransferEnds::instance().open();
 }
 
 Connection::Components::~Components()
 {
     hubline::StopHubline();
+    TransferEnds::instance().close();
     Log::instance().close();
 }
 

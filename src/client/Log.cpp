@@ -1,13 +1,11 @@
 #include "client/Log.h"
 
-#include "lumo/components/bulkhaul/Bulkhaul.h"
 #include "lumo/components/hubline/Hubline.h"
 #include "lumo/components/logger/LumoLogger.h"
 #include "lumo/core/TextEncoding.h"
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 
 namespace lumo::internal {
 
@@ -27,10 +25,6 @@ std::string messageOf(const std::string& entry)
     const std::size_t end = std::min(entry.rfind(" File:"), entry.size());
     return end > begin ? entry.substr(begin, end - begin) : std::string();
 }
-
-// What the lines of the bulk transfer client have between the transfer and how it ended.
-const std::string kFailed = " failed with ";
-const std::string kDone = " is done, ";
 
 /// What follows `before` in the text; empty where that is missing.
 std::string after(const std::string& text, const std::string& before)
@@ -94,34 +88,6 @@ std::string describe(const Reason& reason)
     return "no reason is known";
 }
 
-namespace {
-
-/// As clientEnd; none when the line is about another transfer.
-std::optional<ClientEnd> clientEndOf(const std::string& line, const std::string& clientTransfer, int code,
-                                     const std::string& path)
-{
-    if (clientTransfer.empty()) {
-        const std::string name = path.substr(path.rfind('/') + 1);
-        const std::string mark = "/" + name + kFailed + std::to_string(code) + ", ";
-        const std::string reason = after(line, mark);
-        if (reason.empty())
-            return {};
-        const bool named = reason.compare(0, name.size(), name) == 0;
-        const std::string source = after(line, " of ");
-        return ClientEnd{source.substr(0, source.find(named ? "/" + name + kFailed : kFailed)) +
-                             (named ? "/" : ": ") + reason,
-                         {}};
-    }
-    if (line.find(" " + clientTransfer + " ") == std::string::npos)
-        return {};
-    const std::string done = after(line, kDone);
-    if (!done.empty())
-        return ClientEnd{{}, std::strtoull(done.c_str(), nullptr, 10)};
-    return ClientEnd{after(after(line, kFailed), ", "), {}};
-}
-
-} // namespace
-
 Log& Log::instance()
 {
     static Log* const log = new Log;
@@ -135,8 +101,6 @@ void Log::open(const Sink& sink)
         m_Sink = sink;
         m_Last.clear();
         m_Expected.clear();
-        m_ClientTransfers.clear();
-        m_ClientEnds.clear();
     }
     CLumoLogger::GetSinglePton()->toCallback(
         [this](const char* text, int length) { take(std::string(text, static_cast<std::size_t>(length))); });
@@ -168,18 +132,14 @@ void Log::forget()
 {
     const std::lock_guard<std::mutex> lock(m_Mutex);
     m_Last.erase(std::this_thread::get_id());
-    m_ClientTransfers.erase(std::this_thread::get_id());
 }
 
 void Log::take(const std::string& entry)
 {
     const Reason reason = reasonOf(entry);
-    const std::string transfer = after(messageOf(entry), "RPC TaskID : ");
     const std::lock_guard<std::mutex> lock(m_Mutex);
     if (reason.kind != Reason::Kind::None)
         m_Last[std::this_thread::get_id()] = reason;
-    if (!transfer.empty())
-        m_ClientTransfers[std::this_thread::get_id()] = transfer.substr(0, transfer.find(','));
     listen(entry);
     if (m_Sink)
         m_Sink(entry);
@@ -190,10 +150,6 @@ void Log::takeStatus(int level, const std::string& line)
     const std::lock_guard<std::mutex> lock(m_Mutex);
     if (level == kErrorLevel)
         m_Last[std::this_thread::get_id()] = {Reason::Kind::NoChannel, {}, line};
-    if (line.find(kFailed) != std::string::npos || line.find(kDone) != std::string::npos) {
-        m_ClientEnds.push_back(line);
-        m_ClientEnded.notify_all();
-    }
     if (m_Sink)
         m_Sink(line + "\r\n");
 }
@@ -232,32 +188,6 @@ LaterAnswer Log::await(unsigned int timeout)
     else
         m_Answered.wait_for(lock, std::chrono::milliseconds(timeout), ended);
     return m_Answer;
-}
-
-std::string Log::clientTransfer() const
-{
-    const std::lock_guard<std::mutex> lock(m_Mutex);
-    const auto last = m_ClientTransfers.find(std::this_thread::get_id());
-    return last == m_ClientTransfers.end() ? std::string() : last->second;
-}
-
-ClientEnd Log::clientEnd(const std::string& clientTransfer, int code, const std::string& path)
-{
-    std::unique_lock<std::mutex> lock(m_Mutex);
-    ClientEnd end;
-    if (clientTransfer.empty() && (code < bulkhaul::kNoConnection || code > bulkhaul::kFailedHere))
-        return end; // none of the client's
-    // The line comes on a thread of its own.
-    m_ClientEnded.wait_for(lock, std::chrono::milliseconds(500), [&] {
-        for (auto line = m_ClientEnds.rbegin(); line != m_ClientEnds.rend(); ++line) {
-            if (const auto found = clientEndOf(*line, clientTransfer, code, path)) {
-                end = *found;
-                return true;
-            }
-        }
-        return false;
-    });
-    return end;
 }
 
 } // namespace lumo::internal

@@ -2,11 +2,9 @@
 #define LUMO_CLIENT_LOG_H
 
 #include <condition_variable>
-#include <cstdint>
 #include <functional>
 #include <map>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -45,13 +43,6 @@ struct LaterAnswer
     std::vector<std::string> errors; ///< UTF-8, in the order of the log
 };
 
-/// What the bulk transfer client's line on the end of a transfer says.
-struct ClientEnd
-{
-    std::string reason;
-    std::optional<std::uint64_t> keptFiles;
-};
-
 /// Reads the library's log while a session is open. There is one for the process, never destroyed, since a
 /// thread of a component may log until the process has ended. Safe from any thread.
 class Log
@@ -78,12 +69,6 @@ public:
     /// Waits for that end up to so many milliseconds; 0 for no limit.
     LaterAnswer await(unsigned int timeout);
 
-    /// The bulk transfer client's identifier of the transfer that this thread has last logged about.
-    std::string clientTransfer() const;
-    /// How a transfer ended: that of the identifier or, when it is empty, the last one that failed with that
-    /// code and whose file is the one of that path.
-    ClientEnd clientEnd(const std::string& clientTransfer, int code, const std::string& path);
-
 private:
     Log() = default;
     ~Log() = delete;
@@ -98,9 +83,6 @@ private:
     std::string m_Expected; ///< of the call that is to end
     LaterAnswer m_Answer;
     std::condition_variable m_Answered;
-    std::map<std::thread::id, std::string> m_ClientTransfers;
-    std::vector<std::string> m_ClientEnds;
-    std::condition_variable m_ClientEnded;
 };
 
 } // namespace lumo::internal

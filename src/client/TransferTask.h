@@ -2,6 +2,7 @@
 #define LUMO_CLIENT_TRANSFERTASK_H
 
 #include "client/Link.h"
+#include "client/TransferEnds.h"
 #include "client/TransferState.h"
 
 #include <memory>
@@ -16,8 +17,9 @@ namespace lumo::internal {
 class TransferTask
 {
 public:
-    TransferTask(std::shared_ptr<TransferState> state, std::shared_ptr<Connection> connection)
-        : m_State(std::move(state)), m_Connection(std::move(connection))
+    /// `walks`: it goes through the catalogue, so that its failures name the file.
+    TransferTask(std::shared_ptr<TransferState> state, std::shared_ptr<Connection> connection, bool walks)
+        : m_State(std::move(state)), m_Connection(std::move(connection)), m_Walks(walks)
     {
     }
     TransferTask(const TransferTask&) = delete;
@@ -27,16 +29,18 @@ public:
     void report(const char* task, int code, int percent);
 
 private:
+    std::string reason() const;
     Transfer::Outcome outcome() const;
 
     const std::shared_ptr<TransferState> m_State;
     std::shared_ptr<Connection> m_Connection;
+    const bool m_Walks;
     std::mutex m_Mutex;
     bool m_Began = false;
     int m_Percent = 0;
     int m_Code = 0;
-    std::string m_Reason;
-    std::string m_ClientTransfer;
+    Reason m_Logged; ///< of a failure
+    EndSum m_End;
 };
 
 } // namespace lumo::internal

@@ -17,13 +17,13 @@ namespace {
 
 using Start = std::function<bool(const TransferCallback&)>;
 
-/// Starts a transfer; false when the library refuses.
-std::optional<Transfer> started(const Call& call, internal::Link& link, const Transfer::Observer& observer,
-                                const Start& start)
+/// Starts a transfer; none when the library refuses.
+std::optional<Transfer> started(const Call& call, internal::Link& link, bool walks,
+                                const Transfer::Observer& observer, const Start& start)
 {
     const auto state = std::make_shared<internal::TransferState>(observer);
     link.watch(state);
-    const auto task = std::make_shared<internal::TransferTask>(state, call.connection());
+    const auto task = std::make_shared<internal::TransferTask>(state, call.connection(), walks);
     const bool begun =
         start([task](const char* name, int, int code, int percent) { task->report(name, code, percent); });
     return begun ? std::optional<Transfer>(Transfer(state)) : std::nullopt;
@@ -126,7 +126,7 @@ Transfers::Transfers(std::shared_ptr<internal::Link> link) : m_Link(std::move(li
 Transfer Transfers::get(const Entry& source, const std::string& folder, const Options& options) const
 {
     const Call call(*m_Link);
-    auto transfer = started(call, *m_Link, options.observer, [&](const TransferCallback& callback) {
+    auto transfer = started(call, *m_Link, true, options.observer, [&](const TransferCallback& callback) {
         return call->download(QString::fromStdString(folder), placeOf(source), options.overwrite, callback);
     });
     if (!transfer)
@@ -137,7 +137,7 @@ Transfer Transfers::get(const Entry& source, const std::string& folder, const Op
 Transfer Transfers::put(const std::string& path, const Entry& target, const Options& options) const
 {
     const Call call(*m_Link);
-    auto transfer = started(call, *m_Link, options.observer, [&](const TransferCallback& callback) {
+    auto transfer = started(call, *m_Link, false, options.observer, [&](const TransferCallback& callback) {
         return call->upload(QString::fromStdString(path), placeOf(target), kNoIdentifier, options.overwrite,
                             callback);
     });
@@ -159,7 +159,7 @@ Transfer Transfers::getPackage(const Centre::Product& product, const std::string
         throw internal::requestError("the centre does not know where the storage box is");
     const auto download = product.kind == Centre::Product::Kind::Program ? &CLumoDataMgr::downloadBySoftID
                                                                          : &CLumoDataMgr::downloadByAppID;
-    auto transfer = started(call, *m_Link, options.observer, [&](const TransferCallback& callback) {
+    auto transfer = started(call, *m_Link, false, options.observer, [&](const TransferCallback& callback) {
         return (call.manager().*download)(folder.c_str(), address.c_str(), product.number.c_str(),
                                           version.c_str(), options.overwrite, callback);
     });

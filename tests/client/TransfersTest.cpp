@@ -35,6 +35,7 @@ TEST_F(ClientCentre, TreeIsSentAndFetchedWithProgressUpToItsOutcome)
     const Transfer sent = session.transfers().put(below("影像"), disk, options);
     EXPECT_TRUE(sent.wait().done()) << sent.wait().text;
     EXPECT_EQ(sent.wait().keptFiles, 0U);
+    EXPECT_EQ(sent.wait().movedBytes, 24U << 20);
 
     ASSERT_GE(told.size(), 3U);
     EXPECT_THAT(told.front().task, testing::StartsWith("影像{"));
@@ -47,7 +48,8 @@ TEST_F(ClientCentre, TreeIsSentAndFetchedWithProgressUpToItsOutcome)
     EXPECT_FALSE(told.front().outcome);
 
     std::filesystem::create_directory(below("here"));
-    EXPECT_TRUE(session.transfers().get(disk, below("here"), {}).wait().done());
+    EXPECT_EQ(session.transfers().get(disk, below("here"), {}).wait().keptFiles, 0U);
+    EXPECT_EQ(session.transfers().get(disk, below("here"), {}).wait().keptFiles, 1U);
     EXPECT_EQ(treeOf(below("here/earth")), treeOf(below("earth")));
     EXPECT_EQ(session.transfers().put(below("影像"), disk, {}).wait().keptFiles, 1U);
 }
@@ -62,7 +64,7 @@ TEST_F(ClientCentre, TransferThatFailsSaysWhy)
     const Transfer::Outcome outcome =
         session.transfers().get(catalogue.find("/earth/a"), below("here"), {}).wait();
     EXPECT_EQ(outcome.code, bulkhaul::kNotFound);
-    EXPECT_THAT(outcome.text, testing::HasSubstr("gone.txt"));
+    EXPECT_THAT(outcome.text, testing::HasSubstr(below("earth/a/gone.txt")));
     EXPECT_FALSE(outcome.resumes);
 
     const lumo::Entry file = catalogue.find("/earth/b.txt");

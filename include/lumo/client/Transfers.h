@@ -32,8 +32,9 @@ public:
         int code = 0;         ///< 0, or a code of lumo/transfer/TransferCallback.h or of bulkhaul
         std::string text;     ///< what the code means, with the reason if known; empty for 0
         bool resumes = false; ///< what arrived is kept, and the same transfer goes on from there
-        /// How many files were there already and were kept; none when it is not known.
-        std::optional<std::uint64_t> keptFiles;
+        // Not known for files that are copied by convert.cfg.
+        std::optional<std::uint64_t> keptFiles;  ///< files that were there already and were kept
+        std::optional<std::uint64_t> movedBytes; ///< content of files that arrived
 
         bool done() const { return code == 0; }
     };
