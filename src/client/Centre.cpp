@@ -1,6 +1,7 @@
 #include "lumo/client/Centre.h"
 
 #include "client/Link.h"
+#include "client/TextList.h"
 #include "lumo/core/LumoDataMgr.h"
 #include "lumo/core/TextEncoding.h"
 
@@ -12,14 +13,6 @@ using internal::Reason;
 
 namespace {
 
-std::vector<std::string> textsOf(const QStringList& list)
-{
-    std::vector<std::string> texts;
-    for (const QString& text : list)
-        texts.push_back(text.toStdString());
-    return texts;
-}
-
 Centre::Scene sceneOf(const Call& call,
                       bool (CLumoDataMgr::*read)(unsigned int, QString&, QStringList&, QStringList&),
                       FileId file)
@@ -28,8 +21,9 @@ Centre::Scene sceneOf(const Call& call,
     QStringList mainFiles;
     QStringList metaFiles;
     call.require((call.manager().*read)(file.number(), name, mainFiles, metaFiles));
-    return {
-        {"name", {name.toStdString()}}, {"mainFiles", textsOf(mainFiles)}, {"metaFiles", textsOf(metaFiles)}};
+    return {{"name", {name.toStdString()}},
+            {"mainFiles", internal::textsOf(mainFiles)},
+            {"metaFiles", internal::textsOf(metaFiles)}};
 }
 
 Centre::Scene adsSceneOf(const Call& call, FileId file)

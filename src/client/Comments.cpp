@@ -3,6 +3,7 @@
 #include "client/Link.h"
 #include "client/RecordKinds.h"
 #include "client/RecordText.h"
+#include "client/TextList.h"
 #include "lumo/client/Images.h"
 #include "lumo/core/LumoDataMgr.h"
 
@@ -40,14 +41,6 @@ Comments::Comment commentOf(const Call& call, const Operations& operations, Comm
     if (!call.answered((call.manager().*operations.get)(id.number(), content, state)))
         notFound(std::string("the centre knows no ") + operations.word + " " + std::to_string(id.number()));
     return {id, content.toStdString(), state.toStdString()};
-}
-
-std::vector<std::string> textsOf(const QStringList& list)
-{
-    std::vector<std::string> texts;
-    for (const QString& text : list)
-        texts.push_back(text.toStdString());
-    return texts;
 }
 
 void requireTable(bool right, const char* message)
@@ -156,7 +149,7 @@ std::vector<std::string> Comments::contents() const
     const Call call(*m_Link);
     QStringList texts;
     call.answered(call->getCommentContent(texts));
-    return textsOf(texts);
+    return internal::textsOf(texts);
 }
 
 std::vector<std::string> Comments::states(const std::string& content) const
@@ -165,7 +158,7 @@ std::vector<std::string> Comments::states(const std::string& content) const
     const Call call(*m_Link);
     QStringList texts;
     call.answered(call->getCommentState(QString::fromStdString(content), texts));
-    return textsOf(texts);
+    return internal::textsOf(texts);
 }
 
 } // namespace lumo

@@ -126,7 +126,7 @@ std::vector<Entry> allDisks(const Call& call)
 }
 
 template <class Record>
-std::vector<Entry> entries(const Call& call, GetOne<Record> get, const Query<Record>& query)
+std::vector<Entry> entries(const Call& call, GetEntry<Record> get, const Query<Record>& query)
 {
     QList<Record> records;
     call.answered(query(records));
@@ -148,8 +148,8 @@ std::vector<Entry> entries(const Call& call, GetOne<Record> get, const Query<Rec
     return entries;
 }
 
-template std::vector<Entry> entries(const Call&, GetOne<tagFolderTable>, const Query<tagFolderTable>&);
-template std::vector<Entry> entries(const Call&, GetOne<tagFileTable>, const Query<tagFileTable>&);
+template std::vector<Entry> entries(const Call&, GetEntry<tagFolderTable>, const Query<tagFolderTable>&);
+template std::vector<Entry> entries(const Call&, GetEntry<tagFileTable>, const Query<tagFileTable>&);
 
 std::vector<Entry> foldersBelow(const Call& call, FolderId folder)
 {

@@ -24,13 +24,13 @@ Entry entryFrom(const tagFolderTable& record);
 Entry entryFrom(const tagFileTable& record);
 
 template <class Record>
-using GetOne = ENUM_RET_TYPE (CLumoDataMgr::*)(unsigned int, Record&);
+using GetEntry = ENUM_RET_TYPE (CLumoDataMgr::*)(unsigned int, Record&);
 template <class Record>
 using Query = std::function<ENUM_RET_TYPE(QList<Record>&)>;
 
 /// The record of an identifier; none where there is none.
 template <class Record>
-std::optional<Entry> entryOf(const Call& call, GetOne<Record> get, unsigned int id)
+std::optional<Entry> entryOf(const Call& call, GetEntry<Record> get, unsigned int id)
 {
     auto record = markedRecord<Record>();
     return call.answered((call.manager().*get)(id, record)) ? std::optional(entryFrom(record)) : std::nullopt;
@@ -38,7 +38,7 @@ std::optional<Entry> entryOf(const Call& call, GetOne<Record> get, unsigned int 
 
 /// What a query lists, by name; `get` reads a record whose name the list may not have.
 template <class Record>
-std::vector<Entry> entries(const Call& call, GetOne<Record> get, const Query<Record>& query);
+std::vector<Entry> entries(const Call& call, GetEntry<Record> get, const Query<Record>& query);
 
 std::vector<Entry> allDisks(const Call& call);
 std::vector<Entry> foldersBelow(const Call& call, FolderId folder);

@@ -88,33 +88,33 @@ private:
     unsigned int m_Bit = 0;
 };
 
-// FIELD(imageID) is "imageID", record.imageID; SERIES(text, text, 1, 3) is text(FIELD(text1)) to
-// text(FIELD(text3)).
-#define FIELD(field) #field, record.field
-#define NUMBERED(verb, field) fields.verb(BOOST_PP_STRINGIZE(field), record.field)
-#define ONE_OF_SERIES(z, number, series)                                                                     \
-    NUMBERED(BOOST_PP_TUPLE_ELEM(0, series), BOOST_PP_CAT(BOOST_PP_TUPLE_ELEM(1, series), number));
-#define SERIES(verb, stem, first, last)                                                                      \
-    BOOST_PP_REPEAT_FROM_TO(first, BOOST_PP_INC(last), ONE_OF_SERIES, (verb, stem))
+// LUMO_FIELD(imageID) is "imageID", record.imageID; LUMO_SERIES(text, text, 1, 3) is text(LUMO_FIELD(text1))
+// to text(LUMO_FIELD(text3)).
+#define LUMO_FIELD(field) #field, record.field
+#define LUMO_NUMBERED(verb, field) fields.verb(BOOST_PP_STRINGIZE(field), record.field)
+#define LUMO_ONE_OF_SERIES(z, number, series)                                                                \
+    LUMO_NUMBERED(BOOST_PP_TUPLE_ELEM(0, series), BOOST_PP_CAT(BOOST_PP_TUPLE_ELEM(1, series), number));
+#define LUMO_SERIES(verb, stem, first, last)                                                                 \
+    BOOST_PP_REPEAT_FROM_TO(first, BOOST_PP_INC(last), LUMO_ONE_OF_SERIES, (verb, stem))
 
 void FieldList::coord(const tagCoordSetting& record)
 {
     FieldList& fields = *this;
-    fields.code(FIELD(datum), kDatums);
-    fields.code(FIELD(projection), kProjections);
-    SERIES(number, coordParam, 1, 8);
-    fields.code(FIELD(hemisphere), kHemispheres);
-    fields.text(FIELD(coordText));
-    SERIES(number, coordExtra, 1, 7);
+    fields.code(LUMO_FIELD(datum), kDatums);
+    fields.code(LUMO_FIELD(projection), kProjections);
+    LUMO_SERIES(number, coordParam, 1, 8);
+    fields.code(LUMO_FIELD(hemisphere), kHemispheres);
+    fields.text(LUMO_FIELD(coordText));
+    LUMO_SERIES(number, coordExtra, 1, 7);
 }
 
 template <class Source>
 FieldList imageHead(Record::Kind kind, const Source& record)
 {
     FieldList fields(kind, record.presence);
-    fields.key(FIELD(imageID));
-    fields.key(FIELD(mainFileID));
-    fields.title(FIELD(imageName));
+    fields.key(LUMO_FIELD(imageID));
+    fields.key(LUMO_FIELD(mainFileID));
+    fields.title(LUMO_FIELD(imageName));
     return fields;
 }
 
@@ -123,10 +123,10 @@ FieldList imageHead(Record::Kind kind, const Source& record)
 Record recordFrom(const tagDataTable& record)
 {
     FieldList fields(Record::Kind::Project);
-    fields.key(FIELD(projectID));
-    fields.key(FIELD(companyID));
-    fields.title(FIELD(projectName));
-    SERIES(text, text, 1, 8);
+    fields.key(LUMO_FIELD(projectID));
+    fields.key(LUMO_FIELD(companyID));
+    fields.title(LUMO_FIELD(projectName));
+    LUMO_SERIES(text, text, 1, 8);
     fields.coord(record.coord);
     return fields.take();
 }
@@ -135,21 +135,21 @@ Record recordFrom(const tagTypeTable& record)
 {
     constexpr std::size_t kUsedOfProjectName = 64;
     FieldList fields(Record::Kind::Type);
-    fields.key(FIELD(typeID));
-    fields.key(FIELD(projectID));
-    fields.title(FIELD(dataType));
+    fields.key(LUMO_FIELD(typeID));
+    fields.key(LUMO_FIELD(projectID));
+    fields.title(LUMO_FIELD(dataType));
     fields.text("projectName", record.projectName, kUsedOfProjectName, Record::Field::Role::Main);
-    fields.text(FIELD(typeText));
+    fields.text(LUMO_FIELD(typeText));
     return fields.take();
 }
 
 Record recordFrom(const tagKFImageTable& record)
 {
     FieldList fields = imageHead(Record::Kind::Photo, record);
-    SERIES(text, text, 1, 8);
-    SERIES(optional, value, 1, 10);
-    SERIES(optional, count, 1, 2);
-    SERIES(optional, value, 11, 14);
+    LUMO_SERIES(text, text, 1, 8);
+    LUMO_SERIES(optional, value, 1, 10);
+    LUMO_SERIES(optional, count, 1, 2);
+    LUMO_SERIES(optional, value, 11, 14);
     fields.coord(record.coord);
     return fields.take();
 }
@@ -157,10 +157,10 @@ Record recordFrom(const tagKFImageTable& record)
 Record recordFrom(const tagSatTable& record)
 {
     FieldList fields = imageHead(Record::Kind::Satellite, record);
-    SERIES(text, text, 1, 7);
-    SERIES(optional, value, 1, 6);
-    SERIES(optional, count, 1, 2);
-    SERIES(optional, value, 7, 12);
+    LUMO_SERIES(text, text, 1, 7);
+    LUMO_SERIES(optional, value, 1, 6);
+    LUMO_SERIES(optional, count, 1, 2);
+    LUMO_SERIES(optional, value, 7, 12);
     fields.coord(record.coord);
     return fields.take();
 }
@@ -168,9 +168,9 @@ Record recordFrom(const tagSatTable& record)
 Record recordFrom(const tagAdsTable& record)
 {
     FieldList fields = imageHead(Record::Kind::Ads, record);
-    SERIES(text, text, 1, 8);
-    SERIES(optional, value, 1, 6);
-    SERIES(optional, count, 1, 2);
+    LUMO_SERIES(text, text, 1, 8);
+    LUMO_SERIES(optional, value, 1, 6);
+    LUMO_SERIES(optional, count, 1, 2);
     fields.coord(record.coord);
     return fields.take();
 }
@@ -178,11 +178,11 @@ Record recordFrom(const tagAdsTable& record)
 Record recordFrom(const tagCtrlFileTable& record)
 {
     FieldList fields(Record::Kind::Control, record.presence);
-    fields.key(FIELD(dqConID));
-    fields.key(FIELD(mainFileID));
-    fields.title(FIELD(ctrlFileName));
-    SERIES(text, text, 1, 9);
-    SERIES(optional, value, 1, 1);
+    fields.key(LUMO_FIELD(dqConID));
+    fields.key(LUMO_FIELD(mainFileID));
+    fields.title(LUMO_FIELD(ctrlFileName));
+    LUMO_SERIES(text, text, 1, 9);
+    LUMO_SERIES(optional, value, 1, 1);
     fields.coord(record.coord);
     return fields.take();
 }
@@ -190,24 +190,24 @@ Record recordFrom(const tagCtrlFileTable& record)
 Record recordFrom(const tagCtrlPointTable& record)
 {
     FieldList fields(Record::Kind::Point, record.presence);
-    fields.key(FIELD(pointID));
-    fields.key(FIELD(dqConID));
-    fields.title(FIELD(conNumber));
-    fields.text(FIELD(pointText));
-    fields.optional(FIELD(pointX));
-    fields.optional(FIELD(pointY));
-    fields.optional(FIELD(pointZ));
+    fields.key(LUMO_FIELD(pointID));
+    fields.key(LUMO_FIELD(dqConID));
+    fields.title(LUMO_FIELD(conNumber));
+    fields.text(LUMO_FIELD(pointText));
+    fields.optional(LUMO_FIELD(pointX));
+    fields.optional(LUMO_FIELD(pointY));
+    fields.optional(LUMO_FIELD(pointZ));
     return fields.take();
 }
 
 Record recordFrom(const tagDemTable& record)
 {
     FieldList fields = imageHead(Record::Kind::Dem, record);
-    SERIES(text, text, 1, 16);
-    SERIES(optional, value, 1, 13);
-    SERIES(optional, count, 1, 4);
-    SERIES(optional, value, 14, 14);
-    SERIES(optional, count, 5, 6);
+    LUMO_SERIES(text, text, 1, 16);
+    LUMO_SERIES(optional, value, 1, 13);
+    LUMO_SERIES(optional, count, 1, 4);
+    LUMO_SERIES(optional, value, 14, 14);
+    LUMO_SERIES(optional, count, 5, 6);
     fields.coord(record.coord);
     return fields.take();
 }
@@ -215,9 +215,9 @@ Record recordFrom(const tagDemTable& record)
 Record recordFrom(const tagDsmTable& record)
 {
     FieldList fields = imageHead(Record::Kind::Dsm, record);
-    SERIES(text, text, 1, 9);
-    SERIES(optional, value, 1, 10);
-    SERIES(optional, count, 1, 5);
+    LUMO_SERIES(text, text, 1, 9);
+    LUMO_SERIES(optional, value, 1, 10);
+    LUMO_SERIES(optional, count, 1, 5);
     fields.coord(record.coord);
     return fields.take();
 }
@@ -225,9 +225,9 @@ Record recordFrom(const tagDsmTable& record)
 Record recordFrom(const tagDomTable& record)
 {
     FieldList fields = imageHead(Record::Kind::Dom, record);
-    SERIES(text, text, 1, 18);
-    SERIES(optional, value, 1, 10);
-    SERIES(optional, count, 1, 8);
+    LUMO_SERIES(text, text, 1, 18);
+    LUMO_SERIES(optional, value, 1, 10);
+    LUMO_SERIES(optional, count, 1, 8);
     fields.coord(record.coord);
     return fields.take();
 }
@@ -235,9 +235,9 @@ Record recordFrom(const tagDomTable& record)
 Record recordFrom(const tagDlgTable& record)
 {
     FieldList fields = imageHead(Record::Kind::Dlg, record);
-    SERIES(text, text, 1, 17);
-    SERIES(optional, value, 1, 10);
-    SERIES(optional, count, 1, 10);
+    LUMO_SERIES(text, text, 1, 17);
+    LUMO_SERIES(optional, value, 1, 10);
+    LUMO_SERIES(optional, count, 1, 10);
     fields.coord(record.coord);
     return fields.take();
 }
@@ -269,5 +269,10 @@ Record recordFrom(const tagImageData& record)
         return {Record::Kind::File, {}};
     }
 }
+
+#undef LUMO_FIELD
+#undef LUMO_NUMBERED
+#undef LUMO_ONE_OF_SERIES
+#undef LUMO_SERIES
 
 } // namespace lumo::internal
