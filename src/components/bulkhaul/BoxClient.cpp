@@ -52,7 +52,7 @@ std::vector<Digest> BoxClient::digests(const haulbox::DigestsReq& request)
     askForSure(&haulbox::BoxServices_Stub::digests, request, response);
     const std::size_t size = request.chunks() * sizeof(Digest);
     if (response.digests().size() != size)
-        throw TransferFailure(kNotUnderstood, "the box sent another number of digests than asked for");
+        throw TransferFailure(kNotUnderstood, "the box did not send as many digests as asked for");
     std::vector<Digest> digests(request.chunks());
     std::memcpy(digests.data(), response.digests().data(), size);
     return digests;
@@ -69,7 +69,7 @@ void BoxClient::fail(const wirecall::RpcController& controller)
     case wirecall::Failure::Unauthenticated:
         throw TransferFailure(kRefused, text);
     case wirecall::Failure::NotImplemented:
-        throw TransferFailure(kNotUnderstood, "the other side is no storage box: " + text);
+        throw TransferFailure(kNotUnderstood, "the other side is not a storage box: " + text);
     default:
         throw TransferFailure(kBoxFailed, "the box failed: " + text);
     }

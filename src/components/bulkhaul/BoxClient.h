@@ -26,7 +26,7 @@ private:
 
 Code codeOf(haulbox::Status status);
 
-/// The storage box at the other end of a channel, as one transfer asks it. Safe from several threads.
+/// Asks the storage box at the other end of a channel, for one transfer. Safe from several threads.
 class BoxClient
 {
 public:
@@ -35,7 +35,7 @@ public:
 
     const haulbox::Carried& carried() const { return m_Carried; }
 
-    /// Asks and waits. Throws TransferFailure when no answer comes; its status is the caller's to judge.
+    /// Asks and waits. Throws TransferFailure when no answer comes. The caller judges the answer's status.
     template <class Request, class Response>
     void ask(void (haulbox::BoxServices_Stub::*operation)(google::protobuf::RpcController*, const Request*,
                                                           Response*, google::protobuf::Closure*),
@@ -48,7 +48,7 @@ public:
         if (controller.Failed())
             fail(controller);
         if (!response.has_status()) // or one that this client does not know
-            throw TransferFailure(kNotUnderstood, "the box answers without a status");
+            throw TransferFailure(kNotUnderstood, "the box answered without a status");
     }
 
     /// The same, and throws TransferFailure for any status but DONE.
@@ -69,7 +69,7 @@ public:
             throw TransferFailure(codeOf(response.status()), response.reason());
     }
 
-    /// The digests of up to as many chunks as asked for in `request`.
+    /// Returns the digests that `request` asks for.
     std::vector<Digest> digests(const haulbox::DigestsReq& request);
 
 private:
@@ -80,7 +80,8 @@ private:
     const long long m_StallLimit;
 };
 
-/// Throws TransferFailure (kCorrupted) unless `digest`, as it came, is that of `data`; returns it.
+/// Returns the digest of `data`. Throws TransferFailure (kCorrupted) unless it equals `digest`, which came
+/// with the data.
 Digest verified(const std::string& data, const std::string& digest, const std::string& name);
 
 } // namespace bulkhaul

@@ -58,7 +58,7 @@ void fail(TransferEnd& end, Code code, const std::string& what, const std::strin
     client().lines.write(kError, what + " failed with " + std::to_string(code) + ", " + end.reason);
 }
 
-/// A folder's path may end with "/".
+/// Removes the "/" that a folder's path may end with.
 std::string withoutEndingSlashes(std::string path)
 {
     while (path.size() > 1 && path.back() == '/')

@@ -12,10 +12,10 @@
 
 namespace bulkhaul {
 
-/// A file is moved and verified in chunks of this size, in bytes; the last one is shorter.
+/// The size of the chunks in which a file is moved and verified, in bytes. The last chunk is shorter.
 constexpr std::size_t kChunkSize = std::size_t(1) << 20;
 
-/// What the other side may declare at most, in bytes.
+/// The largest file that the other side may declare, in bytes.
 constexpr std::uint64_t kLargestFile = std::uint64_t(1) << 44;
 
 inline std::uint64_t chunkCount(std::uint64_t fileSize)
@@ -36,16 +36,16 @@ inline Digest digestOf(const std::string& data)
 {
     return digestOf(data.data(), data.size());
 }
-/// The digest of a whole file: that of its chunks' digests, one behind the other.
+/// The digest of a whole file: the digest of its chunks' digests, one after the other.
 Digest digestOf(const std::vector<Digest>& chunks);
 
-/// The digests of those chunks of a file that are known. Memory grows with what is known, not with the file.
+/// The known digests of a file's chunks. Memory grows with the number of known ones, not with the file.
 class ChunkDigests
 {
 public:
     void set(std::uint64_t chunk, const Digest& digest);
     std::optional<Digest> find(std::uint64_t chunk) const;
-    /// The digest of a whole file of so many chunks, if all are known.
+    /// Returns the digest of a whole file of `chunks` chunks, if all are known.
     std::optional<Digest> whole(std::uint64_t chunks) const;
     std::uint64_t known() const { return m_Known; }
     void clear();
@@ -58,7 +58,7 @@ private:
 };
 
 std::string toBytes(const Digest& digest);
-/// Whether `bytes` are that digest.
+/// Whether `bytes` are the bytes of `digest`.
 bool isDigest(const std::string& bytes, const Digest& digest);
 
 } // namespace bulkhaul

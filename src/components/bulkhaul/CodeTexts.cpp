@@ -10,7 +10,7 @@ const char* textOf(int code)
     case kNoConnection:
         return "the storage box was not reached, or the connection broke";
     case kStalled:
-        return "nothing moved any more";
+        return "nothing moved within the time limit";
     case kRefused:
         return "the storage box does not let you do that";
     case kNotFound:
@@ -24,9 +24,9 @@ const char* textOf(int code)
     case kNoSpace:
         return "no space is left for the target";
     case kCorrupted:
-        return "what arrived is not what was sent";
+        return "the data that arrived is not the data that was sent";
     case kUnsafeName:
-        return "a name that no file can have here, or that is not UTF-8";
+        return "a name is not valid here, or not UTF-8";
     case kWrongKind:
         return "a link, a special file, or a folder where a file is needed or the reverse";
     case kBusy:
@@ -34,7 +34,7 @@ const char* textOf(int code)
     case kBoxFailed:
         return "the storage box failed for a reason of its own";
     case kNotUnderstood:
-        return "what answers is not a storage box that this program understands";
+        return "the other side is not a storage box that this program understands";
     case kFailedHere:
         return "this machine failed: it lacks memory or threads";
     default:

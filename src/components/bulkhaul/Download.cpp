@@ -68,7 +68,7 @@ private:
                                const std::string& path)
     {
         if (response.size() != size || response.data().size() != chunkLength(size, chunk))
-            throw TransferFailure(kCorrupted, path + ": another number of bytes arrived than was declared");
+            throw TransferFailure(kCorrupted, path + ": not as many bytes arrived as were declared");
         return verified(response.data(), response.digest(), path);
     }
 
@@ -76,7 +76,7 @@ private:
                        std::uint64_t size, const std::string& version)
     {
         if (size > kLargestFile)
-            throw TransferFailure(kNotUnderstood, path + ": no file can be that large");
+            throw TransferFailure(kNotUnderstood, path + ": too large, " + std::to_string(size) + " bytes");
         IncomingFile file(folder.below(std::vector<std::string>()), name, size, m_Transfer.existing);
         const std::vector<bool> missing = missingChunks(file, path, size, version);
         inParallel(m_Transfer.chunksInFlight, missing.size(), [&](std::uint64_t chunk) {
@@ -102,7 +102,7 @@ private:
         return request;
     }
 
-    /// The chunks that an earlier attempt or the old target does not have.
+    /// Returns the chunks that neither an earlier attempt nor the old target has.
     std::vector<bool> missingChunks(IncomingFile& file, const std::string& path, std::uint64_t size,
                                     const std::string& version)
     {
@@ -125,7 +125,7 @@ private:
         return missing;
     }
 
-    /// The file is, as a whole, what the box has, and the box has it still.
+    /// Throws TransferFailure unless the whole file equals the box's file, which the box still has.
     void requireWhole(const IncomingFile& file, const std::string& path, const std::string& version)
     {
         haulbox::DigestsReq request = digestsRequest(path, version);
@@ -133,7 +133,7 @@ private:
         haulbox::DigestsRsp response;
         m_Box.askForSure(&BoxServices_Stub::digests, request, response);
         if (!isDigest(response.digests(), file.wholeDigest()))
-            throw TransferFailure(kCorrupted, path + ": as a whole, what arrived is not what was sent");
+            throw TransferFailure(kCorrupted, path + ": the file that arrived is not the file that was sent");
     }
 
     void moveTree(const Folder& root)
@@ -160,16 +160,16 @@ private:
         m_Box.askForSure(&BoxServices_Stub::list, request, page);
         std::string last = after;
         for (const haulbox::Entry& entry : page.entries()) {
-            // Anything else might never end.
+            // A list in any other order might never end.
             if (!last.empty() && !comesBefore(last, entry.below()))
-                throw TransferFailure(kNotUnderstood, "the box lists out of order");
+                throw TransferFailure(kNotUnderstood, "the box listed entries out of order");
             last = entry.below();
         }
         if (page.more() && page.entries().empty())
-            throw TransferFailure(kNotUnderstood, "the box tells of more entries but sends none");
+            throw TransferFailure(kNotUnderstood, "the box announced more entries but sent none");
     }
 
-    /// What the whole tree weighs, from its first page on.
+    /// Returns the weight of the whole tree, whose first page is `first`.
     std::uint64_t weightFrom(const haulbox::ListRsp& first)
     {
         std::uint64_t weight = 0;
@@ -237,10 +237,10 @@ private:
         haulbox::FetchRsp response;
         m_Box.ask(&BoxServices_Stub::fetch, request, response);
         if (response.status() == haulbox::DONE && response.contents_size() != request.entries_size())
-            throw TransferFailure(kNotUnderstood, "the box sent another number of files than asked for");
+            throw TransferFailure(kNotUnderstood, "the box did not send as many files as asked for");
         for (int i = 0; i < std::min(response.contents_size(), request.entries_size()); ++i)
             take(files, request.entries(i), response.contents(i));
-        m_Tally.filesKept += files.finish(); // what came is kept, also when the next one failed
+        m_Tally.filesKept += files.finish(); // those that arrived are kept, also when the next one failed
         BoxClient::require(response);
     }
 
@@ -248,9 +248,9 @@ private:
     {
         m_Transfer.progress.add(weightOf(wanted.size()));
         if (!content.has_data() && wanted.has_digest() && content.digest() == wanted.digest())
-            return; // it is there already
+            return; // the client has the file already
         if (content.data().size() != wanted.size())
-            throw TransferFailure(kCorrupted, wanted.below() + ": arrived with another size");
+            throw TransferFailure(kCorrupted, wanted.below() + ": the size is not the one that was listed");
         verified(content.data(), content.digest(), wanted.below());
         files.add(wanted.below(), content.data());
         m_Tally.bytesMoved += content.data().size();

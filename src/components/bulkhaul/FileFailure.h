@@ -23,8 +23,8 @@ private:
     haulbox::Status m_Status;
 };
 
-/// Throws the failure that errno tells of something done to `name`; `otherwise` is its status where errno
-/// has none of its own.
+/// Throws the failure of a system call on `name`, as errno has it. Its status is `otherwise` unless errno has
+/// a better one.
 [[noreturn]] void throwErrno(haulbox::Status otherwise, const std::string& name);
 
 } // namespace bulkhaul

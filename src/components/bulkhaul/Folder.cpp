@@ -19,7 +19,7 @@ namespace bulkhaul {
 
 namespace {
 
-constexpr std::size_t kDeepest = 256; // folders in folders: each costs a descriptor while a tree is walked
+constexpr std::size_t kDeepest = 256; // nested folders: each needs a file descriptor while a tree is walked
 constexpr mode_t kFolderMode = 0777;
 
 haulbox::Status statusOf(int error, haulbox::Status otherwise)
@@ -70,7 +70,7 @@ std::vector<std::string> splitBelow(const std::string& below)
         components.push_back(below.substr(begin, end - begin));
         if (components.size() > kDeepest)
             throw FileFailure(haulbox::UNSAFE_NAME,
-                              "more than " + std::to_string(kDeepest) + " folders deep: " + below);
+                              "more than " + std::to_string(kDeepest) + " nested folders: " + below);
         if (!isMovableName(components.back()))
             throw FileFailure(haulbox::UNSAFE_NAME, "not a name of a file or folder: " + below);
         begin = end + 1;
@@ -135,7 +135,7 @@ bool Folder::find(const std::string& name, struct stat& status) const
 
 std::vector<Folder::Entry> Folder::entries() const
 {
-    // A description of its own, whose position nobody else moves.
+    // A file description of its own, so that no other reader moves its position.
     FileHandle own(::openat(get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     std::unique_ptr<DIR, int (*)(DIR*)> stream(own ? ::fdopendir(own.get()) : nullptr, &::closedir);
     if (!stream)

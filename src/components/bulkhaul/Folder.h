@@ -27,7 +27,7 @@ public:
     ~FileHandle();
 
     int get() const { return m_Descriptor; }
-    /// Somebody else closes it.
+    /// Leaves the descriptor open, for another owner.
     void release() { m_Descriptor = -1; }
     explicit operator bool() const { return m_Descriptor >= 0; }
 
@@ -39,8 +39,8 @@ private:
 /// file system, that is not the name of a partial file.
 bool isMovableName(const std::string& name);
 
-/// The components of a relative path; throws FileFailure (UNSAFE_NAME) unless each is a movable name. Of an
-/// empty path there are none.
+/// Returns the components of a relative path, none for an empty one. Throws FileFailure (UNSAFE_NAME) unless
+/// each is a movable name.
 std::vector<std::string> splitBelow(const std::string& below);
 
 /// An open folder. Nothing is reached through a symbolic link below it. Functions throw FileFailure.
@@ -51,17 +51,18 @@ public:
     {
         Fail,
         Make,
-        MakeFlushed ///< and put its name on the disk
+        MakeFlushed ///< and flush its name to the disk
     };
 
-    /// Opens by path, following links in it. `otherwise` is the failure that errno has no better one for.
+    /// Opens by path and follows links in it. The failure's status is `otherwise` unless errno has a better
+    /// one.
     static Folder open(const std::string& path, haulbox::Status otherwise = haulbox::UNREADABLE);
 
-    /// The folder that `components` lead to.
+    /// Opens the folder at the end of `components`.
     Folder below(const std::vector<std::string>& components, Missing missing = Missing::Fail) const;
     Folder below(const std::string& name, Missing missing = Missing::Fail) const;
 
-    /// Whether there is such an entry, and what it is; links are not followed.
+    /// Whether the entry exists; `status` describes it. Links are not followed.
     bool find(const std::string& name, struct stat& status) const;
 
     struct Entry
@@ -71,10 +72,10 @@ public:
         bool regular;
     };
 
-    /// What stands in the folder, in the order of names, without partial files.
+    /// Returns the folder's entries in the order of their names, without partial files.
     std::vector<Entry> entries() const;
 
-    /// Puts what was done to names in this folder on the disk.
+    /// Flushes changes of names in this folder to the disk.
     void flush() const;
 
     int get() const { return m_Handle.get(); }
@@ -85,14 +86,15 @@ private:
     FileHandle m_Handle;
 };
 
-/// Opens the folders of paths below a root; keeps the last one open, since neighbours come one behind the
-/// other.
+/// Opens the folders of paths below a root. Keeps the last one open, since the next path is mostly in the
+/// same folder.
 class FolderCache
 {
 public:
     FolderCache(const Folder& root, Folder::Missing missing) : m_Root(root), m_Missing(missing) {}
 
-    /// The folder that holds the last component of `below`, which is put into `name`; until the next call.
+    /// Returns the folder of the last component of `below`, which is put into `name`. Valid until the next
+    /// call.
     const Folder& parentOf(const std::string& below, std::string& name);
 
 private:
@@ -102,7 +104,7 @@ private:
     std::optional<Folder> m_Last;
 };
 
-/// A path as the folder that holds it and its last component, which must be a movable name.
+/// Splits a path into its folder and its last component, which must be a movable name.
 std::pair<std::string, std::string> splitPath(const std::string& path);
 
 } // namespace bulkhaul

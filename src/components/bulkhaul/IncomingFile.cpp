@@ -23,7 +23,7 @@ constexpr mode_t kFileMode = 0666;
 constexpr std::chrono::seconds kLongestWait(3);
 constexpr std::chrono::milliseconds kPause(5);
 
-/// A name too long to be lengthened is replaced by its digest.
+/// Returns the partial file's name. A name that is too long to be extended is replaced by its digest.
 std::string partialName(const std::string& name)
 {
     if (name.size() + kPartialEnding.size() < NAME_MAX)
@@ -37,7 +37,7 @@ std::string partialName(const std::string& name)
     return "." + hex + kPartialEnding;
 }
 
-/// Whether the partial file is still the one behind `handle`, not renamed by the one who had it locked.
+/// Whether `name` is still the file of `handle`: the former owner of the lock may have renamed it.
 bool isCurrent(const Folder& folder, const std::string& name, const FileHandle& handle)
 {
     struct stat named;
@@ -45,8 +45,8 @@ bool isCurrent(const Folder& folder, const std::string& name, const FileHandle& 
     return folder.find(name, named) && ::fstat(handle.get(), &opened) == 0 && named.st_ino == opened.st_ino;
 }
 
-/// Waits a while: a transfer that was cut off may still be writing what had arrived. The system has no lock
-/// with a time limit.
+/// Locks a partial file. Waits a while, since a transfer whose connection broke may still be writing. The
+/// system has no lock with a time limit.
 void lockPartial(const FileHandle& file, const std::string& target)
 {
     const auto end = std::chrono::steady_clock::now() + kLongestWait;
@@ -59,7 +59,7 @@ void lockPartial(const FileHandle& file, const std::string& target)
     }
 }
 
-/// The partial file of `target`, locked against others; without one unless `create`.
+/// Opens and locks the partial file of `target`. Returns an empty handle if there is none and not `create`.
 FileHandle openPartial(const Folder& folder, const std::string& target, bool create)
 {
     const std::string name = partialName(target);
@@ -99,8 +99,8 @@ void writeAll(int file, const std::string& data, std::uint64_t offset, const std
             throwErrno(haulbox::NOT_WRITABLE, name);
         written += static_cast<std::size_t>(count);
     }
-    // The disk works while more arrives, so that the flush at the end has little left to do. Where the
-    // system can't, the flush does it all.
+    // Writes to the disk while more chunks arrive, so that the flush at the end takes less time. A failure
+    // does no harm: the flush then writes everything.
     ::sync_file_range(file, static_cast<off_t>(offset), static_cast<off_t>(data.size()),
                       SYNC_FILE_RANGE_WRITE);
 }
@@ -117,7 +117,7 @@ Digest digestAt(int file, std::uint64_t offset, std::size_t length, const std::s
         if (count < 0)
             throwErrno(haulbox::NOT_WRITABLE, name);
         if (count == 0)
-            break; // the digest of what is there is that of no whole chunk
+            break; // the old file ends inside this chunk
         filled += static_cast<std::size_t>(count);
     }
     return digestOf(data.data(), filled);
@@ -137,7 +137,7 @@ void flush(const FileHandle& file, const std::string& name)
         throwErrno(haulbox::NOT_WRITABLE, name);
 }
 
-/// False where an existing file or link was kept instead.
+/// Returns false where an existing file or link was kept instead.
 bool giveName(const Folder& folder, const std::string& name, Existing existing)
 {
     const std::string partial = partialName(name);
@@ -146,7 +146,7 @@ bool giveName(const Folder& folder, const std::string& name, Existing existing)
             return true;
         if (errno != EEXIST && errno != EINVAL && errno != ENOSYS)
             throwErrno(haulbox::NOT_WRITABLE, name);
-        // EINVAL, ENOSYS: a system that can't do it in one step.
+        // EINVAL, ENOSYS: the file system can't do it in one step.
         if (isFileOrLink(folder, name)) {
             ::unlinkat(folder.get(), partial.c_str(), 0);
             return false;
@@ -157,7 +157,7 @@ bool giveName(const Folder& folder, const std::string& name, Existing existing)
     return true;
 }
 
-/// Whether there is a file of that name; throws for anything that a file can't replace.
+/// Whether a file of that name exists. Throws for an entry that a file can't replace.
 bool findFile(const Folder& folder, const std::string& name, struct stat& status)
 {
     if (!folder.find(name, status))
@@ -166,7 +166,7 @@ bool findFile(const Folder& folder, const std::string& name, struct stat& status
         return true;
     if (S_ISLNK(status.st_mode))
         return false; // replaced, not followed
-    throw FileFailure(haulbox::WRONG_KIND, name + ": there is something else of that name");
+    throw FileFailure(haulbox::WRONG_KIND, name + ": the name belongs to something that is not a file");
 }
 
 } // namespace
@@ -187,7 +187,7 @@ IncomingFile::IncomingFile(Folder folder, const std::string& name, std::uint64_t
     : m_Folder(std::move(folder)), m_Name(name), m_Size(size), m_Existing(existing)
 {
     if (size > kLargestFile)
-        throw FileFailure(haulbox::NO_SPACE, name + ": no file can be that large");
+        throw FileFailure(haulbox::NO_SPACE, name + ": too large, " + std::to_string(size) + " bytes");
     struct stat target;
     const bool exists = findFile(m_Folder, name, target);
     m_Partial = openPartial(m_Folder, name, false);
@@ -216,7 +216,7 @@ int IncomingFile::foundFile()
 {
     const std::lock_guard<std::mutex> lock(m_Mutex);
     if (m_Found == Found::Nothing)
-        throw FileFailure(haulbox::FAILED, m_Name + ": what was found is gone");
+        throw FileFailure(haulbox::FAILED, m_Name + ": the existing data is gone");
     return m_Found == Found::Target ? m_OldTarget.get() : m_Partial.get();
 }
 
@@ -224,7 +224,7 @@ void IncomingFile::keep(std::uint64_t chunk, const Digest& digest)
 {
     const std::lock_guard<std::mutex> lock(m_Mutex);
     if (m_Found == Found::Nothing)
-        throw FileFailure(haulbox::FAILED, m_Name + ": what was found is gone");
+        throw FileFailure(haulbox::FAILED, m_Name + ": the existing data is gone");
     m_Digests.set(chunk, digest);
 }
 
@@ -232,7 +232,7 @@ int IncomingFile::partial()
 {
     const std::lock_guard<std::mutex> lock(m_Mutex);
     if (m_Finished)
-        throw FileFailure(haulbox::BUSY, m_Name + ": has got its name already");
+        throw FileFailure(haulbox::BUSY, m_Name + ": the upload has ended");
     if (!m_Partial)
         m_Partial = openPartial(m_Folder, m_Name, true);
     if (m_Found == Found::Target) { // its chunks can't be kept any more
@@ -254,22 +254,22 @@ Digest IncomingFile::wholeDigest() const
     const std::lock_guard<std::mutex> lock(m_Mutex);
     if (const std::optional<Digest> digest = m_Digests.whole(chunkCount(m_Size)))
         return *digest;
-    throw FileFailure(haulbox::FAILED, m_Name + ": not all of it has come");
+    throw FileFailure(haulbox::FAILED, m_Name + ": a chunk is missing");
 }
 
 bool IncomingFile::finish()
 {
-    wholeDigest(); // throws while something is missing
+    wholeDigest(); // throws while a chunk is missing
     {
         const std::lock_guard<std::mutex> lock(m_Mutex);
         if (m_Found == Found::Target)
-            return true; // it is what should come
+            return true; // the old target is the file already
     }
     partial();
     resize(m_Partial, m_Size, m_Name); // an earlier attempt may have been longer
     flush(m_Partial, m_Name);
     if (!isCurrent(m_Folder, partialName(m_Name), m_Partial))
-        throw FileFailure(haulbox::BUSY, m_Name + ": its partial file was taken away");
+        throw FileFailure(haulbox::BUSY, m_Name + ": its partial file was removed");
     const bool named = giveName(m_Folder, m_Name, m_Existing);
     const std::lock_guard<std::mutex> lock(m_Mutex);
     m_Partial = FileHandle();
@@ -333,12 +333,13 @@ std::size_t IncomingSmallFiles::finish()
     for (const File& file : m_Files) {
         const Folder& folder = m_Folders.parentOf(file.below, name);
         const FileHandle handle = openPartial(folder, name, false);
-        // Nobody held the lock in between, so another transfer may have written to it.
+        // It was not locked in between, so another transfer may have written to it.
         if (handle && sizeOf(handle, name) == file.size &&
             digestAt(handle.get(), 0, file.size, name) == file.digest) {
             flush(handle, name);
             kept += giveName(folder, name, m_Existing) ? 0 : 1;
-        } else if (existingDigest(file.below, file.size) != file.digest) { // not even given by another
+        } else if (existingDigest(file.below, file.size) !=
+                   file.digest) { // the name was not given by another transfer, either
             throw FileFailure(haulbox::BUSY, file.below + ": another transfer has written it");
         }
     }

@@ -15,24 +15,24 @@ namespace bulkhaul {
 /// Whether a name is that of a partial file, ".NAME.lumo-part".
 bool isPartialName(const std::string& name);
 
-/// What becomes of a file, or of a link, which is not followed, that has the target's name already.
+/// What to do with an existing file or link of the target's name. A link is not followed.
 enum class Existing
 {
     Replace,
-    Keep ///< also one that came while the transfer ran
+    Keep ///< also one that was created while the transfer ran
 };
 
 /// Whether a file or a link has that name.
 bool isFileOrLink(const Folder& folder, const std::string& name);
 
-/// A file on its way in. Its bytes go to a partial file beside the target, which takes the target's name
-/// when it is whole and flushed. A partial file that is left over is found by the next attempt. One object
+/// A file that is arriving. Its bytes go to a partial file beside the target; when complete and flushed, the
+/// partial file gets the target's name. The next attempt finds a partial file that is left over. One object
 /// at a time, of any process, can write to a target. All functions throw FileFailure; foundDigest, keep and
 /// write are safe from several threads.
 class IncomingFile
 {
 public:
-    /// What stands here already and may be kept where its digests are right.
+    /// What exists already and may be kept where its digests are right.
     enum class Found
     {
         Nothing,
@@ -42,23 +42,23 @@ public:
 
     IncomingFile(Folder folder, const std::string& name, std::uint64_t size, Existing existing);
 
-    /// As it was when nothing had been written yet.
+    /// Returns what existed before the first write.
     Found found() const { return m_FirstFound; }
     std::uint64_t foundSize() const { return m_FoundSize; }
-    /// The digest of a chunk of what was found, below foundSize.
+    /// Returns the digest of a chunk of what was found. The chunk must begin below foundSize.
     Digest foundDigest(std::uint64_t chunk);
-    /// Chunk `chunk` need not come: what was found has `digest` there.
+    /// Keeps chunk `chunk` of what was found, whose digest is `digest`.
     void keep(std::uint64_t chunk, const Digest& digest);
 
     /// Writes a chunk whose digest is `digest`.
     void write(std::uint64_t chunk, const std::string& data, const Digest& digest);
 
-    /// The whole file's digest; FAILED while a chunk is missing.
+    /// Returns the whole file's digest. Throws FAILED while a chunk is missing.
     Digest wholeDigest() const;
-    /// Gives the target its name; false where an existing one was kept instead, and the partial file removed.
-    /// All chunks must be there. Nothing can be done with the object afterwards.
+    /// Gives the partial file the target's name. False where an existing target was kept instead, and the
+    /// partial file removed. All chunks must have been written or kept. The object can't be used afterwards.
     bool finish();
-    /// Removes the partial file instead. Nothing can be done with the object afterwards.
+    /// Removes the partial file. The object can't be used afterwards.
     void discard();
 
     const Folder& folder() const { return m_Folder; }
@@ -77,23 +77,24 @@ private:
     mutable std::mutex m_Mutex; ///< guards what follows
     Found m_Found = Found::Nothing;
     FileHandle m_Partial;
-    ChunkDigests m_Digests; ///< of the chunks that are there
+    ChunkDigests m_Digests; ///< of the chunks that were written or kept
     bool m_Finished = false;
 };
 
-/// Files of at most one chunk on their way in, flushed together: much cheaper than one by one.
+/// Arriving files of at most one chunk each. They are flushed together, which is much cheaper than one by
+/// one.
 class IncomingSmallFiles
 {
 public:
-    /// Whether names that were given, and new folders, have reached the disk, too. Before that, a machine
-    /// that stops may show the old target.
+    /// Whether `finish` flushes the names of files and new folders to the disk, too. Without that, a machine
+    /// that crashes may have the old target afterwards.
     enum class Names
     {
         Given,
         Flushed
     };
 
-    /// Below `root`, where missing folders are made.
+    /// Takes files below `root`, where it makes missing folders.
     IncomingSmallFiles(const Folder& root, Names names, Existing existing)
         : m_Folders(root, names == Names::Flushed ? Folder::Missing::MakeFlushed : Folder::Missing::Make),
           m_Names(names),
@@ -101,13 +102,13 @@ public:
     {
     }
 
-    /// Whether the name is left to what has it already.
+    /// Whether an existing file or link keeps the name.
     bool keeps(const std::string& below);
-    /// The digest of the file that is there; none unless it is one of `size` bytes.
+    /// Returns the digest of the existing file; none unless a file of `size` bytes exists.
     std::optional<Digest> existingDigest(const std::string& below, std::uint64_t size);
     /// Writes the partial file.
     void add(const std::string& below, const std::string& data);
-    /// Flushes all, then gives all their names; how many existing ones were kept instead.
+    /// Flushes all files, then gives all their names. Returns how many existing ones were kept instead.
     std::size_t finish();
 
 private:

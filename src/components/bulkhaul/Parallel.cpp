@@ -33,7 +33,7 @@ void inParallel(int threads, std::uint64_t count, const std::function<void(std::
         while (others.size() + 1 < wanted)
             others.emplace_back(run);
     } catch (const std::system_error&) {
-        // Fewer threads do the same.
+        // Fewer threads do the same work.
     }
     run();
     for (std::thread& other : others)

@@ -37,7 +37,7 @@ std::string versionOf(const struct stat& status)
 }
 
 SourceFile::SourceFile(const Folder& folder, const std::string& name, Links links)
-    // Without waiting, so that a pipe does not hold the opening.
+    // O_NONBLOCK, because opening a pipe would wait for a writer.
     : m_File(::openat(folder.get(), name.c_str(),
                       O_RDONLY | O_CLOEXEC | O_NONBLOCK | (links == Links::Refuse ? O_NOFOLLOW : 0))),
       m_Name(name)

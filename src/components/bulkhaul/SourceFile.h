@@ -8,7 +8,7 @@
 
 namespace bulkhaul {
 
-/// A file that is moved away from here, at one version of it. Safe from several threads.
+/// A file to send, at one version of it. Safe from several threads.
 class SourceFile
 {
 public:
@@ -22,12 +22,13 @@ public:
     SourceFile(const Folder& folder, const std::string& name, Links links = Links::Refuse);
 
     std::uint64_t size() const { return m_Size; }
-    /// Changes whenever the file does, as far as the system tells.
+    /// A text that changes whenever the file does, as far as the system shows it.
     const std::string& version() const { return m_Version; }
 
-    /// Reads chunk `chunk` whole. Throws FileFailure, CHANGED when the file is not what was opened.
+    /// Reads the whole of chunk `chunk`. Throws FileFailure: CHANGED when the file has changed since it was
+    /// opened.
     void read(std::uint64_t chunk, std::string& data) const;
-    /// Throws FileFailure (CHANGED) when the file is not what was opened.
+    /// Throws FileFailure (CHANGED) when the file has changed since it was opened.
     void requireUnchanged() const;
 
 private:

@@ -6,10 +6,10 @@ namespace bulkhaul {
 
 namespace {
 
-/// True on the thread of the lines, where the client can't be started or ended.
+/// True on the thread that delivers the lines. The client can't be started or ended there.
 thread_local bool onStatusThread = false;
 
-void tell(const StatusFunction& status, int level, const std::string& line)
+void report(const StatusFunction& status, int level, const std::string& line)
 {
     try {
         if (status)
@@ -67,7 +67,7 @@ void StatusLines::write(int level, const std::string& line)
     m_Wake.notify_one();
 }
 
-/// Ends only when every line was delivered.
+/// Returns when the client has ended and every line was delivered.
 void StatusLines::deliver()
 {
     onStatusThread = true;
@@ -80,7 +80,7 @@ void StatusLines::deliver()
         m_Lines.pop_front();
         const StatusFunction status = m_Status;
         lock.unlock();
-        tell(status, line.first, line.second);
+        report(status, line.first, line.second);
         lock.lock();
     }
 }

@@ -17,15 +17,15 @@ enum Level
     kError = 2
 };
 
-/// The status lines of the running client. They wait in a queue for one thread, so that nobody who reports
-/// waits for the application's function.
+/// The status lines of the running client. One thread delivers them from a queue, so that a transfer does not
+/// wait for the application's function.
 class StatusLines
 {
 public:
-    /// False when no thread can be had, or on the thread of the lines itself.
+    /// Returns false when no thread can be started, or on the thread that delivers the lines.
     bool start(const std::string& firstLine, StatusFunction status);
     void end(const std::string& lastLine);
-    /// Dropped while the client does not run.
+    /// Queues a line; drops it while the client does not run.
     void write(int level, const std::string& line);
 
 private:

@@ -9,7 +9,7 @@ namespace bulkhaul {
 
 namespace {
 
-/// So many digests are asked for at once: the box reads that much before it answers.
+/// The number of digests in one request. The box reads that many chunks before it answers.
 constexpr std::uint32_t kChunksInQuestion = 64;
 
 } // namespace

@@ -37,27 +37,26 @@ struct Transfer
 void download(const Transfer& transfer, const std::string& boxPath, const std::string& localPath);
 void upload(const Transfer& transfer, const std::string& boxPath, const std::string& localPath);
 
-/// What a file counts for in the progress; an empty one counts, too.
+/// The weight of a file in the progress, so that an empty one counts, too.
 inline std::uint64_t weightOf(std::uint64_t size)
 {
     return size + 1;
 }
 
-/// Small files go in batches, one request each, of at most so many files, and so many bytes unless it is one
-/// file.
+/// The limits of a batch of small files, which is one request. A single file may have more bytes.
 constexpr std::size_t kFilesInBatch = 64;
 constexpr std::uint64_t kBytesInBatch = kChunkSize;
 
-/// Finds out which chunks one side has already that the other has, too.
+/// Compares the chunks of this side with those of the other.
 struct Comparison
 {
-    std::uint64_t chunks; ///< compared are the chunks from 0 on below this
+    std::uint64_t chunks; ///< how many chunks to compare, from chunk 0
     std::function<std::vector<Digest>(std::uint64_t first, std::uint32_t count)> theirs;
     std::function<Digest(std::uint64_t chunk)> ours;
-    std::function<void(std::uint64_t chunk, const Digest& digest)> same; ///< told of each that is equal
+    std::function<void(std::uint64_t chunk, const Digest& digest)> same; ///< called for each equal chunk
 };
 
-/// Of `all` chunks those that have to move: those that differ, and those from `comparison.chunks` on.
+/// Returns, for each of `all` chunks, whether it has to move: it differs, or was not compared.
 std::vector<bool> differingChunks(const Comparison& comparison, std::uint64_t all, int threads);
 
 inline bool isAny(const std::vector<bool>& chunks)

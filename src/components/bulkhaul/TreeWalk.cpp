@@ -49,7 +49,8 @@ private:
         if (isMovableName(entry.name))
             return true;
         if (m_Strange == Strange::Fail)
-            throw FileFailure(haulbox::UNSAFE_NAME, "the name is not UTF-8: " + prefix + entry.name);
+            throw FileFailure(haulbox::UNSAFE_NAME,
+                              "not a name that can be moved, or not UTF-8: " + prefix + entry.name);
         return false;
     }
 
@@ -63,7 +64,7 @@ private:
             if (errno == ENOENT && m_Strange == Strange::Skip)
                 return true; // gone since the folder was read
             if (errno == ENOENT)
-                throw FileFailure(haulbox::WRONG_KIND, below + ": a link that leads nowhere");
+                throw FileFailure(haulbox::WRONG_KIND, below + ": a link whose target does not exist");
             throwErrno(haulbox::UNREADABLE, below);
         }
         if (!S_ISREG(status.st_mode)) {

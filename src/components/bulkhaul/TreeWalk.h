@@ -21,16 +21,16 @@ struct TreeItem
 /// Whether `first` is visited before `second`.
 bool comesBefore(const std::string& first, const std::string& second);
 
-/// What is made of links, special files and names that are not UTF-8.
+/// How to treat links, special files and names that are not UTF-8.
 enum class Strange
 {
-    Skip, ///< they are not there
-    Fail  ///< a link to a file is that file, anything else a FileFailure
+    Skip, ///< as if they did not exist
+    Fail  ///< a link to a file counts as the file; anything else throws FileFailure
 };
 
-/// Visits what lies below `root` until `visit` returns false, a folder ahead of what it holds, otherwise in
-/// the order of names; only what comes behind the path `after`, unless that is empty. Memory grows with the
-/// largest folder, not with the tree. False when it was stopped. Throws FileFailure.
+/// Visits everything below `root` until `visit` returns false: a folder before its content, otherwise in the
+/// order of names. Unless `after` is empty, it begins after that path. Memory grows with the largest folder,
+/// not with the tree. Returns false when `visit` stopped it. Throws FileFailure.
 bool walkTree(const Folder& root, Strange strange, const std::string& after,
               const std::function<bool(const TreeItem&)>& visit);
 

@@ -13,7 +13,7 @@ namespace {
 
 using haulbox::BoxServices_Stub;
 
-/// So many batches of small files are collected before they go out together.
+/// The number of batches of small files that are collected before they are sent together.
 constexpr std::size_t kBatchesAtOnce = 64;
 
 class Uploader
@@ -75,7 +75,7 @@ private:
         item.set_digest(toBytes(digestOf(item.data())));
     }
 
-    /// `below` is empty where the target is the file.
+    /// `below` is empty where the target itself is the file.
     void moveLargeFile(const SourceFile& source, const std::string& below)
     {
         haulbox::BeginReq begin;
@@ -118,12 +118,12 @@ private:
         m_Tally.filesKept += finished.kept() ? 1 : 0;
     }
 
-    /// The chunks that the box does not have from an earlier attempt, or as the old target.
+    /// Returns the chunks that the box has neither from an earlier attempt nor in the old target.
     std::vector<bool> missingChunks(const SourceFile& source, const haulbox::BeginRsp& begun,
                                     std::vector<Digest>& digests)
     {
         if (begun.found_size() > source.size())
-            throw TransferFailure(kNotUnderstood, "the box found more than the file holds");
+            throw TransferFailure(kNotUnderstood, "the box found more bytes than the file has");
         Comparison comparison;
         comparison.chunks = chunkCount(begun.found_size());
         comparison.theirs = [&](std::uint64_t first, std::uint32_t count) {
@@ -150,8 +150,8 @@ private:
 
     void moveTree(const Folder& root)
     {
-        // Once without moving anything: for the total, and so that a tree that can't go as a whole does
-        // not go in part.
+        // The first walk moves nothing. It finds the total, and whether the whole tree can be moved, so that
+        // no part of it is moved if it can't.
         std::uint64_t weight = weightOf(0);
         walkTree(root, Strange::Fail, std::string(), [&](const TreeItem& item) {
             splitBelow(item.below); // throws for one that is too long or too deep
@@ -219,7 +219,8 @@ private:
             std::string name;
             const SourceFile source(folders.parentOf(pending.below, name), name, SourceFile::Links::Follow);
             if (source.size() > kChunkSize)
-                throw FileFailure(haulbox::CHANGED, pending.below + ": grew while the folder was moved");
+                throw FileFailure(haulbox::CHANGED,
+                                  pending.below + ": became larger while the folder was moved");
             fill(item, pending.below, source);
         }
         m_Probing ? storeWanted(request) : store(request);
@@ -231,14 +232,14 @@ private:
         haulbox::StoreRsp response;
         m_Box.askForSure(&BoxServices_Stub::store, request, response);
         if (!response.wanted().empty())
-            throw TransferFailure(kNotUnderstood, "the box wants what it was sent");
+            throw TransferFailure(kNotUnderstood, "the box asked for data that it was sent");
         m_Tally.filesKept += response.kept();
         for (const haulbox::Item& item : request.items())
             m_Tally.bytesMoved += item.data().size();
     }
 
-    /// Sends the digests first and then what the box does not have: an attempt before this one may have
-    /// moved most of it.
+    /// Sends the digests first, then the files that the box does not have. An earlier attempt may have moved
+    /// most of them.
     void storeWanted(haulbox::StoreReq& request)
     {
         haulbox::StoreReq question = storeRequest();
@@ -260,7 +261,7 @@ private:
         std::int64_t last = -1;
         for (const std::uint32_t wanted : response.wanted()) {
             if (wanted <= last || wanted >= static_cast<std::uint32_t>(request.items_size()))
-                throw TransferFailure(kNotUnderstood, "the box wants a file that was not offered");
+                throw TransferFailure(kNotUnderstood, "the box asked for a file that was not offered");
             last = wanted;
             rest.add_items()->Swap(request.mutable_items(static_cast<int>(wanted)));
         }

@@ -65,7 +65,7 @@ std::string explain(const wirecall::RpcController& controller)
     case wirecall::Failure::Unauthenticated:
         return text;
     default:
-        return "answers, but not as a centre or a storage box: " + text;
+        return "something answers, but not a centre or a storage box: " + text;
     }
 }
 

@@ -73,15 +73,15 @@ void CLumoLogger::write(const char* text, int length)
 {
     if (text == nullptr || length <= 0)
         return;
-    if (writing) // a callback that logs, a library method that it calls perhaps
+    if (writing) // a callback that logs, perhaps by a library method that it calls
         return;
     const spdlog::string_view_t payload(text, static_cast<std::size_t>(length));
     const std::lock_guard<std::mutex> lock(m_State->mutex);
     writing = true;
     try {
-        // The entry holds its time already, so the clock is not asked again.
+        // The entry has its time already, so the clock is not read again.
         m_State->sink->log(spdlog::details::log_msg({}, {}, {}, spdlog::level::info, payload));
-        // An entry must outlive a crash that comes right after it.
+        // An entry must survive a crash right after it.
         m_State->sink->flush();
     } catch (...) {
         // A full disk must not fail the call that is being logged.

@@ -34,8 +34,8 @@ bool isAscii(char byte)
     return static_cast<unsigned char>(byte) < 0x80;
 }
 
-// A source decodes the character at the begin of a text that is not empty: U+FFFD of one unit when
-// nothing decodes there.
+// A source decodes the first character of a text that is not empty. It returns U+FFFD with the length of one
+// unit when the text does not begin with a character.
 
 struct Decoded
 {
@@ -69,7 +69,7 @@ struct Utf8Source
     {
         if (isAscii(*at))
             return {static_cast<unsigned char>(*at), 1};
-        // Nearly every character beyond ASCII has three bytes here.
+        // Nearly every character that is not ASCII has three bytes here.
         if (end - at >= 3) {
             const unsigned bytes = load<std::uint16_t>(at) | static_cast<unsigned char>(at[2]) << 16;
             const char32_t point = (bytes & 0x0F) << 12 | (bytes >> 2 & 0xFC0) | (bytes >> 16 & 0x3F);
@@ -112,7 +112,7 @@ struct Utf16Source
     }
 };
 
-// A sink encodes a code point into at most kWidest units and tells how many.
+// A sink encodes a code point into at most kWidest units and returns how many.
 
 struct GbkSink
 {
@@ -120,7 +120,7 @@ struct GbkSink
 
     static int encode(char32_t point, char* to)
     {
-        // Beyond U+FFFF there are two UTF-16 units, and GBK has neither.
+        // A code point above U+FFFF has two UTF-16 units, and GBK has neither.
         const unsigned code = point <= 0xFFFF ? kUnitToGbk[point] : ('?' << 8 | '?');
         if (code <= 0xFF) {
             to[0] = static_cast<char>(code);
@@ -163,8 +163,8 @@ struct Utf16Sink
     }
 };
 
-/// Copies blocks of eight bytes up to the first byte that is not ASCII and moves both behind what it
-/// copied; what it writes beyond that is overwritten next or left behind the result.
+/// Copies blocks of eight bytes up to the first byte that is not ASCII, and moves both pointers after what it
+/// copied. The bytes that it writes beyond that are overwritten next, or remain after the result.
 void copyAscii(const char*& from, const char* end, char*& to, const char* limit)
 {
     while (end - from >= kBlock && limit - to >= kBlock) {
@@ -179,8 +179,8 @@ void copyAscii(const char*& from, const char* end, char*& to, const char* limit)
     }
 }
 
-/// Recodes from UTF-8 to GBK as long as two characters at a time have three bytes each and are in GBK:
-/// both stand in one word, 24 bits apart, so that each step serves the two.
+/// Recodes from UTF-8 to GBK as long as the next two characters have three bytes each and two in GBK. One
+/// word has both, 24 bits apart, so that each step works on the two.
 void recodePairs(const char*& from, const char* end, char*& to, const char* limit)
 {
     while (end - from >= 8 && limit - to >= 4) {
@@ -191,7 +191,7 @@ void recodePairs(const char*& from, const char* end, char*& to, const char* limi
             (bytes & 0x0F00000F) << 12 | (bytes >> 2 & 0xFC0000FC0) | (bytes >> 16 & 0x3F00003F);
         const auto first = static_cast<unsigned>(points & 0xFFFF);
         const auto second = static_cast<unsigned>(points >> 24);
-        // Neither overlong nor a surrogate; what lies above these goes the other way.
+        // Neither overlong nor a surrogate; characters above the surrogates are left to the caller.
         if (first - 0x800 >= 0xD000 || second - 0x800 >= 0xD000)
             return;
         const unsigned firstCode = kUnitToGbk[first], secondCode = kUnitToGbk[second];
@@ -204,8 +204,8 @@ void recodePairs(const char*& from, const char* end, char*& to, const char* limi
     }
 }
 
-/// Near the end of the target each character goes through a buffer; after the first one that does
-/// not fit the rest is only counted.
+/// Converts near the end of the target, each character through a buffer. After the first one that does not
+/// fit, the rest is only counted.
 template <class Source, class Sink, class From, class To>
 std::size_t convertTail(const From* from, const From* end, To* to, To* limit)
 {

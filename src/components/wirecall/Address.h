@@ -14,8 +14,8 @@ struct Address
     int port = 0;     ///< 0 to 65535
 };
 
-/// False unless `text` is exactly of that form, so that nothing else (a URI scheme, a path) can reach
-/// the name resolver.
+/// Returns false unless `text` has exactly that form, so that nothing else (a URI scheme, a path) reaches the
+/// name resolver.
 LUMO_EXPORT bool parseAddress(const std::string& text, Address& address);
 
 /// Whether `host` is this machine: localhost, 127.0.0.0/8 or ::1.

@@ -34,7 +34,7 @@ using google::protobuf::Closure;
 using google::protobuf::Message;
 using google::protobuf::MethodDescriptor;
 
-/// A call without a time limit ends this long after the other side fell silent.
+/// A call without a time limit ends this long after the other side stopped answering, in milliseconds.
 constexpr int kKeepaliveTime = 20000;
 constexpr int kKeepaliveTimeout = 10000;
 constexpr long long kLongestTimeLimit = 1000LL * 60 * 60 * 24 * 365;
@@ -67,7 +67,7 @@ std::string methodPath(const MethodDescriptor* method)
     return path;
 }
 
-/// The first channel that was called with a closure.
+/// The first channel that made a call with a closure.
 std::atomic<std::shared_ptr<grpc::Channel>*> keptForItsThreads{nullptr};
 
 class GrpcChannel final : public RpcChannel
@@ -84,7 +84,7 @@ public:
                     const Message* request, Message* response, Closure* done) override
     {
         RpcController& call = *static_cast<RpcController*>(controller);
-        // gRPC would end the process for one of more than 2 GiB.
+        // gRPC would end the process for a request of more than 2 GiB.
         if (request->ByteSizeLong() > kLargestMessage)
             refuse(call, request->ByteSizeLong(), done);
         else if (done == nullptr)
@@ -125,8 +125,8 @@ private:
         call->connected = isConnected(*m_Channel);
         prepare(call->context, controller);
         const grpc::internal::RpcMethod unary(call->path.c_str(), grpc::internal::RpcMethod::NORMAL_RPC);
-        // gRPC ends the threads of its callbacks with the last channel that used them, which may be on
-        // one of them. The first such channel stays for good, so that there is no last one.
+        // gRPC ends its callback threads when the last channel that used them ends, which may happen on one
+        // of them. The first such channel is kept for ever, so that there is no last one.
         static std::once_flag once;
         std::call_once(once, [this] { keptForItsThreads = new std::shared_ptr<grpc::Channel>(m_Channel); });
         handOver(call);
@@ -141,7 +141,7 @@ private:
             });
     }
 
-    /// The closure runs as for any other call, on a thread of gRPC's.
+    /// Fails a request that is too large. The closure runs on a thread of gRPC, as for any other call.
     static void refuse(RpcController& controller, std::size_t size, Closure* done)
     {
         controller.setOutcome(Failure::Other,
@@ -171,8 +171,8 @@ private:
 
     static bool isConnected(grpc::Channel& channel) { return channel.GetState(false) == GRPC_CHANNEL_READY; }
 
-    /// Whether a call that began without a connection got one. Until it has an answer on one, gRPC
-    /// names the target as its peer.
+    /// Whether a call that began without a connection got one. Until then gRPC names the target as the call's
+    /// peer.
     static bool reached(const grpc::ClientContext& context, grpc::Channel& channel, const std::string& target)
     {
         return context.peer() != target || isConnected(channel);
@@ -207,14 +207,14 @@ grpc::ChannelArguments channelArguments()
     arguments.SetInt(GRPC_ARG_HTTP2_MAX_FRAME_SIZE, kLargestFrame);
     arguments.SetInt(GRPC_ARG_INITIAL_RECONNECT_BACKOFF_MS, 200);
     arguments.SetInt(GRPC_ARG_MAX_RECONNECT_BACKOFF_MS, 5000);
-    // Nothing is retried, and no environment variable leads a call elsewhere.
+    // Calls are not retried, and no environment variable redirects them.
     arguments.SetInt(GRPC_ARG_ENABLE_RETRIES, 0);
     arguments.SetInt(GRPC_ARG_ENABLE_HTTP_PROXY, 0);
     arguments.SetInt(GRPC_ARG_SERVICE_CONFIG_DISABLE_RESOLUTION, 1);
     return arguments;
 }
 
-/// OpenSSL would clean up when `main` returns, while calls of other threads may still encrypt.
+/// Stops OpenSSL from cleaning up when `main` returns, while calls of other threads may still encrypt.
 void keepOpenSslToTheEnd()
 {
     static std::once_flag once;

@@ -1,9 +1,9 @@
 #ifndef LUMO_WIRECALL_HANDOVER_H
 #define LUMO_WIRECALL_HANDOVER_H
 
-/// For the thread sanitizer only, which does not see the locks of an uninstrumented gRPC: what a thread
-/// did before handOver(object) has happened for the thread that calls takeOver(object) after gRPC has
-/// passed the object on. Otherwise both do nothing.
+/// For the thread sanitizer only, which does not see the locks of an uninstrumented gRPC. Everything that a
+/// thread did before handOver(object) happens before what another thread does after takeOver(object), once
+/// gRPC has passed the object to it. In other builds both do nothing.
 namespace wirecall {
 
 #if defined(__has_feature)

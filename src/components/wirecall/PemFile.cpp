@@ -14,7 +14,7 @@ bool readPemFile(const std::string& path, std::string& content, std::string& err
     }
     content.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
     if (content.find("-----BEGIN ") == std::string::npos) {
-        error = path + " holds no PEM block";
+        error = path + " has no PEM block";
         return false;
     }
     return true;

@@ -5,7 +5,7 @@
 
 namespace wirecall {
 
-/// Reads a PEM file. False, with the reason, when it can't be read or holds no PEM block.
+/// Reads a PEM file. Returns false, with the reason in `error`, when it can't be read or has no PEM block.
 bool readPemFile(const std::string& path, std::string& content, std::string& error);
 
 } // namespace wirecall

@@ -45,7 +45,8 @@ struct RpcServer::Impl
 {
     std::vector<google::protobuf::Service*> services;
     std::unique_ptr<ServerCalls> calls;
-    std::optional<grpc::AsyncGenericService> generic; ///< serves one server only, so each start makes its own
+    std::optional<grpc::AsyncGenericService>
+        generic; ///< belongs to one server, so each start makes a new one
     std::unique_ptr<grpc::ServerCompletionQueue> queue;
     std::unique_ptr<grpc::Server> server;
     std::vector<std::thread> threads;
@@ -79,7 +80,7 @@ void RpcServer::add(google::protobuf::Service* service)
 bool RpcServer::start(const Options& options, std::string& error)
 {
     if (m_Impl->server) {
-        error = "the server runs already";
+        error = "the server is already running";
         return false;
     }
     Address address;
@@ -111,7 +112,7 @@ bool RpcServer::start(const Options& options, std::string& error)
         m_Impl->serve();
         m_Impl->server.reset();
         m_Impl->queue.reset();
-        error = "can't listen on " + options.address + ": is the port taken, or the host not this machine?";
+        error = "can't listen on " + options.address + ": is the port in use, or the host not this machine?";
         if (!options.tlsKey.empty())
             error += " Does the certificate fit its key?";
         return false;

@@ -16,9 +16,9 @@ using google::protobuf::Message;
 namespace {
 
 constexpr char kBearer[] = "Bearer ";
-constexpr std::size_t kLongestReason = 4096; // it travels in a header
+constexpr std::size_t kLongestReason = 4096; // it is sent in a header
 
-/// Hands one kind of event of a call to a member function.
+/// Passes one kind of event of a call to a member function.
 template <class Owner>
 class MemberEvent final : public Event
 {
@@ -33,8 +33,8 @@ private:
 
 } // namespace
 
-/// One call from its arrival to its end. It lives until the last of its two events has come: that its
-/// answer was sent, and that gRPC is done with it (which tells a cancelled call at once).
+/// One call from its arrival to its end. It lives until both of its events have come: its answer was sent,
+/// and gRPC has finished with it (which comes at once for a cancelled call).
 class ServerCalls::Call final : public ServerCall, private Closure
 {
 public:
@@ -87,7 +87,7 @@ public:
         callback->Run();
     }
 
-    // The caller's side of a controller has no meaning here.
+    // The members of a controller that only a caller uses.
     void Reset() override {}
     bool Failed() const override { return m_Failed; }
     std::string ErrorText() const override { return m_FailureText; }
@@ -108,7 +108,7 @@ private:
             return;
         }
         m_Method = &found->second;
-        // Before the request is read: nobody without a token may make the server take 256 MiB.
+        // Before the request is read, so that a caller without a token can't make the server read 256 MiB.
         std::string reason;
         if (!isAuthentic(reason)) {
             refuse(grpc::StatusCode::UNAUTHENTICATED, reason);
@@ -121,7 +121,7 @@ private:
     void received(bool ok)
     {
         if (!ok) {
-            refuse(grpc::StatusCode::INTERNAL, "no request came");
+            refuse(grpc::StatusCode::INTERNAL, "no request arrived");
             return;
         }
         try {
@@ -147,13 +147,13 @@ private:
         m_Response.reset(m_Method->service->GetResponsePrototype(m_Method->descriptor).New());
         grpc::ProtoBufferReader reader(&m_Buffer);
         if (!m_Request->ParseFromZeroCopyStream(&reader)) {
-            refuse(grpc::StatusCode::INVALID_ARGUMENT, "the request does not parse");
+            refuse(grpc::StatusCode::INVALID_ARGUMENT, "the request can't be parsed");
             return;
         }
         m_Method->service->CallMethod(m_Method->descriptor, this, m_Request.get(), m_Response.get(), this);
     }
 
-    /// The method's answer, on any thread.
+    /// Sends the method's answer; called on any thread.
     void Run() override
     {
         if (m_Failed) {
@@ -221,7 +221,7 @@ private:
     std::unique_ptr<Message> m_Response;
     bool m_Failed = false;
     std::string m_FailureText;
-    std::atomic<bool> m_Concluded{false}; ///< an answer or a refusal is on its way
+    std::atomic<bool> m_Concluded{false}; ///< an answer or a refusal is being sent
 
     std::mutex m_CancelMutex;
     Closure* m_OnCancel = nullptr;

@@ -15,7 +15,7 @@
 
 namespace wirecall {
 
-/// What a step of a call waits for on the completion queue.
+/// An event on the completion queue that a step of a call waits for.
 class Event
 {
 public:
@@ -23,14 +23,14 @@ public:
     virtual void happened(bool ok) = 0;
 };
 
-/// The calls of one server: how to answer them and how many are under way.
+/// The calls of one server: answers them and counts those that run.
 class ServerCalls
 {
 public:
     explicit ServerCalls(RpcServer::Authenticate authenticate);
 
     void add(google::protobuf::Service* service);
-    /// Takes the next call from `queue`; every call that starts takes the one after it.
+    /// Takes the next call from `queue`; each call, when it starts, takes the next one after it.
     void takeNext(grpc::AsyncGenericService& generic, grpc::ServerCompletionQueue& queue);
     /// Returns when no call is left.
     void waitForEnd();

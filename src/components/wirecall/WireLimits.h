@@ -3,14 +3,14 @@
 
 namespace wirecall {
 
-/// In bytes. A page of 10000 wide records passes gRPC's default of 4 MiB.
+/// The largest message, in bytes. A page of 10000 wide records is larger than gRPC's default of 4 MiB.
 constexpr int kLargestMessage = 256 * 1024 * 1024;
 
-/// The flow control window of a call, in bytes, fixed on both sides: gRPC's own probing for it was
-/// measured to hold an answer of 40 MiB for 10 s.
+/// The flow control window of a call, in bytes, fixed on both sides. With gRPC's own probing, an answer of
+/// 40 MiB was measured to take 10 s.
 constexpr int kFlowControlWindow = 8 * 1024 * 1024;
 
-/// A frame of HTTP/2, in bytes: the default of 16 KiB makes much of little where chunks of files move.
+/// The largest frame of HTTP/2, in bytes. The default of 16 KiB needs many frames for a chunk of a file.
 constexpr int kLargestFrame = 1024 * 1024;
 
 } // namespace wirecall

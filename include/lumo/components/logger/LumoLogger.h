@@ -8,8 +8,8 @@
 #include <cstddef>
 #include <string>
 
-/// The process-wide sink of the library's log lines: standard error, until the application asks
-/// for something else.
+/// The process-wide sink of the library's log lines. They go to standard error until the application sets
+/// another destination.
 ///
 /// One `write` is one entry and is never interleaved with another. All members are safe from any
 /// thread; entries that are written while the destination changes go to the old or the new one.
@@ -18,8 +18,8 @@ class LUMO_EXPORT CLumoLogger
 {
 public:
     /// Receives one entry: its bytes (in the system code page) and their number. Called by the
-    /// writing thread, one call at a time. What it writes to the logger itself is dropped, what it
-    /// throws too, and a change of destination that it asks for is refused.
+    /// writing thread, one call at a time. What it writes to the logger or throws is dropped, and it can't
+    /// change the destination.
     typedef boost::function<void(const char*, int)> Callback;
 
     static CLumoLogger* GetSinglePton();
@@ -29,13 +29,13 @@ public:
 
     /// Sends entries to standard error (the default).
     void toStandardError();
-    /// Sends entries to a file, appending; each is there once `write` returns. At `maximumBytes` lumo.log
-    /// is renamed to lumo.1.log (that one to lumo.2.log and so on), and at most `files` old ones are kept.
-    /// False when the file can't be opened; entries then go where they went before.
+    /// Sends entries to a file, appending; each is in the file when `write` returns. At `maximumBytes`
+    /// lumo.log is renamed to lumo.1.log (that one to lumo.2.log and so on), and at most `files` old ones are
+    /// kept. Returns false when the file can't be opened; the destination then stays.
     bool toFile(const std::string& path, std::size_t maximumBytes = std::size_t{64} << 20,
                 std::size_t files = 3);
-    /// Sends entries to the application; an empty function discards them. Once this returns, the earlier
-    /// callback runs no more. What a callback throws is dropped.
+    /// Sends entries to the application; an empty function discards them. When this returns, the former
+    /// callback is not called any more.
     void toCallback(const Callback& callback);
 
 private:

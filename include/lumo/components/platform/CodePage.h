@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-/// Code pages: the single- and double-byte encodings that the records of the library are in.
+/// Code pages: the encodings of the texts in the library's records.
 ///
 /// Conversion never fails on content. A byte that does not decode becomes U+FFFD. A UTF-16 unit that the
 /// target code page lacks becomes the similar character that the platform's best fit gives it ("2" for
@@ -19,9 +19,9 @@ constexpr unsigned int kUtf8CodePage = 65001; ///< UTF-8
 /// The code page in which the library hands texts to the application; GBK unless set.
 LUMO_EXPORT unsigned int systemCodePage();
 
-/// Sets the system code page for the whole process: kGbkCodePage or kUtf8CodePage. Anything else
-/// is refused with false and changes nothing. Call it before the first record is read: texts that
-/// were converted earlier stay as they are.
+/// Sets the system code page for the whole process: kGbkCodePage or kUtf8CodePage. For any other
+/// it returns false and changes nothing. Call it before the first record is read: texts that were converted
+/// earlier stay as they are.
 LUMO_EXPORT bool setSystemCodePage(unsigned int codePage);
 
 /// Converts `length` bytes of `text` from `codePage` to UTF-16. Writes at most `capacity` units and
@@ -36,9 +36,9 @@ LUMO_EXPORT std::size_t toUtf16(unsigned int codePage, const char* text, std::si
 LUMO_EXPORT std::size_t fromUtf16(unsigned int codePage, const char16_t* units, std::size_t length,
                                   char* text, std::size_t capacity);
 
-/// As the two above in one pass: from one code page to the other, through the same UTF-16 units. What
-/// lies behind the result within `capacity` is unspecified afterwards; so is all of it when the result is
-/// longer.
+/// Does the same as the two above in one pass: from one code page to the other, with the same result. The
+/// bytes after the result, within `capacity`, are unspecified afterwards; so are all `capacity` bytes when
+/// the result is longer.
 LUMO_EXPORT std::size_t recode(unsigned int from, unsigned int to, const char* text, std::size_t length,
                                char* result, std::size_t capacity);
 

@@ -1,7 +1,7 @@
 #ifndef LUMO_COMPONENTS_PLATFORM_EXPORT_H
 #define LUMO_COMPONENTS_PLATFORM_EXPORT_H
 
-/// Marks what a shared library of this project shows; everything else is hidden.
+/// Marks a symbol that a shared library of this project exports; all others are hidden.
 #define LUMO_EXPORT __attribute__((visibility("default")))
 
 #endif

@@ -12,13 +12,13 @@ namespace wirecall {
 class ClosureBase : public google::protobuf::Closure
 {
 public:
-    /// Whether the closure deletes itself once it has run; if so, nobody else may delete it.
+    /// Whether the closure deletes itself after it has run; if so, nothing else may delete it.
     virtual bool deletesItself() const = 0;
 };
 
-/// Calls a member function of three arguments on `Run`, once. Arguments are stored by value, those
-/// that the function takes by reference too. With `SelfDeleting` the closure then deletes itself, also when
-/// the function throws, so it has to live on the heap.
+/// Calls a member function of three arguments in `Run`, once. All arguments are stored by value, also those
+/// that the function takes by reference. With `SelfDeleting` the closure then deletes itself, also when the
+/// function throws, so it must live on the heap.
 template <bool SelfDeleting, class ObjectPointer, class Object, class Argument1, class Argument2,
           class Argument3>
 class MethodClosure_Bind3 final : public ClosureBase

@@ -10,12 +10,12 @@
 
 namespace wirecall {
 
-/// A way to one address, over which the generated stubs call. Safe from any thread.
+/// A connection to one address, over which the generated stubs call. Safe from any thread.
 ///
-/// `CallMethod` with a null closure returns when the call ended, with the answer in the response,
-/// replacing its content. With a closure it returns at once: stub and request may then die, while
-/// controller, response and closure must live until the closure runs, once, on a thread of the
-/// runtime. The controller has to be a wirecall::RpcController.
+/// `CallMethod` with a null closure returns when the call has ended. The answer replaces the content of the
+/// response. With a closure it returns at once. Stub and request may then be destroyed, while controller,
+/// response and closure must live until the closure runs: once, on a thread of the runtime. The controller
+/// must be a wirecall::RpcController.
 class LUMO_EXPORT RpcChannel : public google::protobuf::RpcChannel
 {
 public:
@@ -26,7 +26,7 @@ public:
     RpcChannel& operator=(const RpcChannel&) = delete;
 };
 
-/// Where a channel leads and how.
+/// The address of a channel, and how to connect to it.
 struct ChannelOptions
 {
     std::string address;         ///< "host:port"; IPv6 addresses in brackets

@@ -9,7 +9,7 @@
 
 namespace wirecall {
 
-/// Why a call failed, as far as a caller may want to tell the cases apart.
+/// Why a call failed, as far as callers treat the cases differently.
 enum class Failure
 {
     None,
@@ -17,17 +17,17 @@ enum class Failure
     TimeLimit,       ///< no answer within the time limit
     Unauthenticated, ///< the token was refused
     NotImplemented,  ///< the other side does not have the operation
-    Other            ///< anything else; the error text says what
+    Other            ///< any other failure; see the error text
 };
 
-/// The settings and the outcome of one call at a time. Not safe from several threads at once.
+/// The settings and the outcome of a call, for one call at a time. Not safe from several threads at once.
 class LUMO_EXPORT RpcController : public google::protobuf::RpcController
 {
 public:
     RpcController();
     ~RpcController() override;
 
-    /// Ready for the next call; the time limit is forgotten too.
+    /// Prepares for the next call; the time limit is removed, too.
     void Reset() override;
     /// The longest that the call may take, in milliseconds; 0 or less is no limit.
     void SetTimeout(long long milliseconds);
@@ -37,7 +37,7 @@ public:
     bool Failed() const override;
     std::string ErrorText() const override;
     Failure failure() const { return m_Failure; }
-    /// False when the request never left: no connection came about, or it was too large.
+    /// False when the request was never sent: there was no connection, or the request was too large.
     bool IsRequestSent() const { return m_RequestSent; }
 
     /// Not supported: a call can't be cancelled by its caller. It ends at its time limit.
@@ -46,7 +46,7 @@ public:
     bool IsCanceled() const override;
     void NotifyOnCancel(google::protobuf::Closure* callback) override;
 
-    /// For the channel: the outcome of the call.
+    /// Sets the outcome of the call; for the channel.
     void setOutcome(Failure failure, const std::string& errorText, bool requestSent);
 
 private:

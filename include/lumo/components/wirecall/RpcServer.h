@@ -11,20 +11,21 @@
 
 namespace wirecall {
 
-/// What a service method gets as its controller: the call as the server sees it.
+/// The controller that a service method gets: the call as the server sees it.
 ///
-/// A method answers by running its closure, once, on any thread. `SetFailed` before that makes the
-/// caller's controller fail with the text instead of delivering the response.
+/// A method answers by running its closure, once, on any thread. After `SetFailed` the caller's controller
+/// fails with the text instead, and gets no response. An exception of a method fails its call in the same
+/// way.
 class LUMO_EXPORT ServerCall : public google::protobuf::RpcController
 {
 public:
     /// Fully qualified method name, "package.Service.method".
     virtual const std::string& method() const = 0;
-    /// The token that came with the call; empty if none did.
+    /// The token that came with the call; empty if there was none.
     virtual std::string token() const = 0;
     /// The caller's address.
     virtual std::string peer() const = 0;
-    /// True once the caller has gone or given up; nobody will read the answer.
+    /// True once the caller has disconnected or cancelled the call; the answer will not be read.
     bool IsCanceled() const override = 0;
 };
 
@@ -32,7 +33,7 @@ public:
 class LUMO_EXPORT RpcServer
 {
 public:
-    /// Judges a call before its request is read. False refuses it as unauthenticated, with the reason.
+    /// Decides about a call before its request is read. False refuses it as unauthenticated, with the reason.
     using Authenticate = std::function<bool(const ServerCall& call, std::string& reason)>;
 
     struct Options
@@ -40,8 +41,8 @@ public:
         std::string address;        ///< "host:port"; port 0 takes a free one
         std::string tlsCertificate; ///< PEM file; empty with the key: plain text
         std::string tlsKey;         ///< PEM file
-        int threads = 0;            ///< methods that run at once; 0: four per processor
-        Authenticate authenticate;  ///< empty: every call passes
+        int threads = 0;            ///< how many methods run at once; 0: four for each processor
+        Authenticate authenticate;  ///< empty: every call is accepted
     };
 
     RpcServer();
@@ -52,13 +53,14 @@ public:
 
     /// Adds a service before `start`. The server does not own it; it must outlive `stop`.
     void add(google::protobuf::Service* service);
-    /// Starts listening; again after `stop`, too. False with the reason in `error` when it can't.
+    /// Starts listening; may be called again after `stop`. Returns false, with the reason in `error`, when it
+    /// can't.
     bool start(const Options& options, std::string& error);
     /// The port listened on; 0 before `start`.
     int port() const;
-    /// Takes no new calls, gives running ones `graceMilliseconds` to end, cancels the rest and
-    /// returns when all methods have answered. Closures that methods still hold must be run. Not to be
-    /// called by a method. What a method throws refuses its call.
+    /// Refuses new calls, gives running ones `graceMilliseconds` to end, cancels the rest and returns when
+    /// all methods have answered: a method that keeps its closure must still run it. Must not be called by a
+    /// method.
     void stop(int graceMilliseconds = 2000);
 
 private:
