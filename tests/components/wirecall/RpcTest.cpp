@@ -356,7 +356,7 @@ TEST(Rpc, WhatCanNotBeOpenedSaysWhy)
          "ASCII"},
         {"192.0.2.1:1", "t0ken", nullptr, "a token may not travel to 192.0.2.1:1 in plain text"},
         {"localhost:1", "", "/nonexistent.pem", "can't read /nonexistent.pem"},
-        {"localhost:1", "", "/proc/self/status", "/proc/self/status holds no PEM block"},
+        {"localhost:1", "", "/proc/self/status", "/proc/self/status has no PEM block"},
     };
     for (const auto& c : cases) {
         wirecall::ChannelOptions options;
