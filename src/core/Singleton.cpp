@@ -1,6 +1,6 @@
 #include "lumo/core/LumoDataMgr.h"
 
-#include "operations/AsyncCall.h"
+#include "core/OutstandingCall.h"
 
 #include <QTextCodec>
 
@@ -46,7 +46,7 @@ void CLumoDataMgr::_Thread_Safe_UnLock()
 
 CLumoDataMgr::CLumoFreeSelf::~CLumoFreeSelf()
 {
-    if (!asynccall::endAll()) {
+    if (!OutstandingCall::endAll()) {
         m_Instance.load()->endTransfers();
         return; // an answer may still come to the object, which stays
     }

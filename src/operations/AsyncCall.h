@@ -1,50 +1,75 @@
 #ifndef LUMO_OPERATIONS_ASYNCCALL_H
 #define LUMO_OPERATIONS_ASYNCCALL_H
 
-#include "core/CallFrame.h"
 #include "core/LogLine.h"
+#include "core/OutstandingCall.h"
+#include "core/Rpc.h"
 #include "forgeserver.pb.h"
 #include "lumo/components/wirecall/Closures.h"
+#include "lumo/components/wirecall/RpcChannel.h"
 #include "lumo/components/wirecall/RpcController.h"
+#include "lumo/core/LumoDataMgr.h"
 
 #include <memory>
+#include <string>
 
 /// The frame of every call of the data operations service whose answer comes by signal. The method writes
-/// the Enter line and starts the call; its completion, on a thread of the RPC runtime, tells the outcome and
-/// writes the Leave line. There is no time limit.
+/// the Enter line and starts the call; its completion, on a thread of the RPC runtime, logs the outcome,
+/// raises the signal and writes the Leave line. There is no time limit.
 namespace asynccall {
 
-/// Calls that have been started and have not ended: their closures point to the manager.
-void countStart();
-void countEnd();
-/// The process ends: nothing of the application's or of Qt's is touched by an answer any more. True when no
-/// call is outstanding; otherwise the manager must stay.
-bool endAll();
-bool reachesApplication();
-
-/// UTF-8 text of an answer, as it stands in the log.
+/// Returns UTF-8 text of an answer as it is logged.
 std::string logText(const std::string& text);
 
+/// The manager as the object that a closure calls. All copies are one outstanding call.
+class Receiver
+{
+public:
+    explicit Receiver(CLumoDataMgr* manager)
+        : m_Manager(manager), m_Call(std::make_shared<const OutstandingCall>())
+    {
+    }
+
+    operator CLumoDataMgr*() const { return m_Manager; }
+    bool isOnlyCopy() const { return m_Call.use_count() == 1; }
+
+private:
+    CLumoDataMgr* m_Manager;
+    std::shared_ptr<const OutstandingCall> m_Call;
+};
+
 /// Starts a call and returns. `finished` gets a copy of `remembered` with the answer, and owns the
-/// controller and the response.
+/// controller and the response. Passes on what the channel throws.
 template <class Request, class Response, class Remembered>
 void start(wirecall::RpcChannel* channel, const Rpc<forgeserver::ForgeServices_Stub, Request, Response>& rpc,
            const Request& request,
            void (CLumoDataMgr::*finished)(wirecall::RpcController*, Remembered, Response*),
            Remembered remembered)
 {
-    using Closure = wirecall::MethodClosure_Bind3<true, CLumoDataMgr*, CLumoDataMgr, wirecall::RpcController*,
+    using Closure = wirecall::MethodClosure_Bind3<true, Receiver, CLumoDataMgr, wirecall::RpcController*,
                                                   Remembered, Response*>;
     forgeserver::ForgeServices_Stub stub(channel);
     auto response = std::make_unique<Response>();
     auto controller = std::make_unique<wirecall::RpcController>();
-    auto closure = std::make_unique<Closure>(CLumoDataMgr::GetSinglePton(), finished, controller.get(),
-                                             remembered, response.get());
-    countStart();
-    (stub.*rpc.call)(controller.release(), &request, response.release(), closure.release());
+    const Receiver receiver(CLumoDataMgr::GetSinglePton());
+    auto closure =
+        std::make_unique<Closure>(receiver, finished, controller.get(), remembered, response.get());
+    const auto giveAway = [&] {
+        static_cast<void>(controller.release());
+        static_cast<void>(response.release());
+        static_cast<void>(closure.release());
+    };
+    try {
+        (stub.*rpc.call)(controller.get(), &request, response.get(), closure.get());
+    } catch (...) {
+        if (receiver.isOnlyCopy()) // the closure ran before the channel threw, and freed all three
+            giveAway();
+        throw;
+    }
+    giveAway();
 }
 
-/// A call that ends: frees its controller and response on every path, and counts its end.
+/// A call that ends: frees its controller and response on every path.
 template <class Response>
 class Completion
 {
@@ -56,12 +81,10 @@ public:
     {
     }
 
-    ~Completion() { countEnd(); }
-
     Completion(const Completion&) = delete;
     Completion& operator=(const Completion&) = delete;
 
-    /// Whether there is an answer; if not, the end of the call is told.
+    /// Returns whether there is an answer. If not, the end of the call is logged.
     bool answered()
     {
         if (!m_Controller->IsRequestSent())
@@ -86,7 +109,7 @@ public:
 
     void leave() { LUMO_LOG(m_Function, "Leave Function : %s", m_Method); }
 
-    /// The whole end of a call with one verdict, which `succeeded` hears of when it is good.
+    /// The whole end of a call with one verdict: `succeeded` is called when it is good.
     template <class Succeeded>
     void end(bool (Response::*verdict)() const, Succeeded succeeded)
     {
@@ -97,7 +120,7 @@ public:
             error(m_Response->has_error_text() ? logText(m_Response->error_text()).c_str()
                                                : "No Error String");
         free();
-        if (good && reachesApplication())
+        if (good && OutstandingCall::answersReachApplication())
             succeeded();
         leave();
     }

@@ -85,7 +85,7 @@ void CLumoDataMgr::analyzeImagesFinished(wirecall::RpcController* controller,
             completion.error(asynccall::logText(answer.error_text()).c_str());
     }
     completion.free();
-    if (asynccall::reachesApplication())
+    if (OutstandingCall::answersReachApplication())
         Q_EMIT reqAnalyzeImagesFinished(analyzed);
     completion.leave();
 }

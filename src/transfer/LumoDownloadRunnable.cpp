@@ -183,7 +183,7 @@ void CLumoDownloadRunnable::run()
 
 void CLumoDownloadRunnable::walkCatalogue()
 {
-    if (download(localFolder(m_LocalDir), m_SourceKind, m_SourceID, m_Overwrite))
+    if (download(m_LocalDir, m_SourceKind, m_SourceID, m_Overwrite))
         tell(0, 100);
     else
         DOWNLOAD_LOG(kRun, "download Failed!");
@@ -193,13 +193,12 @@ void CLumoDownloadRunnable::copyConvertedPath()
 {
     m_SourcePath.replace(m_PathPattern, manager().m_ConvertTo);
     const QFileInfo source(m_SourcePath);
-    const QString localDir = localFolder(m_LocalDir);
     int code = 0;
     if (source.isFile()) {
-        if (!copyFile(m_SourcePath, localDir, m_Name, m_Overwrite))
+        if (!copyFile(m_SourcePath, m_LocalDir, m_Name, m_Overwrite))
             code = transfercodes::kFileNotCopied;
     } else if (source.isDir()) {
-        if (!copyDirectory(m_SourcePath, localDir, m_Name, m_Overwrite))
+        if (!copyDirectory(m_SourcePath, m_LocalDir, m_Name, m_Overwrite))
             code = transfercodes::kFolderNotMade;
     } else {
         DOWNLOAD_LOG(kRun, "Copy File Failed : %s!", logText(m_SourcePath).c_str());
@@ -294,9 +293,14 @@ bool CLumoDownloadRunnable::makeFolder(const QString& localDir, const QString& n
 
 bool CLumoDownloadRunnable::haveFolder(const QString& localDir, const QString& name) const
 {
+    if (!isPathComponent(name.toStdString()))
+        return false;
     const QString path = joined(localDir, name);
-    return isPathComponent(name.toStdString()) && (QFileInfo::exists(path) || QDir().mkdir(path)) &&
-           isWithin(QFileInfo(path).canonicalFilePath(), QDir(m_LocalDir).canonicalPath());
+    const QFileInfo folder(path);
+    if (!folder.exists())
+        return QDir().mkdir(path);
+    // Only a link leads elsewhere. Resolving every folder's path takes minutes in a very deep tree.
+    return !folder.isSymLink() || isWithin(folder.canonicalFilePath(), QDir(m_LocalDir).canonicalPath());
 }
 
 bool CLumoDownloadRunnable::downloadFolderContent(unsigned int folderID, const QString& localPath,

@@ -31,7 +31,7 @@ CLumoUploadRunnable::CLumoUploadRunnable(const QString& relativePath, bool overw
       m_Overwrite(overwrite),
       m_DestFolderID(kNoIdentifier),
       m_ExtraID(extraID),
-      m_RelativePath(withoutTrailingSlash(withSlashes(relativePath)))
+      m_RelativePath(withoutTrailingSlashes(withSlashes(relativePath)))
 {
 }
 
@@ -52,7 +52,7 @@ bool CLumoUploadRunnable::fetchUploadInformation(const QString& localPath,
         UPLOAD_LOG(kFetchUpload, gbktexts::kBoxNotFound, CLumoCStringCodec::toStdString(m_KestaCode).c_str());
         return false;
     }
-    m_LocalPath = withoutTrailingSlash(normalizedLocalPath(localPath));
+    m_LocalPath = withoutTrailingSlashes(normalizedLocalPath(localPath));
     fillAuthMsg();
     return true;
 }
@@ -60,7 +60,7 @@ bool CLumoUploadRunnable::fetchUploadInformation(const QString& localPath,
 bool CLumoUploadRunnable::findFolder(unsigned int id)
 {
     const QString path = manager().getFolderFullPath(id, m_KestaCode);
-    m_DestPath = withoutTrailingSlash(normalizedBoxPath(path));
+    m_DestPath = normalizedBoxFolder(path);
     m_DestFolderID = id;
     return !path.isEmpty();
 }
@@ -71,7 +71,7 @@ bool CLumoUploadRunnable::findDisk(unsigned int id)
     if (manager().getDisk(id, disk) != RET_SUCCESS)
         return false;
     m_KestaCode = CLumoCStringCodec::fromAscii(disk.kestaCode);
-    m_DestPath = withoutTrailingSlash(normalizedBoxPath(CLumoCStringCodec::fromAscii(disk.rootPath)));
+    m_DestPath = normalizedBoxFolder(CLumoCStringCodec::fromAscii(disk.rootPath));
     m_DestFolderID = manager().getFolderID(disk.diskID, 0, CLumoCStringCodec::fromAscii(disk.diskName));
     return m_DestFolderID != kNoIdentifier;
 }

@@ -7,7 +7,7 @@
 /// The paths of transfers: "/" separates, here and on the storage boxes.
 namespace transferpaths {
 
-/// With "/" for "\", as QDir::fromNativeSeparators does it on one system only.
+/// The path with "/" for "\", as QDir::fromNativeSeparators does it on one system only.
 inline QString withSlashes(QString path)
 {
     return path.replace(QLatin1Char('\\'), QLatin1Char('/'));
@@ -25,30 +25,34 @@ inline QString normalizedBoxPath(const QString& path)
     return path.startsWith(QLatin1Char('/')) ? path : withSlashes(path);
 }
 
-inline QString withoutTrailingSlash(QString path)
+inline QString withoutTrailingSlashes(QString path)
 {
-    if (path.endsWith(QLatin1Char('/')))
+    while (path.endsWith(QLatin1Char('/')))
         path.chop(1);
     return path;
 }
 
-/// What follows the last "/".
+/// A folder on a storage box, without a trailing "/" unless it is the root.
+inline QString normalizedBoxFolder(const QString& path)
+{
+    const QString normalized = normalizedBoxPath(path);
+    const QString folder = withoutTrailingSlashes(normalized);
+    return folder.isEmpty() ? normalized.left(1) : folder;
+}
+
+/// Returns what follows the last "/".
 inline QString lastName(const QString& path)
 {
     return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
 }
 
-/// The place of `name` in the folder `dir`. QDir would take a name that begins with ":" for a path of its
-/// own.
+/// The path of `name` in the folder `dir`. As with QDir, an empty `dir` is the folder "."; QDir would take a
+/// name that begins with ":" for a path of its own.
 inline QString joined(const QString& dir, const QString& name)
 {
+    if (dir.isEmpty())
+        return QLatin1String("./") + name;
     return dir.endsWith(QLatin1Char('/')) ? dir + name : dir + QLatin1Char('/') + name;
-}
-
-/// The local folder as the head of a path; the empty text is the working folder.
-inline QString localFolder(const QString& dir)
-{
-    return dir.isEmpty() ? QString(QLatin1Char('.')) : dir;
 }
 
 } // namespace transferpaths

@@ -325,6 +325,44 @@ struct HeldAnalyses
     CLumoDataMgr& manager = CLumoDataMgr::GetSingleTon();
 };
 
+/// A channel that throws: at once, or after it ran the closure.
+class ThrowingChannel : public wirecall::RpcChannel
+{
+public:
+    void CallMethod(const google::protobuf::MethodDescriptor*, google::protobuf::RpcController* controller,
+                    const google::protobuf::Message*, google::protobuf::Message*,
+                    google::protobuf::Closure* done) override
+    {
+        if (answers) {
+            static_cast<wirecall::RpcController*>(controller)->setOutcome(wirecall::Failure::None, {}, true);
+            done->Run();
+        }
+        throw std::logic_error("no channel");
+    }
+
+    bool answers = false;
+};
+
+/// Ends the process with 0 when the manager is freed, else with 1.
+[[noreturn]] void endWithNothingOutstanding()
+{
+    static ThrowingChannel& channel = *new ThrowingChannel;
+    static FakeChannel& ledger = *new FakeChannel;
+    ledger.answer("bean { id: 7 }").answer("bean { id: 8 }");
+    CLumoDataMgr& manager = CLumoDataMgr::GetSingleTon();
+    EXPECT_EQ(manager.initDataMgr(&ledger, &channel, "t", "user", "company", 1000), INIT_SUCCESS);
+    QObject::connect(&manager, &QObject::destroyed, [] { std::_Exit(0); });
+    EXPECT_THROW(manager.analyzeImage(filterOf("x"), true), std::logic_error);
+    channel.answers = true;
+    EXPECT_THROW(manager.fileCopy(1, "x", true), std::logic_error);
+    struct Completing : CLumoDataMgr
+    {
+        using CLumoDataMgr::analyzeImageFinished;
+    };
+    Completing().analyzeImageFinished(new wirecall::RpcController, filterOf("x"), new AnalyzeImageRsp);
+    std::exit(1);
+}
+
 [[noreturn]] void endWhileAnswersCome()
 {
     static HeldAnalyses& held = *new HeldAnalyses;
@@ -337,6 +375,12 @@ struct HeldAnalyses
 }
 
 } // namespace
+
+TEST(OutstandingAnalysesDeathTest, AChannelThatThrowsAndACompletionCalledDirectlyLeaveTheManagerToBeFreed)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(endWithNothingOutstanding(), testing::ExitedWithCode(0), "");
+}
 
 TEST(OutstandingAnalysesDeathTest, AProcessMayEndWhileAnswersCome)
 {

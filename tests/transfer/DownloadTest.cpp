@@ -1,5 +1,6 @@
 #include "tests/transfer/TransferFixture.h"
 
+#include <climits>
 #include <set>
 
 namespace {
@@ -135,6 +136,19 @@ TEST_F(Download, AFoldersFilesComeBeforeItsSubFoldersAndTheFirstFailureEndsTheWa
     EXPECT_TRUE(QFileInfo(path(QString::fromUtf8("here/d/:\xe4\xb8\x80"))).isDir());
 }
 
+TEST_F(Download, AFolderThatContainsItselfEndsWhereItsPathIsTooLong)
+{
+    const std::string name(50, 'r');
+    const std::string folder = "bean { id: 5 parent_id: 2 name: '" + name + "' }";
+    answer({folder, kFolderPath, kBox});
+    for (int length = path("here").size() + 51; length < PATH_MAX; length += 51)
+        answer({folder, "total: 0", "total: 1", "srctabs { id: 5 }"});
+    answer({folder});
+    EXPECT_TRUE(manager().download(path("here"), qMakePair(1, 5u), true, callback()));
+    end();
+    EXPECT_EQ(m_Events, (Lines{"0 0 0", "0 6 0"}));
+}
+
 TEST_F(Download, APathIsMovedWholeAndTellsWhatTheClientReports)
 {
     std::set<std::string> taskIDs;
@@ -151,6 +165,7 @@ TEST_F(Download, APathIsMovedWholeAndTellsWhatTheClientReports)
         {"here", "/p/q.zip", true, "/p/q.zip here/q.zip replace", 0, {"0 0 0", "0 0 37", "0 3 100"}},
         {"here/", "C:\\\\p\\\\q", true, "C:/p/q here/q replace", 0, {"0 0 0", "0 0 37", "0 3 100"}},
         {"here\\", "q", false, "q here/q keep", 5, {"0 0 0", "0 0 37", "0 3 100", "0 999 0"}},
+        {"", "/p/q", false, "/p/q ./q keep", 0, {"0 0 0", "0 0 37", "0 3 100"}},
         {"here", "/p/..", false, "/p/.. here/.. keep", 210, {"0 0 0", "0 0 37", "0 3 100", "0 999 0"}},
     };
     for (const auto& c : cases) {

@@ -65,7 +65,8 @@ TEST_F(PathConversion, FollowsTheFileOfTheWorkingFolderElseOfTheOneAbove)
 TEST_F(PathConversion, APathIsCopiedAndTellsItsEndOrOneFailure)
 {
     write("here/convert.cfg", settings("/srv", "box"));
-    for (const char* name : {"f", ":f", "linked", "g/h/i", "g/:h/:i", "dir", "file/i", "out/i", "a/i", "b/i"})
+    for (const char* name :
+         {"f", ":f", "linked", "g/h/i", "g/:h/:i", "dir", "dangling", "file/i", "out/i", "a/i", "b/i"})
         write("box/" + QString(name), "new");
     for (const char* name : {"old", "file", "dir/i"})
         write("here/" + QString(name), "old");
@@ -75,6 +76,7 @@ TEST_F(PathConversion, APathIsCopiedAndTellsItsEndOrOneFailure)
         const char* target;
         const char* link;
     } links[] = {{"../box/linked", "here/linked"},
+                 {"../nowhere", "here/dangling"},
                  {"..", "here/out"},
                  {"..", "box/above"},
                  {".", "box/b/self"},
@@ -98,6 +100,10 @@ TEST_F(PathConversion, APathIsCopiedAndTellsItsEndOrOneFailure)
         {"/srv/old", false, "0 0 100", "", "old", "old"},
         {"/srv/old", true, "0 0 100", "", "old", "new"},
         {"/srv/linked", true, "0 0 100", "", "linked", "new"},
+        {"/srv/dangling", true, "0 8 0", "Copy File Failed : ./dangling!" + std::string(copyFile),
+         "../nowhere", "none"},
+        {"/srv/dangling", false, "0 8 0", "Copy File Failed : ./dangling!" + std::string(copyFile),
+         "../nowhere", "none"},
         {"/srv/dir", true, "0 8 0", "Remove File Failed : ./dir!" + std::string(copyFile), "dir/i", "old"},
         {"C:\\\\x", true, "0 8 0", "Copy File Failed : C:/x!" + std::string(kRun), "x", "none"},
         {"/srv/g", true, "0 0 100", "", "g/h/i", "new"},

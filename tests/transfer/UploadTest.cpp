@@ -44,6 +44,10 @@ TEST_F(Upload, OneCallMovesTheWholePathAndTellsWhatTheClientReports)
     const Lines toSlashed = {"full_path: '/r\\\\s/' kesta_code: 'K1'", kBox};
     const Lines toDisk = {kSlashedDisk, "bean { id: 8 }", kBox};
     const Lines toRoot = {"bean { id: 3 name: 'd' kesta_code: 'K1' root_path: '/' }", "bean { id: 8 }", kBox};
+    const Lines withoutRoot = {"bean { id: 3 name: 'd' kesta_code: 'K1' }", "bean { id: 8 }", kBox};
+    const Lines toTooLong = {"bean { id: 3 name: 'd' kesta_code: 'K1' root_path: '" + std::string(255, 'r') +
+                                 "' }",
+                             "bean { id: 8 }", kBox};
     const Lines reported = {"1 0 0", "1 0 5", "1 7 100"};
     const struct
     {
@@ -63,6 +67,9 @@ TEST_F(Upload, OneCallMovesTheWholePathAndTellsWhatTheClientReports)
         {toSlashed, 1, "a/b", "b", 0, "/r\\s/b a/b", "folder_id: 7 extra_id: 0", 0, reported},
         {toFolder, 1, "a/b/", "b", 0xFFFFFFFF, "C:/r/b a/b", "folder_id: 7", 0, reported},
         {toFolder, 1, "a/:b", ":b", 0, "C:/r/:b a/:b", "folder_id: 7 extra_id: 0", 0, reported},
+        {toFolder, 1, "a/b//", "b", 0, "C:/r/b a/b", "folder_id: 7 extra_id: 0", 0, reported},
+        {withoutRoot, 0, "a/b", "b", 0, "./b a/b", "folder_id: 8 extra_id: 0", 0, reported},
+        {toTooLong, 0, "a/b", "b", 0, "./b a/b", "folder_id: 8 extra_id: 0", 0, reported},
         {toRoot, 0, "a/b", "b", 0, "/b a/b", "folder_id: 8 extra_id: 0", 0, reported},
         {toDisk,
          0,
