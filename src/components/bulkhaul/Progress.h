@@ -20,7 +20,7 @@ class Progress
 public:
     /// Reports (0, 0). Throws std::system_error when no thread can be started.
     Progress(ProgressFunction function, std::string transferID);
-    /// Calls `end` with kFailedHere if nobody has.
+    /// Calls `end` with kFailedHere unless it was called.
     ~Progress();
 
     Progress(const Progress&) = delete;

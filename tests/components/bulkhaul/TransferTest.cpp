@@ -35,11 +35,11 @@ TEST_F(TransferTest, FoldersAndFilesOfEverySizeArriveAsTheyAreBothWays)
             writeFile(root / ("d" + std::to_string(i % 7)) / std::to_string(i), content(100, ++seed));
         fs::create_directories(root / "空文件夹" / "empty");
 
-        std::vector<std::pair<int, int>> told;
+        std::vector<std::pair<int, int>> reported;
         ASSERT_EQ(move(way, testBox, name, false,
                        [&](const std::string& id, int code, int percent) {
                            EXPECT_EQ(id.size(), 36u);
-                           told.emplace_back(code, percent);
+                           reported.emplace_back(code, percent);
                            EXPECT_EQ(end.transferID, percent == 100 ? id : "");
                            if (percent == 100) {
                                EXPECT_EQ(endThread, std::this_thread::get_id());
@@ -50,9 +50,9 @@ TEST_F(TransferTest, FoldersAndFilesOfEverySizeArriveAsTheyAreBothWays)
         EXPECT_EQ(end.bytesMoved, bytes);
         EXPECT_EQ(end.filesKept, 0u);
         EXPECT_EQ(treeOf(target(way) / name), treeOf(root));
-        EXPECT_EQ(told.front(), std::make_pair(0, 0));
-        EXPECT_EQ(told.back(), std::make_pair(0, 100));
-        EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
+        EXPECT_EQ(reported.front(), std::make_pair(0, 0));
+        EXPECT_EQ(reported.back(), std::make_pair(0, 100));
+        EXPECT_TRUE(std::is_sorted(reported.begin(), reported.end()));
     }
     EXPECT_EQ(catalogue->lastMessage(), std::string("google.protobuf.StringValue:\n\x03"
                                                     "ada"));
@@ -168,9 +168,9 @@ TEST_F(TransferTest, EachFaultFailsWithItsCodeLeavesTheOldTargetAndIsMendedByThe
             TestBox faulty(*catalogue, {row.fault});
             setStallLimit(row.code == kStalled ? 300 : 60000);
             EXPECT_EQ(move(row.way, faulty, row.name, false,
-                           [&](const std::string&, int code, int told) {
+                           [&](const std::string&, int code, int reported) {
                                last = code;
-                               percent = told;
+                               percent = reported;
                            }),
                       row.code);
             setStallLimit(60000);
@@ -283,26 +283,38 @@ TEST_F(TransferTest, SourcesAndTargetsThatCanNotBeUsedHaveCodesOfTheirOwn)
         return Upload(testBox.channel(), to, from.string(), false, {}, nullptr, nullptr);
     };
     const std::string root = box().string() + "/";
-    EXPECT_EQ(download(root + "none", here() / "x"), kNotFound);
-    EXPECT_EQ(download(outside, here() / "x"), kRefused);
-    EXPECT_EQ(download(root + "../outside", here() / "x"), kUnsafeName);
-    EXPECT_EQ(download(root + "link", here() / "x"), kWrongKind);
-    EXPECT_EQ(download(root + "file", here() / "folder"), kWrongKind);
-    EXPECT_EQ(download(root + "folder2", here() / "file2"), kWrongKind);
+    const struct
+    {
+        Way way;
+        std::string from;
+        std::string to;
+        int code;
+    } cases[] = {
+        {Way::Down, root + "none", "x", kNotFound},
+        {Way::Down, outside, "x", kRefused},
+        {Way::Down, root + "../outside", "x", kUnsafeName},
+        {Way::Down, root + "link", "x", kWrongKind},
+        {Way::Down, root + "file", "folder", kWrongKind},
+        {Way::Down, root + "folder2", "file2", kWrongKind},
+        {Way::Down, root + "file", "none/x", kNotWritable},
+        {Way::Down, root + "file", "..", kUnsafeName},
+        {Way::Up, "none", root + "x", kNotFound},
+        {Way::Up, "pipe", root + "x", kWrongKind},
+        {Way::Up, "strange", root + "x", kWrongKind},
+        {Way::Up, "deep", root + "x", kUnsafeName},
+        {Way::Up, "file2", outside, kRefused},
+        {Way::Up, "file2", root + "folder2", kWrongKind},
+        {Way::Up, "file2", root + "../x", kUnsafeName},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(c.way == Way::Down ? download(c.from, here() / c.to) : upload(here() / c.from, c.to),
+                  c.code)
+            << c.from << " to " << c.to;
     const auto downloadKeeping = [&](const std::string& from) {
         return Download(testBox.channel(), from, (here() / "file2").string(), true, {}, nullptr, nullptr);
     };
     EXPECT_EQ(downloadKeeping(root + "folder2"), kWrongKind);
     EXPECT_EQ(endThread, std::this_thread::get_id());
-    EXPECT_EQ(download(root + "file", here() / "none/x"), kNotWritable);
-    EXPECT_EQ(download(root + "file", here() / ".."), kUnsafeName);
-    EXPECT_EQ(upload(here() / "none", root + "x"), kNotFound);
-    EXPECT_EQ(upload(here() / "pipe", root + "x"), kWrongKind);
-    EXPECT_EQ(upload(here() / "strange", root + "x"), kWrongKind);
-    EXPECT_EQ(upload(here() / "deep", root + "x"), kUnsafeName);
-    EXPECT_EQ(upload(here() / "file2", outside), kRefused);
-    EXPECT_EQ(upload(here() / "file2", root + "folder2"), kWrongKind);
-    EXPECT_EQ(upload(here() / "file2", root + "../x"), kUnsafeName);
     EXPECT_EQ(Download(testBox.channel(testBox.port(), "wrong"), root + "file", (here() / "x").string(),
                        false, {}, nullptr, nullptr),
               kRefused);

@@ -1,6 +1,6 @@
+#include "lumo/components/wirecall/Closures.h"
 #include "lumo/components/wirecall/RpcChannel.h"
 #include "lumo/components/wirecall/RpcController.h"
-#include "tests/support/Certificate.h"
 #include "tests/support/TestService.h"
 
 #include <gtest/gtest.h>
@@ -31,7 +31,7 @@ boost::shared_ptr<wirecall::RpcChannel> channelTo(const std::string& address, co
     return wirecall::openChannel(options, error);
 }
 
-/// One call over a channel of its own; the controller tells the rest.
+/// Makes one call over a channel of its own.
 HelloRsp call(const std::string& address, RpcController& controller, const std::string& token = {})
 {
     const auto channel = channelTo(address, token);
@@ -49,7 +49,7 @@ void hold(Closure* done, const ServerCall*)
     done->Run();
 }
 
-/// Answers no sooner than the caller has given up.
+/// Answers when the caller has given up, not before.
 void answerOnCancel(ServerCall& serverCall, const HelloReq&, HelloRsp&, Closure* done)
 {
     serverCall.NotifyOnCancel(NewCallback(&hold, done, static_cast<const ServerCall*>(&serverCall)));
@@ -77,132 +77,143 @@ private:
     int m_Left;
 };
 
+/// An asynchronous call, which ends on another thread.
+struct PendingCall
+{
+    RpcController controller;
+    HelloRsp response;
+    Countdown* countdown = nullptr;
+    std::thread::id thread;
+
+    /// The stub and `request` need not outlive this.
+    void start(wirecall::RpcChannel& channel, const HelloReq& request, Countdown& end)
+    {
+        countdown = &end;
+        hubline::HubServices_Stub(&channel).hello(&controller, &request, &response,
+                                                  NewCallback(this, &PendingCall::ended));
+    }
+    void ended()
+    {
+        thread = std::this_thread::get_id();
+        countdown->tick();
+    }
+};
+
 } // namespace
 
-TEST(Rpc, AnAnswerReplacesTheResponseAndTheTokenTravels)
+TEST(Rpc, AnAnswerOfAnySizeReplacesTheResponseAndTheTokenTravels)
 {
+    const std::string large(40U << 20, 'x');
     TestService service(
-        [](ServerCall& serverCall, const HelloReq& request, HelloRsp& response, Closure* done) {
-            response.set_server(request.client() + " " + serverCall.token() + " " + serverCall.method());
+        [&](ServerCall& serverCall, const HelloReq& request, HelloRsp& response, Closure* done) {
+            if (!serverCall.token().empty())
+                response.set_server(large + request.client() + serverCall.token() + serverCall.method());
             done->Run();
         });
     TestServer server(service);
     ASSERT_TRUE(server.started()) << server.error();
     RpcController controller;
-    EXPECT_EQ(call(server.address(), controller, "t0ken").server(), "test t0ken hubline.HubServices.hello");
+    EXPECT_FALSE(call(server.address(), controller).has_server());
+    EXPECT_EQ(call(server.address(), controller, "t0ken").server(),
+              large + "testt0kenhubline.HubServices.hello");
     EXPECT_FALSE(controller.Failed());
     EXPECT_TRUE(controller.IsRequestSent());
 }
 
-TEST(Rpc, AnEmptyAnswerClearsTheResponse)
-{
-    TestService service;
-    TestServer server(service);
-    RpcController controller;
-    EXPECT_FALSE(call(server.address(), controller).has_server());
-}
-
-TEST(Rpc, AnAnswerOfManyMegabytesArrives)
-{
-    const std::string large(40U << 20, 'x');
-    TestService service([&](ServerCall&, const HelloReq&, HelloRsp& response, Closure* done) {
-        response.set_server(large);
-        done->Run();
-    });
-    TestServer server(service);
-    RpcController controller;
-    EXPECT_EQ(call(server.address(), controller).server(), large);
-}
-
-TEST(Rpc, ACallEndsAtItsTimeLimit)
-{
-    TestService service(answerOnCancel);
-    TestServer server(service);
-    RpcController controller;
-    controller.SetTimeout(100);
-    call(server.address(), controller);
-    EXPECT_EQ(controller.failure(), Failure::TimeLimit);
-    EXPECT_EQ(controller.ErrorText(), "Deadline Exceeded");
-    EXPECT_TRUE(controller.IsRequestSent());
-}
-
-TEST(Rpc, ACallToNobodyFailsUnsent)
+TEST(Rpc, ACallEndsAtItsTimeLimitOrWithoutAConnectionAndMayOutliveItsChannel)
 {
     std::string address;
+    const auto start = [&](PendingCall& pending, long long timeout) {
+        Countdown end(1);
+        pending.controller.SetTimeout(timeout);
+        pending.start(*channelTo(address), HelloReq::default_instance(), end); // the channel is gone then
+        end.wait();
+    };
+    RpcController waited, waitedUnsent;
+    PendingCall returned, returnedUnsent, answered;
     {
-        TestService service;
+        TestService service(answerOnCancel);
         TestServer server(service);
         address = server.address();
+        waited.SetTimeout(100);
+        call(address, waited);
+        start(returned, 100);
     }
-    RpcController controller;
-    call(address, controller);
-    EXPECT_EQ(controller.failure(), Failure::NoConnection);
-    EXPECT_FALSE(controller.IsRequestSent());
-    EXPECT_FALSE(controller.ErrorText().empty());
+    call(address, waitedUnsent);
+    start(returnedUnsent, 5000);
+    for (const RpcController* each : {&waited, &returned.controller}) {
+        EXPECT_EQ(each->failure(), Failure::TimeLimit);
+        EXPECT_EQ(each->ErrorText(), "Deadline Exceeded");
+        EXPECT_TRUE(each->IsRequestSent());
+    }
+    for (const RpcController* each : {&waitedUnsent, &returnedUnsent.controller}) {
+        EXPECT_EQ(each->failure(), Failure::NoConnection);
+        EXPECT_FALSE(each->ErrorText().empty());
+        EXPECT_FALSE(each->IsRequestSent());
+    }
+    TestService service;
+    TestServer server(service);
+    address = server.address();
+    start(answered, 0);
+    EXPECT_FALSE(answered.controller.Failed()) << answered.controller.ErrorText();
 }
 
 TEST(Rpc, ARequestThatIsTooLargeFailsUnsent)
 {
-    struct Call
-    {
-        RpcController controller;
-        HelloRsp response;
-        Countdown over{1};
-        std::thread::id thread;
-        void ended()
-        {
-            thread = std::this_thread::get_id();
-            over.tick();
-        }
-    };
     TestService service;
     TestServer server(service);
     const auto channel = channelTo(server.address());
-    hubline::HubServices_Stub stub(channel.get());
     HelloReq request;
     request.set_client(std::string(257U << 20, 'x'));
-    Call waited, returned;
-    stub.hello(&waited.controller, &request, &waited.response, nullptr);
-    stub.hello(&returned.controller, &request, &returned.response, NewCallback(&returned, &Call::ended));
-    returned.over.wait();
-    for (const Call* each : {&waited, &returned}) {
-        EXPECT_EQ(each->controller.ErrorText(),
+    RpcController waited;
+    HelloRsp response;
+    hubline::HubServices_Stub(channel.get()).hello(&waited, &request, &response, nullptr);
+    PendingCall returned;
+    Countdown end(1);
+    returned.start(*channel, request, end);
+    end.wait();
+    for (const RpcController* each : {&waited, &returned.controller}) {
+        EXPECT_EQ(each->ErrorText(),
                   "the request has 269484038 bytes, more than the 268435456 that a message may have");
-        EXPECT_TRUE(each->controller.Failed());
-        EXPECT_FALSE(each->controller.IsRequestSent());
+        EXPECT_TRUE(each->Failed());
+        EXPECT_FALSE(each->IsRequestSent());
     }
     EXPECT_NE(returned.thread, std::this_thread::get_id());
 }
 
-TEST(Rpc, AControllerServesTheNextCallAfterReset)
+TEST(Rpc, AFailureHasTheServersReasonAndTheControllerServesTheNextCall)
 {
-    TestService service;
-    TestServer server(service);
+    std::atomic<int> calls{0};
+    TestService service([&](ServerCall& serverCall, const HelloReq&, HelloRsp&, Closure* done) {
+        const int number = ++calls;
+        if (number == 1)
+            serverCall.SetFailed("not today");
+        else if (number == 2)
+            throw std::runtime_error("out of order");
+        done->Run();
+    });
+    TestServer server(service, false);
+    const struct
+    {
+        const char* token;
+        Failure failure;
+        const char* text;
+    } cases[] = {{"wrong", Failure::Unauthenticated, "wrong token"},
+                 {TestServer::kToken, Failure::Other, "not today"},
+                 {TestServer::kToken, Failure::Other, "out of order"},
+                 {TestServer::kToken, Failure::None, ""}};
     RpcController controller;
+    for (const auto& c : cases) {
+        call(server.address(), controller, c.token);
+        EXPECT_EQ(controller.failure(), c.failure);
+        EXPECT_EQ(controller.ErrorText(), c.text);
+    }
     controller.SetTimeout(1000);
-    controller.SetFailed("before");
+    controller.SetFailed("by the caller");
     EXPECT_TRUE(controller.Failed());
     controller.Reset();
     EXPECT_FALSE(controller.Failed());
     EXPECT_EQ(controller.timeout(), 0);
-    call(server.address(), controller);
-    EXPECT_FALSE(controller.Failed());
-}
-
-TEST(Rpc, TheServerTellsWhyItRefuses)
-{
-    TestService service([](ServerCall& serverCall, const HelloReq&, HelloRsp&, Closure* done) {
-        serverCall.SetFailed("not today");
-        done->Run();
-    });
-    TestServer server(service, false);
-    RpcController controller;
-    call(server.address(), controller, "wrong");
-    EXPECT_EQ(controller.failure(), Failure::Unauthenticated);
-    EXPECT_EQ(controller.ErrorText(), "wrong token");
-    call(server.address(), controller, TestServer::kToken);
-    EXPECT_EQ(controller.failure(), Failure::Other);
-    EXPECT_EQ(controller.ErrorText(), "not today");
 }
 
 TEST(Rpc, AConnectionThatBreaksDuringACallFailsIt)
@@ -226,119 +237,22 @@ TEST(Rpc, AConnectionThatBreaksDuringACallFailsIt)
 
 TEST(Rpc, AThousandAsynchronousCallsEndOnceEach)
 {
-    struct Call
-    {
-        RpcController controller;
-        HelloRsp response;
-        Countdown* countdown;
-        std::atomic<int>* succeeded;
-        void ended()
-        {
-            if (!controller.Failed() && response.server() == "test")
-                ++*succeeded;
-            countdown->tick();
-        }
-    };
     TestService service([](ServerCall&, const HelloReq& request, HelloRsp& response, Closure* done) {
         response.set_server(request.client());
         done->Run();
     });
     TestServer server(service);
     const auto channel = channelTo(server.address());
+    std::vector<PendingCall> calls(1000);
     Countdown countdown(1000);
-    std::atomic<int> succeeded{0};
-    std::vector<std::unique_ptr<Call>> calls;
-    for (int i = 0; i < 1000; ++i) {
-        calls.push_back(std::make_unique<Call>());
-        calls.back()->countdown = &countdown;
-        calls.back()->succeeded = &succeeded;
-        hubline::HubServices_Stub stub(channel.get()); // dies before the answer, with its request
+    for (PendingCall& each : calls) {
         HelloReq request;
         request.set_client("test");
-        stub.hello(&calls.back()->controller, &request, &calls.back()->response,
-                   NewCallback(calls.back().get(), &Call::ended));
+        each.start(*channel, request, countdown);
     }
     countdown.wait();
-    EXPECT_EQ(succeeded, 1000);
-}
-
-TEST(Rpc, AnAsynchronousCallOutlivesItsChannelAndTellsItsFailure)
-{
-    struct Call
-    {
-        RpcController controller;
-        HelloRsp response;
-        Countdown over{1};
-        void ended() { over.tick(); }
-    };
-    const auto start = [](Call& pending, const std::string& address, long long timeout) {
-        const auto channel = channelTo(address); // gone before the call has ended
-        hubline::HubServices_Stub stub(channel.get());
-        pending.controller.SetTimeout(timeout);
-        stub.hello(&pending.controller, &HelloReq::default_instance(), &pending.response,
-                   NewCallback(&pending, &Call::ended));
-    };
-    std::string nobody;
-    Call stalled, unsent, answered;
-    {
-        TestService service(answerOnCancel);
-        TestServer server(service);
-        nobody = server.address();
-        start(stalled, server.address(), 200);
-        stalled.over.wait();
-    }
-    EXPECT_EQ(stalled.controller.failure(), Failure::TimeLimit);
-    start(unsent, nobody, 5000);
-    unsent.over.wait();
-    EXPECT_EQ(unsent.controller.failure(), Failure::NoConnection);
-    EXPECT_FALSE(unsent.controller.IsRequestSent());
-    TestService service;
-    TestServer server(service);
-    start(answered, server.address(), 0);
-    answered.over.wait();
-    EXPECT_FALSE(answered.controller.Failed()) << answered.controller.ErrorText();
-}
-
-TEST(RpcServer, AMethodThatThrowsRefusesItsCallAndNoOther)
-{
-    TestService service(
-        [](ServerCall&, const HelloReq&, HelloRsp&, Closure*) { throw std::runtime_error("out of order"); });
-    TestServer server(service);
-    for (int i = 0; i < 2; ++i) {
-        RpcController controller;
-        call(server.address(), controller);
-        EXPECT_EQ(controller.ErrorText(), "out of order");
-    }
-}
-
-TEST(Rpc, TlsVerifiesTheCertificate)
-{
-    const Certificate certificate;
-    ASSERT_TRUE(certificate.made());
-    TestService service;
-    TestServer server(service, true, certificate.certificate(), certificate.key());
-    ASSERT_TRUE(server.started()) << server.error();
-    const struct
-    {
-        bool tls;
-        std::string root;
-        bool succeeds;
-    } cases[] = {{true, certificate.certificate(), true}, {true, "", false}, {false, "", false}};
-    for (const auto& c : cases) {
-        wirecall::ChannelOptions options;
-        options.address = server.address();
-        options.tls = c.tls;
-        options.rootCertificate = c.root;
-        std::string error;
-        const auto channel = wirecall::openChannel(options, error);
-        ASSERT_TRUE(channel) << error;
-        hubline::HubServices_Stub stub(channel.get());
-        RpcController controller;
-        controller.SetTimeout(5000);
-        HelloRsp response;
-        stub.hello(&controller, &HelloReq::default_instance(), &response, nullptr);
-        EXPECT_EQ(!controller.Failed(), c.succeeds) << controller.ErrorText();
-    }
+    for (const PendingCall& each : calls)
+        ASSERT_EQ(each.response.server(), "test") << each.controller.ErrorText();
 }
 
 TEST(Rpc, WhatCanNotBeOpenedSaysWhy)
@@ -368,6 +282,26 @@ TEST(Rpc, WhatCanNotBeOpenedSaysWhy)
         EXPECT_FALSE(wirecall::openChannel(options, error));
         EXPECT_EQ(error, c.error);
     }
+}
+
+TEST(MethodClosure, KeepsACopyOfAReferenceAndRunsOnce)
+{
+    struct Receiver
+    {
+        void receive(int number, const std::string& text, std::string* target)
+        {
+            *target += std::to_string(number) + text;
+        }
+    } receiver;
+    std::string target;
+    std::string text = "kept";
+    auto* closure =
+        new wirecall::MethodClosure_Bind3<true, Receiver*, Receiver, int, const std::string&, std::string*>(
+            &receiver, &Receiver::receive, 7, text, &target);
+    EXPECT_TRUE(closure->deletesItself());
+    text = "changed";
+    closure->Run(); // deletes itself, or the leak check fails
+    EXPECT_EQ(target, "7kept");
 }
 
 TEST(RpcServer, APortInUseIsRefused)
