@@ -6,6 +6,7 @@
 #include <signal.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <stdexcept>
 
@@ -54,6 +55,8 @@ void CentreProcess::import(const std::filesystem::path& folder, const std::strin
 
 void CentreProcess::serve(const std::vector<std::string>& arguments)
 {
+    if (m_Process != nullptr)
+        stop();
     std::vector<std::string> command{CENTRE_PROGRAM,  "serve",       (m_Folder.path / "data").string(),
                                      "--listen",      "127.0.0.1:0", "--box",
                                      "B1=127.0.0.1:0"};
@@ -71,7 +74,9 @@ void CentreProcess::serve(const std::vector<std::string>& arguments)
 int CentreProcess::stop()
 {
     m_Process->signal(SIGTERM);
-    return m_Process->wait();
+    const int exitCode = m_Process->wait();
+    m_Process.reset();
+    return exitCode;
 }
 
 std::vector<std::string> CentreProcess::lumoCommand(const std::vector<std::string>& arguments) const
@@ -95,6 +100,15 @@ Outcome CentreProcess::lumo(const std::vector<std::string>& arguments,
     std::vector<std::string> variables{"XDG_CONFIG_HOME=/nonexistent"};
     variables.insert(variables.end(), environment.begin(), environment.end());
     return run(lumoCommand(arguments), variables);
+}
+
+Outcome CentreProcess::shell(const std::string& command) const
+{
+    const auto programs = [](const char* path) { return std::filesystem::path(path).parent_path().string(); };
+    return run({"/bin/sh", "-c", "cd " + m_Folder.path.string() + "; " + command},
+               {"PATH=" + programs(LUMO_PROGRAM) + ":" + programs(CENTRE_PROGRAM) + ":" + std::getenv("PATH"),
+                "XDG_CONFIG_HOME=/nonexistent", "LUMO_CENTRE=" + m_Address, "LUMO_TOKEN_FILE=" + tokenFile(),
+                "LUMO_USER=demo", "LUMO_COMPANY=LUMO", "SAMPLES=" LUMO_SAMPLES});
 }
 
 std::string shown(const Outcome& outcome)

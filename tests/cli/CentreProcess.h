@@ -43,16 +43,20 @@ public:
     void serve(const std::vector<std::string>& arguments = {});
     /// Ends it in good order; its exit code.
     int stop();
+    void kill() { m_Process.reset(); }
 
     /// The command line of lumo with what it takes to log in.
     std::vector<std::string> lumoCommand(const std::vector<std::string>& arguments) const;
     /// lumo with what it takes to log in.
     Outcome lumo(const std::vector<std::string>& arguments,
                  const std::vector<std::string>& environment = {}) const;
+    /// A command of the shell in folder(), with lumo and lumo-centre on its path and the environment set for
+    /// them.
+    Outcome shell(const std::string& command) const;
 
 private:
     TemporaryFolder m_Folder;
-    std::string m_Address;
+    std::string m_Address = "127.0.0.1:1"; ///< nobody listens until it serves
     std::unique_ptr<Process> m_Process;
 };
 

@@ -152,60 +152,8 @@ TEST_F(LumoImages, EveryRecordIsShownAsItWasLoaded)
         EXPECT_EQ(parsed(m_Centre.lumo({command, type, "--json"})), m_Shown[one.word]) << one.word;
         EXPECT_EQ(parsed(m_Centre.lumo({"show", one.word, "2", "--json"})), m_Shown[one.word][1]) << one.word;
     }
-    EXPECT_EQ(m_Centre.lumo({"images", "north/DEM"}).output, m_Centre.lumo({"images", "15"}).output);
     EXPECT_THAT(shown(m_Centre.lumo({"show", "sat", "2"})),
                 HasSubstr("\nvalue1       -\nvalue2       12.5\n"));
-}
-
-TEST_F(LumoImages, ProjectsAndTypesGoByIdentifierOrName)
-{
-    EXPECT_EQ(shown(m_Centre.lumo({"projects"})),
-              "projectID  companyID  projectName  text1     datum\n"
-              "3          1          north        北, \"方\"  0 (WGS 84)\n");
-    EXPECT_EQ(shown(m_Centre.lumo({"types", "north", "--limit", "2", "--csv"})),
-              "typeID,projectID,dataType,projectName,typeText\r\n"
-              "11,3,框幅式影像,north,\r\n12,3,卫星影像,north,\r\n");
-    EXPECT_EQ(m_Centre.lumo({"types", "3"}).output, m_Centre.lumo({"types", "north"}).output);
-    const json project = parsed(m_Centre.lumo({"show", "project", "north", "--json"}));
-    EXPECT_EQ(project["text1"], "北, \"方\"");
-    EXPECT_EQ(project["datum"], 0);
-    EXPECT_EQ(project["projection"], nullptr);
-    EXPECT_EQ(parsed(m_Centre.lumo({"show", "type", "north/卫星影像", "--json"}))["typeID"], 12);
-}
-
-TEST_F(LumoImages, SearchAsksEachTypeThatFits)
-{
-    const auto kindsFound = [this](std::vector<std::string> arguments, const char* codePage) {
-        arguments.insert(arguments.begin(), "search");
-        arguments.insert(arguments.end(), {"--json", "--code-page", codePage});
-        std::map<std::string, int> found;
-        const Outcome outcome = m_Centre.lumo(arguments);
-        EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
-        for (const json& record : json::parse(outcome.output)) {
-            EXPECT_EQ(record["project"], "north");
-            ++found[record["kind"]];
-        }
-        return found;
-    };
-    using Found = std::map<std::string, int>;
-    const Found all = {{"photo", 3}, {"sat", 3}, {"ads", 3}, {"point", 3},
-                       {"dem", 3},   {"dsm", 3}, {"dom", 3}, {"dlg", 3}};
-    for (const char* codePage : {"gbk", "utf8"}) {
-        EXPECT_EQ(kindsFound({"--project", "3"}, codePage), all);
-        EXPECT_EQ(kindsFound({"--type", "dLG", "--from", "2024/07/02"}, codePage), (Found{{"dlg", 2}}));
-        EXPECT_EQ(kindsFound({"--project", "north", "--type", "卫星影像", "--to", "20240701"}, codePage),
-                  (Found{{"sat", 1}}));
-        EXPECT_EQ(kindsFound({"--type", "DEM", "--sensor", "S", "--bounds", "-10.5,22.5,90,23"}, codePage),
-                  (Found{{"dem", 1}}));
-    }
-    const Outcome skipping = m_Centre.lumo({"search", "--type", "其他"});
-    EXPECT_EQ(skipping.exitCode, 0);
-    EXPECT_EQ(skipping.errors,
-              "lumo: not searched: north/其他 (type 50): its name does not decide the kind of its records\n");
-    EXPECT_EQ(skipping.output, "(nothing found)\n");
-    EXPECT_THAT(shown(m_Centre.lumo({"search", "--type", "控制点属性", "--limit", "1"})),
-                testing::MatchesRegex(
-                    "north/控制点属性\npointID .*\n1 .*\n.the first 1, as --limit says; there are more.\n"));
 }
 
 } // namespace

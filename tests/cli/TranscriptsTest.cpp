@@ -1,0 +1,123 @@
+// Plays the files of the folder transcripts/, whose form is explained in its file FORM.
+
+#include "tests/cli/CentreProcess.h"
+#include "tests/support/Wildcard.h"
+
+#include <algorithm>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+bool starts(const std::string& text, const std::string& head)
+{
+    return text.compare(0, head.size(), head) == 0;
+}
+
+class Transcripts : public testing::TestWithParam<std::string>
+{
+protected:
+    void play(const std::vector<std::string>& statement)
+    {
+        std::istringstream words(statement[0]);
+        std::string verb;
+        words >> verb;
+        const std::vector<std::string> rest(std::istream_iterator<std::string>(words), {});
+        if (verb == "$")
+            playCommand(statement);
+        else if (verb == "fails")
+            playFailure(statement[0]);
+        else if (verb == "serve")
+            m_Centre.serve(rest);
+        else if (verb == "stop")
+            EXPECT_EQ(m_Centre.stop(), 0);
+        else if (verb == "kill")
+            m_Centre.kill();
+        else
+            ADD_FAILURE() << "no statement";
+    }
+
+private:
+    void playCommand(const std::vector<std::string>& statement)
+    {
+        std::string output;
+        std::string errors;
+        int exitCode = 0;
+        for (std::size_t i = 1; i < statement.size(); ++i)
+            if (statement[i][0] == '?')
+                exitCode = std::stoi(statement[i].substr(2));
+            else if (statement[i][0] == '!')
+                errors += lineOf(statement[i].substr(2));
+            else
+                output += lineOf(statement[i].substr(1));
+        const Outcome outcome = m_Centre.shell(statement[0].substr(2));
+        EXPECT_EQ(outcome.exitCode, exitCode);
+        EXPECT_THAT(outcome.output, Fits(output));
+        EXPECT_THAT(outcome.errors, Fits(errors));
+    }
+
+    /// A line that is for any text is for any number of lines.
+    static std::string lineOf(const std::string& expected)
+    {
+        return expected == "..." ? expected : expected + "\n";
+    }
+
+    /// fails CODE COMMAND !! MESSAGE
+    void playFailure(const std::string& statement)
+    {
+        const std::size_t command = statement.find(' ', 6) + 1;
+        const std::size_t end = statement.find(" !! ");
+        const Outcome outcome = m_Centre.shell(statement.substr(command, end - command));
+        EXPECT_EQ(outcome.exitCode, std::stoi(statement.substr(6)));
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_TRUE(starts(outcome.errors, "lumo: ") || starts(outcome.errors, "lumo-centre: "));
+        EXPECT_THAT(outcome.errors, testing::HasSubstr(statement.substr(end + 4)));
+        EXPECT_EQ(outcome.errors.find('\n'), outcome.errors.size() - 1) << outcome.errors;
+    }
+
+    clitest::CentreProcess m_Centre;
+};
+
+TEST_P(Transcripts, ComeOutAsWritten)
+{
+    std::istringstream lines(readFile(LUMO_TRANSCRIPTS "/" + GetParam() + ".txt"));
+    std::vector<std::string> statement;
+    int begin = 0;
+    int number = 0;
+    const auto finish = [&] {
+        SCOPED_TRACE(GetParam() + ".txt:" + std::to_string(begin) + ": " +
+                     (statement.empty() ? "" : statement[0]));
+        if (!statement.empty())
+            play(statement);
+        statement.clear();
+        begin = number;
+    };
+    for (std::string line; ++number, std::getline(lines, line);) {
+        if (!statement.empty() && line.find_first_of(" !?") == 0) {
+            statement.push_back(line);
+        } else if (!statement.empty() && starts(line, "> ")) {
+            statement[0] += "\n" + line.substr(2);
+        } else {
+            finish();
+            if (!line.empty() && line[0] != '#')
+                statement = {line};
+        }
+    }
+    finish();
+}
+
+std::vector<std::string> names()
+{
+    std::vector<std::string> found;
+    for (const auto& entry : fs::directory_iterator(LUMO_TRANSCRIPTS))
+        if (entry.path().extension() == ".txt")
+            found.push_back(entry.path().stem().string());
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, Transcripts, testing::ValuesIn(names()),
+                         [](const auto& one) { return one.param; });
+
+} // namespace
