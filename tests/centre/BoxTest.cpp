@@ -15,8 +15,11 @@ using testing::HasSubstr;
 
 namespace {
 
-haulbox::Carried carried(const google::protobuf::Message& message)
+template <class Message>
+haulbox::Carried carrying(const std::string& text)
 {
+    Message message;
+    EXPECT_TRUE(google::protobuf::TextFormat::ParseFromString(text, &message));
     haulbox::Carried carried;
     carried.set_type_name(message.GetTypeName());
     carried.set_body(message.SerializeAsString());
@@ -25,18 +28,13 @@ haulbox::Carried carried(const google::protobuf::Message& message)
 
 haulbox::Carried download(const std::string& user)
 {
-    kestaserver::DownloadAuthMsg message;
-    message.set_user_name(user);
-    return carried(message);
+    return carrying<kestaserver::DownloadAuthMsg>("user_name: '" + user + "'");
 }
 
-haulbox::Carried upload(const std::string& user, std::optional<std::uint32_t> folderId = {})
+haulbox::Carried upload(const std::string& user, const std::string& folderId = {})
 {
-    kestaserver::UploadAuthMsg message;
-    message.set_user_name(user);
-    if (folderId)
-        message.set_folder_id(*folderId);
-    return carried(message);
+    return carrying<kestaserver::UploadAuthMsg>("user_name: '" + user + "'" +
+                                                (folderId.empty() ? "" : " folder_id: " + folderId));
 }
 
 haulbox::Carried broken()
@@ -48,39 +46,47 @@ haulbox::Carried broken()
 
 /// Box B1 with disk "disk" of demo's company at /srv/disk (folders 1 disk, 5 disk/a, 6 disk/a/b), disk
 /// "theirs" of another company at /srv/disk/theirs, "inner" of demo's in the same way, a version's package.
-class BoxCatalogueTest : public testing::Test
+class BoxCatalogueTest : public CentreTest
 {
 protected:
     BoxCatalogueTest()
     {
-        store.addBox("B1", "127.0.0.1:1");
-        store.addBox("B2", "127.0.0.1:2");
-        store.addCompany("OTHER");
-        reader = store.addUser("reader", "LUMO", false);
-        other = store.addUser("other", "OTHER");
-        store.addDisk("disk", "/srv/disk", "LUMO", "B1");
-        store.addDisk("theirs", "/srv/disk/theirs", "OTHER", "B1");
-        store.addDisk("elsewhere", "/srv/elsewhere", "LUMO", "B2");
-        store.addDisk("inner", "/srv/disk/inner", "LUMO", "B1");
-        store.database().exec("INSERT INTO folder(parent_id, name, disk_id) VALUES (1, 'a', 1), (5, 'b', 1)");
-        data.makeFile("package/app/file");
-        packages = std::filesystem::canonical(data.below("package")).string();
-        addVersion(store, {centre::VersionKind::Program, "P", "1", packages + "/app", "B1", "", "", ""});
+        m_Store.addBox("B1", "127.0.0.1:1");
+        m_Store.addBox("B2", "127.0.0.1:2");
+        m_Store.addCompany("OTHER");
+        reader = m_Store.addUser("reader", "LUMO", false);
+        other = m_Store.addUser("other", "OTHER");
+        m_Store.addDisk("disk", "/srv/disk", "LUMO", "B1");
+        m_Store.addDisk("theirs", "/srv/disk/theirs", "OTHER", "B1");
+        m_Store.addDisk("elsewhere", "/srv/elsewhere", "LUMO", "B2");
+        m_Store.addDisk("inner", "/srv/disk/inner", "LUMO", "B1");
+        m_Store.database().exec("INSERT INTO folder(parent_id, name, disk_id) VALUES (1, 'a', 1), (5, 'b', 1)");
+        m_Data.makeFile("package/app/file");
+        packages = std::filesystem::canonical(m_Data.below("package")).string();
+        addVersion(m_Store, {centre::VersionKind::Program, "P", "1", packages + "/app", "B1", "", "", ""});
+    }
+
+    /// The root and what is below it, or the reason of a refusal.
+    static std::string admitted(BoxCatalogue& box, const std::string& token,
+                                const haulbox::Carried& carried, const std::string& path, BoxCatalogue::Use use)
+    {
+        std::string reason;
+        const auto place = box.admit(token, carried, path, use, reason);
+        EXPECT_EQ(place.has_value(), reason.empty()) << path;
+        return place ? place->root + "|" + place->below : reason;
     }
 
     /// Every place of the catalogue, by its disk.
     std::vector<std::string> places()
     {
         std::vector<std::string> found;
-        for (const auto& [path, id] : catalogueOf(store))
+        for (const auto& [path, id] : catalogueOf(m_Store))
             found.push_back(path);
         return found;
     }
 
-    DataFolder data;
-    centre::Store store{data.path()};
     std::string reader, other, packages;
-    centre::ConnectionPool pool{data.path()};
+    centre::ConnectionPool pool{m_Data.path()};
     centre::DataFolderCatalogue catalogue{pool, "B1"};
 };
 
@@ -88,7 +94,7 @@ TEST_F(BoxCatalogueTest, AdmitsWhatTheTokenTheMessageAndThePathAllow)
 {
     const auto read = BoxCatalogue::Use::Read;
     const auto write = BoxCatalogue::Use::Write;
-    const std::string demo = data.token();
+    const std::string demo = m_Data.token();
     const struct
     {
         std::string token;
@@ -104,18 +110,18 @@ TEST_F(BoxCatalogueTest, AdmitsWhatTheTokenTheMessageAndThePathAllow)
         {reader, download("reader"), read, "/srv/disk/a", "/srv/disk|a"},
         {other, download("other"), read, packages + "/app/file", packages + "|app/file"},
         {demo, upload("demo"), write, "/srv/disk/x/y", "/srv/disk|x/y"},
-        {demo, upload("demo", 1), write, "/srv/disk/x", "/srv/disk|x"},
-        {demo, upload("demo", 6), write, "/srv/disk/a/b/new/x", "/srv/disk|a/b/new/x"},
-        {demo, upload("demo", 5), write, "/srv/disk/a/b/x", "/srv/disk|a/b/x"},
-        {demo, upload("demo", 1), write, "/srv/disk/inner/x", "/srv/disk/inner|x"},
-        {demo, upload("demo", 4), write, "/srv/disk/inner/x", "/srv/disk/inner|x"},
+        {demo, upload("demo", "1"), write, "/srv/disk/x", "/srv/disk|x"},
+        {demo, upload("demo", "6"), write, "/srv/disk/a/b/new/x", "/srv/disk|a/b/new/x"},
+        {demo, upload("demo", "5"), write, "/srv/disk/a/b/x", "/srv/disk|a/b/x"},
+        {demo, upload("demo", "1"), write, "/srv/disk/inner/x", "/srv/disk/inner|x"},
+        {demo, upload("demo", "4"), write, "/srv/disk/inner/x", "/srv/disk/inner|x"},
 
-        {demo, upload("demo", 4), write, "/srv/disk/inner2", "does not hold"},
-        {demo, upload("demo", 6), write, "/srv/disk/a/x", "folder 6 of the catalogue does not hold"},
-        {demo, upload("demo", 6), write, "/srv/disk/a/b", "does not hold"},
-        {demo, upload("demo", 1), write, "/srv/disk", "does not hold"},
-        {demo, upload("demo", 2), write, "/srv/disk/theirs/x", "does not hold"},
-        {demo, upload("demo", 0xFFFFFFFF), write, "/srv/disk/x", "does not hold"},
+        {demo, upload("demo", "4"), write, "/srv/disk/inner2", "does not hold"},
+        {demo, upload("demo", "6"), write, "/srv/disk/a/x", "folder 6 of the catalogue does not hold"},
+        {demo, upload("demo", "6"), write, "/srv/disk/a/b", "does not hold"},
+        {demo, upload("demo", "1"), write, "/srv/disk", "does not hold"},
+        {demo, upload("demo", "2"), write, "/srv/disk/theirs/x", "does not hold"},
+        {demo, upload("demo", "4294967295"), write, "/srv/disk/x", "does not hold"},
         {demo, upload("demo"), write, packages + "/app/file", "belongs to a version"},
         {reader, upload("reader"), write, "/srv/disk/x", "user reader may only read"},
         {"", download("demo"), read, "/srv/disk", "not that of a user"},
@@ -125,37 +131,28 @@ TEST_F(BoxCatalogueTest, AdmitsWhatTheTokenTheMessageAndThePathAllow)
         {demo, haulbox::Carried(), read, "/srv/disk", "no message"},
         {demo, broken(), read, "/srv/disk", "can't be read"},
         {other, download("other"), read, "/srv/disk/a", "on no disk of box B1 that user other may use"},
-        {demo, download("demo"), read, "/srv/disks", "on no disk"},
-        {demo, download("demo"), read, "/srv", "on no disk"},
-        {demo, download("demo"), read, "/", "on no disk"},
-        {demo, download("demo"), read, "/srv/elsewhere", "on no disk"},
-        {demo, download("demo"), read, packages + "/app2", "on no disk"},
-        {demo, download("demo"), read, "", "not a path"},
-        {demo, download("demo"), read, "srv/disk", "not a path"},
-        {demo, download("demo"), read, "/srv/disk/../x", "not a path"},
-        {demo, download("demo"), read, "/srv/disk/./x", "not a path"},
-        {demo, download("demo"), read, "/srv//disk", "not a path"},
-        {demo, download("demo"), read, "/srv/disk/", "not a path"},
-        {demo, download("demo"), read, "/srv/disk/x\xff", "not a path"},
-        {demo, download("demo"), read, std::string("/srv/disk/x\0y", 13), "not a path"},
-        {demo, download("demo"), read, "/srv/disk/" + std::string(5000, 'x'), "not a path"},
     };
-    for (const auto& each : cases) {
-        std::string reason;
-        const auto place = catalogue.admit(each.token, each.carried, each.path, each.use, reason);
-        EXPECT_EQ(place.has_value(), reason.empty()) << each.path;
-        EXPECT_THAT(place ? place->root + "|" + place->below : reason, HasSubstr(each.outcome)) << each.path;
-    }
+    for (const auto& each : cases)
+        EXPECT_THAT(admitted(catalogue, each.token, each.carried, each.path, each.use), HasSubstr(each.outcome))
+            << each.path;
+    for (const std::string& path : {std::string("/srv/disks"), std::string("/srv"), std::string("/"),
+                                    std::string("/srv/elsewhere"), packages + "/app2"})
+        EXPECT_THAT(admitted(catalogue, demo, download("demo"), path, read), HasSubstr("on no disk")) << path;
+    for (const std::string& path :
+         {std::string(""), std::string("srv/disk"), std::string("/srv/disk/../x"), std::string("/srv/disk/./x"),
+          std::string("/srv//disk"), std::string("/srv/disk/"), std::string("/srv/disk/x\xff"),
+          std::string("/srv/disk/x\0y", 13), "/srv/disk/" + std::string(5000, 'x')})
+        EXPECT_THAT(admitted(catalogue, demo, download("demo"), path, read), HasSubstr("not a path")) << path;
 }
 
 TEST_F(BoxCatalogueTest, ADiskMayBeTheWholeMachineButTheDataFolderStaysOutOfReach)
 {
-    const std::uint32_t all = store.addDisk("all", "/", "LUMO", "B2");
-    const std::string link = data.below("link");
+    const std::string all = std::to_string(m_Store.addDisk("all", "/", "LUMO", "B2"));
+    const std::string link = m_Data.below("link");
     std::filesystem::create_directory_symlink("data", link);
     centre::ConnectionPool linked(link);
     centre::DataFolderCatalogue box(linked, "B2");
-    const std::string folder = std::filesystem::canonical(data.path()).string();
+    const std::string folder = std::filesystem::canonical(m_Data.path()).string();
     const std::map<std::string, std::string> outcomes = {
         {"/name", "/|name"},
         {"/name/of", "/|name/of"},
@@ -167,10 +164,8 @@ TEST_F(BoxCatalogueTest, ADiskMayBeTheWholeMachineButTheDataFolderStaysOutOfReac
     };
     for (const auto use : {BoxCatalogue::Use::Read, BoxCatalogue::Use::Write})
         for (const auto& [path, outcome] : outcomes) {
-            std::string reason;
             const auto message = use == BoxCatalogue::Use::Read ? download("demo") : upload("demo", all);
-            const auto place = box.admit(data.token(), message, path, use, reason);
-            EXPECT_THAT(place ? place->root + "|" + place->below : reason, HasSubstr(outcome)) << path;
+            EXPECT_THAT(admitted(box, m_Data.token(), message, path, use), HasSubstr(outcome)) << path;
         }
     box.record({{"/name", false}, {"/folder", true}, {"/", true}});
     EXPECT_THAT(places(), testing::IsSupersetOf({"all/", "all/folder/", "all/name"}));
@@ -212,27 +207,25 @@ TEST_F(BoxCatalogueTest, RegistersOnEveryDiskThatShowsThePlaceAllOrNothing)
     EXPECT_THAT(places(), ElementsAre("disk/", "disk/a/", "disk/a/b/", "disk/a/b/deep/", "disk/a/b/deep/er/",
                                       "disk/a/b/deep/er/f", "disk/theirs/", "disk/theirs/both", "disk/空/",
                                       "elsewhere/", "inner/", "theirs/", "theirs/both"));
-    EXPECT_EQ(store.database().execAndGet("SELECT id FROM file WHERE name = 'f'").getInt(), 1);
+    EXPECT_EQ(value("SELECT id FROM file WHERE name = 'f'"), "1");
 
     std::vector<BoxCatalogue::Entry> many;
     for (int i = 0; i < 10000; ++i)
         many.push_back({"/srv/disk/many/" + std::to_string(i % 100) + "/" + std::to_string(i), false});
     catalogue.record(many);
-    EXPECT_EQ(store.database().execAndGet("SELECT count(*) FROM file").getInt(), 10003);
+    EXPECT_EQ(value("SELECT count(*) FROM file"), "10003");
 }
 
 /// Box B1 with a disk of one file.
-class ServedBox : public testing::Test
+class ServedBox : public CentreTest
 {
 protected:
     ServedBox()
     {
-        data.makeFile("tree/file");
-        std::ofstream(data.below("tree/file")) << "content";
-        centre::Store store(data.path());
-        store.addBox("B1", "127.0.0.1:1");
-        root = std::filesystem::canonical(data.below("tree")).string();
-        store.addDisk("disk", root, "LUMO", "B1");
+        m_Data.makeFile("tree/file", "content");
+        m_Store.addBox("B1", "127.0.0.1:1");
+        root = std::filesystem::canonical(m_Data.below("tree")).string();
+        m_Store.addDisk("disk", root, "LUMO", "B1");
     }
 
     std::string read(const std::string& address, const std::string& token)
@@ -240,22 +233,21 @@ protected:
         haulbox::ReadReq request;
         *request.mutable_carried() = download("demo");
         request.set_path(root + "/file");
-        return ask(*channelTo(address, token), "read", request.ShortDebugString());
+        return ::ask(*channelTo(address, token), "read", request.ShortDebugString());
     }
 
     std::string addressByCentre(const centre::Centre& centre)
     {
-        return ask(*channelTo(centre.address(), data.token()), "getKestaInfo", "code: 'B1'");
+        return ::ask(*channelTo(centre.address(), m_Data.token()), "getKestaInfo", "code: 'B1'");
     }
 
     std::vector<std::string> serveBox(const std::vector<std::string>& more)
     {
-        std::vector<std::string> arguments = {"serve-box", data.path(), "B1"};
+        std::vector<std::string> arguments = {"serve-box", m_Data.path(), "B1"};
         arguments.insert(arguments.end(), more.begin(), more.end());
         return centreCommand(arguments);
     }
 
-    DataFolder data;
     std::string root;
 };
 
@@ -263,15 +255,15 @@ TEST_F(ServedBox, IsFoundWhereverItWasServedLast)
 {
     centre::ServeOptions options;
     options.boxes = {{"B1", "127.0.0.1:0"}};
-    centre::Centre centre(data.path(), options);
+    centre::Centre centre(m_Data.path(), options);
     const std::string first = centre.boxes().at(0).address;
     EXPECT_THAT(addressByCentre(centre), HasSubstr("\"" + first + "\""));
-    EXPECT_THAT(read(first, data.token()), HasSubstr("data: \"content\""));
+    EXPECT_THAT(read(first, m_Data.token()), HasSubstr("data: \"content\""));
     EXPECT_THAT(read(first, "wrong"), HasSubstr("not that of a user"));
 
     EXPECT_EQ(run(serveBox({})).exitCode, 4);
     centre.stop();
-    centre::Centre alone(data.path(), {});
+    centre::Centre alone(m_Data.path(), {});
     {
         Process again(serveBox({}));
         EXPECT_EQ(servingAddress(again), first);
@@ -279,8 +271,8 @@ TEST_F(ServedBox, IsFoundWhereverItWasServedLast)
     Process moved(serveBox({"--listen", "127.0.0.1:0", "--fault", "read@1=corrupt"}));
     const std::string second = servingAddress(moved);
     EXPECT_THAT(addressByCentre(alone), HasSubstr("\"" + second + "\""));
-    EXPECT_THAT(read(second, data.token()), testing::Not(HasSubstr("\"content\"")));
-    EXPECT_THAT(read(second, data.token()), HasSubstr("\"content\""));
+    EXPECT_THAT(read(second, m_Data.token()), testing::Not(HasSubstr("\"content\"")));
+    EXPECT_THAT(read(second, m_Data.token()), HasSubstr("\"content\""));
     moved.signal(SIGTERM);
     EXPECT_EQ(moved.wait(), 0);
     EXPECT_THAT(moved.readLine(), HasSubstr("read@1=corrupt fired 1 times"));
@@ -294,23 +286,23 @@ TEST_F(ServedBox, AndItsCentreSpeakTlsAlone)
     options.tlsCertificate = certificate.certificate();
     options.tlsKey = certificate.key();
     options.boxes = {{"B1", "127.0.0.1:0"}};
-    centre::Centre centre(data.path(), options);
+    centre::Centre centre(m_Data.path(), options);
     const std::string address = centre.boxes().at(0).address;
     kestaserver::DownloadAuthMsg message;
     message.set_user_name("demo");
     const auto fetch = [&](const std::string& rootCertificate) {
-        return bulkhaul::Download(channelTo(address, data.token(), rootCertificate), root + "/file",
-                                  data.below("here"), false, {}, &message, nullptr);
+        return bulkhaul::Download(channelTo(address, m_Data.token(), rootCertificate), root + "/file",
+                                  m_Data.below("here"), false, {}, &message, nullptr);
     };
     const auto askUser = [&](const std::string& rootCertificate) {
-        return ask(*channelTo(centre.address(), data.token(), rootCertificate), "queryUserTableByUserName",
+        return ::ask(*channelTo(centre.address(), m_Data.token(), rootCertificate), "queryUserTableByUserName",
                    "username: 'demo'");
     };
     EXPECT_THAT(askUser(""), HasSubstr("failed: "));
     EXPECT_THAT(askUser(certificate.certificate()), HasSubstr("result: 0"));
     EXPECT_EQ(fetch(""), bulkhaul::kNoConnection);
     EXPECT_EQ(fetch(certificate.certificate()), bulkhaul::kDone);
-    EXPECT_EQ(readFile(data.below("here")), "content");
+    EXPECT_EQ(readFile(m_Data.below("here")), "content");
 }
 
 TEST_F(ServedBox, AnUploadOutlivesAFileSizeLimitAndAKilledBox)
@@ -318,11 +310,11 @@ TEST_F(ServedBox, AnUploadOutlivesAFileSizeLimitAndAKilledBox)
     std::string bytes;
     for (unsigned i = 0; bytes.size() < std::size_t(5) * 1024 * 1024; ++i)
         bytes += std::to_string(i * 2654435761u);
-    std::ofstream(data.below("here")) << bytes;
+    m_Data.makeFile("here", bytes);
     kestaserver::UploadAuthMsg message;
     message.set_user_name("demo");
     const auto send = [&](const std::string& address) {
-        return bulkhaul::Upload(channelTo(address, data.token()), root + "/large", data.below("here"), false,
+        return bulkhaul::Upload(channelTo(address, m_Data.token()), root + "/large", m_Data.below("here"), false,
                                 {}, &message, nullptr);
     };
     std::vector<std::string> command = serveBox({"--listen", "127.0.0.1:0"});
@@ -331,7 +323,7 @@ TEST_F(ServedBox, AnUploadOutlivesAFileSizeLimitAndAKilledBox)
         Process limited(command);
         const std::string address = servingAddress(limited);
         EXPECT_EQ(send(address), bulkhaul::kNoSpace);
-        EXPECT_THAT(read(address, data.token()), HasSubstr("\"content\""));
+        EXPECT_THAT(read(address, m_Data.token()), HasSubstr("\"content\""));
     }
     Process killed(serveBox({"--fault", "write@2=exit"}));
     const std::string address = servingAddress(killed);
@@ -343,32 +335,6 @@ TEST_F(ServedBox, AnUploadOutlivesAFileSizeLimitAndAKilledBox)
     EXPECT_EQ(servingAddress(again), address);
     EXPECT_EQ(send(address), bulkhaul::kDone);
     EXPECT_TRUE(readFile(root + "/large") == bytes);
-}
-
-TEST_F(ServedBox, RefusesCodesAndAddressesThatCannotBe)
-{
-    const struct
-    {
-        const char* box;
-        const char* address;
-        const char* fault;
-        const char* reason;
-        centre::ExitCode code = centre::ExitCode::WrongUse;
-    } cases[] = {
-        {"B2", "127.0.0.1:0", "hello=stall", "no box B2", centre::ExitCode::Failed},
-        {"B1", "nowhere", "hello=stall", "HOST:PORT"},
-        {"B1", "0.0.0.0:0", "hello=stall", "not 0.0.0.0"},
-        {"B1", "[::]:0", "hello=stall", "not ::"},
-        {"B1", "127.0.0.1:0", "list=corrupt", "moves no data"},
-        {"B1", "127.0.0.1:0", "read=result:1", "no result to fault"},
-    };
-    for (const auto& each : cases) {
-        centre::ServeOptions options;
-        options.boxes = {{each.box, each.address}};
-        options.faults = {each.fault};
-        expectError(each.code, each.reason, [&] { centre::Centre(data.path(), options); });
-    }
-    EXPECT_EQ(centre::Store(data.path()).boxAddress("B1"), "127.0.0.1:1");
 }
 
 } // namespace

@@ -24,6 +24,7 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -106,6 +107,16 @@ inline std::string ask(wirecall::RpcChannel& channel, const std::string& operati
     wirecall::RpcController controller;
     controller.SetTimeout(20000);
     return ask(channel, operation, requestText, controller);
+}
+
+/// The identifiers that the beans of an answer begin with, and blanks between them.
+inline std::string idsIn(const std::string& answer)
+{
+    std::string ids;
+    const std::regex id("\\{ \\w+: (\\d+)");
+    for (std::sregex_iterator bean(answer.begin(), answer.end(), id), end; bean != end; ++bean)
+        ids += (ids.empty() ? "" : " ") + bean->str(1);
+    return ids;
 }
 
 /// A test of a data folder and of the centre that serves it.

@@ -62,9 +62,7 @@ private:
     {
         const std::string request = cut(rest, "->");
         const std::string answer = cut(rest, "!!");
-        if (!m_Centre)
-            serveAs({});
-        const std::string answered = ask(operation, request);
+        const std::string answered = call(operation, request);
         EXPECT_THAT(answered, Fits(answer));
         if (rest.empty()) {
             EXPECT_EQ(m_Errors, "");
@@ -77,13 +75,24 @@ private:
             EXPECT_THAT(answered, HasSubstr(rest));
     }
 
-    void serveAs(const Words& copyRoots)
+    std::string call(const std::string& operation, const std::string& request)
+    {
+        if (!m_Centre)
+            serveAs({});
+        return ask(operation, request);
+    }
+
+    /// With faults, which have a "=", and folders to copy from and to.
+    void serveAs(const Words& words)
     {
         centre::ServeOptions options;
-        for (const std::string& root : copyRoots)
-            options.copyRoots.push_back(m_Data.below(root));
+        for (const std::string& word : words)
+            if (word.find('=') != std::string::npos)
+                options.faults.push_back(word);
+            else
+                options.copyRoots.push_back(m_Data.below(word));
         serve(options);
-        m_Texts["root"] = copyRoots.empty() ? "" : m_Centre->copyRoots().front();
+        m_Texts["root"] = options.copyRoots.empty() ? "" : m_Centre->copyRoots().front();
     }
 
     /// A line that can't be loaded takes those before and after it along.
@@ -122,6 +131,18 @@ private:
             ADD_FAILURE() << "nothing to add";
     }
 
+    /// search CONDITION -> IMAGES | POINTS | TYPES
+    void search(std::string rest)
+    {
+        const std::regex bounds("bounds (\\S+) (\\S+) (\\S+) (\\S+)");
+        const std::string condition =
+            std::regex_replace(cut(rest, "->"), bounds,
+                               "use_bounds: true bound_a: $1 bound_b: $2 bound_c: $3 bound_d: $4");
+        EXPECT_EQ(idsIn(call("searchDataByTypeSat", "type_id: 1 " + condition)), cut(rest, "|"));
+        EXPECT_EQ(idsIn(call("searchDataByTypeControlInfo", "type_id: 4 " + condition)), cut(rest, "|"));
+        EXPECT_EQ(idsIn(call("searchDataType", "company_id: 1 " + condition)), rest);
+    }
+
     static Words wordsOf(const std::string& text)
     {
         std::istringstream stream(text);
@@ -140,6 +161,7 @@ private:
         {"sql", [this](const std::string& rest) { m_Store.database().exec(rest); }},
         {"load", [this](const std::string& rest) { load(rest); }},
         {"refuse", [this](const std::string& rest) { refuse(rest); }},
+        {"search", [this](const std::string& rest) { search(rest); }},
         {"value",
          [this](std::string rest) {
              const std::string sql = cut(rest, "->");

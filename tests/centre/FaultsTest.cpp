@@ -42,33 +42,13 @@ TEST(Faults, OfTheDataCountBytesAndAreApartFromThoseOfCalls)
 class FaultyCentre : public CentreTest
 {
 protected:
-    void serveWith(const std::vector<std::string>& faults)
+    FaultyCentre()
     {
         centre::ServeOptions options;
-        options.faults = faults;
+        options.faults = {"queryUserTableByUserName=stall"};
         serve(options);
     }
-
-    std::string askCompany() { return ask("queryCompanyTableByCompanyNo", "companyno: 'LUMO'"); }
-    std::string askUser() { return ask("queryUserTableByUserName", "username: 'demo'"); }
 };
-
-TEST_F(FaultyCentre, FiresForTheCallsThatTheSwitchNames)
-{
-    serveWith({"queryCompanyTableByCompanyNo@2=refuse", "queryCompanyTableByCompanyNo@3=result:17",
-               "queryUserTableByUserName=result:-2"});
-    const std::string company = "result: 0 bean { id: 1 companyno: \"LUMO\" }";
-    EXPECT_EQ(askCompany(), company);
-    EXPECT_THAT(askCompany(), HasSubstr("fault switch"));
-    EXPECT_EQ(askCompany(), "result: 17");
-    EXPECT_EQ(askCompany(), company);
-    EXPECT_EQ(askUser(), "result: -2");
-    EXPECT_EQ(askUser(), "result: -2");
-    std::vector<std::uint64_t> fired;
-    for (const centre::FaultCount& count : m_Centre->faultCounts())
-        fired.push_back(count.fired);
-    EXPECT_THAT(fired, testing::ElementsAre(1, 1, 2));
-}
 
 /// A call that nobody waits for.
 struct PendingCall
@@ -86,7 +66,6 @@ void countDown(std::atomic<int>* left)
 TEST_F(FaultyCentre, StalledCallsHoldUpNoOthersAndEndWithTheCentre)
 {
     constexpr int kCalls = 40; // more than the server has threads
-    serveWith({"queryUserTableByUserName=stall"});
     ledgerserver::LedgerServices_Stub stub(m_Channel.get());
     PendingCall calls[kCalls];
     std::atomic<int> left{kCalls};
@@ -95,7 +74,7 @@ TEST_F(FaultyCentre, StalledCallsHoldUpNoOthersAndEndWithTheCentre)
                                       google::protobuf::NewCallback(&countDown, &left));
     while (m_Centre->faultCounts()[0].fired < kCalls)
         std::this_thread::yield();
-    EXPECT_THAT(askCompany(), HasSubstr("result: 0"));
+    EXPECT_THAT(ask("queryCompanyTableByCompanyNo", "companyno: 'LUMO'"), HasSubstr("result: 0"));
     EXPECT_EQ(left, kCalls);
     m_Centre->stop();
     while (left > 0)
@@ -106,7 +85,6 @@ TEST_F(FaultyCentre, StalledCallsHoldUpNoOthersAndEndWithTheCentre)
 
 TEST_F(FaultyCentre, AStalledCallEndsAtItsCallersTimeLimit)
 {
-    serveWith({"queryUserTableByUserName=stall"});
     wirecall::RpcController controller;
     controller.SetTimeout(50);
     ::ask(*m_Channel, "queryUserTableByUserName", "username: 'demo'", controller);

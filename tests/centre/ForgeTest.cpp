@@ -234,19 +234,4 @@ TEST(SceneMetadata, OfAnyDepthIsRead)
     EXPECT_EQ(centre::readSpot5Dim(deep).name, "n");
 }
 
-TEST_F(Forge, IsFaulted)
-{
-    centre::ServeOptions options;
-    options.faults = {"AnalyzeImage@1=refuse", "CreateFolder=refuse", "addDataFile=result:-7"};
-    serve(options);
-    EXPECT_EQ(ask("AnalyzeImage", ""), "failed: refused by a fault switch");
-    EXPECT_THAT(ask("AnalyzeImage", ""), HasSubstr("analyze_result: false"));
-    EXPECT_EQ(ask("CreateFolder", ""), "failed: refused by a fault switch");
-    EXPECT_EQ(ask("addDataFile", ""), "result: -7");
-    m_Centre->stop();
-    options.faults = {"AnalyzeImage=result:-1"};
-    expectError(centre::ExitCode::WrongUse, "AnalyzeImage has no result to fault",
-                [&] { centre::Centre(m_Data.path(), options); });
-}
-
 } // namespace

@@ -43,31 +43,6 @@ TEST(Process, ASecondSignalEndsItAtOnce)
     EXPECT_THAT(process.wait(), testing::AnyOf(128 + SIGTERM, 128 + SIGINT));
 }
 
-TEST(Process, WhatWasAcknowledgedSurvivesAKill)
-{
-    DataFolder data;
-    data.makeFile("tree/file");
-    Process first(serve(data));
-    ASSERT_NE(servingAddress(first), "");
-
-    const std::string tokenFile = data.below("token");
-    ASSERT_EQ(run(centreCommand({"import", data.path(), data.below("tree"), "--disk", "disk"})).exitCode, 0);
-    ASSERT_EQ(
-        run(centreCommand({"add-user", data.path(), "new", "--company", "LUMO", "--token-file", tokenFile}))
-            .exitCode,
-        0);
-    first.signal(SIGKILL);
-    first.wait();
-
-    std::string token;
-    std::ifstream(tokenFile) >> token;
-    Process third(serve(data));
-    const std::string address = servingAddress(third);
-    EXPECT_EQ(askCompany(address, token), kKnown);
-    EXPECT_THAT(ask(*channelTo(address, token), "queryFileTableByFileId", "file_id: 1"),
-                HasSubstr("\"file\""));
-}
-
 TEST(Process, AnImportThatWasKilledIsCompletedByAnother)
 {
     DataFolder data;
@@ -97,45 +72,6 @@ TEST(Process, AnImportThatWasKilledIsCompletedByAnother)
     EXPECT_EQ(
         store.database().execAndGet("SELECT count(*) FROM earlier JOIN file USING (id, name)").getUInt(),
         report.knownFiles);
-}
-
-TEST(Process, ExitCodesTellWhatIsWrong)
-{
-    DataFolder data, newer;
-    data.makeFile("tree/bad\xff");
-    const std::string foreign = data.below("foreign");
-    data.makeFile("foreign/centre.db");
-    std::ofstream(foreign + "/centre.db") << std::string(1000, 'x');
-    centre::Store(newer.path()).database().exec("PRAGMA user_version = 99");
-    const struct
-    {
-        std::vector<std::string> arguments;
-        int code;
-        const char* reason;
-    } cases[] = {
-        {{"import", data.path(), data.below("tree"), "--disk", "disk"}, 3, "tree/bad\\xff"},
-        {{"serve", newer.path(), "--listen", "127.0.0.1:0"}, 5, "newer lumo-centre"},
-        {{"serve", data.below("tree"), "--listen", "127.0.0.1:0"}, 5, "lumo-centre init"},
-        {{"serve", data.path(), "--listen", "127.0.0.1:0", "--tls-cert", "x"}, 2, "--tls-key"},
-        {{"serve", data.path(), "--listen", "127.0.0.1:0", "--tls-cert", "x", "--tls-key", "x"}, 1, "x"},
-        {{"add-user", data.path(), "demo", "--company", "LUMO"}, 1, "already"},
-        {{"add-box", data.path(), "B1"}, 2, "ADDRESS"},
-        {{"add-area", data.path(), "2", "area", "--parent", "1"}, 1, "no area 1 to be its parent"},
-        {{"add-version", data.path(), "--version", "1", "--path", "/etc", "--box", "B1"}, 2, "--module"},
-        {{"init", data.path()}, 5, "already"},
-        {{}, 2, "which command?"},
-        {{"sevre"}, 2, "no command 'sevre'; the commands are init"},
-        {{"serve", data.path(), "--lisen", "x"}, 2, "no option '--lisen'"},
-        {{"serve", foreign, "--listen", "127.0.0.1:0"}, 5, "is not a database of lumo-centre"},
-    };
-    for (const auto& each : cases) {
-        const auto [exitCode, output, errors] = run(centreCommand(each.arguments));
-        EXPECT_EQ(exitCode, each.code) << each.reason;
-        EXPECT_THAT(errors, AllOf(StartsWith("lumo-centre: "), HasSubstr(each.reason)));
-        EXPECT_EQ(errors.find('\n'), errors.size() - 1) << errors;
-    }
-    for (const std::string& folder : {data.below("tree"), foreign})
-        EXPECT_FALSE(std::filesystem::exists(folder + "/serve.lock"));
 }
 
 } // namespace

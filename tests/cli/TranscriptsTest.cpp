@@ -4,6 +4,7 @@
 #include "tests/support/Wildcard.h"
 
 #include <algorithm>
+#include <iterator>
 #include <sstream>
 
 namespace fs = std::filesystem;
@@ -23,7 +24,10 @@ protected:
         std::istringstream words(statement[0]);
         std::string verb;
         words >> verb;
-        const std::vector<std::string> rest(std::istream_iterator<std::string>(words), {});
+        std::vector<std::string> rest(std::istream_iterator<std::string>(words), {});
+        for (std::string& word : rest)
+            if (starts(word, "$PWD"))
+                word.replace(0, 4, m_Centre.folder().string());
         if (verb == "$")
             playCommand(statement);
         else if (verb == "fails")
