@@ -60,15 +60,16 @@ protected:
         m_Store.addDisk("theirs", "/srv/disk/theirs", "OTHER", "B1");
         m_Store.addDisk("elsewhere", "/srv/elsewhere", "LUMO", "B2");
         m_Store.addDisk("inner", "/srv/disk/inner", "LUMO", "B1");
-        m_Store.database().exec("INSERT INTO folder(parent_id, name, disk_id) VALUES (1, 'a', 1), (5, 'b', 1)");
+        m_Store.database().exec(
+            "INSERT INTO folder(parent_id, name, disk_id) VALUES (1, 'a', 1), (5, 'b', 1)");
         m_Data.makeFile("package/app/file");
         packages = std::filesystem::canonical(m_Data.below("package")).string();
         addVersion(m_Store, {centre::VersionKind::Program, "P", "1", packages + "/app", "B1", "", "", ""});
     }
 
     /// The root and what is below it, or the reason of a refusal.
-    static std::string admitted(BoxCatalogue& box, const std::string& token,
-                                const haulbox::Carried& carried, const std::string& path, BoxCatalogue::Use use)
+    static std::string admitted(BoxCatalogue& box, const std::string& token, const haulbox::Carried& carried,
+                                const std::string& path, BoxCatalogue::Use use)
     {
         std::string reason;
         const auto place = box.admit(token, carried, path, use, reason);
@@ -133,15 +134,16 @@ TEST_F(BoxCatalogueTest, AdmitsWhatTheTokenTheMessageAndThePathAllow)
         {other, download("other"), read, "/srv/disk/a", "on no disk of box B1 that user other may use"},
     };
     for (const auto& each : cases)
-        EXPECT_THAT(admitted(catalogue, each.token, each.carried, each.path, each.use), HasSubstr(each.outcome))
+        EXPECT_THAT(admitted(catalogue, each.token, each.carried, each.path, each.use),
+                    HasSubstr(each.outcome))
             << each.path;
     for (const std::string& path : {std::string("/srv/disks"), std::string("/srv"), std::string("/"),
                                     std::string("/srv/elsewhere"), packages + "/app2"})
         EXPECT_THAT(admitted(catalogue, demo, download("demo"), path, read), HasSubstr("on no disk")) << path;
-    for (const std::string& path :
-         {std::string(""), std::string("srv/disk"), std::string("/srv/disk/../x"), std::string("/srv/disk/./x"),
-          std::string("/srv//disk"), std::string("/srv/disk/"), std::string("/srv/disk/x\xff"),
-          std::string("/srv/disk/x\0y", 13), "/srv/disk/" + std::string(5000, 'x')})
+    for (const std::string& path : {std::string(""), std::string("srv/disk"), std::string("/srv/disk/../x"),
+                                    std::string("/srv/disk/./x"), std::string("/srv//disk"),
+                                    std::string("/srv/disk/"), std::string("/srv/disk/x\xff"),
+                                    std::string("/srv/disk/x\0y", 13), "/srv/disk/" + std::string(5000, 'x')})
         EXPECT_THAT(admitted(catalogue, demo, download("demo"), path, read), HasSubstr("not a path")) << path;
 }
 
@@ -295,8 +297,8 @@ TEST_F(ServedBox, AndItsCentreSpeakTlsAlone)
                                   m_Data.below("here"), false, {}, &message, nullptr);
     };
     const auto askUser = [&](const std::string& rootCertificate) {
-        return ::ask(*channelTo(centre.address(), m_Data.token(), rootCertificate), "queryUserTableByUserName",
-                   "username: 'demo'");
+        return ::ask(*channelTo(centre.address(), m_Data.token(), rootCertificate),
+                     "queryUserTableByUserName", "username: 'demo'");
     };
     EXPECT_THAT(askUser(""), HasSubstr("failed: "));
     EXPECT_THAT(askUser(certificate.certificate()), HasSubstr("result: 0"));
@@ -314,8 +316,8 @@ TEST_F(ServedBox, AnUploadOutlivesAFileSizeLimitAndAKilledBox)
     kestaserver::UploadAuthMsg message;
     message.set_user_name("demo");
     const auto send = [&](const std::string& address) {
-        return bulkhaul::Upload(channelTo(address, m_Data.token()), root + "/large", m_Data.below("here"), false,
-                                {}, &message, nullptr);
+        return bulkhaul::Upload(channelTo(address, m_Data.token()), root + "/large", m_Data.below("here"),
+                                false, {}, &message, nullptr);
     };
     std::vector<std::string> command = serveBox({"--listen", "127.0.0.1:0"});
     command.insert(command.begin(), {"/bin/sh", "-c", "ulimit -f 4096; exec \"$@\"", "sh"}); // 2 MiB

@@ -2,12 +2,11 @@
 
 #include "centre/content/Version.h"
 #include "tests/centre/CentreSupport.h"
-#include "tests/support/Wildcard.h"
+#include "tests/support/Script.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <google/protobuf/stubs/strutil.h>
 
-#include <algorithm>
 #include <functional>
 #include <regex>
 
@@ -135,9 +134,8 @@ private:
     void search(std::string rest)
     {
         const std::regex bounds("bounds (\\S+) (\\S+) (\\S+) (\\S+)");
-        const std::string condition =
-            std::regex_replace(cut(rest, "->"), bounds,
-                               "use_bounds: true bound_a: $1 bound_b: $2 bound_c: $3 bound_d: $4");
+        const std::string condition = std::regex_replace(
+            cut(rest, "->"), bounds, "use_bounds: true bound_a: $1 bound_b: $2 bound_c: $3 bound_d: $4");
         EXPECT_EQ(idsIn(call("searchDataByTypeSat", "type_id: 1 " + condition)), cut(rest, "|"));
         EXPECT_EQ(idsIn(call("searchDataByTypeControlInfo", "type_id: 4 " + condition)), cut(rest, "|"));
         EXPECT_EQ(idsIn(call("searchDataType", "company_id: 1 " + condition)), rest);
@@ -210,36 +208,16 @@ private:
 
 TEST_P(Exchanges, AreAnsweredAsWritten)
 {
-    std::istringstream lines(readFile(LUMO_EXCHANGES "/" + GetParam() + ".txt"));
-    std::string statement;
-    int number = 0;
-    const auto finish = [&] {
-        SCOPED_TRACE(GetParam() + ".txt before line " + std::to_string(number) + ": " + statement);
-        if (!statement.empty())
-            play(statement);
-        statement.clear();
-    };
-    for (std::string line; ++number, std::getline(lines, line);) {
-        const bool goesOn = !line.empty() && line[0] == ' ';
-        if (!goesOn)
-            finish();
-        if (!line.empty() && line[0] != '#')
-            statement += goesOn ? line.substr(line.find_first_not_of(' ') - 1) : line;
+    for (const Statement& statement : statementsOf(LUMO_EXCHANGES "/" + GetParam() + ".txt", " ")) {
+        SCOPED_TRACE(statement.place);
+        std::string line;
+        for (const std::string& part : statement.lines)
+            line += part;
+        play(line);
     }
-    finish();
 }
 
-std::vector<std::string> names()
-{
-    std::vector<std::string> found;
-    for (const auto& entry : fs::directory_iterator(LUMO_EXCHANGES))
-        if (entry.path().extension() == ".txt")
-            found.push_back(entry.path().stem().string());
-    std::sort(found.begin(), found.end());
-    return found;
-}
-
-INSTANTIATE_TEST_SUITE_P(Of, Exchanges, testing::ValuesIn(names()),
+INSTANTIATE_TEST_SUITE_P(Of, Exchanges, testing::ValuesIn(scriptsIn(LUMO_EXCHANGES)),
                          [](const auto& one) { return one.param; });
 
 } // namespace

@@ -92,7 +92,8 @@ TEST_F(Records, ComeBackAsTheyWereLoaded)
             continue;
         const std::string query = "queryDataSrc" + kind.stem;
         const std::string owner = kind.hasType() ? "TypeID" : "DqConID";
-        const std::string byOwner = kind.hasType() ? "type_id: " + std::to_string(kind.number) : "dqcon_id: 1";
+        const std::string byOwner =
+            kind.hasType() ? "type_id: " + std::to_string(kind.number) : "dqcon_id: 1";
         const std::vector<Sample> samples = samplesOf(kind);
         const auto list = [&](std::initializer_list<std::size_t> chosen) {
             std::string text = "result: 0";
@@ -129,7 +130,8 @@ TEST_F(Records, AreReadFromLinesOfUtf8UpToALength)
 {
     const std::string longest(1 << 20, ' ');
     load(owners() + longest + "\n");
-    expectError(ExitCode::Failed, "file:1: the line is longer than 1048576 bytes", [&] { load(longest + " "); });
+    expectError(ExitCode::Failed, "file:1: the line is longer than 1048576 bytes",
+                [&] { load(longest + " "); });
     expectError(ExitCode::Failed, "not JSON", [&] { load("{\"kind\":\"sat\",\"text1\":\"\xff\"}"); });
 }
 
@@ -158,13 +160,14 @@ TEST_F(Records, OfASampleAreThereInPagesAndTheSameForASeed)
     expectError(ExitCode::Failed, "already", [&] { sample(m_Store, 1); });
 
     serve();
-    for (const auto& [query, owner] : {std::pair("queryDataSrcSatByTypeID", "type_id: 2"), // the first project's
-                                       {"queryDataSrcSatByProjectID", "project_id: 1"}}) {
+    for (const auto& [query, owner] :
+         {std::pair("queryDataSrcSatByTypeID", "type_id: 2"), // the first project's
+          {"queryDataSrcSatByProjectID", "project_id: 1"}}) {
         std::vector<int> ids;
         for (std::size_t before = 1; before != ids.size();) {
             before = ids.size();
-            std::istringstream page(
-                idsIn(ask(query, std::string(owner) + " page_size: 500 page_start: " + std::to_string(before))));
+            std::istringstream page(idsIn(
+                ask(query, std::string(owner) + " page_size: 500 page_start: " + std::to_string(before))));
             ids.insert(ids.end(), std::istream_iterator<int>(page), {});
         }
         EXPECT_GT(ids.size(), 1000u);

@@ -56,8 +56,8 @@ TEST_F(Serve, RefusesOptionsThatCannotBe)
                                           {"127.0.0.1", "HOST:PORT"},
                                           {"unix:/tmp/centre", "HOST:PORT"}})
         refuses(ExitCode::WrongUse, reason, [&, text = address](auto& options) { options.address = text; });
-    for (const auto& [fault, reason] : {std::pair("list=corrupt", "moves no data"),
-                                        {"read=result:1", "no result to fault"}})
+    for (const auto& [fault, reason] :
+         {std::pair("list=corrupt", "moves no data"), {"read=result:1", "no result to fault"}})
         refuses(ExitCode::WrongUse, reason, [&, text = fault](auto& options) {
             options.boxes = {{"B1", "127.0.0.1:0"}};
             options.faults = {text};
@@ -67,8 +67,9 @@ TEST_F(Serve, RefusesOptionsThatCannotBe)
     refuses(ExitCode::Failed, "no box B2", [](auto& options) { options.boxes = {{"B2", "127.0.0.1:0"}}; });
     for (const auto& [address, reason] :
          {std::pair("nowhere", "HOST:PORT"), {"0.0.0.0:0", "not 0.0.0.0"}, {"[::]:0", "not ::"}})
-        refuses(ExitCode::WrongUse, reason,
-                [&, text = address](auto& options) { options.boxes = {{"B1", text}}; });
+        refuses(ExitCode::WrongUse, reason, [&, text = address](auto& options) {
+            options.boxes = {{"B1", text}};
+        });
     EXPECT_EQ(m_Store.boxAddress("B1"), "127.0.0.1:1");
     for (const std::string& root : {m_Data.path(), m_Data.below(""), m_Data.below("none")}) {
         centre::ServeOptions options;

@@ -91,11 +91,13 @@ TEST_F(Store, BringsAnOlderDataFolderToItsTablesOrLeavesItAsItWas)
 
 TEST(Version, NumbersAreInTheirNaturalOrder)
 {
-    std::istringstream order("r1 r2 中 0.9 1-beta 1 1.2-rc1 1.2-rc2 1.2-rc10 1.2 1.2a 1.2b 1.2.x 1.2.1 1.9 1.10 2 2.0"
-                             " 2.0.1 10 2026.1 20260101000000000000000");
+    std::istringstream order(
+        "r1 r2 中 0.9 1-beta 1 1.2-rc1 1.2-rc2 1.2-rc10 1.2 1.2a 1.2b 1.2.x 1.2.1 1.9 1.10 2 2.0"
+        " 2.0.1 10 2026.1 20260101000000000000000");
     std::string before;
     for (std::string version; order >> version; before = version)
-        EXPECT_LT(before.empty() ? "" : centre::versionPlace(before), centre::versionPlace(version)) << version;
+        EXPECT_LT(before.empty() ? "" : centre::versionPlace(before), centre::versionPlace(version))
+            << version;
     EXPECT_EQ(centre::versionPlace("01.002"), centre::versionPlace("1.2"));
 }
 

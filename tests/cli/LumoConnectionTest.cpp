@@ -37,12 +37,12 @@ TEST(LumoConnection, ServerIsVerifiedAgainstTheAuthorityGiven)
     const Certificate certificate;
     const Certificate other;
     ASSERT_TRUE(certificate.made() && other.made());
-    clitest::CentreProcess centre;
+    CentreProcess centre;
     centre.serve({"--tls-cert", certificate.certificate(), "--tls-key", certificate.key()});
-    EXPECT_EQ(centre.lumo({"disks", "--tls-ca", certificate.certificate()}).exitCode, 0);
-    expectNoConnection(centre.lumo({"disks", "--tls-ca", other.certificate()}));
-    expectNoConnection(centre.lumo({"disks", "--tls"}));
-    expectNoConnection(centre.lumo({"disks"}));
+    centre.done("lumo disks --tls-ca " + certificate.certificate());
+    for (const std::string& security :
+         {"--tls-ca " + other.certificate(), std::string("--tls"), std::string()})
+        expectNoConnection(centre.shell("lumo disks " + security));
 }
 
 } // namespace

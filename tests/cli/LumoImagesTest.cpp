@@ -7,11 +7,7 @@
 
 namespace {
 
-using clitest::CentreProcess;
-using clitest::parsed;
-using clitest::shown;
 using nlohmann::json;
-using testing::HasSubstr;
 
 /// A kind with the number of its record's fields but `presence`, and what its record must have.
 struct Kind
@@ -101,10 +97,7 @@ protected:
     void SetUp() override
     {
         std::ostringstream lines;
-        lines
-            << R"({"kind":"project","projectID":3,"projectName":"north","text1":"北, \"方\"","datum":"WGS84"})"
-            << '\n';
-        lines << R"({"kind":"type","typeID":50,"projectID":3,"dataType":"其他"})" << '\n';
+        lines << R"({"kind":"project","projectID":3,"projectName":"north"})" << '\n';
         unsigned int typeID = 10;
         for (const Kind& one : kinds()) {
             if (one.typeName != nullptr) {
@@ -120,22 +113,20 @@ protected:
                 Sample sample =
                     sampleOf(one, id, 1, [id](int bit) { return id == 3 || (id == 2 && bit % 2 == 0); });
                 sample.loaded["kind"] = one.word;
-                if (one.typeName != nullptr) {
-                    sample.loaded.update({{"typeID", typeID},
-                                          {"date", "2024-07-0" + std::to_string(id)},
-                                          {"sensor", "S"},
-                                          {"west", 10},
-                                          {"south", 20},
-                                          {"east", 11},
-                                          {"north", 20 + id}});
-                }
+                if (one.typeName != nullptr)
+                    sample.loaded["typeID"] = typeID;
                 lines << sample.loaded.dump() << '\n';
                 m_Shown[one.word].push_back(sample.shown);
             }
         }
         writeFile(m_Centre.folder() / "lines", lines.str());
-        m_Centre.administrate("load", {m_Centre.folder() / "lines"});
+        m_Centre.done("lumo-centre load data lines");
         m_Centre.serve();
+    }
+
+    json parsed(const std::string& command) const
+    {
+        return json::parse(m_Centre.done(command + " --json"), nullptr, false);
     }
 
     CentreProcess m_Centre;
@@ -147,13 +138,15 @@ TEST_F(LumoImages, EveryRecordIsShownAsItWasLoaded)
     unsigned int typeID = 10;
     for (const Kind& one : kinds()) {
         EXPECT_EQ(one.names.size(), one.fields) << one.word;
-        const std::string type = std::to_string(one.typeName == nullptr ? 1 : ++typeID);
-        const char* const command = one.typeName == nullptr ? "points" : "images";
-        EXPECT_EQ(parsed(m_Centre.lumo({command, type, "--json"})), m_Shown[one.word]) << one.word;
-        EXPECT_EQ(parsed(m_Centre.lumo({"show", one.word, "2", "--json"})), m_Shown[one.word][1]) << one.word;
+        const std::string word = one.word;
+        EXPECT_EQ(
+            parsed(one.typeName == nullptr ? "lumo points 1" : "lumo images " + std::to_string(++typeID)),
+            m_Shown[word])
+            << word;
+        EXPECT_EQ(parsed("lumo show " + word + " 2"), m_Shown[word][1]) << word;
     }
-    EXPECT_THAT(shown(m_Centre.lumo({"show", "sat", "2"})),
-                HasSubstr("\nvalue1       -\nvalue2       12.5\n"));
+    EXPECT_THAT(m_Centre.done("lumo show sat 2"),
+                testing::HasSubstr("\nvalue1       -\nvalue2       12.5\n"));
 }
 
 } // namespace

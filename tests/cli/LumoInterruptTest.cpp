@@ -24,20 +24,20 @@ protected:
     {
         writeFile(disk / "readme", "old");
         writeFile(here / "big", content);
-        centre.import(disk, "地球");
+        centre.done("lumo-centre import data disk --disk 地球 --box B1");
     }
 
     /// Registers as many satellite images of type 1.
     std::vector<std::string> registering(int images)
     {
         centre.serve();
-        EXPECT_EQ(centre.shell("lumo register project projectName=north").output, "1\n");
-        EXPECT_EQ(centre.shell("lumo register type projectID=1 dataType=卫星影像").output, "1\n");
+        centre.done(
+            "lumo register project projectName=north; lumo register type projectID=1 dataType=卫星影像");
         std::string lines = "typeID,mainFileID\n";
         for (int i = 0; i < images; ++i)
             lines += "1,1\n";
         writeFile(centre.folder() / "scenes.csv", lines);
-        return {"register", "sat", "--from", centre.folder() / "scenes.csv", "--json"};
+        return {"lumo", "register", "sat", "--from", centre.folder() / "scenes.csv", "--json"};
     }
 
     /// More than the box takes at once, and in every chunk something else.
@@ -50,7 +50,7 @@ protected:
     }
 
     const std::string content = manyChunks();
-    clitest::CentreProcess centre;
+    CentreProcess centre;
     const fs::path disk = centre.folder() / "disk";
     const fs::path here = centre.folder() / "here";
 };
@@ -58,7 +58,7 @@ protected:
 TEST_F(LumoInterrupt, InterruptedRegistrationReportsWhatItDid)
 {
     // Of more batches than fit into a pipe that is not read.
-    Process lumo(centre.lumoCommand(registering(10000)));
+    Process lumo(centre.command(registering(10000)));
     std::string line = lumo.readLine();
     lumo.signal(SIGTERM);
     int registered = 0;
@@ -71,8 +71,7 @@ TEST_F(LumoInterrupt, InterruptedRegistrationReportsWhatItDid)
     EXPECT_EQ(last["event"], "interrupted");
     EXPECT_EQ(last["registered"], registered);
     EXPECT_LT(registered, 10000);
-    EXPECT_EQ(centre.shell("lumo images 1 --json | grep -c imageID").output,
-              std::to_string(registered) + "\n");
+    EXPECT_EQ(centre.done("lumo images 1 --json | grep -c imageID"), std::to_string(registered) + "\n");
 }
 
 // The thread sanitizer holds a signal back while the thread that got it waits in a library that is not
@@ -83,7 +82,7 @@ TEST_F(LumoInterrupt, SecondInterruptEndsARegistrationThatIsNotAnswered)
     std::vector<std::string> command = registering(501); // one more than a batch
     command.insert(command.end(), {"--timeout", "0"});
     centre.serve({"--fault", "saveFullDataByType@2=stall"});
-    Process lumo(centre.lumoCommand(command));
+    Process lumo(centre.command(command));
     std::string line;
     do {
         line = lumo.readLine();
@@ -97,7 +96,7 @@ TEST_F(LumoInterrupt, SecondInterruptEndsARegistrationThatIsNotAnswered)
 TEST_F(LumoInterrupt, InterruptLeavesWhatTheNextAttemptGoesOnWith)
 {
     writeFile(disk / "大", content);
-    centre.import(disk, "地球");
+    centre.done("lumo-centre import data disk --disk 地球 --box B1");
     const int changes = inotify_init();
     char events[4096];
     const struct
@@ -106,15 +105,15 @@ TEST_F(LumoInterrupt, InterruptLeavesWhatTheNextAttemptGoesOnWith)
         std::vector<std::string> arguments;
         int signal;
         fs::path target;
-    } kCases[] = {{"write@8=stall", {"put", here / "big", "/地球"}, SIGINT, disk / "big"},
-                  {"read@8=stall", {"get", "/地球/大", here}, SIGTERM, here / "大"}};
+    } kCases[] = {{"write@8=stall", {"lumo", "put", here / "big", "/地球"}, SIGINT, disk / "big"},
+                  {"read@8=stall", {"lumo", "get", "/地球/大", here}, SIGTERM, here / "大"}};
     for (const auto& one : kCases) {
         centre.serve({"--fault", one.fault});
         std::vector<std::string> arguments = one.arguments;
         arguments.push_back("--json");
         const fs::path folder = one.target.parent_path();
         ASSERT_GE(inotify_add_watch(changes, folder.c_str(), IN_MODIFY | IN_CREATE), 0);
-        Process lumo(centre.lumoCommand(arguments));
+        Process lumo(centre.command(arguments));
         EXPECT_THAT(lumo.readLine(), HasSubstr("\"begin\""));
         const auto partial = [&folder] {
             std::uintmax_t bytes = 0;
@@ -135,7 +134,7 @@ TEST_F(LumoInterrupt, InterruptLeavesWhatTheNextAttemptGoesOnWith)
         EXPECT_GE(partial(), content.size() / 4);
 
         centre.serve();
-        EXPECT_EQ(centre.lumo(one.arguments).exitCode, 0);
+        EXPECT_EQ(run(centre.command(one.arguments)).exitCode, 0);
         EXPECT_TRUE(readFile(one.target) == content) << one.fault;
         EXPECT_EQ(partial(), 0U);
         EXPECT_EQ(centre.stop(), 0);
@@ -152,7 +151,7 @@ TEST_F(LumoInterrupt, SignalEndsItWhenNobodyReadsItsErrors)
     while (write(full, pipe.data(), 1) == 1) {
     }
     std::vector<std::string> command = {"/bin/sh", "-c", "exec \"$@\" 2>" + pipe, "sh"};
-    for (const std::string& word : centre.lumoCommand({"put", here / "big", "/地球", "--json"}))
+    for (const std::string& word : centre.command({"lumo", "put", here / "big", "/地球", "--json"}))
         command.push_back(word);
     Process lumo(command);
     EXPECT_THAT(lumo.readLine(), HasSubstr("\"begin\""));

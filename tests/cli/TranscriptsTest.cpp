@@ -1,13 +1,10 @@
 // Plays the files of the folder transcripts/, whose form is explained in its file FORM.
 
 #include "tests/cli/CentreProcess.h"
-#include "tests/support/Wildcard.h"
+#include "tests/support/Script.h"
 
-#include <algorithm>
 #include <iterator>
 #include <sstream>
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -45,17 +42,20 @@ protected:
 private:
     void playCommand(const std::vector<std::string>& statement)
     {
+        std::string command = statement[0].substr(2);
         std::string output;
         std::string errors;
         int exitCode = 0;
         for (std::size_t i = 1; i < statement.size(); ++i)
-            if (statement[i][0] == '?')
+            if (statement[i][0] == '>')
+                command += "\n" + statement[i].substr(2);
+            else if (statement[i][0] == '?')
                 exitCode = std::stoi(statement[i].substr(2));
             else if (statement[i][0] == '!')
                 errors += lineOf(statement[i].substr(2));
             else
                 output += lineOf(statement[i].substr(1));
-        const Outcome outcome = m_Centre.shell(statement[0].substr(2));
+        const Outcome outcome = m_Centre.shell(command);
         EXPECT_EQ(outcome.exitCode, exitCode);
         EXPECT_THAT(outcome.output, Fits(output));
         EXPECT_THAT(outcome.errors, Fits(errors));
@@ -80,48 +80,18 @@ private:
         EXPECT_EQ(outcome.errors.find('\n'), outcome.errors.size() - 1) << outcome.errors;
     }
 
-    clitest::CentreProcess m_Centre;
+    CentreProcess m_Centre;
 };
 
 TEST_P(Transcripts, ComeOutAsWritten)
 {
-    std::istringstream lines(readFile(LUMO_TRANSCRIPTS "/" + GetParam() + ".txt"));
-    std::vector<std::string> statement;
-    int begin = 0;
-    int number = 0;
-    const auto finish = [&] {
-        SCOPED_TRACE(GetParam() + ".txt:" + std::to_string(begin) + ": " +
-                     (statement.empty() ? "" : statement[0]));
-        if (!statement.empty())
-            play(statement);
-        statement.clear();
-        begin = number;
-    };
-    for (std::string line; ++number, std::getline(lines, line);) {
-        if (!statement.empty() && line.find_first_of(" !?") == 0) {
-            statement.push_back(line);
-        } else if (!statement.empty() && starts(line, "> ")) {
-            statement[0] += "\n" + line.substr(2);
-        } else {
-            finish();
-            if (!line.empty() && line[0] != '#')
-                statement = {line};
-        }
+    for (const Statement& statement : statementsOf(LUMO_TRANSCRIPTS "/" + GetParam() + ".txt", " !?>")) {
+        SCOPED_TRACE(statement.place);
+        play(statement.lines);
     }
-    finish();
 }
 
-std::vector<std::string> names()
-{
-    std::vector<std::string> found;
-    for (const auto& entry : fs::directory_iterator(LUMO_TRANSCRIPTS))
-        if (entry.path().extension() == ".txt")
-            found.push_back(entry.path().stem().string());
-    std::sort(found.begin(), found.end());
-    return found;
-}
-
-INSTANTIATE_TEST_SUITE_P(Of, Transcripts, testing::ValuesIn(names()),
+INSTANTIATE_TEST_SUITE_P(Of, Transcripts, testing::ValuesIn(scriptsIn(LUMO_TRANSCRIPTS)),
                          [](const auto& one) { return one.param; });
 
 } // namespace
