@@ -72,12 +72,11 @@ std::vector<Sample> samplesOf(const RecordKind& kind)
 
 class Records : public CentreTest
 {
-protected:
-    Records() { m_Store.addMadeUpFiles(m_Store.addDisk("disk", "/srv", "LUMO"), 1); }
 };
 
 TEST_F(Records, ComeBackAsTheyWereLoaded)
 {
+    m_Store.addMadeUpFiles(m_Store.addDisk("disk", "/srv", "LUMO"), 1);
     std::string lines = owners();
     for (const RecordKind& kind : centre::recordKinds())
         if (kind.hasType() || kind.name == "point")
