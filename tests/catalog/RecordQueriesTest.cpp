@@ -7,89 +7,52 @@ using Images = QList<tagImageData>;
 
 /// The queries of a kind of image: by identifier, by type in two sorts of lists, by project, by project and
 /// mark.
-#define TEST_IMAGE_KIND(Record, stem, list, number, one, byType, byProject, byMark)                          \
-    method<Record>(#one, Verdict::judged, stem "ById {record_id: -2}", "bean { image_id: -3 }",              \
-                   "ok 4294967293", [](auto& m, auto& record) { return m.one(0xFFFFFFFE, record); }),        \
-        method<QList<Record>>(#byType, Verdict::pages, stem "ByTypeID {type_id: 3 $}",                       \
-                              list " { image_id: $ }", "",                                                   \
-                              [](auto& m, auto& records) { return m.byType(3, records); }),                  \
-        method<Images>(#byType, Verdict::pages, stem "ByTypeID {type_id: 3 $}", list " { image_id: $ }",     \
-                       number "#", [](auto& m, auto& records) { return m.byType(3, records); }),             \
-        method<QList<Record>>(#byProject, Verdict::pages, stem "ByProjectID {project_id: 3 $}",              \
-                              list " { image_id: $ }", "",                                                   \
-                              [](auto& m, auto& records) { return m.byProject(3, records); }),               \
-        method<QList<Record>>(#byMark, Verdict::judgedOrEmpty,                                               \
-                              stem "ByProjectIDAndCommID {project_id: 3 comm_id: 4}",                        \
-                              list " { image_id: 1 } " list " { image_id: 2 }", "ok kept 1 2",               \
-                              [](auto& m, auto& records) { return m.byMark(3, 4, records); })
+#define TEST_IMAGE_KIND(Record, one, byType, byProject, byMark)                                              \
+    {#one, on<Record>([](auto& m, auto& record) { return m.one(0xFFFFFFFE, record); })},                     \
+        {#byType, on<QList<Record>>([](auto& m, auto& list) { return m.byType(3, list); })},                 \
+        {#byType "(images)", on<Images>([](auto& m, auto& list) { return m.byType(3, list); })},             \
+        {#byProject, on<QList<Record>>([](auto& m, auto& list) { return m.byProject(3, list); })},           \
+    {                                                                                                        \
+#byMark, on < QList < Record>>([](auto& m, auto& list) { return m.byMark(3, 4, list); })             \
+    }
 
 const QString kName = QString::fromUtf8("北");
-#define TEST_NORTH "\"\\345\\214\\227\"" // as a request has it
 
-const std::vector<Method>& methods()
+Calls calls()
 {
-    static const std::vector<Method> all = {
-        TEST_IMAGE_KIND(tagKFImageTable, "queryDataSrcPhoto", "datasrcphotos", "5", getKFImage,
-                        getKFImageByTypeID, getKFImageByDataID, getKFImageByDataAndMark),
-        TEST_IMAGE_KIND(tagSatTable, "queryDataSrcSat", "datasrcsats", "6", getSatImage, getSatImageByTypeID,
-                        getSatImageByDataID, getSatByDataAndMark),
-        TEST_IMAGE_KIND(tagAdsTable, "queryDataSrcAds", "datasrcadss", "7", getAdsImage, getAdsImageByTypeID,
-                        getAdsImageByDataID, getAdsByDataAndMark),
-        TEST_IMAGE_KIND(tagDemTable, "queryDataSrcDem", "datasrcdems", "10", getDem, getDemByTypeID,
-                        getDemByDataID, getDemByDataAndMark),
-        TEST_IMAGE_KIND(tagDsmTable, "queryDataSrcDsm", "datasrcdsms", "11", getDsm, getDsmByTypeID,
-                        getDsmByDataID, getDsmByDataAndMark),
-        TEST_IMAGE_KIND(tagDomTable, "queryDataSrcDom", "datasrcdoms", "12", getDom, getDomByTypeID,
-                        getDomByDataID, getDomByDataAndMark),
-        TEST_IMAGE_KIND(tagDlgTable, "queryDataSrcDlg", "datasrcdlgs", "13", getDlg, getDlgByTypeID,
-                        getDlgByDataID, getDlgByDataAndMark),
-        method<tagCtrlFileTable>("getCtrlFile", Verdict::judged,
-                                 "queryDataSrcControlByDqConID {dqcon_id: -2}", "bean { dq_con_id: -3 }",
-                                 "ok 4294967293",
-                                 [](auto& m, auto& file) { return m.getCtrlFile(0xFFFFFFFE, file); }),
-        method<QList<tagCtrlFileTable>>("getCtrlFileByTypeID", Verdict::pages,
-                                        "queryDataSrcControlByTypeID {type_id: 3 $}",
-                                        "datasrccontrols { dq_con_id: $ }", "",
-                                        [](auto& m, auto& files) { return m.getCtrlFileByTypeID(3, files); }),
-        method<QList<tagCtrlFileTable>>("getCtrlFileByDataID", Verdict::pages,
-                                        "queryDataSrcControlByProjectID {project_id: 3 $}",
-                                        "datasrccontrols { dq_con_id: $ }", "",
-                                        [](auto& m, auto& files) { return m.getCtrlFileByDataID(3, files); }),
-        method<tagCtrlPointTable>("getCtrlPoint", Verdict::judged,
-                                  "queryDataSrcControlInfoById {record_id: 3}", "bean { point_id: 5 }",
-                                  "ok 5", [](auto& m, auto& point) { return m.getCtrlPoint(3, point); }),
-        method<QList<tagCtrlPointTable>>("getCtrlPoint", Verdict::pages,
-                                         "queryDataSrcControlInfoByDqConID {$ dqcon_id: 3}",
-                                         "datasrccontrolinfos { point_id: $ }", "",
-                                         [](auto& m, auto& points) { return m.getCtrlPoint(3, points); }),
-        method<tagDataTable>("getData", Verdict::judged, "queryDataSrcByProjectID {project_id: -2}",
-                             "bean { project_id: 5 }", "ok 5",
-                             [](auto& m, auto& data) { return m.getData(0xFFFFFFFE, data); }),
-        method<tagDataTable>("getData", Verdict::judged,
-                             "queryDataSrcByProjectName {proname: " TEST_NORTH " company_id: 7}", "",
-                             "ok none", [](auto& m, auto& data) { return m.getData(kName, data); }),
-        method<QList<tagDataTable>>("getData", Verdict::pages, "queryDataSrc {$ company_id: 7}",
-                                    "datasrcs { project_id: $ }", "",
-                                    [](auto& m, auto& data) { return m.getData(data); }),
-        method<Images>("getData", Verdict::pages, "queryDataSrc {$ company_id: 7}",
-                       "datasrcs { project_id: $ }", "3#",
-                       [](auto& m, auto& data) { return m.getData(data); }),
-        method<tagTypeTable>("getDataType", Verdict::judged, "queryDataSrcTypeByTypeId {type_id: 3}",
-                             "bean { type_id: 5 }", "ok 5",
-                             [](auto& m, auto& type) { return m.getDataType(3, type); }),
-        method<tagTypeTable>("getDataType", Verdict::judged,
-                             "queryDataSrcTypeByTypeAndproId {project_id: 3 data_type: " TEST_NORTH "}",
-                             "bean { type_id: 5 }", "ok 5",
-                             [](auto& m, auto& type) { return m.getDataType(3, kName, type); }),
-        method<QList<tagTypeTable>>("getDataTypeByDataID", Verdict::judged,
-                                    "queryDataSrcTypeByProjectID {project_id: 3}",
-                                    "datasrctypes { type_id: 1 } datasrctypes {}", "ok kept 1 none",
-                                    [](auto& m, auto& types) { return m.getDataTypeByDataID(3, types); }),
-        method<Images>("getDataTypeByDataID", Verdict::judged, "queryDataSrcTypeByProjectID {project_id: 3}",
-                       "datasrctypes { type_id: 1 } datasrctypes {}", "ok kept 4#1 4#none",
-                       [](auto& m, auto& types) { return m.getDataTypeByDataID(3, types); }),
+    return {
+        TEST_IMAGE_KIND(tagKFImageTable, getKFImage, getKFImageByTypeID, getKFImageByDataID,
+                        getKFImageByDataAndMark),
+        TEST_IMAGE_KIND(tagSatTable, getSatImage, getSatImageByTypeID, getSatImageByDataID,
+                        getSatByDataAndMark),
+        TEST_IMAGE_KIND(tagAdsTable, getAdsImage, getAdsImageByTypeID, getAdsImageByDataID,
+                        getAdsByDataAndMark),
+        TEST_IMAGE_KIND(tagDemTable, getDem, getDemByTypeID, getDemByDataID, getDemByDataAndMark),
+        TEST_IMAGE_KIND(tagDsmTable, getDsm, getDsmByTypeID, getDsmByDataID, getDsmByDataAndMark),
+        TEST_IMAGE_KIND(tagDomTable, getDom, getDomByTypeID, getDomByDataID, getDomByDataAndMark),
+        TEST_IMAGE_KIND(tagDlgTable, getDlg, getDlgByTypeID, getDlgByDataID, getDlgByDataAndMark),
+        {"getCtrlFile",
+         on<tagCtrlFileTable>([](auto& m, auto& file) { return m.getCtrlFile(0xFFFFFFFE, file); })},
+        {"getCtrlFileByTypeID",
+         on<QList<tagCtrlFileTable>>([](auto& m, auto& files) { return m.getCtrlFileByTypeID(3, files); })},
+        {"getCtrlFileByDataID",
+         on<QList<tagCtrlFileTable>>([](auto& m, auto& files) { return m.getCtrlFileByDataID(3, files); })},
+        {"getCtrlPoint(id)",
+         on<tagCtrlPointTable>([](auto& m, auto& point) { return m.getCtrlPoint(3, point); })},
+        {"getCtrlPoint(points)",
+         on<QList<tagCtrlPointTable>>([](auto& m, auto& points) { return m.getCtrlPoint(3, points); })},
+        {"getData(id)", on<tagDataTable>([](auto& m, auto& data) { return m.getData(0xFFFFFFFE, data); })},
+        {"getData(name)", on<tagDataTable>([](auto& m, auto& data) { return m.getData(kName, data); })},
+        {"getData(data)", on<QList<tagDataTable>>([](auto& m, auto& data) { return m.getData(data); })},
+        {"getData(images)", on<Images>([](auto& m, auto& data) { return m.getData(data); })},
+        {"getDataType(id)", on<tagTypeTable>([](auto& m, auto& type) { return m.getDataType(3, type); })},
+        {"getDataType(name)",
+         on<tagTypeTable>([](auto& m, auto& type) { return m.getDataType(3, kName, type); })},
+        {"getDataTypeByDataID(types)",
+         on<QList<tagTypeTable>>([](auto& m, auto& types) { return m.getDataTypeByDataID(3, types); })},
+        {"getDataTypeByDataID(images)",
+         on<Images>([](auto& m, auto& types) { return m.getDataTypeByDataID(3, types); })},
     };
-    return all;
 }
 
 /// A condition with a value of its own in each field, for the project and type of these names.
@@ -111,7 +74,7 @@ tagQueryCondition conditionOf(const char* project, const char* type, bool bounde
 }
 
 /// What a request has of it after the two names, up to the last date.
-const char kRestOfCondition[] = " sentype: \"\\345\\205\\250\" start_date: \"some day\" end_date: ";
+const char kRestOfCondition[] = " sentype: \"全\" start_date: \"some day\" end_date: ";
 const char kBounds[] = " bound_a: 1 bound_b: -2.5 bound_c: 3 bound_d: 4 use_bounds: ";
 
 const struct
@@ -164,7 +127,7 @@ class RecordQueries : public MethodTable
 
 TEST_F(RecordQueries, AskAndJudgeAsTheirTableSays)
 {
-    run(methods());
+    run(methodsIn(TEST_FOLDER "/methods.txt", calls()));
 }
 
 TEST_F(RecordQueries, ASearchForTypesSendsTheConditionAsItIs)
@@ -172,7 +135,7 @@ TEST_F(RecordQueries, ASearchForTypesSendsTheConditionAsItIs)
     for (const bool bounded : {false, true})
         run({method<QList<tagTypeTable>>(
             "searchDataType", Verdict::judged,
-            std::string("searchDataType {proname: " TEST_NORTH " data_type: \"Dem\"") + kRestOfCondition +
+            std::string("searchDataType {proname: \"北\" data_type: \"Dem\"") + kRestOfCondition +
                 (bounded ? "\"2024\"" : "\"\"") + kBounds + (bounded ? "true" : "false") + " company_id: 7}",
             "datasrctypes { type_id: 1 } datasrctypes { type_id: 2 }", "ok kept 1 2",
             [=](auto& m, auto& types) {
@@ -192,8 +155,8 @@ TEST_F(RecordQueries, TheNameOfATypeDecidesWhatASearchAsksFor)
         const std::string kind = std::to_string(one.recordKind) + "#", list = one.list;
         run({searchFor(typeOf(one.name), condition,
                        std::string("searchDataByType") + one.searched +
-                           " {type_id: 3 proname: " TEST_NORTH " data_type: \"\"" + kRestOfCondition +
-                           "\"\"" + kBounds + "false}",
+                           " {type_id: 3 proname: \"北\" data_type: \"\"" + kRestOfCondition + "\"\"" +
+                           kBounds + "false}",
                        list + ": 1 } " + list + ": 2 }", "ok kept " + kind + "1 " + kind + "2")});
     }
 }
@@ -211,7 +174,7 @@ TEST_F(RecordQueries, TheNameOfATypeDecidesWhatItsImagesAre)
             continue;
         }
         m_Log.clear();
-        EXPECT_EQ(method<Images>("", Verdict::judged, "", "", "", query).run(m_Manager), "failed kept");
+        EXPECT_EQ(method<Images>("", Verdict::judged, "", "", "", query).call.run(m_Manager), "failed kept");
         EXPECT_EQ(m_Log.lines(), Lines{managerLine("Image Type Error", "getImageByType")});
     }
 }
@@ -238,7 +201,7 @@ TEST_F(RecordQueries, ASearchOfAnotherTypeThanTheConditionsAsksNothing)
             continue;
         }
         m_Channel.answer("result: 0");
-        EXPECT_EQ(search.run(m_Manager), "ok kept");
+        EXPECT_EQ(search.call.run(m_Manager), "ok kept");
         EXPECT_NE(m_Channel.calls().back().find(std::string("data_type: \"") + one.type + '"'),
                   std::string::npos);
     }

@@ -35,8 +35,8 @@ TEST_F(StartUp, StoresWhatItIsGivenAndLooksUpCompanyAndUser)
         m_Log.clear();
         components().calls.clear();
         EXPECT_EQ(manager.initDataMgr(&ledger, &forge, "t", "\xd3\xb0", "\xd3\xb0", timeout), INIT_SUCCESS);
-        EXPECT_EQ(ledger.calls(), (Lines{"queryCompanyTableByCompanyNo {companyno: \"\\345\\275\\261\"}",
-                                         "queryUserTableByUserName {username: \"\\345\\275\\261\"}"}));
+        EXPECT_EQ(ledger.calls(), (Lines{"queryCompanyTableByCompanyNo {companyno: \"影\"}",
+                                         "queryUserTableByUserName {username: \"影\"}"}));
         EXPECT_EQ(ledger.timeouts(), (std::vector<long long>{timeout, timeout}));
         EXPECT_EQ(manager.companyID(), 7u);
         EXPECT_EQ(manager.roleName(), QString::fromUtf8("影"));

@@ -12,7 +12,7 @@ Method scene(const std::string& name, const std::string& operation, bool bare, R
 {
     return method<QString, QStringList, QStringList>(
         name, Verdict::confirmed, operation + " {image_id: 4294967294}", bare ? "" : kScene,
-        bare ? "ok  kept kept" : "ok 北 kept a b kept c", run);
+        bare ? "ok '' kept kept" : "ok 北 kept a b kept c", run);
 }
 
 class SceneMetadata : public MethodTable
@@ -32,7 +32,7 @@ TEST_F(SceneMetadata, IsTakenOnSuccessOnly)
                    [](auto& m, auto&... outs) { return m.getAlosFromSummary(4294967294u, outs...); }),
              method<QString, QString, QString, QString, QString, QString>(
                  "getAdsFromSup", Verdict::confirmed, "AdsFromSup {image_id: 4294967294}", bare ? "" : kScan,
-                 bare ? "ok      " : "ok 北 2 3 4 5 6",
+                 bare ? "ok '' '' '' '' '' ''" : "ok 北 2 3 4 5 6",
                  [](auto& m, auto&... outs) { return m.getAdsFromSup(4294967294u, outs...); })});
     }
 }

@@ -39,7 +39,7 @@ public:
         EXPECT_EQ(done, nullptr);
         wirecall::RpcController& call = *static_cast<wirecall::RpcController*>(controller);
         EXPECT_FALSE(call.IsRequestSent()) << "a controller is reset between calls";
-        m_Calls.push_back(method->name() + " {" + request->ShortDebugString() + "}");
+        m_Calls.push_back(textOf(*method, *request));
         m_Timeouts.push_back(call.timeout());
         if (m_Answers.empty())
             throw std::logic_error("unexpected call: " + m_Calls.back());
@@ -47,6 +47,18 @@ public:
         m_Answers.pop_front();
         response->Clear();
         play(next, call, *response);
+    }
+
+    /// "operation {request in one line}", in UTF-8.
+    static std::string textOf(const google::protobuf::MethodDescriptor& method,
+                              const google::protobuf::Message& request)
+    {
+        google::protobuf::TextFormat::Printer printer;
+        printer.SetSingleLineMode(true);
+        printer.SetUseUtf8StringEscaping(true);
+        std::string text;
+        printer.PrintToString(request, &text);
+        return method.name() + " {" + text.substr(0, text.find_last_not_of(' ') + 1) + "}";
     }
 
     /// Ends a call with such an answer.

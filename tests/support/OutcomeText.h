@@ -2,6 +2,7 @@
 #define LUMO_TESTS_SUPPORT_OUTCOMETEXT_H
 
 #include "lumo/core/LumoDataMgr.h"
+#include "lumo/core/TextEncoding.h"
 
 #include <algorithm>
 #include <cstring>
@@ -62,7 +63,7 @@ inline std::string text(unsigned int key)
 
 inline std::string text(const QString& value)
 {
-    return value.toStdString();
+    return value.isEmpty() ? "''" : value.toStdString();
 }
 
 template <class Record>
@@ -73,7 +74,7 @@ text(const Record& record)
     if (std::all_of(bytes, bytes + sizeof record, [](char byte) { return byte == kMark; }))
         return "kept";
     if constexpr (std::is_same_v<Record, tagCommentInfo>)
-        return text(record.id) + record.content + "," + record.state;
+        return convertToUtf8(text(record.id) + record.content + "," + record.state);
     else if constexpr (std::is_same_v<Record, tagCtrlPointTable>)
         return text(record.pointID) + (record.ctrlFile ? " with a file" : "");
     else if constexpr (std::is_same_v<Record, tagImageData>)
@@ -86,7 +87,8 @@ text(const Record& record)
 
 inline std::string text(const tagVersionInfo& info)
 {
-    return info.text1 + "," + info.text2 + "," + info.text3 + "," + info.text4 + "," + info.text5;
+    return convertToUtf8(info.text1 + "," + info.text2 + "," + info.text3 + "," + info.text4 + "," +
+                         info.text5);
 }
 
 template <class Element>

@@ -86,7 +86,7 @@ TEST_F(TransferControl, AsksAndTellsOnTheChannelOfTheHost)
         m_Manager.TransferProgress(m_Channel, "t", -1, 2, 3);
         EXPECT_EQ(
             m_Channel->calls(),
-            (Lines{"CheckTransfer {task_id: \"t\" serv_path: \"\\344\\270\\200\" check_a: -1 check_b: 2 "
+            (Lines{"CheckTransfer {task_id: \"t\" serv_path: \"一\" check_a: -1 check_b: 2 "
                    "dir_path: \"d\" dir_path: \"e\" file_path: \"f\" trans_msg: \"\\000x\"}",
                    "TransferProgress {task_id: \"t\" progress_a: -1 progress_b: 2 progress_c: 3}"}));
         Lines lines;
