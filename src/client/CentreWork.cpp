@@ -22,7 +22,12 @@ LaterAnswer await(const char* method, unsigned int timeout, Start start)
 {
     if (!Log::instance().expect(method))
         throw Error(Error::Kind::Busy, "an earlier analysis or copy has no answer yet");
-    start();
+    try {
+        start();
+    } catch (...) {
+        Log::instance().expectNothing();
+        throw;
+    }
     return Log::instance().await(timeout);
 }
 

@@ -179,6 +179,12 @@ bool Log::expect(const std::string& method)
     return true;
 }
 
+void Log::expectNothing()
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    m_Expected.clear();
+}
+
 LaterAnswer Log::await(unsigned int timeout)
 {
     std::unique_lock<std::mutex> lock(m_Mutex);

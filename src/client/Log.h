@@ -66,6 +66,8 @@ public:
     /// From now on listens for the end of one call whose lines in the log have this method's name. False when
     /// an earlier such call has not ended.
     bool expect(const std::string& method);
+    /// The call was not made.
+    void expectNothing();
     /// Waits for that end up to so many milliseconds; 0 for no limit.
     LaterAnswer await(unsigned int timeout);
 

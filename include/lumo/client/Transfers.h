@@ -47,9 +47,10 @@ public:
         std::optional<Outcome> outcome; ///< of the last call
     };
 
-    /// Hears of the start (0 percent, before anything is touched), of each change and of the end, on a thread
-    /// of the library, never two at once for a transfer. It must be short, must not throw and must not wait
-    /// for the thread that destroys the object or closes the session, nor for the transfer's own end.
+    /// Hears of the start (0 percent, before anything is touched), of each change and of the end, never two
+    /// at once for a transfer, on a thread of the library; the end of a very short transfer may come on the
+    /// thread that starts it, before that returns. It must be short, must not throw and must not wait for the
+    /// thread that destroys the object or closes the session, nor for the transfer's own end.
     using Observer = std::function<void(const Progress&)>;
 
     explicit Transfer(std::shared_ptr<internal::TransferState> state);
