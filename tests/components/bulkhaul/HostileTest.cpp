@@ -6,6 +6,8 @@
 
 #include <google/protobuf/text_format.h>
 
+#include <sstream>
+
 using namespace bulkhaul;
 
 TEST_F(TransferTest, NothingIsWrittenThroughALinkThatIsPlantedInTheTarget)
@@ -42,8 +44,8 @@ namespace {
 class ScriptedBox : public google::protobuf::Service
 {
 public:
-    /// "OPERATION RESPONSE" each.
-    void script(const std::vector<std::string>& answers)
+    /// Lines of "OPERATION RESPONSE".
+    void script(const std::string& answers)
     {
         const std::lock_guard<std::mutex> lock(m_Mutex);
         m_Answers = answers;
@@ -55,7 +57,8 @@ public:
     {
         {
             const std::lock_guard<std::mutex> lock(m_Mutex);
-            for (const std::string& answer : m_Answers)
+            std::istringstream answers(m_Answers);
+            for (std::string answer; std::getline(answers, answer);)
                 if (answer.rfind(method->name() + " ", 0) == 0) {
                     EXPECT_TRUE(google::protobuf::TextFormat::ParseFromString(
                         answer.substr(method->name().size()), response));
@@ -86,7 +89,7 @@ private:
     }
 
     std::mutex m_Mutex;
-    std::vector<std::string> m_Answers;
+    std::string m_Answers;
 };
 
 } // namespace
@@ -100,42 +103,37 @@ TEST_F(TransferTest, HostileAnswersOfABoxEndTheTransferBeforeAnythingIsWritten)
         for (const std::string folder : {"false", "true"}) {
             if (name.empty() && folder == "true")
                 continue; // the target itself
-            scripted.script({"read status: DONE folder: true",
-                             "list status: DONE entries { below: '" + name + "' folder: " + folder + " }"});
+            scripted.script("read status: DONE folder: true\nlist status: DONE entries { below: '" + name +
+                            "' folder: " + folder + " }");
             EXPECT_EQ(move(Way::Down, testBox, "tree"), kUnsafeName) << name;
             EXPECT_TRUE(fs::is_empty(here() / "tree")) << name;
         }
     fs::remove(here() / "tree");
     writeFile(here() / "up/file", "");
-    struct Row
+    const std::string folder = "read status: DONE folder: true\n";
+    const struct
     {
         Way way;
         const char* name;
         int code;
-        std::vector<std::string> script;
+        std::string script;
+    } rows[] = {
+        {Way::Down, "x", kNotUnderstood, "read folder: true"},
+        {Way::Down, "x", kNotUnderstood, folder + "list status: DONE more: true"},
+        {Way::Down, "x", kNotUnderstood,
+         folder + "list status: DONE more: true entries { below: 'a' folder: true }"},
+        {Way::Down, "x", kNotUnderstood, "read status: DONE size: 1152921504606846976 data: 'x'"},
+        {Way::Down, "x", kCorrupted, "read status: DONE size: 2 data: 'x' digest: 'y'"},
+        {Way::Down, "x", kNotFound, "read status: NOT_FOUND reason: 'no\\nsuch'"},
+        {Way::Down, "x", kNotUnderstood,
+         folder + "list status: DONE entries { below: 'b' }\nfetch status: DONE"},
+        {Way::Up, "up", kNotUnderstood, "store wanted: 0"},
+        {Way::Up, "up", kNotUnderstood, "store status: DONE existed: true wanted: 0"},
+        {Way::Up, "up", kNotUnderstood, "store status: DONE existed: true wanted: 5"},
     };
-    const std::string folder = "read status: DONE folder: true";
-    const Row rows[] = {
-        {Way::Down, "x", kNotUnderstood, {"read folder: true"}},
-        {Way::Down, "x", kNotUnderstood, {folder, "list status: DONE more: true"}},
-        {Way::Down,
-         "x",
-         kNotUnderstood,
-         {folder, "list status: DONE more: true entries { below: 'a' folder: true }"}},
-        {Way::Down, "x", kNotUnderstood, {"read status: DONE size: 1152921504606846976 data: 'x'"}},
-        {Way::Down, "x", kCorrupted, {"read status: DONE size: 2 data: 'x' digest: 'y'"}},
-        {Way::Down, "x", kNotFound, {"read status: NOT_FOUND reason: 'no\\nsuch'"}},
-        {Way::Down,
-         "x",
-         kNotUnderstood,
-         {folder, "list status: DONE entries { below: 'b' }", "fetch status: DONE"}},
-        {Way::Up, "up", kNotUnderstood, {"store wanted: 0"}},
-        {Way::Up, "up", kNotUnderstood, {"store status: DONE existed: true wanted: 0"}},
-        {Way::Up, "up", kNotUnderstood, {"store status: DONE existed: true wanted: 5"}},
-    };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         scripted.script(row.script);
-        EXPECT_EQ(move(row.way, testBox, row.name), row.code) << row.script.back();
+        EXPECT_EQ(move(row.way, testBox, row.name), row.code) << row.script;
         EXPECT_FALSE(fs::is_regular_file(here() / "x"));
     }
 }
