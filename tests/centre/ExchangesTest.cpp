@@ -8,6 +8,8 @@
 #include <google/protobuf/stubs/strutil.h>
 
 #include <functional>
+#include <iterator>
+#include <map>
 #include <regex>
 
 namespace fs = std::filesystem;
