@@ -155,7 +155,7 @@ Entry Catalogue::find(const Place& place) const
     if (place.kind() != Place::Kind::Path)
         return findIdentifier(call, place);
     if (place.isRoot())
-        internal::refuse("'/' stands for all disks: name a disk, a folder or a file");
+        internal::refuse("'/' means all disks: name a disk, a folder or a file");
     const auto disk = diskNamed(call, place.names()[0]);
     if (!disk)
         notFound("there is no disk '" + place.names()[0] + "'");

@@ -65,7 +65,7 @@ tagQueryCondition conditionOf(const Images::Search& search)
     return condition;
 }
 
-/// What the manager needs of a type. It tells the kind from the name in GBK, whatever the code page of
+/// What the manager needs of a type. It derives the kind from the name in GBK, whatever the code page of
 /// records.
 tagTypeTable sourceOf(const Record& type, const char* name)
 {
@@ -79,10 +79,10 @@ tagTypeTable sourceOf(const Record& type, const char* name)
 
 void keepMarked(std::vector<Record>& hits, const std::vector<Record>& marked)
 {
-    std::set<RecordId> bearing;
+    std::set<RecordId> withMark;
     for (const Record& record : marked)
-        bearing.insert(record.id());
-    const auto unmarked = [&bearing](const Record& hit) { return bearing.count(hit.id()) == 0; };
+        withMark.insert(record.id());
+    const auto unmarked = [&withMark](const Record& hit) { return withMark.count(hit.id()) == 0; };
     hits.erase(std::remove_if(hits.begin(), hits.end(), unmarked), hits.end());
 }
 

@@ -9,9 +9,8 @@
 
 namespace lumo::internal {
 
-/// A record in which a text that does not fit leaves its mark. Such a text leaves its field as it was; one
-/// that fits always ends in NUL. So a last byte that was not NUL before the call tells the one from the
-/// other.
+/// A record in which a text that does not fit can be recognised. Such a text leaves its field as it was, and
+/// one that fits always ends in NUL; so the last byte of each field is not NUL before the call.
 template <class Record>
 Record markedRecord()
 {

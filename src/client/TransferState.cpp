@@ -61,7 +61,7 @@ void TransferState::begin(const std::string& task)
         m_Progress.task = task;
         progress = m_Progress;
     }
-    tell(progress);
+    notify(progress);
 }
 
 void TransferState::advance(int percent)
@@ -72,14 +72,14 @@ void TransferState::advance(int percent)
         m_Progress.percent = percent;
         progress = m_Progress;
     }
-    tell(progress);
+    notify(progress);
 }
 
 void TransferState::end(const Transfer::Outcome& outcome)
 {
     Transfer::Progress progress = this->progress();
     progress.outcome = outcome;
-    tell(progress);
+    notify(progress);
     const std::lock_guard<std::mutex> lock(m_Mutex);
     m_Progress.outcome = outcome;
     m_Ended.notify_all();
@@ -111,7 +111,7 @@ void TransferState::detach()
     m_Observer = nullptr;
 }
 
-void TransferState::tell(const Transfer::Progress& progress)
+void TransferState::notify(const Transfer::Progress& progress)
 {
     const std::lock_guard<std::recursive_mutex> lock(m_Calling);
     // The copy lives on when the observer detaches itself.

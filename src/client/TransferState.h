@@ -26,7 +26,7 @@ public:
     void detach();
 
 private:
-    void tell(const Transfer::Progress& progress);
+    void notify(const Transfer::Progress& progress);
 
     mutable std::mutex m_Mutex;
     mutable std::condition_variable m_Ended;

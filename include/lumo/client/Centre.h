@@ -65,8 +65,8 @@ public:
     /// Has images analysed, and waits for up to `timeout` milliseconds (0: no limit) for the verdicts, in the
     /// order of the files. `sensor` may be empty; with `note` what was found goes into the records of the
     /// files. The verdict of a failed call or a late answer is a failure with its reason. Throws Error (Busy)
-    /// while an earlier analysis or copy of this process has no answer: only in their order can answers be
-    /// told apart.
+    /// while an earlier analysis or copy of this process has no answer: answers can be
+    /// distinguished by their order only.
     std::vector<Verdict> analyze(const std::vector<Entry>& files, const std::string& sensor, bool note,
                                  unsigned int timeout) const;
 

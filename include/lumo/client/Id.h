@@ -6,7 +6,7 @@
 namespace lumo {
 
 /// The identifier of one sort of record, so that a folder's is never passed for a file's. One that is not set
-/// stands for none.
+/// means none.
 template <class Tag>
 class Id
 {

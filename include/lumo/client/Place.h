@@ -30,7 +30,7 @@ public:
     Place(FileId id) : m_Kind(Kind::File), m_Number(id.number()) {}
 
     Kind kind() const { return m_Kind; }
-    /// Whether it is "/", which stands for all disks.
+    /// Whether it is "/", which means all disks.
     bool isRoot() const { return m_Kind == Kind::Path && m_Names.empty(); }
     /// The names of a path, the disk's first.
     const std::vector<std::string>& names() const { return m_Names; }

@@ -34,7 +34,7 @@ public:
         Dlg
     };
 
-    /// The value of a field that has none. A number of the coordinate settings is 0 instead: nothing tells
+    /// The value of a field that has none. A number of the coordinate settings is 0 instead: it is not known
     /// whether the centre has sent it.
     struct Absent
     {
@@ -56,7 +56,7 @@ public:
     {
         enum class Role
         {
-            Leading, ///< an identifier or the name: what tells the record from others
+            Leading, ///< an identifier or the name: what identifies the record
             Main,
             Detail ///< of no use in a table
         };
