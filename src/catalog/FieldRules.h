@@ -9,11 +9,11 @@
 #include <string>
 
 /// How the fields of records are filled from the fields of beans: one function per rule, whose last
-/// two arguments are FIELD(name) of the bean.
+/// two arguments are LUMO_FIELD(name) of the bean.
 namespace fieldrules {
 
 /// The arguments of a rule: whether `bean` holds the field, and its value.
-#define FIELD(field) bean.has_##field(), bean.field()
+#define LUMO_FIELD(field) bean.has_##field(), bean.field()
 
 /// An identifier; absent, 0xFFFFFFFF.
 inline void key(unsigned int& target, bool present, unsigned int value)

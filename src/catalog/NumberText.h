@@ -4,7 +4,7 @@
 #include <string>
 
 /// Numbers that travel as texts, read as strtod and atoi read them, but with a decimal point whatever the
-/// locale: what stands behind the number is ignored, and a text that begins with none gives 0.
+/// locale: what follows the number is ignored, and a text that does not begin with one gives 0.
 namespace numbertext {
 
 double number(const std::string& text);

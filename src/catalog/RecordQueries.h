@@ -6,7 +6,7 @@
 
 #include <cstring>
 
-/// The queries that all kinds of records have in common. The frame is the method's, just opened.
+/// The queries that all kinds of records have in common. `frame` is the one that the method has opened.
 namespace recordqueries {
 
 using ledgerserver::DataUtilBeanReq;
@@ -84,7 +84,7 @@ ENUM_RET_TYPE byProject(CallFrame& frame, const Operation<Record>& total, const 
     return frame.pages(total, page, request, records, appendTo<Record>(records));
 }
 
-/// An answer that is no success empties the list; a call that fails leaves it.
+/// An answer that is not a success empties the list; a call that fails leaves it.
 template <class Record>
 ENUM_RET_TYPE byProjectAndMark(CallFrame& frame, const Operation<Record>& operation, unsigned int dataId,
                                unsigned int mark, QList<Record>& records)

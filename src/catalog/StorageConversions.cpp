@@ -7,28 +7,28 @@ using fieldrules::text;
 
 void CLumoDataMgr::getDiskFromBean(const ledgerserver::DataAddressBean& bean, tagDiskTable& disk)
 {
-    key(disk.diskID, FIELD(id));
-    key(disk.refID, FIELD(ref_id));
-    text(disk.kestaCode, FIELD(kesta_code));
-    text(disk.diskName, FIELD(name));
-    text(disk.rootPath, FIELD(root_path));
+    key(disk.diskID, LUMO_FIELD(id));
+    key(disk.refID, LUMO_FIELD(ref_id));
+    text(disk.kestaCode, LUMO_FIELD(kesta_code));
+    text(disk.diskName, LUMO_FIELD(name));
+    text(disk.rootPath, LUMO_FIELD(root_path));
 }
 
 void CLumoDataMgr::getFolderFromBean(const ledgerserver::SrcTableBean& bean, tagFolderTable& folder)
 {
-    key(folder.folderID, FIELD(id));
-    key(folder.diskID, FIELD(disk_id));
-    key(folder.parentID, FIELD(parent_id));
-    text(folder.folderName, FIELD(name));
-    text(folder.shortText, FIELD(short_text));
-    text(folder.longText, FIELD(long_text));
+    key(folder.folderID, LUMO_FIELD(id));
+    key(folder.diskID, LUMO_FIELD(disk_id));
+    key(folder.parentID, LUMO_FIELD(parent_id));
+    text(folder.folderName, LUMO_FIELD(name));
+    text(folder.shortText, LUMO_FIELD(short_text));
+    text(folder.longText, LUMO_FIELD(long_text));
 }
 
 void CLumoDataMgr::getFileFromBean(const ledgerserver::FileTableBean& bean, tagFileTable& file)
 {
-    key(file.fileID, FIELD(id));
-    key(file.parentID, FIELD(parent_id));
-    text(file.fileName, FIELD(name));
-    text(file.shortText, FIELD(short_text));
-    text(file.longText, FIELD(long_text));
+    key(file.fileID, LUMO_FIELD(id));
+    key(file.parentID, LUMO_FIELD(parent_id));
+    text(file.fileName, LUMO_FIELD(name));
+    text(file.shortText, LUMO_FIELD(short_text));
+    text(file.longText, LUMO_FIELD(long_text));
 }

@@ -54,7 +54,7 @@ public:
         return static_cast<typename Verdict::Outcome>(result);
     }
 
-    /// A list in one call, which `append` adds to `records`. An answer that is no success empties
+    /// A list in one call, which `append` adds to `records`. An answer that is not a success empties
     /// `records`, a call that fails leaves them.
     template <class Stub, class Request, class Response, class Record, class Append>
     ENUM_RET_TYPE list(const Rpc<Stub, Request, Response>& rpc, const Request& request,

@@ -47,7 +47,7 @@ CLumoDataMgr::~CLumoDataMgr()
 void CLumoDataMgr::endTransfers()
 {
     bulkhaul::EndBulkhaul();
-    // Running tasks read fields that are declared behind the pool, so its own destructor waits too late.
+    // Running tasks read fields that are declared after the pool, so its own destructor waits too late.
     m_ThreadPool.waitForDone();
 }
 

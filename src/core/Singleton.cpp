@@ -48,7 +48,7 @@ CLumoDataMgr::CLumoFreeSelf::~CLumoFreeSelf()
 {
     if (!OutstandingCall::endAll()) {
         m_Instance.load()->endTransfers();
-        return; // an answer may still come to the object, which stays
+        return; // an answer may still come to the object
     }
     delete m_Instance.load(); // a task that the destructor waits for still asks for the object
     m_Instance = nullptr;

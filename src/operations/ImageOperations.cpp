@@ -39,7 +39,7 @@ void fill(AnalyzeImageReq& request, const CLumoFilterFile& filter, bool analyzeF
 
 } // namespace
 
-// Image analysis
+// Image analysis and server-side copy
 
 void CLumoDataMgr::analyzeImage(const CLumoFilterFile& filter, bool analyzeFlag)
 {
@@ -89,8 +89,6 @@ void CLumoDataMgr::analyzeImagesFinished(wirecall::RpcController* controller,
         Q_EMIT reqAnalyzeImagesFinished(analyzed);
     completion.leave();
 }
-
-// Server-side copy
 
 void CLumoDataMgr::fileCopy(const QString& srcFile, unsigned int targetA, unsigned int targetB,
                             const QString& relativePath, bool copyFlag)

@@ -6,8 +6,7 @@ namespace assignmenttext {
 
 namespace {
 
-/// By hand, in the time that one look takes: QRegExp takes the square of a piece's length, so that one of
-/// many quotes would keep its caller busy for hours.
+/// Parsed by hand in linear time: QRegExp takes the square of a piece's length, hours for one of many quotes.
 bool parsePiece(const QStringRef& piece, QMap<QString, QString>& values)
 {
     const int end = piece.lastIndexOf(QLatin1Char('\''));

@@ -17,9 +17,9 @@ static_assert(std::is_trivially_copyable<tagCommentInfo>::value, "records are co
 template <class Bean>
 void convert(const Bean& bean, tagCommentInfo& info)
 {
-    fieldrules::key(info.id, FIELD(id));
-    fieldrules::text(info.content, FIELD(commentcontent));
-    fieldrules::text(info.state, FIELD(commentstate));
+    fieldrules::key(info.id, LUMO_FIELD(id));
+    fieldrules::text(info.content, LUMO_FIELD(commentcontent));
+    fieldrules::text(info.state, LUMO_FIELD(commentstate));
 }
 
 /// Takes the texts of an answer's bean, empty ones where it has none.

@@ -114,7 +114,7 @@ unsigned int CLumoDataMgr::linkCommentInfoToRecord(ENUM_DATA_TYPE type, unsigned
 {
     CallFrame frame(*this, "linkCommentInfoToRecord");
     const unsigned int commentID = addCommentInfo(content, state);
-    linkCommentInfoToRecord(type, recordID, commentID); // whatever became of both
+    linkCommentInfoToRecord(type, recordID, commentID); // also when either fails
     return frame.leave(commentID);
 }
 

@@ -19,7 +19,7 @@
 
 #include <algorithm>
 
-#define DOWNLOAD_LOG(function, ...) writeLogLine("LumoDownloadRunnable", function, __LINE__, __VA_ARGS__)
+#define LUMO_DOWNLOAD_LOG(function, ...) writeLogLine("LumoDownloadRunnable", function, __LINE__, __VA_ARGS__)
 
 using namespace transferpaths;
 using platform::isPathComponent;
@@ -101,12 +101,12 @@ bool CLumoDownloadRunnable::fetchDownloadInformation(const QString& localDir,
             return false;
         break;
     default:
-        DOWNLOAD_LOG(kFetchDownload, gbktexts::kSourceWrong);
+        LUMO_DOWNLOAD_LOG(kFetchDownload, gbktexts::kSourceWrong);
         return false;
     }
     m_KestaIP = manager().getKestaIP(m_KestaCode);
     if (m_KestaIP.isEmpty()) {
-        DOWNLOAD_LOG(kFetchDownload, gbktexts::kBoxNotFound, logText(m_KestaCode).c_str());
+        LUMO_DOWNLOAD_LOG(kFetchDownload, gbktexts::kBoxNotFound, logText(m_KestaCode).c_str());
         return false;
     }
     m_LocalDir = normalizedLocalPath(localDir);
@@ -121,7 +121,7 @@ bool CLumoDownloadRunnable::findFile(unsigned int id)
     if (manager().getFile(id, file) == RET_SUCCESS)
         m_SourcePath = manager().getFileFullPath(id, m_KestaCode);
     if (m_SourcePath.isEmpty()) {
-        DOWNLOAD_LOG(kFetchDownload, gbktexts::kSourceNotFound, "File", static_cast<int>(id));
+        LUMO_DOWNLOAD_LOG(kFetchDownload, gbktexts::kSourceNotFound, "File", static_cast<int>(id));
         return false;
     }
     m_Name = recordText(file.fileName);
@@ -139,7 +139,7 @@ bool CLumoDownloadRunnable::findFolder(unsigned int id)
     if (found)
         m_SourcePath = manager().getFolderFullPath(id, m_KestaCode);
     if (m_SourcePath.isEmpty()) {
-        DOWNLOAD_LOG(kFetchDownload, gbktexts::kSourceNotFound, "Folder", static_cast<int>(id));
+        LUMO_DOWNLOAD_LOG(kFetchDownload, gbktexts::kSourceNotFound, "Folder", static_cast<int>(id));
         return false;
     }
     m_Name = recordText(folder.folderName);
@@ -152,7 +152,7 @@ bool CLumoDownloadRunnable::findDisk(unsigned int id)
 {
     tagDiskTable disk = tagDiskTable();
     if (manager().getDisk(id, disk) != RET_SUCCESS) {
-        DOWNLOAD_LOG(kFetchDownload, gbktexts::kSourceNotFound, "Disk", static_cast<int>(id));
+        LUMO_DOWNLOAD_LOG(kFetchDownload, gbktexts::kSourceNotFound, "Disk", static_cast<int>(id));
         return false;
     }
     m_KestaCode = recordText(disk.kestaCode);
@@ -166,10 +166,10 @@ bool CLumoDownloadRunnable::findDisk(unsigned int id)
 void CLumoDownloadRunnable::run()
 {
     m_TaskID = m_Name + QUuid::createUuid().toString();
-    tell(0, 0);
+    report(0, 0);
     m_Channel = manager().newChannel(m_KestaIP);
     if (!m_Channel) {
-        tell(transfercodes::kNoChannel, 0);
+        report(transfercodes::kNoChannel, 0);
         return;
     }
     if (m_ByCatalogue)
@@ -178,15 +178,15 @@ void CLumoDownloadRunnable::run()
         copyConvertedPath();
     else
         downloadPath();
-    hubline::ReleaseChannel(CLumoCStringCodec::toStdString(m_KestaIP)); // as newChannel was asked for it
+    hubline::ReleaseChannel(CLumoCStringCodec::toStdString(m_KestaIP)); // the address that newChannel got
 }
 
 void CLumoDownloadRunnable::walkCatalogue()
 {
     if (download(m_LocalDir, m_SourceKind, m_SourceID, m_Overwrite))
-        tell(0, 100);
+        report(0, 100);
     else
-        DOWNLOAD_LOG(kRun, "download Failed!");
+        LUMO_DOWNLOAD_LOG(kRun, "download Failed!");
 }
 
 void CLumoDownloadRunnable::copyConvertedPath()
@@ -201,10 +201,10 @@ void CLumoDownloadRunnable::copyConvertedPath()
         if (!copyDirectory(m_SourcePath, m_LocalDir, m_Name, m_Overwrite))
             code = transfercodes::kFolderNotMade;
     } else {
-        DOWNLOAD_LOG(kRun, "Copy File Failed : %s!", logText(m_SourcePath).c_str());
+        LUMO_DOWNLOAD_LOG(kRun, "Copy File Failed : %s!", logText(m_SourcePath).c_str());
         code = transfercodes::kFileNotCopied;
     }
-    tell(code, code == 0 ? 100 : 0);
+    report(code, code == 0 ? 100 : 0);
 }
 
 void CLumoDownloadRunnable::downloadPath()
@@ -215,8 +215,8 @@ void CLumoDownloadRunnable::downloadPath()
     if (bulkhaul::Download(m_Channel, m_SourcePath.toStdString(), target.toStdString(), !m_Overwrite,
                            progress, &m_AuthMsg, nullptr) == 0)
         return;
-    tell(transfercodes::kTransferFailed, 0);
-    DOWNLOAD_LOG(kRun, "bulkhaul::Download Failed!");
+    report(transfercodes::kTransferFailed, 0);
+    LUMO_DOWNLOAD_LOG(kRun, "bulkhaul::Download Failed!");
 }
 
 bool CLumoDownloadRunnable::download(const QString& localDir, int kind, unsigned int id, bool overwrite)
@@ -250,7 +250,7 @@ bool CLumoDownloadRunnable::downloadFile(const QString& localDir, unsigned int i
                            : transfercodes::kFileNotCopied;
     if (result == 0)
         return true;
-    DOWNLOAD_LOG(kDownload, "bulkhaul::Download Failed : %s", logText(target).c_str());
+    LUMO_DOWNLOAD_LOG(kDownload, "bulkhaul::Download Failed : %s", logText(target).c_str());
     return fail(result);
 }
 
@@ -258,7 +258,7 @@ bool CLumoDownloadRunnable::downloadFolder(const QString& localDir, unsigned int
 {
     tagFolderTable folder = tagFolderTable();
     if (manager().getFolder(id, folder) != RET_SUCCESS) {
-        DOWNLOAD_LOG(kDownload, "getFolder Failed,ID(%d)", static_cast<int>(id));
+        LUMO_DOWNLOAD_LOG(kDownload, "getFolder Failed,ID(%d)", static_cast<int>(id));
         return fail(transfercodes::kNotInCatalogue);
     }
     const QString name = recordText(folder.folderName);
@@ -269,14 +269,14 @@ bool CLumoDownloadRunnable::downloadDisk(const QString& localDir, unsigned int i
 {
     tagDiskTable disk = tagDiskTable();
     if (manager().getDisk(id, disk) != RET_SUCCESS) {
-        DOWNLOAD_LOG(kDownload, "getDisk Failed,ID(%d)", static_cast<int>(id));
+        LUMO_DOWNLOAD_LOG(kDownload, "getDisk Failed,ID(%d)", static_cast<int>(id));
         return fail(transfercodes::kNotInCatalogue);
     }
     const QString name = recordText(disk.diskName);
     const unsigned int rootID = manager().getFolderID(disk.diskID, 0, name);
     if (rootID == kNoIdentifier) {
-        DOWNLOAD_LOG(kDownload, "getFolderID Failed,DiskID(%d) ParentID(0) Name(%s)",
-                     static_cast<int>(disk.diskID), logText(name).c_str());
+        LUMO_DOWNLOAD_LOG(kDownload, "getFolderID Failed,DiskID(%d) ParentID(0) Name(%s)",
+                          static_cast<int>(disk.diskID), logText(name).c_str());
         return fail(transfercodes::kNotInCatalogue);
     }
     return makeFolder(localDir, name) && downloadFolderContent(rootID, joined(localDir, name), overwrite);
@@ -286,8 +286,8 @@ bool CLumoDownloadRunnable::makeFolder(const QString& localDir, const QString& n
 {
     if (haveFolder(localDir, name))
         return true;
-    DOWNLOAD_LOG(kDownload, "Dist Dir doesn't exist and mkdir Failed : %s",
-                 logText(joined(localDir, name)).c_str());
+    LUMO_DOWNLOAD_LOG(kDownload, "Dist Dir doesn't exist and mkdir Failed : %s",
+                      logText(joined(localDir, name)).c_str());
     return fail(transfercodes::kFolderNotMade);
 }
 
@@ -329,7 +329,7 @@ bool CLumoDownloadRunnable::copyFile(const QString& sourcePath, const QString& d
             if (!overwrite || isSameFile(QFileInfo(target), QFileInfo(sourcePath)))
                 return true;
             if (!QFile::remove(target)) {
-                DOWNLOAD_LOG(kCopyFile, "Remove File Failed : %s!", logText(target).c_str());
+                LUMO_DOWNLOAD_LOG(kCopyFile, "Remove File Failed : %s!", logText(target).c_str());
                 return false;
             }
         }
@@ -337,7 +337,7 @@ bool CLumoDownloadRunnable::copyFile(const QString& sourcePath, const QString& d
         if (QFileInfo(sourcePath).isFile() && QFile::copy(sourcePath, target))
             return true;
     }
-    DOWNLOAD_LOG(kCopyFile, "Copy File Failed : %s!", logText(target).c_str());
+    LUMO_DOWNLOAD_LOG(kCopyFile, "Copy File Failed : %s!", logText(target).c_str());
     return false;
 }
 
@@ -347,7 +347,7 @@ bool CLumoDownloadRunnable::copyDirectory(const QString& sourcePath, const QStri
     const QDir source(sourcePath);
     const QString next = joined(destDir, name);
     if (neverEnds(source.canonicalPath(), destDir) || !haveFolder(destDir, name)) {
-        DOWNLOAD_LOG(kCopyDirectory, "mkdir Failed : %s!", logText(next).c_str());
+        LUMO_DOWNLOAD_LOG(kCopyDirectory, "mkdir Failed : %s!", logText(next).c_str());
         return false;
     }
     m_FoldersUnderWay.append(source.canonicalPath());
@@ -370,7 +370,7 @@ bool CLumoDownloadRunnable::neverEnds(const QString& source, const QString& dest
                        [&](const QString& folder) { return isWithin(folder, source); });
 }
 
-void CLumoDownloadRunnable::tell(int code, int percent) const
+void CLumoDownloadRunnable::report(int code, int percent) const
 {
     if (m_Callback)
         m_Callback(CLumoCStringCodec::toStdString(m_TaskID).c_str(), transfercodes::kDownloading, code,
@@ -379,7 +379,7 @@ void CLumoDownloadRunnable::tell(int code, int percent) const
 
 bool CLumoDownloadRunnable::fail(int code) const
 {
-    tell(code, 0);
+    report(code, 0);
     return false;
 }
 
@@ -387,15 +387,18 @@ void downloadCallBack(const std::string& rpcTaskID, int code, int percent, const
                       TransferCallback callback)
 {
     static const char function[] = "downloadCallBack";
-    DOWNLOAD_LOG(function, "Upload RPC TaskID : %s, Inner TaskID : %s", rpcTaskID.c_str(), taskID.c_str());
+    LUMO_DOWNLOAD_LOG(function, "Upload RPC TaskID : %s, Inner TaskID : %s", rpcTaskID.c_str(),
+                      taskID.c_str());
     if (callback)
         callback(taskID.c_str(), transfercodes::kDownloading, code, percent);
     else if (code != 0)
-        DOWNLOAD_LOG(function, "Download Task is Failed!");
+        LUMO_DOWNLOAD_LOG(function, "Download Task is Failed!");
     else if (percent == 0)
-        DOWNLOAD_LOG(function, "Download Task is Started!");
+        LUMO_DOWNLOAD_LOG(function, "Download Task is Started!");
     else if (percent == 100)
-        DOWNLOAD_LOG(function, "Download Task is Successed!");
+        LUMO_DOWNLOAD_LOG(function, "Download Task is Successed!");
     else
-        DOWNLOAD_LOG(function, "Download Task is Running!");
+        LUMO_DOWNLOAD_LOG(function, "Download Task is Running!");
 }
+
+#undef LUMO_DOWNLOAD_LOG

@@ -21,8 +21,8 @@ class RpcChannel;
 /// With path conversion its files are copied from the path under which this machine sees them; otherwise
 /// the bulk transfer client moves them over a channel of the task's own.
 ///
-/// Made and prepared on the caller's thread, run and deleted by the thread pool. Everything that it needs
-/// of the manager it asks of the singleton.
+/// Made and prepared on the caller's thread, run and deleted by the thread pool. It gets all that it
+/// needs of the manager from the singleton.
 class CLumoDownloadRunnable : public QRunnable
 {
 public:
@@ -43,21 +43,21 @@ private:
     bool findFolder(unsigned int id);
     bool findDisk(unsigned int id);
 
-    /// The three ways to move the source; each has told the callback how it ended.
+    /// The three ways to move the source. Each reports its end to the callback.
     void walkCatalogue();
     void copyConvertedPath();
     void downloadPath();
 
-    /// Moves one place of the catalogue into `localDir`. A failure has been told to the callback.
+    /// Moves one place of the catalogue into `localDir`. Reports a failure to the callback.
     bool download(const QString& localDir, int kind, unsigned int id, bool overwrite);
     bool downloadFile(const QString& localDir, unsigned int id, bool overwrite);
     bool downloadFolder(const QString& localDir, unsigned int id, bool overwrite);
     bool downloadDisk(const QString& localDir, unsigned int id, bool overwrite);
     /// The files of a folder, then its sub-folders.
     bool downloadFolderContent(unsigned int folderID, const QString& localPath, bool overwrite);
-    /// haveFolder, whose failure is told to the callback.
+    /// As haveFolder, but reports a failure to the callback.
     bool makeFolder(const QString& localDir, const QString& name);
-    /// Makes the folder unless it exists. False, too, for a name that leads out of the target folder.
+    /// Makes the folder unless it exists. Returns false also for a name that leads out of the target folder.
     bool haveFolder(const QString& localDir, const QString& name) const;
 
     bool copyFile(const QString& sourcePath, const QString& destDir, const QString& name, bool overwrite);
@@ -67,8 +67,8 @@ private:
     /// was reached through a link, or the target lies in it.
     bool neverEnds(const QString& source, const QString& destDir) const;
 
-    void tell(int code, int percent) const;
-    /// Tells the callback of a failure; gives false.
+    void report(int code, int percent) const;
+    /// Reports a failure to the callback and returns false.
     bool fail(int code) const;
 
     TransferCallback m_Callback;
@@ -88,8 +88,8 @@ private:
     QStringList m_FoldersUnderWay; ///< canonical paths of the nested folders that copyDirectory is in
 };
 
-/// Hands a report of the bulk transfer client on to the application, or into the log when `callback` is
-/// empty. All that it needs is bound by value, so it may outlive the task.
+/// Passes a report of the bulk transfer client on to the application, or logs it when `callback` is empty.
+/// All that it needs is bound by value, so it may outlive the task.
 void downloadCallBack(const std::string& rpcTaskID, int code, int percent, const std::string& taskID,
                       TransferCallback callback);
 

@@ -14,7 +14,7 @@
 #include <QUuid>
 #include <boost/bind.hpp>
 
-#define UPLOAD_LOG(function, ...) writeLogLine("LumoUploadRunnable", function, __LINE__, __VA_ARGS__)
+#define LUMO_UPLOAD_LOG(function, ...) writeLogLine("LumoUploadRunnable", function, __LINE__, __VA_ARGS__)
 
 using namespace transferpaths;
 
@@ -40,16 +40,17 @@ bool CLumoUploadRunnable::fetchUploadInformation(const QString& localPath,
 {
     const int id = static_cast<int>(dest.second);
     if (dest.first != DATA_TYPE_FOLDER && dest.first != DATA_TYPE_DISK) {
-        UPLOAD_LOG(kFetchUpload, gbktexts::kDestinationWrong, dest.first, id);
+        LUMO_UPLOAD_LOG(kFetchUpload, gbktexts::kDestinationWrong, dest.first, id);
         return false;
     }
     if (!(dest.first == DATA_TYPE_FOLDER ? findFolder(dest.second) : findDisk(dest.second))) {
-        UPLOAD_LOG(kFetchUpload, gbktexts::kDestinationNotFound, dest.first, id);
+        LUMO_UPLOAD_LOG(kFetchUpload, gbktexts::kDestinationNotFound, dest.first, id);
         return false;
     }
     m_KestaIP = manager().getKestaIP(m_KestaCode);
     if (m_KestaIP.isEmpty()) {
-        UPLOAD_LOG(kFetchUpload, gbktexts::kBoxNotFound, CLumoCStringCodec::toStdString(m_KestaCode).c_str());
+        LUMO_UPLOAD_LOG(kFetchUpload, gbktexts::kBoxNotFound,
+                        CLumoCStringCodec::toStdString(m_KestaCode).c_str());
         return false;
     }
     m_LocalPath = withoutTrailingSlashes(normalizedLocalPath(localPath));
@@ -93,10 +94,10 @@ void CLumoUploadRunnable::run()
 {
     const QString name = lastName(m_LocalPath);
     m_TaskID = name + QUuid::createUuid().toString();
-    tell(0, 0);
+    report(0, 0);
     m_Channel = manager().newChannel(m_KestaIP);
     if (!m_Channel) {
-        tell(transfercodes::kNoChannel, 0);
+        report(transfercodes::kNoChannel, 0);
         return;
     }
     const QString below = m_RelativePath.isEmpty() ? name : m_RelativePath + QLatin1Char('/') + name;
@@ -105,13 +106,13 @@ void CLumoUploadRunnable::run()
         boost::bind(&uploadCallback, _1, _2, _3, CLumoCStringCodec::toStdString(m_TaskID), m_Callback);
     if (bulkhaul::Upload(m_Channel, target.toStdString(), m_LocalPath.toStdString(), !m_Overwrite, progress,
                          &m_AuthMsg, nullptr) != 0) {
-        tell(transfercodes::kTransferFailed, 0);
-        UPLOAD_LOG("CLumoUploadRunnable::run", "bulkhaul::Upload Failed!");
+        report(transfercodes::kTransferFailed, 0);
+        LUMO_UPLOAD_LOG("CLumoUploadRunnable::run", "bulkhaul::Upload Failed!");
     }
-    hubline::ReleaseChannel(CLumoCStringCodec::toStdString(m_KestaIP)); // as newChannel was asked for it
+    hubline::ReleaseChannel(CLumoCStringCodec::toStdString(m_KestaIP)); // the address that newChannel got
 }
 
-void CLumoUploadRunnable::tell(int code, int percent) const
+void CLumoUploadRunnable::report(int code, int percent) const
 {
     if (m_Callback)
         m_Callback(CLumoCStringCodec::toStdString(m_TaskID).c_str(), transfercodes::kUploading, code,
@@ -121,8 +122,10 @@ void CLumoUploadRunnable::tell(int code, int percent) const
 void uploadCallback(const std::string& rpcTaskID, int code, int percent, const std::string& taskID,
                     TransferCallback callback)
 {
-    UPLOAD_LOG("uploadCallback", "Upload RPC TaskID : %s, Inner TaskID : %s", rpcTaskID.c_str(),
-               taskID.c_str());
+    LUMO_UPLOAD_LOG("uploadCallback", "Upload RPC TaskID : %s, Inner TaskID : %s", rpcTaskID.c_str(),
+                    taskID.c_str());
     if (callback)
         callback(taskID.c_str(), transfercodes::kUploading, code, percent);
 }
+
+#undef LUMO_UPLOAD_LOG

@@ -18,8 +18,8 @@ class RpcChannel;
 /// One upload of a local file or folder to a disk or folder of the catalogue, in one call of the bulk
 /// transfer client over a channel of its own.
 ///
-/// Made and prepared on the caller's thread, run and deleted by the thread pool. Everything that it needs
-/// of the manager it asks of the singleton.
+/// Made and prepared on the caller's thread, run and deleted by the thread pool. It gets all that it
+/// needs of the manager from the singleton.
 class CLumoUploadRunnable : public QRunnable
 {
 public:
@@ -37,7 +37,7 @@ private:
     bool findFolder(unsigned int id);
     bool findDisk(unsigned int id);
     void fillAuthMsg();
-    void tell(int code, int percent) const;
+    void report(int code, int percent) const;
 
     TransferCallback m_Callback;
     QString m_TaskID;
@@ -54,8 +54,8 @@ private:
     boost::shared_ptr<wirecall::RpcChannel> m_Channel;
 };
 
-/// Hands a report of the bulk transfer client on to the application. All that it needs is bound by value,
-/// so it may outlive the task.
+/// Passes a report of the bulk transfer client on to the application. All that it needs is bound by value, so
+/// it may outlive the task.
 void uploadCallback(const std::string& rpcTaskID, int code, int percent, const std::string& taskID,
                     TransferCallback callback);
 

@@ -3,7 +3,8 @@
 
 #include "lumo/core/LumoDataMgr.h"
 
-/// The manager that a task works for: the process's own, looked up each time, which it outlives.
+/// Returns the manager that a task works for: the one of the process, looked up each time. It outlives the
+/// task.
 inline CLumoDataMgr& manager()
 {
     return *CLumoDataMgr::GetSinglePton();

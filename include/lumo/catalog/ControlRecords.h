@@ -4,9 +4,9 @@
 #include "lumo/catalog/CoordSetting.h"
 
 /// Control files and their points: plain values, copied whole. Texts are NUL-terminated and in the system
-/// code page (components/platform/CodePage.h); one takes at most two bytes less than its array, and a longer
-/// one leaves the array as it was. Keys of 0xFFFFFFFF mean none. What a textN, valueN or countN says is
-/// settled between the centre and the application.
+/// code page (lumo/components/platform/CodePage.h); one takes at most two bytes less than its array, and a
+/// longer one leaves the array as it was. Keys of 0xFFFFFFFF mean none. What a textN, valueN or countN says
+/// is settled between the centre and the application.
 ///
 /// `presence` has a bit for each optional number, in their order, bit 0 the lowest. A set bit: the field
 /// holds what the centre sent. A clear bit: the centre sent nothing, and the field's value has no meaning.

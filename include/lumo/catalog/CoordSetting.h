@@ -3,7 +3,7 @@
 
 /// Coordinate settings of a project, image, product or control file. A number that the centre does not
 /// send is 0.0, a code -1. What the numbers and the text say is settled between the centre and the
-/// application. A code is told from its Chinese text only where the system code page is GBK.
+/// application. A code is recognised from its Chinese text only where the system code page is GBK.
 struct tagCoordSetting
 {
     int datum;      ///< 0 WGS 84, 1 Beijing 1954, 2 Xi'an 1980, 3 China 2000, 4 user defined, -1 not set

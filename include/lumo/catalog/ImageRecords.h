@@ -4,7 +4,7 @@
 #include "lumo/catalog/CoordSetting.h"
 
 /// Images: plain values, copied whole. Texts are NUL-terminated and in the system code page
-/// (components/platform/CodePage.h); one takes at most two bytes less than its array, and a longer one
+/// (lumo/components/platform/CodePage.h); one takes at most two bytes less than its array, and a longer one
 /// leaves the array as it was. Keys of 0xFFFFFFFF mean none. What a textN, valueN or countN says is settled
 /// between the centre and the application.
 ///

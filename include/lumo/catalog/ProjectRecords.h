@@ -4,8 +4,8 @@
 #include "lumo/catalog/CoordSetting.h"
 
 /// Data projects and their types: plain values, copied whole. Texts are NUL-terminated and in the system code
-/// page (components/platform/CodePage.h); one takes at most two bytes less than its array, and a longer one
-/// leaves the array as it was. Keys of 0xFFFFFFFF mean none. What a textN or typeText says is settled
+/// page (lumo/components/platform/CodePage.h); one takes at most two bytes less than its array, and a longer
+/// one leaves the array as it was. Keys of 0xFFFFFFFF mean none. What a textN or typeText says is settled
 /// between the centre and the application.
 
 /// A data project, the top unit of the image catalogue.

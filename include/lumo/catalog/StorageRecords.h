@@ -2,7 +2,7 @@
 #define LUMO_CATALOG_STORAGERECORDS_H
 
 /// Records of the storage catalogue: plain values, copied whole. Texts are NUL-terminated and in the
-/// system code page (components/platform/CodePage.h). An identifier of 0xFFFFFFFF means none. A text
+/// system code page (lumo/components/platform/CodePage.h). An identifier of 0xFFFFFFFF means none. A text
 /// field takes at most two bytes less than its size; a longer text leaves the field as it was.
 
 /// A disk: a root on a storage box.

@@ -31,13 +31,12 @@ struct RecordKind;
 
 /// The client of a geospatial data centre, and the only way into this library.
 ///
-/// Get the one object with GetSingleTon or GetSinglePton, call initDataMgr once, then anything from any
-/// thread. A remote call blocks its caller for up to the time limit, but for those that are answered by
-/// signal; a method asks the centre anew and retries nothing. Failures are return values; the reason goes to
-/// CLumoLogger alone. Out-parameters are
-/// written only on success and lists are appended to; a paged query (so marked) empties its list when a
-/// page fails. Identifiers are unsigned, 0xFFFFFFFF means none. Texts in records are in the system code
-/// page (see components/platform/CodePage.h).
+/// Get the one object with GetSingleTon or GetSinglePton, call initDataMgr once, then call any method from
+/// any thread. A remote call blocks its caller for up to the time limit, except the calls that are answered
+/// by signal. Nothing is cached and nothing is retried. Failures are return values; the reason is only logged
+/// (CLumoLogger). Out-parameters are written only on success. Lists are appended to; a query that is marked
+/// "Paged" empties its list when a page fails. Identifiers are unsigned, 0xFFFFFFFF (kNoIdentifier) means
+/// none. Texts in records are in the system code page (lumo/components/platform/CodePage.h).
 class LUMO_EXPORT CLumoDataMgr : public QObject
 {
     Q_OBJECT
@@ -111,7 +110,7 @@ public:
 
     // Data projects and types
     //
-    // `dataId` is the key of a data project. A paged query (so marked) works as told above.
+    // `dataId` is the identifier of a data project.
 
     ENUM_RET_TYPE getData(unsigned int dataId, tagDataTable& data);
     /// The project of that name of the caller's company.
@@ -128,9 +127,9 @@ public:
 
     // Images, products and control data
     //
-    // `typeId` is the key of a data type, `mark` that of an image comment. The queries by type and by project
-    // are paged. Those by project and mark come in one call, and empty their list when the centre answers
-    // with an error or with nothing. Records come in the centre's order.
+    // `typeId` is the identifier of a data type, `mark` that of an image comment. The queries by type and by
+    // project are paged. Those by project and mark make one call, and empty their list when the centre
+    // answers with an error or with nothing. Records are in the centre's order.
 
     // Frame photographs
 
@@ -206,11 +205,11 @@ public:
     ENUM_RET_TYPE searchDataType(const tagQueryCondition& condition, QList<tagTypeTable>& types);
     /// The images, products or control points of `type` that match the condition. The names of product types
     /// match in any case. RET_FAILED, without a call, when the condition names another project or type;
-    /// RET_SUCCESS with nothing appended when the type's name stands for no kind.
+    /// RET_SUCCESS with nothing appended when the type's name is not that of a kind.
     ENUM_RET_TYPE searchByDataType(const tagTypeTable& type, const tagQueryCondition& condition,
                                    QList<tagImageData>& images);
     /// All images or products of `type`, paged. The names of product types are DEM, DSM, DOM and DLG.
-    /// RET_FAILED when the type's name stands for no kind, or for control points.
+    /// RET_FAILED when the type's name is not that of a kind, or is that of control points.
     ENUM_RET_TYPE getImageByType(const tagTypeTable& type, QList<tagImageData>& images);
 
     // Registration
@@ -229,7 +228,7 @@ public:
 
     // Links
     //
-    // The link between a data project and a folder or file; false when the centre refuses, and on any
+    // A link is between a data project and a folder or file. False when the centre refuses, and on any
     // failure.
 
     bool linkDataFolder(unsigned int dataID, unsigned int folderID);
@@ -240,8 +239,8 @@ public:
     bool getDataByFolder(unsigned int folderID, tagDataTable& data);
     /// The first data project that a file is linked to.
     bool getDataByFile(unsigned int fileID, tagDataTable& data);
-    /// Has the centre make a folder; its identifier, or 0xFFFFFFFF. `secondID` must not be 0; what the two
-    /// identifiers mean is settled with the centre.
+    /// Asks the centre to make a folder. Returns its identifier, or 0xFFFFFFFF on any failure and, without a
+    /// call, when `secondID` is 0. The centre defines what the two identifiers mean.
     unsigned int createFolder(unsigned int firstID, unsigned int secondID, const QString& path);
 
     // Comments
@@ -257,16 +256,16 @@ public:
     unsigned int getCommentID(const QString& content, const QString& state);
     unsigned int addCommentInfo(const QString& content, const QString& state);
     bool linkCommentInfoToRecord(ENUM_DATA_TYPE type, unsigned int recordID, unsigned int commentID);
-    /// No records is a success, without a call.
+    /// An empty list is a success without a call.
     bool linkCommentInfoToRecord(ENUM_DATA_TYPE type, const QList<unsigned int>& recordIDs,
                                  unsigned int commentID);
-    /// Adds a comment and links it; the comment's identifier, whatever became of the link.
+    /// Adds a comment and links it. Returns the comment's identifier, also when the link failed.
     unsigned int linkCommentInfoToRecord(ENUM_DATA_TYPE type, unsigned int recordID, const QString& content,
                                          const QString& state);
 
     // Image comments
     //
-    // The marks that the queries by project and mark go by, of no company.
+    // An image comment is the `mark` of the queries by project and mark. It belongs to no company.
 
     ENUM_RET_TYPE getImageComment(unsigned int commentID, QString& content, QString& state);
     ENUM_RET_TYPE getImageComment(QList<tagCommentInfo>& comments);
@@ -277,25 +276,25 @@ public:
 
     // Image analysis and server-side copy
     //
-    // These return at once and have no time limit. A signal of the singleton tells of success; a failure
-    // shows in the log alone, so whoever waits needs a limit of their own.
+    // These return at once and have no time limit. A signal of the singleton reports success. A failure is
+    // only logged, so an application that waits needs a limit of its own.
 
-    /// Has an image analysed. `analyzeFlag` is handed to the centre.
+    /// Asks the centre to analyse an image. `analyzeFlag` is passed on to the centre.
     void analyzeImage(const CLumoFilterFile& filter, bool analyzeFlag);
-    /// Has images analysed in one call; the signal brings those that passed, in the order of the call.
+    /// Asks for several images in one call. The signal has those that passed, in the order of the call.
     void analyzeImages(const QList<CLumoFilterFile>& listFilter, bool analyzeFlag);
-    /// Has a file copied into the catalogue's storage. What the two targets and the flag mean is settled
-    /// with the centre.
+    /// Asks the centre to copy a file into the catalogue's storage. The centre defines what the two targets
+    /// and the flag mean.
     void fileCopy(const QString& srcFile, unsigned int targetA, unsigned int targetB,
                   const QString& relativePath, bool copyFlag);
-    /// Has a file copied out of the catalogue's storage.
+    /// Asks the centre to copy a file out of the catalogue's storage.
     void fileCopy(unsigned int sourceID, const QString& distPath, bool copyFlag);
 
     // Metadata of scenes
     //
     // The centre reads a scene's metadata file by its identifier. Lists are appended to.
 
-    /// The scene's name; empty on any failure.
+    /// Returns the scene's name; empty on any failure.
     QString getSpot5FromMetadataDim(unsigned int id);
     bool getSpot6FromDim(unsigned int id, QString& name, QStringList& mainFiles, QStringList& metaFiles);
     bool getAlosFromSummary(unsigned int id, QString& name, QStringList& mainFiles, QStringList& metaFiles);
@@ -305,21 +304,21 @@ public:
     // Transfers
     //
     // Each looks up on the caller's thread what it needs, then starts a task of its own and returns; the
-    // transfer runs on the thread pool, over a channel of its own. False: nothing was started and the
-    // callback is not called. True promises no more than that the callback will be. A started transfer
-    // can't be cancelled; the process waits for it when it ends.
+    // transfer runs on the thread pool, over a channel of its own. Returns false when nothing was started;
+    // the callback is then never called. After true the callback reports the rest. A started transfer can't
+    // be cancelled; a process that ends waits for it.
     //
     // A place is its kind, an ENUM_DATA_TYPE from disk to file, and its identifier. Local paths may have
     // either kind of separator; "\" is part of a name in a path of something that exists. `overwrite`
-    // replaces a file or link that exists at the target; otherwise that is kept, also one that comes
-    // meanwhile.
+    // replaces a file or link that exists at the target; otherwise such a target is kept, also one that
+    // appears meanwhile. The empty local folder is the working folder.
     //
     // Local names are UTF-8. An application whose locale is not calls
     // QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8")) first, or the folders of a download
     // are made under other names than its files go to.
 
     /// Sends a local file or folder to a disk (its top folder) or a folder of the catalogue. `extraID` is
-    /// handed to the storage box; 0xFFFFFFFF for none.
+    /// passed on to the storage box; 0xFFFFFFFF for none.
     bool upload(const QString& localPath, const QPair<int, unsigned int>& dest, unsigned int extraID,
                 bool overwrite, TransferCallback callback);
     /// Fetches a disk, a folder with all below it, or a file into the local folder, which must exist. Where
@@ -341,7 +340,7 @@ public:
     bool CheckTransfer(const boost::shared_ptr<wirecall::RpcChannel>& channel, const QString& taskID,
                        const QString& servPath, int valueA, int valueB, const QStringList& filePaths,
                        const QStringList& dirPaths, const QVector<char>& transMsg);
-    /// Tells the data operations service on `channel` how far a transfer has come.
+    /// Reports to the data operations service on `channel` how far a transfer has come.
     void TransferProgress(const boost::shared_ptr<wirecall::RpcChannel>& channel, const QString& taskID,
                           int valueA, int valueB, int valueC);
     /// Replaces the content of `packed` by: the number of bytes that follow and the length of the type
@@ -448,7 +447,7 @@ private:
     /// Fills the bean from a text of assignments; false when the text lacks what its kind needs.
     bool populateCheckData(ledgerserver::CheckDataBean* bean, int type, const QString& text);
 
-    /// Hand the closure's copy of the text on.
+    /// Pass on the closure's copy of the text.
     void fileCopiedToDb(wirecall::RpcController* controller, const QString& strFile,
                         forgeserver::FileCopyToDbRsp* response);
     void fileCopiedFromDb(wirecall::RpcController* controller, const QString& strFile,

@@ -6,11 +6,12 @@
 #include <string>
 
 /// Between UTF-8, which the services speak, and the system code page of the records
-/// (components/platform/CodePage.h). A text ends at its first NUL. What does not decode becomes
-/// U+FFFD, what the target lacks becomes a similar character or '?'; neither is a failure. Safe from any thread.
+/// (lumo/components/platform/CodePage.h). A text ends at its first NUL. What does not decode becomes
+/// U+FFFD, what the target lacks becomes a similar character or '?'; neither is a failure. Safe from any
+/// thread.
 
-/// Converts UTF-8 `text` into `buffer` of `size` bytes and zero-fills the rest. True when the whole text
-/// stands there; it may take at most `size` - 2 bytes. A longer text is refused whole: false, and
+/// Converts UTF-8 `text` into `buffer` of `size` bytes and zero-fills the rest. Returns true when the whole
+/// text is there; it may take at most `size` - 2 bytes. A longer text is refused whole: false, and
 /// `buffer` is untouched.
 LUMO_EXPORT bool convertToMultibyte(const std::string& text, char* buffer, int size);
 

@@ -4,7 +4,7 @@
 #include <string>
 
 /// A version of a program or a module: five texts of any length in the system code page
-/// (components/platform/CodePage.h), whose meaning the centre and the application settle.
+/// (lumo/components/platform/CodePage.h), whose meaning the centre and the application settle.
 struct tagVersionInfo
 {
     std::string text1;

@@ -7,8 +7,8 @@
 #include <QPair>
 #include <QString>
 
-/// An image, told by its files, that the centre is to analyse. The application fills it. What the numbers
-/// mean is settled between the centre and the application. To receive one in a slot of another thread, the
+/// An image, described by its files, for the centre to analyse. The application fills it. The centre defines
+/// what the numbers mean. To receive one in a slot of another thread, the
 /// application registers CLumoFilterFile, or QList<CLumoFilterFile>, with qRegisterMetaType before it
 /// connects.
 class LUMO_EXPORT CLumoFilterFile

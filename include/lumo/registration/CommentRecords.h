@@ -2,7 +2,8 @@
 #define LUMO_REGISTRATION_COMMENTRECORDS_H
 
 /// A comment or an image comment. Texts are NUL-terminated and in the system code page
-/// (components/platform/CodePage.h); one takes at most 62 bytes, and a longer one leaves its array as it was.
+/// (lumo/components/platform/CodePage.h); one takes at most 62 bytes, and a longer one leaves its array as it
+/// was.
 struct tagCommentInfo
 {
     unsigned int id; ///< 0xFFFFFFFF for none
