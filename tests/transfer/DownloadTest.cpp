@@ -96,6 +96,7 @@ TEST_F(Download, TheWalkTellsItsEndOrOneFailureAndReleasesItsChannel)
             EXPECT_TRUE(manager().download(path("here"), qMakePair(c.kind, 7u), false, listener));
             end();
             EXPECT_EQ(m_Events, told ? (Lines{"0 0 0", c.event}) : Lines());
+            EXPECT_EQ(m_Channel.calls()[fetches[c.kind].size() - 1], "getKestaInfo {code: \"K1\"}");
             Lines lines;
             if (!c.line.empty())
                 lines.push_back(c.line + " Func:CLumoDownloadRunnable::download");

@@ -3,8 +3,6 @@
 #include "tests/support/TestManager.h"
 
 #include <boost/make_shared.hpp>
-#include <google/protobuf/descriptor.pb.h>
-#include <google/protobuf/dynamic_message.h>
 
 namespace {
 
@@ -43,23 +41,11 @@ protected:
 
 TEST_F(TransferControl, APackedMessageIsItsLengthsItsTypeNameAndItsBody)
 {
-    google::protobuf::FileDescriptorProto file;
-    file.set_name("abc.proto");
-    auto* const type = file.add_message_type();
-    type->set_name("Abc");
-    auto* const field = type->add_field();
-    field->set_name("a");
-    field->set_number(1);
-    field->set_type(google::protobuf::FieldDescriptorProto::TYPE_INT32);
-    field->set_label(google::protobuf::FieldDescriptorProto::LABEL_OPTIONAL);
-    google::protobuf::DescriptorPool pool;
-    const google::protobuf::Descriptor* const descriptor = pool.BuildFile(file)->message_type(0);
-    google::protobuf::DynamicMessageFactory factory;
-    const std::unique_ptr<google::protobuf::Message> message(factory.GetPrototype(descriptor)->New());
-    EXPECT_EQ(packed(*message).toHex(), "0000000700000003416263") << "an empty body";
-    message->GetReflection()->SetInt32(message.get(), descriptor->field(0), 1);
-    EXPECT_EQ(packed(*message).toHex(), "00000009000000034162630801");
-    EXPECT_EQ(packed(kestaserver::DownloadAuthMsg()).mid(8), "kestaserver.DownloadAuthMsg");
+    kestaserver::DownloadAuthMsg message;
+    const QByteArray name = "kestaserver.DownloadAuthMsg";
+    EXPECT_EQ(packed(message), QByteArray::fromHex("0000001f0000001b") + name) << "an empty body";
+    message.set_data_class(1);
+    EXPECT_EQ(packed(message), QByteArray::fromHex("000000210000001b") + name + QByteArray::fromHex("0801"));
     const HugeMessage huge;
     QVector<char> kept(1, 'x');
     EXPECT_THROW(m_Manager.PackProtobufMessage(&huge, kept), std::length_error);
@@ -68,9 +54,6 @@ TEST_F(TransferControl, APackedMessageIsItsLengthsItsTypeNameAndItsBody)
 
 TEST_F(TransferControl, AsksAndTellsOnTheChannelOfTheHost)
 {
-    const auto line = [](const std::string& message, const std::string& method) {
-        return managerLine(message, method);
-    };
     const struct
     {
         const char* answer; ///< null: the call fails
@@ -79,23 +62,20 @@ TEST_F(TransferControl, AsksAndTellsOnTheChannelOfTheHost)
     for (const auto& c : cases) {
         m_Log.clear();
         m_Channel->forgetCalls();
-        c.answer ? m_Channel->answer(c.answer).answer("") : m_Channel->answer("!gone").answer("!gone");
+        m_Channel->answer(c.answer ? c.answer : "!gone").answer(c.answer ? "" : "!gone");
         EXPECT_EQ(m_Manager.CheckTransfer(m_Channel, "t", QString::fromUtf8("一"), -1, 2, {"f"}, {"d", "e"},
                                           {'\0', 'x'}),
                   c.passed);
         m_Manager.TransferProgress(m_Channel, "t", -1, 2, 3);
-        EXPECT_EQ(
-            m_Channel->calls(),
-            (Lines{"CheckTransfer {task_id: \"t\" serv_path: \"一\" check_a: -1 check_b: 2 "
-                   "dir_path: \"d\" dir_path: \"e\" file_path: \"f\" trans_msg: \"\\000x\"}",
-                   "TransferProgress {task_id: \"t\" progress_a: -1 progress_b: 2 progress_c: 3}"}));
+        EXPECT_EQ(m_Channel->calls(),
+                  (Lines{"CheckTransfer {task_id: \"t\" serv_path: \"一\" check_a: -1 check_b: 2 "
+                         "dir_path: \"d\" dir_path: \"e\" file_path: \"f\" trans_msg: \"\\000x\"}",
+                         "TransferProgress {task_id: \"t\" progress_a: -1 progress_b: 2 progress_c: 3}"}));
         Lines lines;
-        for (const std::string method : {"CheckTransfer", "TransferProgress"}) {
-            lines.push_back(line("Enter Function : " + method + "!", method));
-            if (!c.answer)
-                lines.push_back(line(method + " Error : gone", method));
-            lines.push_back(line("Leave Function : " + method + "!", method));
-        }
+        for (const std::string method : {"CheckTransfer", "TransferProgress"})
+            for (const std::string& line :
+                 framedLines(method, method + "!", c.answer ? Lines() : Lines{method + " Error : gone"}))
+                lines.push_back(line);
         EXPECT_EQ(m_Log.lines(), lines);
     }
     EXPECT_EQ(m_Channel->timeouts()[0], 1000000);

@@ -92,6 +92,7 @@ TEST_F(Upload, OneCallMovesTheWholePathAndTellsWhatTheClientReports)
                                          !told, told ? callback() : TransferCallback()));
             end();
             EXPECT_EQ(m_Events, told ? c.events : Lines());
+            EXPECT_EQ(m_Channel.calls().back(), "getKestaInfo {code: \"K1\"}");
             EXPECT_EQ(maskedCalls(),
                       (Lines{"open box:1 t0ken",
                              std::string("upload ") + c.paths + (told ? " keep" : " replace") +
