@@ -23,7 +23,7 @@ Converter openGbk(bool withFallbacks)
     ucnv_setFromUCallBack(converter.get(), UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
     if (U_FAILURE(status))
         throw std::runtime_error(u_errorName(status));
-    ucnv_setFallback(converter.get(), withFallbacks);
+    ucnv_setFallback(converter.get(), static_cast<UBool>(withFallbacks));
     return converter;
 }
 

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -61,7 +62,7 @@ TEST(Bulkhaul, AnEndFunctionThatUnsetsItselfAndThrowsIsCalledOnceAndHarmsNothing
     bulkhaul::setEndFunction([&](const bulkhaul::TransferEnd& end) {
         bulkhaul::setEndFunction({});
         reason += end.reason;
-        throw reason;
+        throw std::runtime_error(reason);
     });
     for (int i = 0; i < 2; ++i)
         EXPECT_EQ(bulkhaul::Upload(channel, "/x", "none\n\xFF", false, {}, nullptr, nullptr),

@@ -27,7 +27,7 @@ TEST_F(TransferTest, FoldersAndFilesOfEverySizeArriveAsTheyAreBothWays)
         const std::string name = way == Way::Down ? "down" : "up";
         const fs::path root = source(way) / name;
         unsigned seed = 0;
-        std::size_t bytes = 150 * 100;
+        std::size_t bytes = 15000; // of the files of 100 bytes
         for (const std::size_t size :
              {std::size_t(0), std::size_t(1), std::size_t(4096), kMiB - 1, kMiB, kMiB + 1, 3 * kMiB + 5})
             writeFile(root / "尺寸" / std::to_string(size), content(size, ++seed)), bytes += size;
