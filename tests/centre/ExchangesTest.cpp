@@ -186,6 +186,7 @@ private:
         {"link",
          [this](std::string rest) {
              const std::string name = cut(rest, " ");
+             fs::remove(m_Data.below(name));
              fs::create_symlink(rest, m_Data.below(name));
          }},
         {"content",
