@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <functional>
 #include <langinfo.h>
 #include <locale.h>
@@ -68,7 +69,7 @@ Field read(const std::string& word)
 }
 
 template <class Bean, class Record>
-Layout describe(void (*convert)(const Bean&, Record&), const std::string& fields)
+Layout describe(const std::string& fields, void (*convert)(const Bean&, Record&))
 {
     Layout layout{Bean::default_instance(),
                   [convert](const Message& bean, void* record) {
@@ -100,54 +101,32 @@ Layout describe(void (*convert)(const Bean&, Record&), const std::string& fields
 
 const std::vector<Layout>& layouts()
 {
-    static const std::vector<Layout> all = {
-        describe(&TestManager::getDiskFromBean, "k0 k4 t128@7 t256@2 t256@1"),
-        describe(&TestManager::getFolderFromBean, "k0 k6 k1 t256@2 t32@4 t64@3"),
-        describe(&TestManager::getFileFromBean, "k0 k1 t256@2 t32@4 t64@5"),
-        describe(&TestManager::getDataFromBean,
-                 "k0 k40 t256@1 t32@3 t32@4 t64@5 t64@6 t64@7 t64@37 t32@38 t32@39 | c12 c14 n15 n16 n18 n20 "
-                 "n19 n22 n21 n35 c24 t512@36 n29 n30 n31 n32 n33 n34 n35"),
-        describe(&TestManager::getDataTypeFromBean, "k0 k1 t64@3 t64@2 x192 t32@4"),
-        describe(&TestManager::getKFImageDataFromBean,
-                 "k0 k1 t256@2 t128@51 t128@3 t16@4 t32@5 t16@6 t32@7 t16@8 t64@22 w16 d9 d12 d15 d16 d17 "
-                 "d18 d19 d20 d10 d11 i13 i14 d21 d23 d49 d50 | c24 c26 n27 n28 n30 n47 n31 n35 n34 n45 c48 "
-                 "t512@46 n39 n40 n41 n42 n43 n44 n45"),
-        describe(&TestManager::getSatImageDataFromBean,
-                 "k0 k1 t256@2 t128@48 t128@3 t16@4 t32@6 t16@18 t16@21 t64@22 w16 d5 d7 d8 d13 d14 d17 "
-                 "i19 i20 d15 d9 d10 d11 d12 d16 | c23 c25 n26 n27 n29 n46 n30 n34 n33 n44 c47 t512@45 n38 "
-                 "n39 n40 n41 n42 n43 n44"),
-        describe(&TestManager::getAdsImageDataFromBean,
-                 "k0 k1 t256@2 t128@43 t128@3 t16@4 t32@16 t16@12 t16@13 t8@15 t64@42 w16 d14 d5 d6 d7 d8 "
-                 "d11 i9 i10 | c17 c19 n20 n21 n23 n40 n24 n28 n27 n38 c41 t512@39 n32 n33 n34 n35 n36 n37 "
-                 "n38"),
-        describe(&TestManager::getDemDataFromBean,
-                 "k0 k1 t256@2 t128@63 t128@3 t16@5 t32@7 t16@8 t16@9 t128@18 t128@20 t128@23 t128@25 "
-                 "t128@19 t128@24 t128@21 t128@22 t32@41 t64@47 w32 d10 d11 d12 d13 d14 d15 d16 d17 d26 "
-                 "d27 d28 d4 d62 i6 i42 i43 i44 d45 i39 i40 | c31 c32 n49 n50 n30 n51 n33 n53 n52 n60 c46 "
-                 "t512@61 n54 n55 n56 n57 n58 n59 n60"),
-        describe(&TestManager::getDsmDataFromBean,
-                 "k0 k1 t256@2 t128@51 t128@3 t16@5 t32@7 t16@8 t16@9 t32@30 t32@31 t64@29 w32 d4 d10 d11 "
-                 "d12 d13 d14 d15 d16 d17 d50 i6 i32 i33 i34 i35 | c20 c21 n37 n38 n19 n39 n22 n41 n40 n48 "
-                 "c28 t512@49 n42 n43 n44 n45 n46 n47 n48"),
-        describe(&TestManager::getDomDataFromBean,
-                 "k0 k1 t256@2 t128@63 t128@3 t16@5 t32@7 t16@8 t16@9 t128@18 t128@20 t128@23 t128@25 "
-                 "t128@19 t128@24 t128@21 t128@22 t16@36 t32@45 t32@46 t64@44 w32 d4 d62 d10 d11 d12 d13 "
-                 "d14 d15 d16 d17 i6 i39 i37 i38 i40 i41 i42 i47 | c28 c29 n49 n50 n27 n51 n30 n53 n52 n60 "
-                 "c43 t512@61 n54 n55 n56 n57 n58 n59 n60"),
-        describe(&TestManager::getDlgDataFromBean,
-                 "k0 k1 t256@2 t128@64 t128@3 t16@5 t32@7 t16@59 t16@8 t16@9 t128@18 t128@20 t128@23 "
-                 "t128@25 t128@19 t128@24 t128@21 t128@22 t256@36 t64@43 w32 d4 d10 d11 d12 d13 d14 d15 "
-                 "d16 d17 d63 i6 i37 i38 i39 i40 i41 i62 i60 i61 i44 | c28 c29 n46 n47 n27 n48 n30 n50 n49 "
-                 "n57 c42 t512@58 n51 n52 n53 n54 n55 n56 n57"),
-        describe(&TestManager::getCtrlFileDataFromBean,
-                 "k0 k1 t256@2 t256@3 t256@4 t64@33 t64@34 t64@35 t32@37 t32@36 t128@38 t64@24 w16 d5 | c7 "
-                 "c9 n10 n11 n13 n22 n14 n18 n17 n31 c23 t512@32 n25 n26 n27 n28 n29 n30 n31"),
-        describe<DataSrcControlInfoBean, tagCtrlPointTable>(
-            [](const auto& bean, auto& point) { TestManager::getCtrlPointDataFromBean(bean, point); },
-            "p k0 k1 t32@2 t512@6 w16 d3 d4 d5"),
-        describe(&TestManager::getCommentInfoFromBean, "k0 t64@1 t64@2"),
-        describe(&TestManager::getCommentImageFromBean, "k0 t64@1 t64@2"),
-    };
+    static const std::vector<Layout> all = [] {
+        std::map<std::string, std::string> fields;
+        std::ifstream lines(TEST_FOLDER "/records.txt");
+        for (std::string name, line; lines >> name && std::getline(lines, line);)
+            fields[name] = line;
+        return std::vector<Layout>{
+            describe(fields["Disk"], &TestManager::getDiskFromBean),
+            describe(fields["Folder"], &TestManager::getFolderFromBean),
+            describe(fields["File"], &TestManager::getFileFromBean),
+            describe(fields["Data"], &TestManager::getDataFromBean),
+            describe(fields["DataType"], &TestManager::getDataTypeFromBean),
+            describe(fields["KFImageData"], &TestManager::getKFImageDataFromBean),
+            describe(fields["SatImageData"], &TestManager::getSatImageDataFromBean),
+            describe(fields["AdsImageData"], &TestManager::getAdsImageDataFromBean),
+            describe(fields["DemData"], &TestManager::getDemDataFromBean),
+            describe(fields["DsmData"], &TestManager::getDsmDataFromBean),
+            describe(fields["DomData"], &TestManager::getDomDataFromBean),
+            describe(fields["DlgData"], &TestManager::getDlgDataFromBean),
+            describe(fields["CtrlFileData"], &TestManager::getCtrlFileDataFromBean),
+            describe<DataSrcControlInfoBean, tagCtrlPointTable>(
+                fields["CtrlPointData"],
+                [](const auto& bean, auto& point) { TestManager::getCtrlPointDataFromBean(bean, point); }),
+            describe(fields["CommentInfo"], &TestManager::getCommentInfoFromBean),
+            describe(fields["CommentImage"], &TestManager::getCommentImageFromBean),
+        };
+    }();
     return all;
 }
 

@@ -3,7 +3,9 @@
 
 #include <QRegExp>
 
+#include <fstream>
 #include <random>
+#include <regex>
 
 namespace {
 
@@ -26,61 +28,6 @@ protected:
 
 const char kMatchFailed[] = "Match QRegExp(\"(.*)='(.*)'\") Failed : ";
 
-struct Case
-{
-    int type;
-    std::string text;
-    std::string bean;    ///< its fields beside sqldata, in the order of their places
-    std::string refusal; ///< a key that is missing, "type" or "form"; empty where the text is sent
-};
-
-const std::vector<Case>& cases()
-{
-    static const std::vector<Case> all = {
-        {3, "companyID='7',projectName='north'", " proname: \"north\" company_id: 7", ""},
-        {3, "projectName='n',x='1',companyID='007'", " proname: \"n\" company_id: 7", ""},
-        {3, "companyID='7', projectName='north'", "", "projectName"},
-        {3, "companyID='abc',projectName='n'", "", "companyID"},
-        {3, "companyID='',projectName='n'", "", "companyID"},
-        {3, "companyID='-1',projectName='n'", "", "companyID"},
-        {3, "companyid='7',projectName='n'", "", "companyID"},
-        {3, "companyID='4294967295',projectName='n'", "", "companyID"},
-        {3, "companyID='4294967294',projectName='n'", " proname: \"n\" company_id: 4294967294", ""},
-        {3, "companyID='4294967296',projectName='n'", "", "companyID"},
-        {3, "companyID='7',projectName=''", "", "projectName"},
-        {3, "projectName=''", "", "companyID"},
-        {3, "companyID='1',projectName='a',companyID='2'", " proname: \"a\" company_id: 2", ""},
-        {4, "projectID='5',dataType='DEM'", " datatype: \"DEM\" project_id: 5", ""},
-        {4, "projectID='5'", "", "dataType"},
-        {4, "dataType='DEM'", "", "projectID"},
-        {5, "mainFileID='A-17'", " mainfileid: \"A-17\"", ""},
-        {6, "mainFileID='17',imageName='x'", " mainfileid: \"17\"", ""},
-        {7, "mainFileID=' '", " mainfileid: \" \"", ""},
-        {8, "mainFileID='1'", " mainfileid: \"1\"", ""},
-        {9, "dqConID='3',conNumber='P1'", " connumber: \"P1\" dqcon_id: 3", ""},
-        {9, "dqConID='3',conNumber=''", "", "conNumber"},
-        {9, "conNumber='P1'", "", "dqConID"},
-        {10, "mainFileID='1'", " mainfileid: \"1\"", ""},
-        {11, "mainFileID='1'", " mainfileid: \"1\"", ""},
-        {12, "mainFileID='1'", " mainfileid: \"1\"", ""},
-        {13, "mainFileID='it's'", " mainfileid: \"it\\'s\"", ""},
-        {13, "mainFileID=''", "", "mainFileID"},
-        {13, "x='1'", "", "mainFileID"},
-        {5, "mainFileID='1'rest", " mainfileid: \"1\"", ""},
-        {5, "x='mainFileID='1'", "", "mainFileID"},
-        {2, "a='b'", "", "type"},
-        {14, "a='b'", "", "type"},
-        {-1, "a='b'", "", "type"},
-        {14, "a=b", "", "form"},
-        {5, "", "", "form"},
-        {5, "mainFileID='1',", "", "form"},
-        {5, "mainFileID='1,2'", "", "form"},
-        {5, "mainFileID=1", "", "form"},
-        {5, "mainFileID='", "", "form"},
-    };
-    return all;
-}
-
 /// The text of a bean in a request; quotes as the text format writes them.
 std::string quoted(std::string text)
 {
@@ -93,22 +40,32 @@ std::string quoted(std::string text)
 
 TEST_F(Registration, OneTextIsSentWholeWithWhatIdentifiesItOrRefused)
 {
-    for (const Case& one : cases()) {
-        SCOPED_TRACE(one.text);
-        const QString text = QString::fromStdString(one.text);
-        if (one.refusal.empty())
+    static const std::regex form("(-?\\d+) (.*) (->|!!) ?(.*)");
+    std::ifstream lines(TEST_FOLDER "/texts.txt");
+    int count = 0;
+    std::smatch match;
+    for (std::string line; std::getline(lines, line);) {
+        if (line[0] == '#')
+            continue;
+        SCOPED_TRACE(line);
+        ++count;
+        ASSERT_TRUE(std::regex_match(line, match, form));
+        const int kind = std::stoi(match[1]);
+        const std::string assignments = match[2], result = match[4];
+        const QString text = QString::fromStdString(assignments);
+        if (match[3] == "->")
             run({method("addImage", Verdict::accepted,
-                        "saveSingleDataByType {data_type_id: " + std::to_string(one.type) +
-                            " checkdatabean { sqldata: " + quoted(one.text) + one.bean + " }}",
-                        "id: 4294967290", "4294967290",
-                        [&](auto& m) { return m.addImage(one.type, text); })});
+                        "saveSingleDataByType {data_type_id: " + std::to_string(kind) +
+                            " checkdatabean { sqldata: " + quoted(assignments) + " " + result + " }}",
+                        "id: 4294967290", "4294967290", [&](auto& m) { return m.addImage(kind, text); })});
         else
-            refuses(one.refusal == "form" ? Lines{kMatchFailed + one.text}
-                                          : Lines{one.refusal == "type" ? "Image Type Error"
-                                                                        : "Can't Find Field : " + one.refusal,
-                                                  "Leave Function : addImage"},
-                    [&] { EXPECT_EQ(m_Manager.addImage(one.type, text), 0xFFFFFFFF); });
+            refuses(result == "form"
+                        ? Lines{kMatchFailed + assignments}
+                        : Lines{result == "type" ? "Image Type Error" : "Can't Find Field : " + result,
+                                "Leave Function : addImage"},
+                    [&] { EXPECT_EQ(m_Manager.addImage(kind, text), 0xFFFFFFFF); });
     }
+    EXPECT_EQ(count, 40);
 }
 
 TEST_F(Registration, ABatchIsOneCallAndNoneIfAnyTextIsBad)
