@@ -7,7 +7,7 @@
 
 namespace centre {
 
-/// Whether nobody waits for the result of long work any more, because its caller has gone or the centre
+/// Returns whether nobody waits for the result of long work any more, because its caller has gone or the centre
 /// stops. Never empty.
 using IsCanceled = std::function<bool()>;
 

@@ -6,7 +6,8 @@
 
 namespace centre {
 
-/// The day as YYYY-MM-DD, from that form, YYYYMMDD or YYYY/MM/DD; nothing if the text is no day.
+/// Returns the day as YYYY-MM-DD, from a text of that form, YYYYMMDD or YYYY/MM/DD; nothing for any other
+/// text.
 std::optional<std::string> isoDate(const std::string& text);
 
 } // namespace centre

@@ -6,18 +6,18 @@
 
 namespace centre {
 
-/// How `lumo-centre` ends. The numbers are documented in docs/centre.md and stay.
+/// The exit codes of `lumo-centre`. The numbers are documented in docs/centre.md and stay.
 enum class ExitCode
 {
     Success = 0,
-    Failed = 1,      ///< a reason of the machine: disk, permission, port, database
-    WrongUse = 2,    ///< arguments that can't be right
-    Incomplete = 3,  ///< imported, but something below the folder could not be registered
+    Failed = 1,      ///< refused, or the machine failed: disk, permission, port, database
+    WrongUse = 2,    ///< arguments that can't be valid
+    Incomplete = 3,  ///< imported, but not everything below the folder could be registered
     InUse = 4,       ///< another process serves the data folder
     NoDataFolder = 5 ///< not a data folder, one that exists already, or one of a newer version
 };
 
-/// What went wrong, in words for the one who runs the centre.
+/// A failure with a text for the operator, or for the user whose request is refused.
 class Error : public std::runtime_error
 {
 public:
@@ -28,7 +28,7 @@ private:
     ExitCode m_Code;
 };
 
-/// The refusal of a request, or of something that is to be brought in.
+/// Returns the refusal of a request or of content.
 inline Error refusal(const std::string& reason)
 {
     return {ExitCode::Failed, reason};

@@ -37,4 +37,9 @@ std::string escaped(const std::string& text)
     return result;
 }
 
+std::string counted(std::uint64_t count, const std::string& noun)
+{
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
 } // namespace centre

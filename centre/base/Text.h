@@ -1,12 +1,16 @@
 #ifndef LUMO_CENTRE_BASE_TEXT_H
 #define LUMO_CENTRE_BASE_TEXT_H
 
+#include <cstdint>
 #include <string>
 
 namespace centre {
 
-/// The text for a terminal: control characters and bytes that are not UTF-8 become \xNN.
+/// Returns the text for a terminal: control characters and bytes that are not UTF-8 become \xNN.
 std::string escaped(const std::string& text);
+
+/// Returns "1 problem", "2 problems": the count and the noun, whose plural ends with s.
+std::string counted(std::uint64_t count, const std::string& noun);
 
 } // namespace centre
 

@@ -18,7 +18,7 @@ std::string newToken()
 {
     QByteArray random(32, '\0');
     if (::getrandom(random.data(), random.size(), 0) != random.size())
-        throw Error(ExitCode::Failed, "the system gives no random numbers");
+        throw Error(ExitCode::Failed, "can't get random numbers from the system");
     return random.toBase64(QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals).toStdString();
 }
 

@@ -5,14 +5,14 @@
 
 namespace centre {
 
-/// A new secret of 256 random bits, as 43 characters that are safe in headers, files and shells.
+/// Returns a new secret of 256 random bits, as 43 characters that are safe in headers, files and shells.
 std::string newToken();
 
-/// What is kept of a token: its SHA-256, 32 bytes.
+/// Returns the part of a token that the data folder keeps: its SHA-256, 32 bytes.
 std::string tokenHash(const std::string& token);
 
-/// Writes a token and a line end to a file that only its owner may read, replacing what stood there.
-/// Throws Error if that fails.
+/// Writes a token and a line end to a file that only its owner may read. Replaces the file's content. Throws
+/// Error.
 void writeTokenFile(const std::string& path, const std::string& token);
 
 } // namespace centre

@@ -25,20 +25,20 @@ std::string lockFile(const std::string& dataFolder, const std::string& code)
            ".lock";
 }
 
-/// The data folder gets the address that the box listens on, so it must be one that leads there.
+/// Throws for an address that does not lead to one host: the data folder gives it to the clients.
 void requireOneHost(const std::string& text)
 {
     wirecall::Address address;
     in_addr v4 = {};
     in6_addr v6 = {};
     if (!wirecall::parseAddress(text, address))
-        return; // the endpoint tells
+        return; // the endpoint throws
     const char* host = address.host.c_str();
     if ((::inet_pton(AF_INET, host, &v4) == 1 && v4.s_addr == INADDR_ANY) ||
         (::inet_pton(AF_INET6, host, &v6) == 1 && IN6_IS_ADDR_UNSPECIFIED(&v6)))
         throw Error(ExitCode::WrongUse,
-                    "a box must be found at the address that it listens on: give a name or"
-                    " an address of this machine, not " +
+                    "clients must reach a box at the address that it listens on: give a name or an"
+                    " address of this machine, not " +
                         address.host);
 }
 
@@ -63,7 +63,7 @@ struct Box::Impl
     ConnectionPool pool;
     DataFolderCatalogue catalogue;
     BoxService service;
-    Endpoint endpoint; ///< destroyed first: its calls use what stands above
+    Endpoint endpoint; ///< destroyed first: its calls use the members above
 };
 
 Box::Box(const std::string& dataFolder, const std::string& code, const ListenOptions& listen, Faults& faults)

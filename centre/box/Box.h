@@ -19,22 +19,22 @@ class Faults;
 class Box
 {
 public:
-    /// Serves from the return of the constructor on, at `listen.address`, or if that is empty at the address
-    /// that the data folder has; from there on the data folder tells where the box really is. `faults`
-    /// outlives it. Throws Error: no data folder, no such box, one that is served already, what Endpoint
-    /// throws, an address that stands for every one of this machine.
+    /// Serves from the return of the constructor on, at `listen.address` or, if that is empty, at the address
+    /// in the data folder, and writes its real address there. `faults` must outlive it. Throws Error for a
+    /// folder that is not a data folder, a box that does not exist or that another process serves, and an
+    /// address such as 0.0.0.0, and throws what Endpoint throws.
     Box(const std::string& dataFolder, const std::string& code, const ListenOptions& listen, Faults& faults);
     ~Box();
 
     Box(const Box&) = delete;
     Box& operator=(const Box&) = delete;
 
-    /// What a box serves.
+    /// The services of a box.
     static std::vector<const google::protobuf::ServiceDescriptor*> services();
 
     const std::string& code() const;
     const std::string& address() const;
-    /// Ends running calls, then gives the box free. May be called again.
+    /// Ends running calls, then releases the box. May be called again.
     void stop();
 
 private:

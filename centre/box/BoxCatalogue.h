@@ -11,8 +11,8 @@ class Carried;
 
 namespace centre {
 
-/// What a storage box asks of the centre's catalogue. Safe from any thread; what fails for a reason of the
-/// machine throws std::exception.
+/// The questions of a storage box to the centre's catalogue. Safe from any thread. Functions throw
+/// std::exception when the machine fails.
 class BoxCatalogue
 {
 public:
@@ -29,7 +29,7 @@ public:
         Write
     };
 
-    /// What an upload brought.
+    /// A file or folder that was uploaded.
     struct Entry
     {
         std::string path; ///< on the box, absolute
@@ -38,13 +38,13 @@ public:
 
     virtual ~BoxCatalogue() = default;
 
-    /// Where `path` lies, if the user of `token` may use it so, judged by the message that the request
-    /// carries, too. Otherwise empty, with a `reason` for the user.
+    /// Returns the place of `path` if the user of `token` may use it so and the message in the request
+    /// agrees. Otherwise returns nothing and a `reason` for the user.
     virtual std::optional<Place> admit(const std::string& token, const haulbox::Carried& carried,
                                        const std::string& path, Use use, std::string& reason) = 0;
 
-    /// Registers what is not yet registered, with the folders above it, in one transaction. Throws
-    /// bulkhaul::FileFailure(haulbox::NO_SPACE) when the catalogue's disk is full.
+    /// Registers the entries that are not registered yet, with the folders above them, in one transaction.
+    /// Throws bulkhaul::FileFailure(haulbox::NO_SPACE) when the catalogue's disk is full.
     virtual void record(const std::vector<Entry>& entries) = 0;
 };
 

@@ -20,12 +20,12 @@ constexpr std::uint32_t kLargestQuestion = 256;
 constexpr int kLargestBatch = 1000;
 constexpr std::size_t kLargestFetch = 8 * kChunkSize;
 
-/// Thrown by a fault switch that breaks a call off.
+/// A fault switch throws it to break a call off.
 struct Broken
 {
 };
 
-/// Answers with what `work` did: the response's status tells what it threw.
+/// Answers with the result of `work`: the response's status says what it threw.
 template <class Response, class Work>
 void answer(google::protobuf::RpcController* call, Response& response, google::protobuf::Closure* done,
             Work work)
@@ -71,12 +71,13 @@ std::string targetPath(const std::string& path, const std::string& below)
     splitBelow(below); // throws for an unsafe one
     std::string target = joined(path, below);
     if (target.size() >= PATH_MAX)
-        throw FileFailure(haulbox::UNSAFE_NAME, "a path of " + std::to_string(target.size()) + " bytes");
+        throw FileFailure(haulbox::UNSAFE_NAME,
+                          "a path of " + std::to_string(target.size()) + " bytes is too long");
     return target;
 }
 
-/// A folder from which a place is reached, and its name in there; the root of a disk is reached from itself,
-/// by an empty name.
+/// A place as a folder and a name in it. The name is empty for the root of a disk, which is the folder
+/// itself.
 struct Located
 {
     Folder folder;
@@ -116,7 +117,7 @@ void requireQuestion(const haulbox::DigestsReq& request, std::uint64_t size)
 {
     if (request.chunks() > kLargestQuestion || request.first_chunk() > chunkCount(size) ||
         request.chunks() > chunkCount(size) - request.first_chunk())
-        throw FileFailure(haulbox::FAILED, "there are not that many chunks");
+        throw FileFailure(haulbox::FAILED, "the file has fewer chunks than asked for");
 }
 
 Digest requireDigest(const std::string& data, const std::string& digest, const std::string& name)
@@ -282,8 +283,7 @@ void BoxService::digests(Controller* call, const haulbox::DigestsReq* request, h
             for (std::uint32_t i = 0; i < request->chunks(); ++i) {
                 const std::uint64_t chunk = request->first_chunk() + i;
                 const Digest digest = upload.file->foundDigest(chunk);
-                upload.file->keep(chunk,
-                                  digest); // until it is written, the client being content with it
+                upload.file->keep(chunk, digest); // unless the client sends the chunk again
                 response->mutable_digests()->append(digest.data(), digest.size());
             }
         });

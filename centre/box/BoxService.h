@@ -9,8 +9,8 @@
 
 namespace centre {
 
-/// The file service of a storage box: real files below the folders that the catalogue admits. Safe from any
-/// thread. The controllers must be wirecall::ServerCall.
+/// The file service of a storage box: serves real files below the folders that the catalogue admits. Safe
+/// from any thread. The controllers must be wirecall::ServerCall.
 class BoxService : public haulbox::BoxServices
 {
 public:
@@ -47,10 +47,10 @@ private:
     void storeItems(const bulkhaul::Folder& target, const std::string& targetName,
                     const haulbox::StoreReq& request, haulbox::StoreRsp& response);
 
-    // Data that a call moves passes through these, where the fault switches are.
+    // The data that a call moves passes through these functions, which apply the fault switches.
     bool isSpoiled(const std::string& operation, std::size_t size);
     void send(const std::string& operation, std::string& data);
-    /// What arrived: `data`, or `spoiled`, which is changed then.
+    /// Returns the data that arrived: `data`, or after a fault `spoiled`, a changed copy.
     const std::string& arrived(const std::string& operation, const std::string& data, std::string& spoiled);
 
     BoxCatalogue& m_Catalogue;

@@ -23,11 +23,11 @@ bool parse(const haulbox::Carried& carried, AuthMsg& message, std::string& reaso
 {
     const std::string& wanted = AuthMsg::descriptor()->full_name();
     if (carried.type_name() != wanted)
-        reason = "the request carries " +
+        reason = "the request has " +
                  (carried.type_name().empty() ? "no message" : "a " + escaped(carried.type_name())) +
                  " where a " + wanted + " is needed";
     else if (!message.ParseFromString(carried.body()))
-        reason = "the " + wanted + " that the request carries can't be read";
+        reason = "the " + wanted + " in the request can't be read";
     return reason.empty();
 }
 
@@ -73,7 +73,7 @@ bool mayWrite(Connection& connection, const User& user, const Claim& claim, cons
     if (!user.mayWrite)
         reason = "user " + user.name + " may only read";
     else if (!root.diskId)
-        reason = escaped(path) + " belongs to a version, which is not written to";
+        reason = escaped(path) + " is in the package of a version, where nothing can be written";
     else if (claim.folderId && !holds(connection, *claim.folderId, user, boxCode, path))
         reason =
             "folder " + std::to_string(*claim.folderId) + " of the catalogue does not hold " + escaped(path);
@@ -92,7 +92,7 @@ public:
     void add(const BoxCatalogue::Entry& entry)
     {
         if (!isPlainAbsolutePath(entry.path))
-            throw std::runtime_error(escaped(entry.path) + " is not a path to register");
+            throw std::runtime_error(escaped(entry.path) + " is not a valid path to register");
         const std::vector<Folder>& there = folders(entry.folder ? entry.path : folderAbove(entry.path));
         if (there.empty())
             throw std::runtime_error("no disk of box " + m_BoxCode + " shows " + escaped(entry.path));
@@ -162,14 +162,14 @@ std::optional<BoxCatalogue::Place> DataFolderCatalogue::admit(const std::string&
     const std::optional<User> user = connection->user(token);
     std::optional<ServedRoot> root;
     if (!user)
-        reason = "the token is not that of a user of this centre";
+        reason = kUnknownToken;
     else if (claim->userName != user->name)
-        reason = "the token is not that of user " + escaped(claim->userName);
+        reason = "the token does not belong to user " + escaped(claim->userName);
     else if (!isPlainAbsolutePath(path))
-        reason = escaped(path) + " is not a path on a storage box";
+        reason = escaped(path) + " is not a valid path on a storage box";
     else if (!(root = findServedRoot(*connection, user->companyId, m_BoxCode, path)))
         reason =
-            escaped(path) + " is on no disk of box " + m_BoxCode + " that user " + user->name + " may use";
+            escaped(path) + " is not on a disk of box " + m_BoxCode + " that user " + user->name + " may use";
     else if (overlap(m_Pool.dataFolder(), path)) // also above it: a request may go on below its path
         reason = escaped(path) + " is in the centre's data folder or holds it";
     else if (use == Use::Read || mayWrite(*connection, *user, *claim, m_BoxCode, *root, path, reason))

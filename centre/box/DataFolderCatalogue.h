@@ -6,10 +6,10 @@
 
 namespace centre {
 
-/// The catalogue of a data folder, as one of its storage boxes asks it. A user may read and write what lies
-/// on a disk of the box that is of the user's company, and read the packages of versions on the box. A user
-/// who may only read may not write, and an upload that names a folder goes to that folder or below it. The
-/// data folder itself is out of reach.
+/// The catalogue of a data folder for one of its storage boxes. A user may read and write on the disks of the
+/// box that belong to the user's company, and read the packages of versions on the box. A read-only user may
+/// not write. An upload that names a folder must go to that folder or below it. Nobody reaches the data
+/// folder itself.
 class DataFolderCatalogue : public BoxCatalogue
 {
 public:
@@ -21,8 +21,8 @@ public:
     std::optional<Place> admit(const std::string& token, const haulbox::Carried& carried,
                                const std::string& path, Use use, std::string& reason) override;
 
-    /// On every disk of the box that shows the entry's place. Throws std::runtime_error for one that none
-    /// shows; nothing is registered then.
+    /// Registers on every disk of the box that shows the entry's place. Throws std::runtime_error for an
+    /// entry that no disk shows, and then registers nothing.
     void record(const std::vector<Entry>& entries) override;
 
 private:

@@ -13,8 +13,8 @@
 
 namespace centre {
 
-/// The digests of chunks that were served lately, so that the digest of a whole file costs no second
-/// reading. A file is known by a key that changes with its content. Safe from any thread.
+/// Keeps the digests of chunks that were served lately, so that the digest of a whole file needs no second
+/// read. A file's key changes with its content. Safe from any thread.
 class DigestCache
 {
 public:

@@ -10,7 +10,7 @@ namespace {
 constexpr std::chrono::minutes kLongestPause(10);
 constexpr int kUploadsOfUser = 64;
 
-/// Waits for those who use it.
+/// Waits for the calls that use it.
 void abandon(Upload& upload)
 {
     const std::unique_lock<std::shared_mutex> alone(upload.inUse);
@@ -62,7 +62,7 @@ void Uploads::giveUp(const std::string& path)
     abandonAll(stale);
 }
 
-/// Those with the same path, and those that have been idle for long.
+/// Takes the uploads to the same path and those that have been idle for long.
 Uploads::ByName Uploads::takeStale(const std::string& path)
 {
     ByName stale;

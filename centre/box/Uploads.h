@@ -17,11 +17,11 @@ namespace centre {
 /// One large file on its way into a box.
 struct Upload
 {
-    std::string token;  ///< of the user who began it
+    std::string token;  ///< of the user who began the upload
     std::string path;   ///< on the box
     std::uint64_t size; ///< of the whole file, in bytes
 
-    std::shared_mutex inUse;                      ///< shared by calls, alone when it is given up
+    std::shared_mutex inUse;                      ///< shared by calls, exclusive when it is given up
     std::unique_ptr<bulkhaul::IncomingFile> file; ///< empty once it is given up
 };
 
@@ -29,19 +29,20 @@ struct Upload
 class Uploads
 {
 public:
-    /// A new upload to `path`, under a new name, in place of any other to that path. The partial file of one
-    /// that nobody goes on with stays for the next.
-    /// A user has a limited number of them; the one idle for longest gives way.
+    /// Begins an upload to `path` and returns its new name. Gives up any other upload to that path, whose
+    /// partial file stays for the next. A user has a limited number of uploads; the one that is idle for
+    /// longest is given up.
     std::string begin(const std::string& token, const std::string& path, std::uint64_t size,
                       const std::function<std::unique_ptr<bulkhaul::IncomingFile>()>& open);
 
-    /// Calls `work` with the upload, unless it is not that user's, has ended or another has taken its place.
+    /// Calls `work` with the upload. Throws if it belongs to another user, has ended, or another has taken
+    /// its place.
     void use(const std::string& name, const std::string& token, const std::function<void(Upload&)>& work);
 
-    /// The same for the last time: nobody else uses it meanwhile or afterwards.
+    /// The same for the last time: no other call uses the upload meanwhile or afterwards.
     void finish(const std::string& name, const std::string& token, const std::function<void(Upload&)>& work);
 
-    /// Gives up an upload to `path`, since something else is put there.
+    /// Gives up an upload to `path`, because another file is written there.
     void giveUp(const std::string& path);
 
 private:
@@ -53,7 +54,7 @@ private:
 
     typedef std::map<std::string, Kept> ByName;
 
-    /// Each takes uploads out; the caller holds the mutex.
+    // Each removes uploads from the list. The caller holds the mutex.
     ByName takeStale(const std::string& path);
     void takeSurplus(const std::string& token, ByName& taken);
 

@@ -1,10 +1,12 @@
 #include "centre/content/BulkInsertion.h"
 
+#include "centre/base/Text.h"
+
 namespace centre {
 
 namespace {
 
-// So that indexes of millions of records are built without going to the disk for each.
+// Enough to build the indexes of millions of records without a disk access for each.
 constexpr char kLargeCache[] = "PRAGMA cache_size = -262144"; // KiB
 constexpr std::uint64_t kProgressStep = 10000;
 
@@ -29,7 +31,7 @@ std::uint32_t BulkInsertion::add(const RecordKind& kind, const RecordTexts& text
 RecordCounts BulkInsertion::finish()
 {
     m_Transaction->commit();
-    // A reader that is in the way leaves a long log for a later one to shorten.
+    // While others read, the log stays long; a later checkpoint shortens it.
     m_Database.tryExec("PRAGMA wal_checkpoint(TRUNCATE)");
     RecordCounts counts;
     for (const auto& [kind, count] : m_Counts)
@@ -39,11 +41,14 @@ RecordCounts BulkInsertion::finish()
 
 std::string countsText(const RecordCounts& counts)
 {
-    std::string text;
+    std::string kinds;
+    std::uint64_t all = 0;
     for (const RecordKind& kind : recordKinds())
-        if (const auto count = counts.find(kind.name); count != counts.end())
-            text += (text.empty() ? "" : ", ") + std::to_string(count->second) + " " + kind.name;
-    return text.empty() ? "nothing" : text;
+        if (const auto count = counts.find(kind.name); count != counts.end()) {
+            kinds += (kinds.empty() ? " (" : ", ") + kind.name + " " + std::to_string(count->second);
+            all += count->second;
+        }
+    return counted(all, "record") + (kinds.empty() ? "" : kinds + ")");
 }
 
 } // namespace centre

@@ -16,14 +16,14 @@ namespace centre {
 /// How many records of each kind were added, by the kind's name.
 using RecordCounts = std::map<std::string, std::uint64_t>;
 
-/// Many records in one transaction, which is rolled back unless it is finished.
+/// Adds many records in one transaction, and rolls it back unless `finish` is called.
 class BulkInsertion
 {
 public:
     BulkInsertion(SQLite::Database& database, const std::function<void(std::uint64_t)>& progress);
 
     std::uint32_t add(const RecordKind& kind, const RecordTexts& texts);
-    /// Commits; nothing may be added after it.
+    /// Commits. No record may be added afterwards.
     RecordCounts finish();
 
 private:
@@ -35,7 +35,7 @@ private:
     std::uint64_t m_Added = 0;
 };
 
-/// "1 project, 2 type, 25 sat", in the order of the kinds; "nothing".
+/// Returns "28 records (project 1, type 2, sat 25)", in the order of the kinds; "0 records".
 std::string countsText(const RecordCounts& counts);
 
 } // namespace centre

@@ -21,7 +21,7 @@ namespace centre {
 
 namespace {
 
-// A transaction ends after so many rows or so much time: few flushes, and other writers get their turn.
+// The limits of a transaction: few flushes, but other writers get their turn.
 constexpr int kBatchRows = 10000;
 constexpr std::chrono::milliseconds kBatchTime(500);
 
@@ -83,20 +83,20 @@ private:
             std::error_code unread;
             const fs::file_type type = entryType(*entry, unread);
             if (unread)
-                tell(unread.message() + ": ", entry->path().string());
+                report(entry->path().string(), unread.message());
             else if (type != fs::file_type::regular && type != fs::file_type::directory)
                 ++m_Report.skipped;
             else if (!platform::isUtf8(name))
-                tell("the name is not UTF-8: ", entry->path().string());
+                report(entry->path().string(), "the name is not UTF-8");
             else
                 (type == fs::file_type::regular ? names.files : names.folders).push_back(name);
         }
         if (error)
-            tell(error.message() + ": ", path.string());
+            report(path.string(), error.message());
         return names;
     }
 
-    /// The type that came with the directory entry, which spares a look at each file.
+    /// Returns the type in the directory entry, which needs no system call for each file.
     static fs::file_type entryType(const fs::directory_entry& entry, std::error_code& error)
     {
         if (entry.is_symlink(error))
@@ -124,10 +124,10 @@ private:
         countRow();
     }
 
-    void tell(const std::string& what, const std::string& path)
+    void report(const std::string& path, const std::string& reason)
     {
         ++m_Report.problems;
-        m_Problem(what + escaped(path));
+        m_Problem(escaped(path) + ": " + reason);
     }
 
     void begin()
@@ -170,7 +170,8 @@ std::string absoluteFolder(const std::string& folder)
     return path.string();
 }
 
-/// Disk and top folder, if the company has a disk of that name; it must show the same real folder.
+/// Returns the company's disk of that name and its top folder, if it exists. It must show the same real
+/// folder.
 std::optional<std::pair<std::uint32_t, std::uint32_t>> findDisk(Store& store, const ImportOptions& options,
                                                                 const std::string& rootPath)
 {
@@ -204,7 +205,7 @@ ImportReport importTree(Store& store, const ImportOptions& options,
 {
     ImportReport report;
     report.rootPath = absoluteFolder(options.folder);
-    // Who may write to a box could replace the database.
+    // A user who may write to a box could replace the database.
     if (overlap(store.dataFolder(), report.rootPath))
         throw Error(ExitCode::WrongUse, escaped(report.rootPath) +
                                             " holds the data folder or is part of it;" +

@@ -12,8 +12,8 @@ class Store;
 struct ImportOptions
 {
     std::string folder;    ///< the real folder whose content the disk shows
-    std::string diskName;  ///< made at the first import
-    std::string companyNo; ///< whose disk it is
+    std::string diskName;  ///< the first import makes the disk
+    std::string companyNo; ///< the company that owns the disk
     std::string boxCode;   ///< the storage box that holds the disk; empty: none, or as it was
 };
 
@@ -30,9 +30,9 @@ struct ImportReport
 };
 
 /// Registers every folder and file below a real folder as the content of a disk, in the order of their
-/// names. What is registered already keeps its identifier, also if it is gone from the folder; so an
-/// import that was broken off is completed by importing again. Each problem is told to `problem` as it
-/// is met, in words for a terminal, and the rest is imported. Throws Error.
+/// names. A folder or file that is registered already keeps its identifier, even after it has gone from the
+/// real folder; so another import completes one that was interrupted. Calls `problem` with a text for a
+/// terminal for each entry that it can't import, and imports the rest. Throws Error.
 ImportReport importTree(Store& store, const ImportOptions& options,
                         const std::function<void(const std::string&)>& problem);
 

@@ -20,8 +20,9 @@ const RecordKind& kindOf(const std::string& name)
     std::string names;
     for (const RecordKind& kind : recordKinds())
         names += (names.empty() ? "" : ", ") + kind.name;
-    throw Error(ExitCode::Failed, (name.empty() ? "kind is missing" : "there is no kind " + escaped(name)) +
-                                      "; the kinds are " + names);
+    throw Error(ExitCode::Failed,
+                (name.empty() ? "the key kind is missing" : "there is no kind " + escaped(name)) +
+                    "; the kinds are " + names);
 }
 
 } // namespace

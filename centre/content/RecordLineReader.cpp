@@ -98,9 +98,9 @@ private:
 
     bool refuse(const std::string& what)
     {
-        m_Reason = m_Depth == 0   ? "a line is an object, {...}, not " + what
+        m_Reason = m_Depth == 0   ? "a line must be an object, {...}, not " + what
                    : m_Depth == 1 ? escaped(m_Key) + " can't be " + what
-                                  : escaped(m_Key) + " are numbers and can't hold " + what;
+                                  : escaped(m_Key) + " must be numbers and can't hold " + what;
         return false;
     }
 

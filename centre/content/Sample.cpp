@@ -46,10 +46,6 @@ const std::vector<SampleKind>& sampleKinds()
     return kinds;
 }
 
-const std::vector<std::string> kDatums = {"WGS84", "北京54", "西安80", "中国2000", "自定义"};
-const std::vector<std::string> kProjections = {"经纬度",  "TM投影",         "高斯投影",
-                                               "UTM投影", "兰波特等角投影", "地心直角坐标"};
-const std::vector<std::string> kHemispheres = {"南半球", "北半球"};
 const std::vector<std::string> kPlaces = {"东部丘陵", "西部山地", "南岸",      "北岸",
                                           "城区",     "水库",     "Test field"};
 
@@ -188,39 +184,45 @@ private:
             first.addDays(static_cast<qint64>(m_Draw.below(4000))).toString(Qt::ISODate).toStdString());
     }
 
-    /// Gives every text of the record's bean that has none yet a value; one record of eight is left with
-    /// gaps.
+    /// Makes up the texts of the record's bean that it does not have yet. One record of eight gets gaps.
     void fill(const std::string& kindName)
     {
         const bool gaps = m_Draw.oneIn(8);
         for (const Column& column : findKind(kindName)->columns) {
             const auto isColumn = [&column](const auto& text) { return text.first == column.key; };
-            if (column.content != Content::Text || column.key == "sensor" ||
-                std::any_of(m_Texts.begin(), m_Texts.end(), isColumn))
+            if (!isFilled(column) || std::any_of(m_Texts.begin(), m_Texts.end(), isColumn))
                 continue;
-            std::string value = madeUp(column.name);
+            std::string value = madeUp(column);
             if (!gaps || !m_Draw.oneIn(4))
                 m_Texts.emplace_back(column.key, std::move(value));
         }
     }
 
-    std::string madeUp(const std::string& column)
+    static bool isFilled(const Column& column)
     {
-        if (column == "datum")
-            return m_Draw.oneOf(kDatums);
-        if (column == "projection")
-            return m_Draw.oneOf(kProjections);
-        if (column == "hemisphere")
-            return m_Draw.oneOf(kHemispheres);
-        if (column == "coord_text")
-            return "三度带，中央经线 " + std::to_string(75 + 3 * m_Draw.below(20)) + "E";
-        if (column.rfind("coord_", 0) == 0)
-            return m_Draw.decimal(-1000, 1000);
-        if (column.rfind("value", 0) == 0)
-            return m_Draw.decimal(0, 100);
-        if (column.rfind("count", 0) == 0)
+        switch (column.content) {
+        case Content::Text:
+            return column.key != "sensor";
+        case Content::Number:
+        case Content::Count:
+        case Content::Code:
+            return true;
+        default:
+            return false;
+        }
+    }
+
+    std::string madeUp(const Column& column)
+    {
+        if (column.content == Content::Code)
+            return m_Draw.oneOf(codeTexts(column.name));
+        if (column.content == Content::Count)
             return std::to_string(m_Draw.below(30000));
-        if (column == "text1" || column == "text2")
+        if (column.content == Content::Number)
+            return column.name.rfind("coord_", 0) == 0 ? m_Draw.decimal(-1000, 1000) : m_Draw.decimal(0, 100);
+        if (column.name == "coord_text")
+            return "三度带，中央经线 " + std::to_string(75 + 3 * m_Draw.below(20)) + "E";
+        if (column.name == "text1" || column.name == "text2")
             return m_Draw.oneOf(kPlaces) + " " + std::to_string(m_Draw.below(1000));
         return "T" + std::to_string(m_Draw.below(1000)); // fits the narrowest field of a record
     }

@@ -20,7 +20,7 @@ namespace centre {
 
 namespace {
 
-// How what can stand at one place of a version number is sorted.
+// The order of what a version number may hold at one place.
 enum Rank : char
 {
     kHyphen = 1,
@@ -30,16 +30,16 @@ enum Rank : char
     kNumber
 };
 
-constexpr std::size_t kLongestVersion = 200; // a run of digits tells its length in one byte
+constexpr std::size_t kLongestVersion = 200; // the length of a run of digits takes one byte
 
 std::string packagePath(const std::string& path)
 {
     std::error_code error;
     const fs::path real = fs::canonical(path, error);
     if (error)
-        throw Error(ExitCode::Failed, "no package " + escaped(path) + ": " + error.message());
+        throw Error(ExitCode::Failed, "can't read the package " + escaped(path) + ": " + error.message());
     if (!fs::is_regular_file(real) && !fs::is_directory(real))
-        throw Error(ExitCode::WrongUse, "a package is a file or a folder: " + escaped(path));
+        throw Error(ExitCode::WrongUse, "a package must be a file or a folder: " + escaped(path));
     if (real == "/" || !platform::isUtf8(real.string()))
         throw Error(ExitCode::WrongUse, "not a path for a package: " + escaped(real.string()));
     return real.string();
@@ -97,7 +97,7 @@ void addVersion(Store& store, const Version& version)
                  version.boxCode, packagePath(version.path), releaseDate(version.released), version.notes);
     statement.bind(9, place.data(), static_cast<int>(place.size()));
     insert(statement,
-           "there is a version " + version.version + " of " + version.number + ", or an equal one, already");
+           "version " + version.version + " of " + version.number + ", or an equal one, exists already");
 }
 
 } // namespace centre

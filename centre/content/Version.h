@@ -27,12 +27,12 @@ struct Version
     std::string notes;
 };
 
-/// Throws Error: a package that is not there, names and dates that can't be, a version number that is taken
-/// or equal to one that is, no such box.
+/// Adds a version. Throws Error for a package or box that does not exist, names and dates that are not valid,
+/// and a version number that exists already or equals one that does.
 void addVersion(Store& store, const Version& version);
 
-/// Bytes that compare as version numbers do: runs of digits as numbers; letters before a further part;
-/// what follows a hyphen before the number without it.
+/// Returns bytes that compare as version numbers do: runs of digits as numbers; letters before a further
+/// part; a number with a hyphen before the same without it.
 std::string versionPlace(const std::string& version);
 
 } // namespace centre

@@ -15,11 +15,11 @@ void requireSafe(const ListenOptions& options)
     if (!wirecall::parseAddress(options.address, address))
         throw Error(ExitCode::WrongUse, "not an address: " + options.address + "; an address is HOST:PORT");
     if (options.tlsCertificate.empty() != options.tlsKey.empty())
-        throw Error(ExitCode::WrongUse, "a TLS certificate and its key go together");
+        throw Error(ExitCode::WrongUse, "a TLS certificate needs its key, and the key its certificate");
     if (options.tlsCertificate.empty() && !options.plainText && !wirecall::isLoopbackHost(address.host))
         throw Error(ExitCode::WrongUse,
                     options.address + " can be reached from other machines: give --tls-cert and --tls-key,"
-                                      " or --plain-text if everyone on the way may read along");
+                                      " or --plain-text if everyone on the network may read it");
 }
 
 } // namespace
@@ -63,9 +63,9 @@ bool Endpoint::authenticate(const wirecall::ServerCall& call, std::string& reaso
     const std::string token = call.token();
     try {
         if (token.empty())
-            reason = "the call carries no token";
+            reason = "the call has no token";
         else if (!ConnectionPool::Lease(m_Pool)->user(token))
-            reason = "the token is not that of a user of this centre";
+            reason = kUnknownToken;
     } catch (const std::exception& exception) {
         std::cerr << "lumo-centre: checking a token: " + std::string(exception.what()) + "\n";
         reason = "the token can't be checked now";

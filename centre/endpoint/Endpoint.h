@@ -12,16 +12,16 @@
 
 namespace centre {
 
-/// Services at an address: for users of the data folder alone, with fault switches before them, and with
-/// the service that says hello.
+/// Serves services at an address, to users of the data folder only, with fault switches before the services,
+/// and with the service that says hello.
 class Endpoint
 {
 public:
     Endpoint(ConnectionPool& pool, Faults& faults);
 
-    /// Before `start`; the service must outlive `stop`.
+    /// To be called before `start`; the service must outlive `stop`.
     void add(google::protobuf::Service& service);
-    /// Throws Error: an address that can't be listened on, plain text beyond this machine.
+    /// Throws Error for an address that it can't listen on, or plain text beyond this machine.
     void start(const ListenOptions& options);
     void stop() { m_Server.stop(); }
 
@@ -43,7 +43,7 @@ private:
     Hub m_Hub;
     std::list<FaultyService> m_Services;
     std::string m_Address;
-    wirecall::RpcServer m_Server; ///< destroyed first: its calls use what stands above
+    wirecall::RpcServer m_Server; ///< destroyed first: its calls use the members above
 };
 
 } // namespace centre

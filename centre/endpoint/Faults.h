@@ -9,7 +9,7 @@
 
 namespace centre {
 
-/// What a fault switch makes of a call.
+/// The way in which a call fails.
 struct Fault
 {
     enum class Kind
@@ -24,20 +24,20 @@ struct Fault
 
     Kind kind;
     std::int32_t result = 0; ///< of Kind::Result
-    std::uint64_t after = 0; ///< of Kind::Break: the bytes that the operation moves before
+    std::uint64_t after = 0; ///< of Kind::Break: the number of bytes that the operation moves before it
 };
 
-/// Whether the fault is one of the data that a call moves.
+/// Whether the fault concerns the data that a call moves.
 bool isOnData(const Fault& fault);
 
 /// How often a fault switch fired.
 struct FaultCount
 {
-    std::string text; ///< as the switch was given
+    std::string text; ///< the switch, as the operator wrote it
     std::uint64_t fired;
 };
 
-/// The fault switches of a centre that is tested against. Safe from any thread once all are added.
+/// The fault switches of a centre, for tests of its clients. Safe from any thread once all are added.
 class Faults
 {
 public:
@@ -52,11 +52,10 @@ public:
     /// for any other text.
     Added add(const std::string& text);
 
-    /// Counts a call; tells the first switch that fires for it. Only faults of any call: stall, exit, refuse,
-    /// result.
+    /// Counts a call. Returns the fault of the first switch that fires for it: stall, exit, refuse or result.
     std::optional<Fault> fires(const std::string& operation);
-    /// Counts a call that moves so many bytes; tells the first switch that fires for it. Only faults of the
-    /// data: corrupt, break.
+    /// Counts a call that moves data. Returns the fault of the first switch that fires for it: corrupt or
+    /// break.
     std::optional<Fault> firesOnData(const std::string& operation, std::uint64_t bytes);
 
     std::vector<FaultCount> counts() const;

@@ -36,7 +36,7 @@ const MethodDescriptor& findOperation(const std::vector<const ServiceDescriptor*
     for (const ServiceDescriptor* service : services)
         names += (names.empty() ? "" : ", ") + service->full_name();
     throw Error(ExitCode::WrongUse,
-                "there is no operation " + name + " to fault; what is served here is " + names);
+                "there is no operation " + name + " that could fail; the services here are " + names);
 }
 
 bool movesData(const MethodDescriptor& method)
@@ -72,10 +72,12 @@ void addFaults(Faults& faults, const std::vector<std::string>& texts,
         const MethodDescriptor& method = findOperation(services, added.operation);
         if (added.fault.kind == Fault::Kind::Result && !method.output_type()->FindFieldByName("result"))
             throw Error(ExitCode::WrongUse,
-                        added.operation + " has no result to fault; it can stall, exit or refuse");
+                        added.operation +
+                            " has no result that a fault could set; it can stall, exit or refuse");
         if (isOnData(added.fault) && !movesData(method))
-            throw Error(ExitCode::WrongUse, added.operation + " moves no data to fault; a storage box's read,"
-                                                              " fetch, write and store do");
+            throw Error(ExitCode::WrongUse, added.operation +
+                                                " moves no data; only read, fetch, write and store of a"
+                                                " storage box do");
     }
 }
 

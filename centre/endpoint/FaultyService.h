@@ -11,8 +11,8 @@
 
 namespace centre {
 
-/// Stands before a service: when a fault switch fires for a call, the call goes wrong instead of getting to
-/// the service. Faults of the data are left to the service.
+/// Passes calls to a service. When a fault switch fires for a call, the call fails instead. The service
+/// itself handles faults of the data.
 class FaultyService : public google::protobuf::Service
 {
 public:
@@ -41,8 +41,8 @@ private:
     Faults& m_Faults;
 };
 
-/// Adds fault switches for the operations of these services. Throws Error(WrongUse): a text that is no
-/// switch, an operation that none of them has or that can't go wrong in that way.
+/// Adds fault switches for the operations of these services. Throws Error(WrongUse) for a text that is not a
+/// switch, and for an operation that no service has or that can't fail in that way.
 void addFaults(Faults& faults, const std::vector<std::string>& texts,
                const std::vector<const google::protobuf::ServiceDescriptor*>& services);
 

@@ -5,13 +5,12 @@
 
 namespace centre {
 
-/// The right to serve something, held by one process at a time while the object lives. The system gives
-/// it back when the process ends, however it ends.
+/// The right to serve something. One process at a time has it, while the object lives. The system releases it
+/// when the process ends, however it ends.
 class ServeLock
 {
 public:
-    /// Throws Error(InUse), which names the process, when `what` is served already. `path` is of the file
-    /// that is locked.
+    /// Locks the file `path`. Throws Error(InUse), which names the process, when another serves `what`.
     ServeLock(const std::string& path, const std::string& what);
     ~ServeLock();
 

@@ -19,8 +19,8 @@ namespace {
 
 constexpr std::size_t kShownOfTaskId = 200; // it may be megabytes
 
-/// Runs the work of an operation. The reason why it failed, which goes to standard error too; empty if it
-/// did not.
+/// Runs the work of an operation. Returns the reason of its failure and writes it to standard error; empty
+/// after success.
 std::string attempt(const char* operation, const std::function<void()>& work)
 {
     try {
@@ -38,7 +38,7 @@ IsCanceled cancellationOf(const RpcController* call)
     return [call] { return call->IsCanceled(); };
 }
 
-void tell(forgeserver::AnalyzeImageRsp& response, const std::string& error)
+void setResult(forgeserver::AnalyzeImageRsp& response, const std::string& error)
 {
     response.set_analyze_result(error.empty());
     if (!error.empty())
@@ -46,7 +46,7 @@ void tell(forgeserver::AnalyzeImageRsp& response, const std::string& error)
 }
 
 template <class CopyRsp>
-void tell(CopyRsp& response, const std::string& error)
+void setResult(CopyRsp& response, const std::string& error)
 {
     response.set_copy_result(error.empty());
     if (!error.empty())
@@ -86,7 +86,7 @@ void ForgeService::TransferProgress(RpcController*, const forgeserver::TransferP
 void ForgeService::AnalyzeImage(RpcController* controller, const forgeserver::AnalyzeImageReq* request,
                                 forgeserver::AnalyzeImageRsp* response, Closure* done)
 {
-    tell(*response, attempt("AnalyzeImage", [&] {
+    setResult(*response, attempt("AnalyzeImage", [&] {
         analyzeImage(m_Pool, userOf(controller), *request, cancellationOf(controller));
     }));
     done->Run();
@@ -96,7 +96,7 @@ void ForgeService::AnalyzeImages(RpcController* controller, const forgeserver::A
                                  forgeserver::AnalyzeImagesRsp* response, Closure* done)
 {
     for (const forgeserver::AnalyzeImageReq& each : request->analyze_req())
-        tell(*response->add_analyze_rsp(), attempt("AnalyzeImages", [&] {
+        setResult(*response->add_analyze_rsp(), attempt("AnalyzeImages", [&] {
             analyzeImage(m_Pool, userOf(controller), each, cancellationOf(controller));
         }));
     done->Run();
@@ -105,7 +105,7 @@ void ForgeService::AnalyzeImages(RpcController* controller, const forgeserver::A
 void ForgeService::FileCopyToDb(RpcController* controller, const forgeserver::FileCopyToDbReq* request,
                                 forgeserver::FileCopyToDbRsp* response, Closure* done)
 {
-    tell(*response, attempt("FileCopyToDb", [&] {
+    setResult(*response, attempt("FileCopyToDb", [&] {
         m_Copy.copyIn(userOf(controller), *request, cancellationOf(controller));
     }));
     done->Run();
@@ -114,7 +114,7 @@ void ForgeService::FileCopyToDb(RpcController* controller, const forgeserver::Fi
 void ForgeService::FileCopyFromDb(RpcController* controller, const forgeserver::FileCopyFromDbReq* request,
                                   forgeserver::FileCopyFromDbRsp* response, Closure* done)
 {
-    tell(*response, attempt("FileCopyFromDb", [&] {
+    setResult(*response, attempt("FileCopyFromDb", [&] {
         m_Copy.copyOut(userOf(controller), *request, cancellationOf(controller));
     }));
     done->Run();

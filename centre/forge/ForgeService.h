@@ -11,8 +11,8 @@
 
 namespace centre {
 
-/// The data operations service. What it refuses it tells the caller, where the answer has a place for that,
-/// and on standard error.
+/// The data operations service. Writes the reason of a refusal to standard error, and to the answer if that
+/// has a field for it.
 class ForgeService : public forgeserver::ForgeServices
 {
 public:
@@ -24,13 +24,12 @@ public:
 
     const std::vector<std::string>& copyRoots() const { return m_Copy.roots(); }
 
-    /// A failure fails the call: the answer has no place for it.
+    /// A failure fails the call, because the answer has no field for it.
     void CreateFolder(google::protobuf::RpcController* controller,
                       const forgeserver::CreateFolderReq* request, forgeserver::CreateFolderRsp* response,
                       google::protobuf::Closure* done) override;
 
-    /// Passes when `serv_path` lies where the caller may read on some storage box. Nothing else of the
-    /// request is looked at.
+    /// Passes when the caller may read `serv_path` on some storage box. Ignores the rest of the request.
     void CheckTransfer(google::protobuf::RpcController* controller,
                        const forgeserver::CheckTransferReq* request, forgeserver::CheckTransferRsp* response,
                        google::protobuf::Closure* done) override;

@@ -40,11 +40,11 @@ public:
                                       static_cast<std::uint32_t>(reference.ref_id()));
         const std::string name = reference.text().substr(reference.text().find_last_of("/\\") + 1);
         if (!name.empty() && name != place.name)
-            throw refusal("in the catalogue it is " + shown(place.name));
+            throw refusal("its name in the catalogue is " + shown(place.name));
         return place;
     }
 
-    /// Runs `look` on the place of each file; a failure names the file.
+    /// Calls `look` with each reference and the place of its file. A failure names the file.
     template <class Look>
     void forEach(const char* what, const google::protobuf::RepeatedPtrField<Reference>& references,
                  Look look) const

@@ -7,11 +7,10 @@
 
 namespace centre {
 
-/// Looks at the real files of an image: main files must be images that can be read, metadata and attached
-/// files must be there. Each reference is an identifier of the storage catalogue with the file's name or
-/// none. With the flag what was found goes into the main files' records: short_text "GTiff 512x256x3",
-/// long_text the georeference. Throws std::exception with a reason that begins with the image's name. It
-/// is given up when nobody waits for the call's answer any more.
+/// Reads the real files of an image: main files must be whole images, metadata and attached files must exist.
+/// Each reference is an identifier of the storage catalogue, with the file's name or none. With the flag,
+/// writes the results to the main files' records: short_text "GTiff 512x256x3", long_text the georeference.
+/// Throws std::exception, also when it is canceled, with a reason that begins with the image's name.
 void analyzeImage(ConnectionPool& pool, const User& user, const forgeserver::AnalyzeImageReq& request,
                   const IsCanceled& isCanceled);
 

@@ -10,7 +10,7 @@
 
 namespace centre {
 
-/// What an image file says of itself.
+/// The properties of an image file.
 struct ImageFacts
 {
     std::string format; ///< "GTiff", a TIFF with georeference; "TIFF", "JPEG", "PNG"
@@ -18,10 +18,10 @@ struct ImageFacts
     std::uint32_t height;
     std::uint32_t bands;
 
-    /// Where the image lies, in the units of its reference system.
+    /// The image's bounds, in the units of its reference system.
     struct Georeference
     {
-        std::string system; ///< "EPSG:4326"; "local" if the file names none of EPSG's
+        std::string system; ///< "EPSG:4326"; "local" if the file names no system of EPSG
         double west;
         double south;
         double east;

@@ -14,7 +14,8 @@ namespace {
 
 constexpr int kMostScans = 100; // each goes over the whole image; ten are usual
 
-/// The library's error handling, which leaves by a jump: no object of a class is made below it.
+/// The library's error handling leaves by a jump, so no function below it may have an object with a
+/// destructor.
 struct Errors
 {
     jpeg_error_mgr manager;
@@ -29,7 +30,7 @@ struct Errors
     std::longjmp(errors->place, 1); // NOLINT(cert-err52-cpp): the library's way out
 }
 
-/// Of the warnings these say that data is damaged or missing.
+/// Leaves at those warnings that mean damaged or missing data.
 void leaveAtLoss(j_common_ptr image, int level)
 {
     const int code = image->err->msg_code;
@@ -38,7 +39,7 @@ void leaveAtLoss(j_common_ptr image, int level)
         leave(image);
 }
 
-/// What the library calls again and again while it decodes.
+/// The library calls its progress monitor again and again while it decodes.
 struct Progress
 {
     jpeg_progress_mgr manager;
@@ -90,7 +91,7 @@ ImageFacts readJpeg(std::FILE* file, const IsCanceled& isCanceled)
     errors.manager.emit_message = leaveAtLoss;
     Progress progress = {{}, &isCanceled};
     progress.manager.progress_monitor = leaveIfTooLong;
-    // A progressive image that would take too much memory is left, too, before its data is read.
+    // A progressive image that would take too much memory is not damaged: only its header is read.
     const bool whole =
         readAll(image, errors, progress, file) || errors.manager.msg_code == JERR_NO_BACKING_STORE;
     ImageFacts facts{"JPEG", image.image_width, image.image_height,

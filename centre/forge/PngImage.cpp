@@ -13,7 +13,8 @@ namespace {
 
 constexpr std::size_t kLongestError = 199;
 
-/// The library's error handling leaves by a jump: no object of a class is made below it.
+/// The library's error handling leaves by a jump, so no function below it may have an object with a
+/// destructor.
 [[noreturn]] void leave(png_structp png, png_const_charp text)
 {
     std::strncat(static_cast<char*>(png_get_error_ptr(png)), text, kLongestError);
@@ -31,7 +32,7 @@ struct Header
     png_byte bands = 0;
 };
 
-/// Reads an image; `row`, which png_malloc made, is for the caller to free. False when it was left.
+/// Reads an image. The caller frees `row`, which png_malloc allocates. Returns false after an error.
 bool readAll(png_structp png, png_infop info, std::FILE* file, const IsCanceled& isCanceled, Header& header,
              png_bytep& row)
 {

@@ -18,7 +18,7 @@ FilePlace placeOf(ConnectionPool& pool, const User& user, std::uint32_t fileId)
     return placeOfFile(*connection, user, pool.dataFolder(), fileId);
 }
 
-/// Leaves the names of files that are in the folder, once each; "./" before a name means nothing.
+/// Keeps the names of files that are in the folder, once each, without a leading "./".
 void keepThoseIn(Connection& connection, std::uint32_t folderId, std::vector<std::string>& names)
 {
     SQLite::Statement& beside = connection.statement(kBeside);

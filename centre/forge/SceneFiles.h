@@ -6,9 +6,9 @@
 
 namespace centre {
 
-/// Reads the metadata file of a scene, a file of the storage catalogue. Of the files that it names those that
-/// stand beside it in the catalogue are left; the metadata file itself is the first of the metaFiles.
-/// Throws std::exception with the reason.
+/// Reads the metadata file of a scene, a file of the storage catalogue. Keeps the names of files that are in
+/// the same folder of the catalogue, and puts the metadata file itself first in metaFiles. Throws
+/// std::exception with the reason.
 Scene readScene(ConnectionPool& pool, const User& user, std::uint32_t fileId,
                 Scene (*read)(const std::string& content));
 

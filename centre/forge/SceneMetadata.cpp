@@ -27,10 +27,10 @@ std::string trimmed(const std::string& text)
 void requireText(const std::string& text)
 {
     if (!platform::isUtf8(text) || text.find('\0') != std::string::npos)
-        throw refusal("the file is no text in UTF-8");
+        throw refusal("the file is not text in UTF-8");
 }
 
-/// XML has no character 0, and the parser would end a text there.
+/// Throws for a reference to the character 0, which XML does not allow and where the parser would end a text.
 void requireNoNul(const std::string& xml)
 {
     for (std::size_t at = xml.find("&#"); at != std::string::npos; at = xml.find("&#", at + 2)) {
@@ -56,9 +56,9 @@ public:
         for (const pugi::xml_node node : m_Document.children())
             if (node.type() == pugi::node_doctype &&
                 std::string(node.value()).find("<!ENTITY") != std::string::npos)
-                throw refusal("the XML declares entities, which are not read");
+                throw refusal("the XML declares entities, which are not supported");
         if (!m_Document.child("Dimap_Document"))
-            throw refusal("no DIMAP document");
+            throw refusal("not a DIMAP document");
     }
 
     std::string text(const char* path) const
@@ -71,7 +71,7 @@ public:
         return value;
     }
 
-    /// Those that the elements of that name refer to, in their order and as often.
+    /// The files that the elements of that name refer to, in their order and with repetitions.
     std::vector<std::string> files(const char* element) const
     {
         std::vector<std::string> names;
@@ -135,7 +135,7 @@ Scene readAlosSummary(const std::string& text)
     forEachLine(text, [&scene](const std::string& line) {
         const std::size_t sign = line.find("=\"");
         if (sign == std::string::npos || sign + 2 == line.size() || line.back() != '"')
-            throw refusal("a line of a summary is key=\"value\", not " + escaped(line.substr(0, 100)));
+            throw refusal("a line of a summary must be key=\"value\", not " + escaped(line.substr(0, 100)));
         const std::string key = line.substr(0, sign);
         const std::string value = trimmed(line.substr(sign + 2, line.size() - sign - 3));
         if (key == "Scs_SceneID")

@@ -7,7 +7,7 @@
 
 namespace centre {
 
-/// What a metadata file tells of its scene. Texts are UTF-8; files are names as they stand in it.
+/// The content of a scene's metadata file. Texts are UTF-8; files are names as the metadata file has them.
 struct Scene
 {
     std::string name;
@@ -15,7 +15,8 @@ struct Scene
     std::vector<std::string> metaFiles; ///< further metadata
 };
 
-// Each throws Error(Failed) for a text that is not of its format.
+// Each function reads the content of a file and throws Error(Failed) for one that is not of its format. Bytes
+// of any kind are safe.
 
 /// SPOT 5, DIMAP 1, usually metadata.dim: the name is Dataset_Id/DATASET_NAME.
 Scene readSpot5Dim(const std::string& xml);
@@ -25,9 +26,9 @@ Scene readSpot6Dim(const std::string& xml);
 /// Pdi_...ProductFileNameNN those that begin with IMG- are images.
 Scene readAlosSummary(const std::string& text);
 
-/// ADS, a key and its value on each line, with blanks, tabs, "=" or ":" between them: IMAGE_ID, which must be
-/// there, SENSOR_TYPE, IMAGE_FILE, ORIENTATION_FILE, CALIBRATION_FILE, DATE_TIME; empty where it has none.
-/// Keys are read in any case.
+/// ADS, a key and its value on each line, with blanks, tabs, "=" or ":" between them: IMAGE_ID, which is
+/// required, SENSOR_TYPE, IMAGE_FILE, ORIENTATION_FILE, CALIBRATION_FILE, DATE_TIME; empty for a key that is
+/// missing. The case of keys does not matter.
 std::array<std::string, 6> readAdsSup(const std::string& text);
 
 } // namespace centre

@@ -20,7 +20,7 @@ constexpr std::size_t kShown = 200; // of a path
 
 using bulkhaul::Folder;
 
-/// The path without separators that say nothing: doubled ones and that at its end.
+/// Returns the path without doubled separators and without one at its end.
 std::string plainPath(std::string path)
 {
     const auto bothSeparators = [](char one, char next) { return one == '/' && next == '/'; };
@@ -42,12 +42,12 @@ void requireFree(const Folder& folder, const std::string& name, bool overwrite)
     if (!folder.find(name, status))
         return;
     if (!overwrite)
-        throw refusal(escaped(name) + " is there already and is not to be overwritten");
+        throw refusal(escaped(name) + " exists already and is not to be overwritten");
     if (!S_ISREG(status.st_mode))
-        throw refusal(escaped(name) + " is there already and is no file");
+        throw refusal(escaped(name) + " exists already and is not a file");
 }
 
-/// Whole, or nothing is left behind: no later copy would go on with a part.
+/// Copies a file whole or leaves nothing: no later copy would go on with a part.
 void copy(const bulkhaul::SourceFile& source, Folder to, const std::string& name, bool overwrite,
           const IsCanceled& isCanceled)
 {
@@ -55,7 +55,7 @@ void copy(const bulkhaul::SourceFile& source, Folder to, const std::string& name
     try {
         std::string data;
         std::uint64_t chunk = 0;
-        do { // for an empty file, too: from the first write on nobody else can give the name
+        do { // also for an empty file: from the first write on nobody else can take the name
             requireNotCanceled(isCanceled);
             source.read(chunk, data);
             target.write(chunk, data, bulkhaul::digestOf(data));
@@ -78,11 +78,11 @@ ServerCopy::ServerCopy(ConnectionPool& pool, const std::vector<std::string>& cop
         std::error_code error;
         const std::string path = std::filesystem::canonical(root, error).string();
         if (error || !std::filesystem::is_directory(path))
-            throw Error(ExitCode::WrongUse, "not a folder to copy from and to: " + escaped(root));
+            throw Error(ExitCode::WrongUse, "a copy root must be a folder: " + escaped(root));
         if (overlap(pool.dataFolder(), path))
             throw Error(ExitCode::WrongUse,
                         escaped(path) +
-                            " is in the centre's data folder or holds it; nothing is copied there");
+                            " is in the centre's data folder or holds it, and can't be a copy root");
         m_Roots.push_back(path);
     }
 }
@@ -91,7 +91,7 @@ ServerCopy::ServerCopy(ConnectionPool& pool, const std::vector<std::string>& cop
 std::string ServerCopy::requireRoot(const std::string& path) const
 {
     if (!isPlainAbsolutePath(path))
-        throw refusal(escaped(path.substr(0, kShown)) + " is no plain absolute path, /FOLDER/NAME");
+        throw refusal(escaped(path.substr(0, kShown)) + " is not a plain absolute path, /FOLDER/NAME");
     std::string found;
     for (const std::string& root : m_Roots)
         if (isAtOrBelow(root, path) && root.size() > found.size())
@@ -118,7 +118,7 @@ std::uint32_t ServerCopy::makeFolder(const User& user, const forgeserver::Create
     FolderPlace place =
         placeOfFolder(*connection, user, m_Pool.dataFolder(), request.first_id(), request.second_id());
     const std::uint32_t id = connection->storageTree().makeFolders(place.diskId, place.folderId, names);
-    // Again, because it may have come to lie in the data folder.
+    // Again, because the new folder may lie in the data folder.
     place = placeOfFolder(*connection, user, m_Pool.dataFolder(), id);
     if (place.isLocal())
         place.open(Folder::Missing::MakeFlushed);
@@ -133,7 +133,7 @@ void ServerCopy::copyIn(const User& user, const forgeserver::FileCopyToDbReq& re
     const std::string path = plainPath(request.src_file());
     const std::string root = requireRoot(path);
     if (path == root)
-        throw refusal(escaped(root) + " is no file");
+        throw refusal(escaped(root) + " is not a file");
     const std::string name = lastName(path);
     const bulkhaul::SourceFile source(
         Folder::open(root).below(bulkhaul::splitBelow(pathBelow(root, folderAbove(path)))), name);
@@ -182,7 +182,7 @@ void ServerCopy::copyOut(const User& user, const forgeserver::FileCopyFromDbReq&
         if (isFolder(target, last))
             target = target.below(last);
         else if (request.dist_path().back() == '/')
-            throw refusal(escaped(path) + " is no folder");
+            throw refusal(escaped(path) + " is not a folder");
         else
             name = last;
     }

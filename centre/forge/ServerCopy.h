@@ -16,17 +16,16 @@ namespace centre {
 class ServerCopy
 {
 public:
-    /// Throws Error(WrongUse) for a root that is no folder, or one that the data folder is in or that is in
-    /// it.
+    /// Throws Error(WrongUse) for a root that is not a folder, or that holds the data folder or lies in it.
     ServerCopy(ConnectionPool& pool, const std::vector<std::string>& copyRoots);
 
     /// Absolute, without symbolic links.
     const std::vector<std::string>& roots() const { return m_Roots; }
 
-    /// Makes what is missing of a folder's path, on the disk if that is local and in the catalogue; the
-    /// identifier of its last folder.
+    /// Makes the missing folders of a path, in the catalogue, and on the disk if that is local. Returns the
+    /// identifier of the last folder.
     std::uint32_t makeFolder(const User& user, const forgeserver::CreateFolderReq& request);
-    // A copy is given up when nobody waits for the call's answer any more.
+    // A copy that is canceled throws Error(Failed).
     void copyIn(const User& user, const forgeserver::FileCopyToDbReq& request, const IsCanceled& isCanceled);
     void copyOut(const User& user, const forgeserver::FileCopyFromDbReq& request,
                  const IsCanceled& isCanceled);

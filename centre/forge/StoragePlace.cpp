@@ -6,6 +6,7 @@
 #include "centre/store/Ownership.h"
 #include "centre/store/ResetAtEnd.h"
 #include "components/bulkhaul/FileFailure.h"
+#include "lumo/core/LumoDataTypes.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -44,7 +45,7 @@ bulkhaul::Folder FolderPlace::open(bulkhaul::Folder::Missing missing) const
 {
     if (!isLocal())
         throw refusal("the root of disk " + std::to_string(diskId) + ", " + escaped(root) +
-                      ", is no folder of the centre's machine");
+                      ", is not a folder on the centre's machine");
     return bulkhaul::Folder::open(root).below(below, missing);
 }
 
@@ -57,7 +58,7 @@ void requireOutside(const std::string& dataFolder, const FolderPlace& place)
 FolderPlace placeOfFolder(Connection& connection, const User& user, const std::string& dataFolder,
                           std::uint32_t folderId)
 {
-    requireOwn(connection, user, kFolderKind, folderId);
+    requireOwn(connection, user, DATA_TYPE_FOLDER, folderId);
     SQLite::Statement& way = connection.statement(kWayDown);
     const ResetAtEnd resetAtEnd(way);
     SQLite::bind(way, folderId);
@@ -77,7 +78,7 @@ FolderPlace placeOfFolder(Connection& connection, const User& user, const std::s
                           std::uint32_t diskId, std::uint32_t folderId)
 {
     if (diskId != 0)
-        requireOwn(connection, user, kDiskKind, diskId);
+        requireOwn(connection, user, DATA_TYPE_DISK, diskId);
     if (folderId == 0 && diskId != 0)
         folderId = connection.storageTree().topFolder(diskId).value();
     FolderPlace place = placeOfFolder(connection, user, dataFolder, folderId);
@@ -90,7 +91,7 @@ FolderPlace placeOfFolder(Connection& connection, const User& user, const std::s
 FilePlace placeOfFile(Connection& connection, const User& user, const std::string& dataFolder,
                       std::uint32_t fileId)
 {
-    requireOwn(connection, user, kFileKind, fileId);
+    requireOwn(connection, user, DATA_TYPE_FILE, fileId);
     std::uint32_t folderId = 0;
     std::string name;
     {
@@ -114,7 +115,7 @@ OpenFile openFile(const FilePlace& place)
     if (!handle || ::fstat(handle.get(), &status) != 0)
         bulkhaul::throwErrno(haulbox::UNREADABLE, place.name);
     if (!S_ISREG(status.st_mode))
-        throw refusal(place.name + " is no regular file");
+        throw refusal(place.name + " is not a regular file");
     return {std::move(handle), static_cast<std::uint64_t>(status.st_size)};
 }
 
@@ -122,8 +123,8 @@ std::string readFile(const FilePlace& place, std::uint64_t limit)
 {
     const OpenFile file = openFile(place);
     if (file.size > limit)
-        throw refusal(place.name + " has " + std::to_string(file.size) + " bytes; " + std::to_string(limit) +
-                      " are read at most");
+        throw refusal(place.name + " has " + std::to_string(file.size) + " bytes, more than " +
+                      std::to_string(limit));
     std::string data(file.size, '\0');
     std::size_t read = 0;
     while (read < data.size()) {

@@ -10,7 +10,7 @@
 
 namespace centre {
 
-/// Where a folder of the storage catalogue really is. Functions throw Error(Failed) and
+/// The real place of a folder of the storage catalogue. Functions throw Error(Failed) and
 /// bulkhaul::FileFailure.
 struct FolderPlace
 {
@@ -34,10 +34,10 @@ struct FilePlace
     std::string name;
 };
 
-/// The folder, which must be of the user's company and outside the centre's data folder.
+/// Returns the place of a folder. It must belong to the user's company and be outside the data folder.
 FolderPlace placeOfFolder(Connection& connection, const User& user, const std::string& dataFolder,
                           std::uint32_t folderId);
-/// The same, by disk and folder, one of which may be 0: the folder's disk, the disk's top folder.
+/// The same, by disk and folder. Disk 0 is the folder's disk, folder 0 the disk's top folder.
 FolderPlace placeOfFolder(Connection& connection, const User& user, const std::string& dataFolder,
                           std::uint32_t diskId, std::uint32_t folderId);
 FilePlace placeOfFile(Connection& connection, const User& user, const std::string& dataFolder,
@@ -52,7 +52,7 @@ struct OpenFile
 
 OpenFile openFile(const FilePlace& place);
 
-/// Up to `limit` bytes are read; a larger file is an error.
+/// Reads a whole file. A file of more than `limit` bytes is an error.
 std::string readFile(const FilePlace& place, std::uint64_t limit);
 
 } // namespace centre

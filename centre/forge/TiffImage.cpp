@@ -19,7 +19,7 @@ namespace {
 
 using Tiff = std::unique_ptr<TIFF, decltype(&TIFFClose)>;
 
-/// Keeps the first error of a file; nothing is printed.
+/// Keeps the first error of a file and prints nothing.
 int keepError(TIFF*, void* kept, const char*, const char* format, va_list arguments)
 {
     auto& text = *static_cast<std::string*>(kept);
@@ -31,8 +31,8 @@ int keepError(TIFF*, void* kept, const char*, const char* format, va_list argume
     return 1;
 }
 
-/// A field that can't be read is a mere warning to the library, which then goes on without it. Warnings about
-/// odd fields, which many programs write, are dropped.
+/// Keeps the warning about a field that can't be read: the library goes on without the field. Drops warnings
+/// about odd fields, which many programs write.
 int keepLoss(TIFF* tiff, void* kept, const char* module, const char* format, va_list arguments)
 {
     return std::string_view(format).rfind("IO error", 0) == 0
@@ -56,16 +56,16 @@ Tiff open(bulkhaul::FileHandle file, std::string& error)
     return tiff;
 }
 
-/// The strips or tiles of the image must lie in the file, and the first and last be readable if they are not
-/// too large for that.
+/// Throws unless the strips or tiles of the image lie in the file and the first and the last can be read.
+/// Those that are too large are not read.
 void requireData(TIFF* tiff, std::uint64_t fileSize, const IsCanceled& isCanceled, const std::string& error)
 {
-    constexpr std::uint64_t kLeastOfPiece = 4; // bytes that tell where a piece is
+    constexpr std::uint64_t kLeastOfPiece = 4; // the bytes of a piece's offset
     const bool tiled = TIFFIsTiled(tiff) != 0;
     const std::uint32_t pieces = tiled ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff);
     const tmsize_t size = tiled ? TIFFTileSize(tiff) : TIFFStripSize(tiff);
     if (pieces == 0 || size <= 0 || pieces > fileSize / kLeastOfPiece)
-        throw refusal("damaged TIFF: pieces of no possible number or size");
+        throw refusal("damaged TIFF: an impossible number or size of strips or tiles");
     bool allEmpty = true;
     for (std::uint32_t i = 0; i < pieces; ++i) {
         const std::uint64_t offset = TIFFGetStrileOffset(tiff, i);

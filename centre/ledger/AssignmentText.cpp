@@ -21,8 +21,8 @@ std::pair<std::string, std::string> parsePiece(const std::string& piece)
         if (sign != std::string::npos)
             return {piece.substr(0, sign), piece.substr(sign + 2, closing - sign - 2)};
     }
-    throw Error(ExitCode::Failed,
-                "a record is key='value',key='value', not " + escaped("\"" + piece.substr(0, kShown) + "\""));
+    throw Error(ExitCode::Failed, "a record must be key='value',key='value', not " +
+                                      escaped("\"" + piece.substr(0, kShown) + "\""));
 }
 
 } // namespace

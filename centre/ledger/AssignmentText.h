@@ -7,10 +7,10 @@
 
 namespace centre {
 
-/// Takes the text of a registration apart: pieces key='value' with one comma between them. A key runs to the
-/// last =' of its piece that has a quote behind it, a value to the piece's last quote; what follows that is
-/// not looked at. Of a key that comes several times the last value counts. Throws Error(Failed) for a piece
-/// of any other form.
+/// Parses the text of a registration: pieces key='value' with one comma between them. A key ends at the last
+/// =' of its piece that a quote follows, a value at the piece's last quote; the rest of the piece is ignored.
+/// The last value of a repeated key counts. Throws Error(Failed) for a piece of any other form. Bytes of any
+/// kind are safe.
 RecordTexts parseAssignments(const std::string& text);
 
 } // namespace centre

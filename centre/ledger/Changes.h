@@ -9,15 +9,15 @@
 
 namespace centre {
 
-/// Who asks for a change, and the connection that it is made on.
+/// The user who asks for a change, and the connection for it.
 struct Caller
 {
     Connection& connection;
     const User& user;
 };
 
-/// An operation of the catalogue service that changes it, run inside one transaction. What it throws, and any
-/// result but kDone, leaves the catalogue as it was.
+/// An operation of the catalogue service that changes the catalogue, in one transaction. An exception, or any
+/// result but kDone, rolls it back.
 struct Change
 {
     std::string name;

@@ -31,7 +31,7 @@ constexpr char kAddMark[] = "INSERT INTO image_mark(comm_id, data_type_id, recor
 constexpr char kRemoveMark[] =
     "DELETE FROM image_mark WHERE comm_id = ? AND data_type_id = ? AND record_id = ?";
 
-/// How many rows the statement changed.
+/// Runs a statement and returns how many rows it changed.
 template <class... Values>
 int change(const Caller& caller, const char* sql, const Values&... values)
 {
@@ -41,7 +41,7 @@ int change(const Caller& caller, const char* sql, const Values&... values)
     return statement.exec();
 }
 
-/// The first column of the first row.
+/// Returns the first column of the first row.
 template <class... Values>
 std::optional<std::uint32_t> find(const Caller& caller, const char* sql, const Values&... values)
 {
@@ -53,14 +53,15 @@ std::optional<std::uint32_t> find(const Caller& caller, const char* sql, const V
     return statement.getColumn(0).getUInt();
 }
 
-/// A comment says something; its state may be empty.
+/// Throws unless the texts can be a comment: its content must not be empty, its state may be.
 void requireTexts(const std::string& content, const std::string& state)
 {
     if (content.empty())
-        throw refusal("a comment without content");
+        throw refusal("a comment must have a content");
     for (const std::string& text : {content, state})
         if (!platform::isUtf8(text) || text.find('\0') != std::string::npos)
-            throw refusal("a comment is UTF-8 without the character 0, not " + escaped(text.substr(0, 100)));
+            throw refusal("a comment must be UTF-8 without the character 0, not " +
+                          escaped(text.substr(0, 100)));
 }
 
 void requireComment(const Caller& caller, std::uint32_t id)
@@ -79,7 +80,8 @@ Result addComment(const Caller& caller, const DataUtilBeanReq& request, DataUtil
 {
     const auto company = static_cast<std::uint32_t>(request.company_id());
     if (company != caller.user.companyId)
-        throw refusal("company " + std::to_string(company) + " is not that of user " + caller.user.name);
+        throw refusal("company " + std::to_string(company) + " is not the company of user " +
+                      caller.user.name);
     requireTexts(request.commentcontent(), request.commentstate());
     change(caller, kAddComment, company, request.commentcontent(), request.commentstate());
     response.set_id(

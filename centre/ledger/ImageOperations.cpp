@@ -43,8 +43,8 @@ void addPoints(std::vector<Operation>& operations, const RecordKind& kind)
           points + ofControl + "ORDER BY point_id" + pageLimit()}});
 }
 
-/// A page of the records that `from` selects in the order of an index: those before it are passed over in the
-/// index alone, and only its own rows are read.
+/// Selects a page of the records that `from` selects in the order of an index: skips those before the page in
+/// the index alone and reads only the rows of the page.
 std::string pageOf(const RecordKind& kind, const std::string& from, const std::string& order)
 {
     const std::string& id = kind.idColumn();
@@ -60,7 +60,7 @@ void addOfType(std::vector<Operation>& operations, const RecordKind& kind)
     const std::string& id = kind.idColumn();
     const bool isControl = table == "control";
     const std::string ofType = "FROM " + table + " WHERE type_id = :type_id ";
-    // From the types to their records, so that both come in the order of an index.
+    // Goes from the types to their records, both in the order of an index.
     const std::string ofProject =
         "FROM type CROSS JOIN " + table + " USING (type_id) WHERE project_id = :project_id ";
     operations.insert(

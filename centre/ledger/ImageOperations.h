@@ -7,11 +7,11 @@
 
 namespace centre {
 
-/// The operations of the image catalogue: projects, types, images, products and control data, made for each
-/// kind from its columns.
+/// The operations of the image catalogue: projects, types, images, products and control data, made from
+/// the columns of each kind.
 std::vector<Operation> imageOperations();
 
-/// The searches of the image catalogue; docs/centre.md tells what they match.
+/// The searches of the image catalogue; docs/centre.md says what they match.
 std::vector<Operation> searchOperations();
 
 } // namespace centre

@@ -3,6 +3,7 @@
 #include "centre/ledger/AnnotationOperations.h"
 #include "centre/ledger/ImageOperations.h"
 #include "centre/store/StorageTree.h"
+#include "lumo/core/LumoDataTypes.h"
 
 #include <array>
 #include <iterator>
@@ -19,14 +20,16 @@ const std::string kFiles = kFileColumns + "FROM file ";
 
 const std::string kPage = pageLimit();
 
-const std::string kFoldersOfProject =
-    "FROM data_folder JOIN folder ON folder.id = src_id"
-    " JOIN comment_record ON comment_id = :comment_id AND data_type_id = 1 AND record_id = src_id"
-    " WHERE project_id = :project_id";
-const std::string kFilesOfProject =
-    "FROM data_file JOIN file ON file.id = file_id"
-    " JOIN comment_record ON comment_id = :comment_id AND data_type_id = 2 AND record_id = file_id"
-    " WHERE project_id = :project_id";
+const std::string kFoldersOfProject = "FROM data_folder JOIN folder ON folder.id = src_id"
+                                      " JOIN comment_record ON comment_id = :comment_id AND data_type_id = " +
+                                      std::to_string(DATA_TYPE_FOLDER) +
+                                      " AND record_id = src_id"
+                                      " WHERE project_id = :project_id";
+const std::string kFilesOfProject = "FROM data_file JOIN file ON file.id = file_id"
+                                    " JOIN comment_record ON comment_id = :comment_id AND data_type_id = " +
+                                    std::to_string(DATA_TYPE_FILE) +
+                                    " AND record_id = file_id"
+                                    " WHERE project_id = :project_id";
 
 const std::string kVersion =
     "SELECT name AS version_text_1, versionno AS version_text_2, app_full_path, released AS version_text_4,"

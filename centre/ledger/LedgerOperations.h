@@ -11,11 +11,11 @@ namespace centre {
 /// The operations of ledgerserver.LedgerServices that read; Changes.h has the others.
 const std::vector<Operation>& ledgerOperations();
 
-/// How the query of a total begins.
+/// The start of the query of a total.
 inline const std::string kCount = "SELECT count(*) AS total ";
 
-/// What cuts the request's page from a list that an index holds in its order. A caller that asks for more
-/// than the limit gets less than it asked for, and goes on from there.
+/// Returns the SQL that selects the request's page from a list in the order of an index. A caller that asks
+/// for more records than the limit gets fewer and continues from there.
 std::string pageLimit();
 
 } // namespace centre

@@ -10,12 +10,12 @@
 
 namespace centre {
 
-/// The catalogue service: an operation is answered by its query or makes its change. Which of the records a
-/// user sees is for the calls to say; what a user changes must be of the user's company.
+/// The catalogue service: answers an operation by its query, or makes its change. Every user may read all
+/// records; a record that a user changes must belong to the user's company.
 class LedgerService : public ledgerserver::LedgerServices
 {
 public:
-    /// Prepares all queries once, so that a mistake shows at the start: throws what Query throws.
+    /// Prepares all queries once, so that a mistake in one fails the start: throws what Query throws.
     explicit LedgerService(ConnectionPool& pool);
 
     void CallMethod(const google::protobuf::MethodDescriptor* method,

@@ -1,8 +1,8 @@
 #include "centre/ledger/Changes.h"
 #include "centre/store/Ownership.h"
-#include "centre/store/RecordKinds.h"
 #include "centre/store/ResetAtEnd.h"
 #include "ledgerserver.pb.h"
+#include "lumo/core/LumoDataTypes.h"
 
 namespace centre {
 
@@ -10,25 +10,25 @@ namespace {
 
 using namespace ledgerserver;
 
-/// How records of a kind are linked to data projects.
+/// The statements that link records of a type to data projects.
 struct Link
 {
-    int kind;
+    ENUM_DATA_TYPE type;
     const char* add;
     const char* remove;
 };
 
 constexpr Link kFolderLink = {
-    kFolderKind, "INSERT INTO data_folder(project_id, src_id) VALUES (?, ?) ON CONFLICT DO NOTHING",
+    DATA_TYPE_FOLDER, "INSERT INTO data_folder(project_id, src_id) VALUES (?, ?) ON CONFLICT DO NOTHING",
     "DELETE FROM data_folder WHERE project_id = ? AND src_id = ?"};
-constexpr Link kFileLink = {kFileKind,
+constexpr Link kFileLink = {DATA_TYPE_FILE,
                             "INSERT INTO data_file(project_id, file_id) VALUES (?, ?) ON CONFLICT DO NOTHING",
                             "DELETE FROM data_file WHERE project_id = ? AND file_id = ?"};
 
 bool run(const Caller& caller, const Link& link, const char* sql, std::uint32_t project, std::uint32_t record)
 {
-    requireOwn(caller.connection, caller.user, findKind("project")->number, project);
-    requireOwn(caller.connection, caller.user, link.kind, record);
+    requireOwn(caller.connection, caller.user, DATA_TYPE_DATA, project);
+    requireOwn(caller.connection, caller.user, link.type, record);
     SQLite::Statement& change = caller.connection.statement(sql);
     const ResetAtEnd resetAtEnd(change);
     SQLite::bind(change, project, record);

@@ -14,14 +14,13 @@ namespace {
 
 using namespace ledgerserver;
 
-const RecordKind& kindOf(int number)
+const RecordKind& kindOf(int type)
 {
     const auto& kinds = recordKinds();
     const auto kind = std::find_if(kinds.begin(), kinds.end(),
-                                   [number](const RecordKind& each) { return each.number == number; });
+                                   [type](const RecordKind& each) { return each.number == type; });
     if (kind == kinds.end())
-        throw Error(ExitCode::Failed,
-                    "records of data type " + std::to_string(number) + " can't be registered");
+        throw refusal("records of data type " + std::to_string(type) + " can't be registered");
     return *kind;
 }
 
@@ -38,11 +37,11 @@ public:
     {
         const RecordTexts texts = parseAssignments(assignments);
         const std::uint32_t id = m_Writer.add(m_Kind, texts);
-        // What the writer took is well formed; now it is the row that tells whose it would be.
+        // The texts are well formed by now; the new row shows whose it would be.
         requireOwn(m_Caller.connection, m_Caller.user, m_Kind.number, id);
         for (const auto& [key, text] : texts)
             if (key == "mainFileID" && !text.empty())
-                requireOwn(m_Caller.connection, m_Caller.user, kFileKind,
+                requireOwn(m_Caller.connection, m_Caller.user, DATA_TYPE_FILE,
                            static_cast<std::uint32_t>(std::stoul(text)));
         return id;
     }

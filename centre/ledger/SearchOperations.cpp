@@ -17,7 +17,8 @@ constexpr double kTurn = 360;
 constexpr char kFirstDay[] = "0001-01-01";
 constexpr char kLastDay[] = "9999-12-31";
 
-// In a condition that is fit, what is not asked for is NULL; the dates stand together; west <= east.
+// In a condition that is fit, a field without a condition is NULL, both dates are there or neither, and
+// west <= east.
 
 // The bounds as they are and a turn to either side, for what lies across the date line.
 const std::string kTurns = "(SELECT 0 AS turn UNION ALL SELECT 360 UNION ALL SELECT -360)";
@@ -32,7 +33,7 @@ const std::string kNamesMatch =
     " OR (upper(:data_type) IN ('DEM', 'DSM', 'DOM', 'DLG') AND data_type = :data_type COLLATE NOCASE)) ";
 const std::string kTypes = "FROM project CROSS JOIN type USING (project_id) ";
 
-/// Identifiers of the kind's records that lie in the bounds, as near as the index tells them apart.
+/// Selects the identifiers of the kind's records in the bounds, with the index's precision.
 std::string inBounds(const RecordKind& kind)
 {
     return "SELECT id FROM " + kTurns + " CROSS JOIN " + kind.name +
@@ -52,7 +53,7 @@ std::string withoutBounds(const RecordKind& kind, const std::string& typeId)
            ids + "AND :sentype IS NULL AND :start_date IS NULL ";
 }
 
-/// Says which records of the request's type match. The + keeps the search on the identifiers.
+/// The condition that a record of the request's type matches. The + keeps the search on the identifiers.
 std::string isHit(const RecordKind& kind)
 {
     return kind.name + "." + kind.idColumn() + " IN (" + inBounds(kind) + "UNION ALL " +
@@ -60,7 +61,7 @@ std::string isHit(const RecordKind& kind)
            "AND EXISTS (SELECT 1 " + kTypes + "WHERE type.type_id = :type_id AND " + kNamesMatch + ") ";
 }
 
-/// Bounds are gone through once for all types, an index of a type once for each.
+/// Searches the bounds once for all types, and an index of the types once for each type.
 std::string searchOfTypes()
 {
     std::string inBoundsOfAny;
@@ -104,14 +105,15 @@ void makeBoundsFit(DataUtilBeanReq& request)
     if (!request.use_bounds())
         return request.clear_use_bounds();
     if (!request.has_bound_a() || !request.has_bound_b() || !request.has_bound_c() || !request.has_bound_d())
-        throw std::runtime_error("bounds are four numbers: west, south, east, north");
+        throw std::runtime_error("bounds need four numbers: west, south, east, north");
     const double west = request.bound_a();
     const double east = request.bound_c() < west ? request.bound_c() + kTurn : request.bound_c();
-    // Written so that what is no number does not pass.
+    // Written so that NaN fails.
     if (!(west <= east && request.bound_b() <= request.bound_d()))
-        throw std::runtime_error(
-            "no bounds: west " + std::to_string(west) + ", south " + std::to_string(request.bound_b()) +
-            ", east " + std::to_string(request.bound_c()) + ", north " + std::to_string(request.bound_d()));
+        throw std::runtime_error("not valid bounds: west " + std::to_string(west) + ", south " +
+                                 std::to_string(request.bound_b()) + ", east " +
+                                 std::to_string(request.bound_c()) + ", north " +
+                                 std::to_string(request.bound_d()));
     request.set_bound_c(east);
 }
 

@@ -11,28 +11,29 @@ CLI::App* command(CLI::App& app, Arguments& arguments, ExitCode& result, const s
                   const std::string& description, ExitCode (*run)(const Arguments&))
 {
     CLI::App* command = app.add_subcommand(name, description);
-    command->add_option("DATA", arguments.data, "the centre's data folder")->required();
+    command->add_option("DATA", arguments.data, "the centre's data folder")->type_name("")->required();
     command->callback([&arguments, &result, run] { result = run(arguments); });
     return command;
 }
 
 namespace {
 
-/// Gives a new user's token to whom it concerns. A token that can't be written to its file is shown, since
-/// it can't be had again.
+/// Writes a new user's token to its file or the output. Shows a token that can't be written to its file,
+/// since there is no other copy of it.
 ExitCode handOver(const Arguments& arguments, const std::string& token)
 {
     if (!arguments.tokenFile.empty()) {
         try {
             writeTokenFile(arguments.tokenFile, token);
-            std::cout << "token of user " << arguments.userName << " written to " << arguments.tokenFile
+            std::cout << "wrote the token of user " << arguments.userName << " to " << arguments.tokenFile
                       << "\n";
             return ExitCode::Success;
         } catch (const Error& error) {
-            std::cerr << "lumo-centre: " << error.what() << "; it is shown instead\n";
+            std::cerr << "lumo-centre: " << error.what() << "; here it is instead\n";
         }
     }
-    const std::string shown = "token of user " + arguments.userName + ", shown only now: " + token + "\n";
+    const std::string shown =
+        "token of user " + arguments.userName + ", shown only this once: " + token + "\n";
     if (!(std::cout << shown << std::flush))
         std::cerr << shown;
     return arguments.tokenFile.empty() ? ExitCode::Success : ExitCode::Failed;
@@ -72,8 +73,10 @@ ExitCode addArea(const Arguments& arguments)
 
 void addTokenFile(CLI::App* command, Arguments& arguments)
 {
-    command->add_option("--token-file", arguments.tokenFile,
-                        "write the user's token there instead of showing it");
+    command
+        ->add_option("--token-file", arguments.tokenFile,
+                     "the file to write the user's token to, instead of showing it")
+        ->type_name("FILE");
 }
 
 } // namespace
@@ -82,27 +85,37 @@ void addAdministration(CLI::App& app, Arguments& arguments, ExitCode& result)
 {
     CLI::App* each =
         command(app, arguments, result, "init", "make a data folder with a company and a user", init);
-    each->add_option("--company", arguments.companyNo, "the company's number")->capture_default_str();
-    each->add_option("--user", arguments.userName, "the user's name")->capture_default_str();
+    each->add_option("--company", arguments.companyNo, "the company's number")
+        ->type_name("NO")
+        ->capture_default_str();
+    each->add_option("--user", arguments.userName, "the user's name")
+        ->type_name("NAME")
+        ->capture_default_str();
     addTokenFile(each, arguments);
 
     each = command(app, arguments, result, "add-company", "add a company", addCompany);
-    each->add_option("NO", arguments.companyNo, "its number")->required();
+    each->add_option("NO", arguments.companyNo, "the company's number")->type_name("")->required();
 
     each = command(app, arguments, result, "add-user", "add a user of a company", addUser);
-    each->add_option("NAME", arguments.userName, "the user's name")->required();
-    each->add_option("--company", arguments.companyNo, "the company's number")->required();
-    each->add_flag("--read-only", arguments.readOnly, "the user may download, not upload");
+    each->add_option("NAME", arguments.userName, "the user's name")->type_name("")->required();
+    each->add_option("--company", arguments.companyNo, "the company's number")->type_name("NO")->required();
+    each->add_flag("--read-only", arguments.readOnly,
+                   "the user may read and download, but not change or upload anything");
     addTokenFile(each, arguments);
 
-    each = command(app, arguments, result, "add-box", "add a storage box", addBox);
-    each->add_option("CODE", arguments.boxCode, "its code")->required();
-    each->add_option("ADDRESS", arguments.boxAddress, "its address, HOST:PORT")->required();
+    each = command(app, arguments, result, "add-box", "add a storage box and its address", addBox);
+    each->add_option("CODE", arguments.boxCode, "the box's code")->type_name("")->required();
+    each->add_option("ADDRESS", arguments.boxAddress, "the box's address, HOST:PORT")
+        ->type_name("")
+        ->required();
 
     each = command(app, arguments, result, "add-area", "add a national area", addArea);
-    each->add_option("ID", arguments.areaId, "its identifier")->required();
-    each->add_option("NAME", arguments.areaName, "its name")->required();
-    each->add_option("--parent", arguments.areaParent, "identifier of the area that it is part of");
+    each->add_option("ID", arguments.areaId, "the area's identifier, a number from 1 to 4294967294")
+        ->type_name("")
+        ->required();
+    each->add_option("NAME", arguments.areaName, "the area's name")->type_name("")->required();
+    each->add_option("--parent", arguments.areaParent, "the identifier of the area that it is part of")
+        ->type_name("ID");
 }
 
 } // namespace centre

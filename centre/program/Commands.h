@@ -15,7 +15,7 @@
 
 namespace centre {
 
-/// What the program's arguments say, for whatever command was chosen.
+/// The arguments of all commands.
 struct Arguments
 {
     std::string data;

@@ -19,9 +19,11 @@ namespace {
 
 ExitCode addVersion(const Arguments& arguments)
 {
+    if (arguments.programNo.empty() && arguments.moduleNo.empty())
+        throw Error(ExitCode::WrongUse, "give the number of a program or a module, --program or --module");
     Version version = arguments.version;
     version.kind = arguments.moduleNo.empty() ? VersionKind::Program : VersionKind::Module;
-    version.number = arguments.programNo + arguments.moduleNo; // one of them alone is given
+    version.number = arguments.programNo + arguments.moduleNo; // one of them is empty
     Store store(arguments.data);
     addVersion(store, version);
     return ExitCode::Success;
@@ -34,51 +36,52 @@ ExitCode importTree(const Arguments& arguments)
     ImportOptions options = arguments.import;
     options.companyNo = arguments.companyNo;
     const ImportReport report = importTree(store, options, [](const std::string& problem) {
-        std::cerr << "lumo-centre: not imported, " + problem + "\n";
+        std::cerr << "lumo-centre: not imported: " + problem + "\n";
     });
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
     std::cout << "imported " << report.rootPath << " as " << (report.diskIsNew ? "new disk " : "disk ")
-              << options.diskName << ": " << report.newFolders << " folders new, " << report.knownFolders
-              << " known; " << report.newFiles << " files new, " << report.knownFiles << " known; "
-              << report.skipped << " links or special files skipped; " << report.problems << " problems; "
-              << std::fixed << std::setprecision(2) << time.count() << " s\n";
+              << options.diskName << ": " << counted(report.newFolders, "new folder") << ", "
+              << report.knownFolders << " known; " << counted(report.newFiles, "new file") << ", "
+              << report.knownFiles << " known; " << report.skipped << " skipped (links and special files); "
+              << counted(report.problems, "problem") << "; " << std::fixed << std::setprecision(2)
+              << time.count() << " s\n";
     return report.problems == 0 ? ExitCode::Success : ExitCode::Incomplete;
 }
 
-/// How many records there are so far, on a line of a terminal's standard error.
+/// Shows the number of records so far on a line of standard error, if that is a terminal.
 class RecordProgress
 {
 public:
     ~RecordProgress()
     {
-        if (m_Told)
+        if (m_Shown)
             std::cerr << "\r\033[K" << std::flush;
     }
 
-    void tell(std::uint64_t records)
+    void show(std::uint64_t records)
     {
         const auto now = std::chrono::steady_clock::now();
-        if (!m_IsTerminal || now - m_LastTold < std::chrono::milliseconds(200))
+        if (!m_IsTerminal || now - m_LastShown < std::chrono::milliseconds(200))
             return;
-        std::cerr << "\rlumo-centre: " << records << " records" << std::flush;
-        m_LastTold = now;
-        m_Told = true;
+        std::cerr << "\rlumo-centre: " << counted(records, "record") << std::flush;
+        m_LastShown = now;
+        m_Shown = true;
     }
 
 private:
     const bool m_IsTerminal = ::isatty(STDERR_FILENO) != 0;
-    std::chrono::steady_clock::time_point m_LastTold = std::chrono::steady_clock::now();
-    bool m_Told = false;
+    std::chrono::steady_clock::time_point m_LastShown = std::chrono::steady_clock::now();
+    bool m_Shown = false;
 };
 
-/// Runs `add`, which adds records and is given what takes their progress, and tells what came of it.
+/// Calls `add`, which adds records, with a function that shows its progress. Prints the counts and the time.
 template <class Add>
 ExitCode addRecords(const std::string& done, Add add)
 {
     const auto start = std::chrono::steady_clock::now();
     const RecordCounts counts = [&add] {
         RecordProgress progress;
-        return add([&progress](std::uint64_t records) { progress.tell(records); });
+        return add([&progress](std::uint64_t records) { progress.show(records); });
     }();
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
     std::cout << done << ": " << countsText(counts) << "; " << std::fixed << std::setprecision(2)
@@ -114,16 +117,22 @@ void addRecordCommands(CLI::App& app, Arguments& arguments, ExitCode& result)
 {
     CLI::App* each =
         command(app, arguments, result, "load", "add records of the image catalogue from JSON lines", load);
-    each->add_option("FILE", arguments.recordFile, "a JSON object on each line; - for standard input")
+    each->add_option("FILE", arguments.recordFile,
+                     "the file, a JSON object on each line; - for standard input")
+        ->type_name("")
         ->required();
 
     each = command(app, arguments, result, "sample", "add a made-up image catalogue for trials", sample);
-    each->add_option("--images", arguments.sampleImages, "how many images and products")
+    each->add_option("--images", arguments.sampleImages, "how many images and products, up to 100000000")
         ->required()
-        ->check(CLI::Range(0, 100000000));
-    each->add_option("--seed", arguments.sampleSeed, "another makes another catalogue")
+        ->check(CLI::Range(0, 100000000))
+        ->type_name("N");
+    each->add_option("--seed", arguments.sampleSeed, "a number; another seed makes another catalogue")
+        ->type_name("N")
         ->capture_default_str();
-    each->add_option("--company", arguments.companyNo, "whose projects they are")->capture_default_str();
+    each->add_option("--company", arguments.companyNo, "the number of the company that owns the projects")
+        ->type_name("NO")
+        ->capture_default_str();
 }
 
 } // namespace
@@ -132,24 +141,35 @@ void addContent(CLI::App& app, Arguments& arguments, ExitCode& result)
 {
     CLI::App* each = command(app, arguments, result, "import",
                              "register the content of a real folder as a disk", importTree);
-    each->add_option("DIR", arguments.import.folder, "the folder")->required();
-    each->add_option("--disk", arguments.import.diskName, "the disk's name")->required();
-    each->add_option("--company", arguments.companyNo, "whose disk it is")->capture_default_str();
-    each->add_option("--box", arguments.import.boxCode, "code of the storage box that holds the disk");
+    each->add_option("DIR", arguments.import.folder, "the folder")->type_name("")->required();
+    each->add_option("--disk", arguments.import.diskName, "the disk's name; the first import makes the disk")
+        ->type_name("NAME")
+        ->required();
+    each->add_option("--company", arguments.companyNo, "the number of the company that owns the disk")
+        ->type_name("NO")
+        ->capture_default_str();
+    each->add_option("--box", arguments.import.boxCode, "the code of the storage box that holds the disk")
+        ->type_name("CODE");
 
     each =
         command(app, arguments, result, "add-version", "add a version of a program or a module", addVersion);
-    CLI::Option_group* number = each->add_option_group("number");
-    number->add_option("--program", arguments.programNo, "the program's number");
-    number->add_option("--module", arguments.moduleNo, "the module's number");
-    number->require_option(1);
+    CLI::Option* program =
+        each->add_option("--program", arguments.programNo, "the program's number")->type_name("NO");
+    each->add_option("--module", arguments.moduleNo, "the module's number, if it is a version of a module")
+        ->type_name("NO")
+        ->excludes(program);
     Version& version = arguments.version;
-    each->add_option("--version", version.version, "the version number")->required();
-    each->add_option("--path", version.path, "its package, a file or a folder")->required();
-    each->add_option("--box", version.boxCode, "code of the storage box that holds it")->required();
-    each->add_option("--name", version.name, "a name; otherwise the number of the program or module");
-    each->add_option("--date", version.released, "day of the release, YYYY-MM-DD; otherwise today");
-    each->add_option("--notes", version.notes, "what there is to say about it");
+    each->add_option("--version", version.version, "the version number")->type_name("V")->required();
+    each->add_option("--path", version.path, "the package, a file or a folder")
+        ->type_name("PATH")
+        ->required();
+    each->add_option("--box", version.boxCode, "the code of the storage box that holds the package")
+        ->type_name("CODE")
+        ->required();
+    each->add_option("--name", version.name, "a name; without it the number of the program or module");
+    each->add_option("--date", version.released, "the day of the release; without it today")
+        ->type_name("YYYY-MM-DD");
+    each->add_option("--notes", version.notes, "the release notes");
     addRecordCommands(app, arguments, result);
 }
 

@@ -14,8 +14,8 @@ namespace centre {
 
 namespace {
 
-/// SIGTERM and SIGINT, blocked before any thread starts, so that only `wait` sees the first. A second one
-/// ends the process at once.
+/// Blocks SIGTERM and SIGINT before any thread starts, so that only `wait` sees the first. A second one ends
+/// the process at once.
 class StopSignals
 {
 public:
@@ -49,15 +49,15 @@ void raiseDescriptorLimit()
     ::setrlimit(RLIMIT_NOFILE, &limit);
 }
 
-void tellBox(const std::string& code, const std::string& address)
+void printBox(const std::string& code, const std::string& address)
 {
     std::cout << "lumo-centre: box " << code << " on " << address << std::endl;
 }
 
-void tellFaults(const std::vector<FaultCount>& counts)
+void printFaults(const std::vector<FaultCount>& counts)
 {
     for (const FaultCount& count : counts)
-        std::cout << "lumo-centre: fault " << count.text << " fired " << count.fired << " times\n";
+        std::cout << "lumo-centre: fault " << count.text << " fired " << counted(count.fired, "time") << "\n";
 }
 
 /// CODE or CODE=HOST:PORT.
@@ -79,13 +79,13 @@ ExitCode serve(const Arguments& arguments)
         options.boxes.push_back(parseBox(box));
     Centre centre(arguments.data, options);
     for (const BoxPlace& box : centre.boxes())
-        tellBox(box.code, box.address);
+        printBox(box.code, box.address);
     for (const std::string& root : centre.copyRoots())
         std::cout << "lumo-centre: copies from and to " << escaped(root) << "\n";
     std::cout << "lumo-centre: serving " << arguments.data << " on " << centre.address() << std::endl;
     stopSignals.wait();
     centre.stop();
-    tellFaults(centre.faultCounts());
+    printFaults(centre.faultCounts());
     return ExitCode::Success;
 }
 
@@ -99,26 +99,32 @@ ExitCode serveBox(const Arguments& arguments)
     ListenOptions listen = arguments.serve;
     listen.address = arguments.boxAddress;
     Box box(arguments.data, arguments.boxCode, listen, faults);
-    tellBox(box.code(), box.address());
+    printBox(box.code(), box.address());
     stopSignals.wait();
     box.stop();
-    tellFaults(faults.counts());
+    printFaults(faults.counts());
     return ExitCode::Success;
 }
 
 void addListening(CLI::App* command, Arguments& arguments)
 {
     CLI::Option* certificate =
-        command->add_option("--tls-cert", arguments.serve.tlsCertificate, "certificate, PEM file");
-    CLI::Option* key = command->add_option("--tls-key", arguments.serve.tlsKey, "its key, PEM file");
+        command->add_option("--tls-cert", arguments.serve.tlsCertificate, "the certificate, a PEM file")
+            ->type_name("FILE");
+    CLI::Option* key =
+        command->add_option("--tls-key", arguments.serve.tlsKey, "the certificate's key, a PEM file")
+            ->type_name("FILE");
     certificate->needs(key);
     key->needs(certificate);
-    command->add_flag("--plain-text", arguments.serve.plainText, "plain text beyond this machine, too")
+    command
+        ->add_flag("--plain-text", arguments.serve.plainText,
+                   "serve other machines without TLS: everyone on the network may read it")
         ->excludes(certificate);
     command
         ->add_option("--fault", arguments.serve.faults,
                      "a fault for tests: OPERATION[@N]=stall|exit|refuse|result:R|corrupt or"
-                     " OPERATION=break:BYTES; may be given again")
+                     " OPERATION=break:BYTES; may be repeated")
+        ->type_name("FAULT")
         ->take_all();
 }
 
@@ -128,20 +134,26 @@ void addServing(CLI::App& app, Arguments& arguments, ExitCode& result)
 {
     CLI::App* each =
         command(app, arguments, result, "serve", "serve a data folder until SIGTERM or SIGINT", serve);
-    each->add_option("--listen", arguments.serve.address, "HOST:PORT; port 0 takes a free one")->required();
+    each->add_option("--listen", arguments.serve.address,
+                     "the address to listen on; port 0 takes a free port")
+        ->type_name("HOST:PORT")
+        ->required();
     each->add_option("--box", arguments.boxes,
-                     "CODE[=HOST:PORT]: a storage box to serve as well; may be given again")
+                     "a storage box to serve as well, at its last address if none is given; may be repeated")
+        ->type_name("CODE[=HOST:PORT]")
         ->take_all();
     each->add_option("--copy-root", arguments.serve.copyRoots,
-                     "a folder that users may have files copied from and to; may be given again")
+                     "a folder of this machine that users may copy files from and to; may be repeated")
+        ->type_name("DIR")
         ->take_all();
     addListening(each, arguments);
 
     each =
         command(app, arguments, result, "serve-box", "serve a storage box until SIGTERM or SIGINT", serveBox);
-    each->add_option("CODE", arguments.boxCode, "its code")->required();
+    each->add_option("CODE", arguments.boxCode, "the box's code")->type_name("")->required();
     each->add_option("--listen", arguments.boxAddress,
-                     "HOST:PORT; port 0 takes a free one; otherwise where it was last");
+                     "the address to listen on, without it the last one; port 0 takes a free port")
+        ->type_name("HOST:PORT");
     addListening(each, arguments);
 }
 

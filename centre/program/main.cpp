@@ -9,7 +9,7 @@ namespace {
 
 using centre::ExitCode;
 
-/// The result of a command whose output is written; what can't be written fails it.
+/// Writes the output. Returns the command's result, or Failed if the output can't be written.
 ExitCode flushed(ExitCode result)
 {
     if (std::cout << std::flush)
@@ -18,21 +18,30 @@ ExitCode flushed(ExitCode result)
     return ExitCode::Failed;
 }
 
-ExitCode tellWrongUse(const CLI::App& app, const CLI::ParseError& error)
+std::string commandNames(const CLI::App& app)
+{
+    std::string names;
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+        names += (names.empty() ? "" : ", ") + command->get_name();
+    return names;
+}
+
+ExitCode reportWrongUse(const CLI::App& app, const CLI::ParseError& error)
 {
     const auto chosen = app.get_subcommands();
     const auto extras = app.remaining(true);
     const std::string help =
         chosen.empty() ? "lumo-centre --help" : "lumo-centre " + chosen.front()->get_name() + " --help";
     std::string message = error.what();
+    if (error.get_name() == "ConversionError") // "Could not convert: ID = x"
+        message = "not a valid number" + message.substr(message.find(':'));
     if (!extras.empty() && extras.front().rfind('-', 0) == 0)
         message = "there is no option '" + extras.front() + "'";
     else if (!extras.empty() && !chosen.empty())
-        message = "'" + extras.front() + "' is one argument too many";
+        message = "there is one argument too many: '" + extras.front() + "'";
     else if (chosen.empty())
-        message = (extras.empty() ? "which command?" : "there is no command '" + extras.front() + "';") +
-                  std::string(" the commands are init, add-company, add-user, add-box, add-area, import,"
-                              " add-version, load, sample, serve and serve-box");
+        message = (extras.empty() ? "a command is missing" : "there is no command '" + extras.front() + "'") +
+                  "; the commands are " + commandNames(app);
     std::cerr << "lumo-centre: " << centre::escaped(message) << " (see '" << help << "')\n";
     return ExitCode::WrongUse;
 }
@@ -41,15 +50,16 @@ ExitCode tellWrongUse(const CLI::App& app, const CLI::ParseError& error)
 
 int main(int argc, char** argv)
 {
-    // What goes wrong is told in lumo-centre's own lines.
+    // lumo-centre reports failures in lines of its own.
     setenv("GRPC_VERBOSITY", "NONE", 0);
-    // A reader of the output that has gone must not end a command before its token is shown.
+    // A command must show its token even if the reader of its output has gone.
     std::signal(SIGPIPE, SIG_IGN);
-    // A file beyond the size limit is a write that fails.
+    // A write beyond the limit of a file's size must fail, not end the process.
     std::signal(SIGXFSZ, SIG_IGN);
-    CLI::App app(
-        "A centre to develop against: a catalogue of real folders and files, served from one data folder.",
-        "lumo-centre");
+    CLI::App app("A geospatial data centre for development and tests: serves a catalogue of real folders and "
+                 "files from one"
+                 " data folder.",
+                 "lumo-centre");
     app.require_subcommand(1);
     app.set_version_flag("--version", "lumo-centre " LUMO_VERSION);
     centre::Arguments arguments;
@@ -57,6 +67,9 @@ int main(int argc, char** argv)
     centre::addAdministration(app, arguments, result);
     centre::addContent(app, arguments, result);
     centre::addServing(app, arguments, result);
+    app.footer("To begin: lumo-centre init DATA --token-file FILE\n"
+               "          lumo-centre serve DATA --listen 127.0.0.1:0\n"
+               "Help on a command: lumo-centre COMMAND --help");
     try {
         app.parse(argc, argv);
         return static_cast<int>(flushed(result));
@@ -64,7 +77,7 @@ int main(int argc, char** argv)
         app.exit(answer);
         return static_cast<int>(flushed(ExitCode::Success));
     } catch (const CLI::ParseError& error) {
-        return static_cast<int>(tellWrongUse(app, error));
+        return static_cast<int>(reportWrongUse(app, error));
     } catch (const centre::Error& error) {
         std::cerr << "lumo-centre: " << error.what() << "\n";
         return static_cast<int>(error.code());

@@ -14,7 +14,7 @@ namespace centre {
 
 namespace {
 
-/// Locks only what is a data folder, so that no lock file is left in any other.
+/// Locks a data folder. Leaves no lock file in any other folder.
 std::unique_ptr<ServeLock> lockDataFolder(const std::string& dataFolder)
 {
     openDatabase(dataFolder);
@@ -45,7 +45,7 @@ struct Centre::Impl
     LedgerService ledger;
     PlanningService planning;
     ForgeService forge;
-    Endpoint endpoint; ///< destroyed first: its calls use what stands above
+    Endpoint endpoint; ///< destroyed first: its calls use the members above
 };
 
 Centre::Centre(const std::string& dataFolder, const ServeOptions& options)
@@ -59,7 +59,7 @@ Centre::Centre(const std::string& dataFolder, const ServeOptions& options)
                      Tavrel::TavrelServer::descriptor(), forgeserver::ForgeServices::descriptor()});
     addFaults(m_Impl->faults, options.faults, services);
 
-    // Where the boxes are is known before anyone can ask.
+    // The addresses of the boxes are known before the first call can ask for them.
     for (const BoxPlace& box : options.boxes) {
         ListenOptions listen = options;
         listen.address = box.address;

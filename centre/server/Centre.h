@@ -19,19 +19,19 @@ struct BoxPlace
 
 struct ServeOptions : ListenOptions
 {
-    std::vector<std::string> faults;    ///< switches as Faults::add takes them; for the boxes, too
-    std::vector<BoxPlace> boxes;        ///< storage boxes to serve as well, in the same way
-    std::vector<std::string> copyRoots; ///< folders that FileCopyToDb and FileCopyFromDb may reach
+    std::vector<std::string> faults;    ///< switches for Faults::add; they apply to the boxes, too
+    std::vector<BoxPlace> boxes;        ///< storage boxes to serve with the same options
+    std::vector<std::string> copyRoots; ///< the folders that FileCopyToDb and FileCopyFromDb may use
 };
 
 /// A development centre: serves one data folder until it is stopped or destroyed.
-/// The folder's users may call; which of their records they see is for the calls to say.
+/// Every user of the folder may call; the calls' parameters say which records they read.
 class Centre
 {
 public:
-    /// Serves from the return of the constructor on. Throws Error: a folder that is served already or is
-    /// no data folder, a copy root that is none, an address that can't be listened on, plain text beyond this
-    /// machine, wrong faults, what Box throws.
+    /// Serves from the return of the constructor on. Throws Error for a folder that another process serves or
+    /// that is not a data folder, a copy root that is not a folder, an address that it can't listen on, plain
+    /// text beyond this machine, and wrong faults, and throws what Box throws.
     Centre(const std::string& dataFolder, const ServeOptions& options);
     ~Centre();
 
@@ -39,13 +39,13 @@ public:
     Centre& operator=(const Centre&) = delete;
 
     int port() const;
-    /// "host:port", with the port that was taken.
+    /// "host:port", with the real port.
     std::string address() const;
-    /// The boxes that are served, in the order of the options, with the ports that were taken.
+    /// The boxes that it serves, in the order of the options, with their real ports.
     std::vector<BoxPlace> boxes() const;
     /// The folders of the options, absolute and without symbolic links.
     const std::vector<std::string>& copyRoots() const;
-    /// Ends running calls, then gives the folder and the boxes free. May be called again.
+    /// Ends running calls, then releases the folder and the boxes. May be called again.
     void stop();
     std::vector<FaultCount> faultCounts() const;
 

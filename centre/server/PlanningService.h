@@ -6,13 +6,13 @@
 
 namespace centre {
 
-/// Tells where storage boxes are. In `status_code` stand the results of the catalogue service.
+/// Answers with the addresses of storage boxes. `status_code` has the values of Result.
 class PlanningService : public Tavrel::TavrelServer
 {
 public:
     explicit PlanningService(ConnectionPool& pool) : m_Pool(pool) {}
 
-    /// The boxes of a company, codes and addresses: those that hold a disk of the company or a version.
+    /// Lists the codes and addresses of the boxes that hold a disk of the company or a version.
     void getKestaList(google::protobuf::RpcController* controller, const Tavrel::GetKestaListReq* request,
                       Tavrel::GetKestaListRsp* response, google::protobuf::Closure* done) override;
 

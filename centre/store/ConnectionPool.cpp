@@ -55,7 +55,7 @@ User Connection::requireUser(const std::string& token)
 {
     if (std::optional<User> known = user(token))
         return *known;
-    throw std::runtime_error("the token is not that of a user of this centre");
+    throw std::runtime_error(kUnknownToken);
 }
 
 ConnectionPool::ConnectionPool(const std::string& dataFolder)

@@ -16,6 +16,9 @@
 
 namespace centre {
 
+/// The reason for refusing a token that no user has.
+constexpr char kUnknownToken[] = "the token is not that of a user of this centre";
+
 struct User
 {
     std::string name;
@@ -23,23 +26,24 @@ struct User
     bool mayWrite;
 };
 
-/// A connection to the database with what is prepared on it; used by one thread at a time. All throw
-/// SQLite::Exception.
+/// A connection to the database, with the statements that are prepared on it. For one thread at a time. Its
+/// functions throw SQLite::Exception.
 class Connection
 {
 public:
     explicit Connection(const std::string& dataFolder);
 
-    /// The operation prepared on this connection; kept for the next call.
+    /// Returns the operation prepared on this connection, which keeps it for the next call.
     Query& query(const Operation& operation, const google::protobuf::MethodDescriptor& method);
-    /// The statement prepared on this connection; kept for the next call, by the address of `sql`.
+    /// Returns the statement prepared on this connection, which keeps it for the next call by the address of
+    /// `sql`.
     SQLite::Statement& statement(const char* sql);
     StorageTree& storageTree();
     SQLite::Database& database() { return *m_Database; }
 
-    /// Whose token it is. Looked up anew each time, so that a user who was just added can log in.
+    /// Returns the user of a token. Looks it up anew each time, so that a user who was just added can log in.
     std::optional<User> user(const std::string& token);
-    /// The same; throws std::runtime_error if it is nobody's.
+    /// The same; throws std::runtime_error for an unknown token.
     User requireUser(const std::string& token);
 
 private:
@@ -49,7 +53,7 @@ private:
     std::unordered_map<const Operation*, std::unique_ptr<Query>> m_Queries;
 };
 
-/// Hands connections to threads and keeps them for the next; as many as threads ask at once.
+/// Lends connections to threads and keeps them for the next; as many as threads use at once.
 class ConnectionPool
 {
 public:
@@ -59,7 +63,7 @@ public:
     /// Absolute, without symbolic links.
     const std::string& dataFolder() const { return m_DataFolder; }
 
-    /// A connection that goes back to the pool with the lease, which must not outlive it.
+    /// A connection that goes back to the pool when the lease ends. The pool must outlive the lease.
     class Lease
     {
     public:
@@ -77,8 +81,8 @@ public:
         std::unique_ptr<Connection> m_Connection;
     };
 
-    /// Held around each transaction that writes: threads that wait here follow at once, those that wait in
-    /// SQLite sleep.
+    /// To hold around each transaction that writes: threads that wait for it continue at once, those that
+    /// wait in SQLite sleep.
     std::mutex& changing() { return m_Changing; }
 
 private:

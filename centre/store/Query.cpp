@@ -19,7 +19,7 @@ using google::protobuf::Message;
 using google::protobuf::Reflection;
 using google::protobuf::io::CodedOutputStream;
 
-// How the wire tells what follows a field's number.
+// The wire types, which say how a field's value is encoded.
 constexpr std::uint32_t kVarint = 0;
 constexpr std::uint32_t kLengthDelimited = 2;
 
@@ -116,8 +116,8 @@ void requirePage(const Message& request)
     const int size = reflection.GetInt32(request, require(fields, "page_size"));
     const int start = reflection.GetInt32(request, require(fields, "page_start"));
     if (size <= 0 || start < 0)
-        throw std::runtime_error("there is no page of " + std::to_string(size) + " records from " +
-                                 std::to_string(start) + " on");
+        throw std::runtime_error("page_size must be positive and page_start not negative, not " +
+                                 std::to_string(size) + " and " + std::to_string(start));
 }
 
 } // namespace

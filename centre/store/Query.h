@@ -12,12 +12,12 @@
 
 namespace centre {
 
-/// Where the rows of an operation go.
+/// The place of an operation's rows in its response.
 enum class Shape
 {
     Record, ///< the first row into the response's `bean`
     List,   ///< each row into a new element of the response's one list of beans
-    Page,   ///< as List; a `page_size` that is not positive, or a `page_start` below 0, is an error
+    Page,   ///< as List; a `page_size` below 1 or a `page_start` below 0 is an error
     Values  ///< into the response's own fields: a total, a path; each row adds to a repeated field
 };
 
@@ -30,12 +30,12 @@ struct Operation
     std::string name;
     Shape shape;
     std::string sql;
-    /// Makes a copy of the request fit for the parameters, if need be; throws std::runtime_error if the
-    /// request can't be right.
+    /// Changes a copy of the request so that the parameters can take it; null if the request needs no change.
+    /// Throws std::runtime_error for a request that can't be valid.
     void (*makeFit)(google::protobuf::Message& request) = nullptr;
 };
 
-/// What the services say in the field `result`.
+/// The values of the field `result` in the services' answers.
 enum Result
 {
     kDone = 0,
@@ -44,14 +44,14 @@ enum Result
 };
 
 /// An operation prepared on one connection; used by one thread at a time. The constructor throws
-/// SQLite::Exception or std::logic_error when the SQL does not fit the method's messages.
+/// SQLite::Exception or std::logic_error when the SQL does not match the method's messages.
 class Query
 {
 public:
     Query(const SQLite::Database& database, const Operation& operation,
           const google::protobuf::MethodDescriptor& method);
 
-    /// Whether the answer depends on who asks.
+    /// Whether the answer depends on the caller.
     bool asksForCaller() const { return m_CallerCompany != 0; }
     /// Fills `response`, its `result` included. `company` is the caller's, if the query asks for it.
     /// Throws SQLite::Exception or std::runtime_error.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <strings.h>
+#include <unordered_map>
 
 namespace centre {
 
@@ -34,7 +35,7 @@ Column identifier(const std::string& name, const std::string& references, bool r
     return {name, keyOf(name), Content::Identifier, references, required};
 }
 
-/// As the library's conversions of beans read the fields.
+/// Follows the library's conversions of beans.
 Content contentOf(const std::string& name)
 {
     const auto startsWith = [&name](const char* start) { return name.rfind(start, 0) == 0; };
@@ -54,29 +55,32 @@ Column beanColumn(const FieldDescriptor& field)
 {
     const std::string& name = field.name();
     if (name == "main_file_id")
-        return identifier(name, "file(id)", false);
+        return identifier(name, "file", false);
     if (name == "company_id")
-        return identifier(name, "company(id)", true);
+        return identifier(name, "company", true);
     if (name == "project_id")
-        return identifier(name, "project(project_id)", true);
+        return identifier(name, "project", true);
     if (name == "dq_con_id")
-        return identifier(name, "control(dq_con_id)", true);
+        return identifier(name, "control", true);
     const Content content = contentOf(name);
     return {name, keyOf(name), content, "", content == Content::Name};
 }
 
-/// What a record that belongs to a type has beside its bean's fields. It stands before them, where a long
-/// row is read first.
+/// The columns that a record of a type has in addition to its bean's fields. They come before these, where
+/// SQLite reads a long row first.
 std::vector<Column> searchColumns()
 {
-    return {identifier("type_id", "type(type_id)", true),    {"sensor", "sensor", Content::Text, "", false},
-            {"date", "date", Content::Date, "", false},      {"west", "west", Content::Degrees, "", false},
-            {"south", "south", Content::Degrees, "", false}, {"east", "east", Content::Degrees, "", false},
+    return {identifier("type_id", "type", true),
+            {"sensor", "sensor", Content::Text, "", false},
+            {"date", "date", Content::Date, "", false},
+            {"west", "west", Content::Degrees, "", false},
+            {"south", "south", Content::Degrees, "", false},
+            {"east", "east", Content::Degrees, "", false},
             {"north", "north", Content::Degrees, "", false}};
 }
 
-RecordKind makeKind(const std::string& name, const std::string& stem, int number, const std::string& typeName,
-                    const Descriptor* bean)
+RecordKind makeKind(const std::string& name, const std::string& stem, ENUM_DATA_TYPE number,
+                    const std::string& typeName, const Descriptor* bean)
 {
     RecordKind kind{name, stem, number, typeName, bean, {}};
     kind.columns.push_back(identifier(bean->field(0)->name(), "", false));
@@ -104,6 +108,12 @@ const char* sqlType(Content content)
     }
 }
 
+std::string idColumnOf(const std::string& table)
+{
+    const RecordKind* kind = findKind(table);
+    return kind ? kind->idColumn() : "id";
+}
+
 std::string table(const RecordKind& kind)
 {
     const std::string& id = kind.idColumn();
@@ -113,29 +123,23 @@ std::string table(const RecordKind& kind)
         const Column& column = kind.columns[i];
         sql += ",\n    " + column.name + sqlType(column.content) + (column.required ? " NOT NULL" : "");
         if (!column.references.empty())
-            sql += " REFERENCES " + column.references;
+            sql += " REFERENCES " + column.references + "(" + idColumnOf(column.references) + ")";
     }
-    if (kind.name == "project")
-        sql += ",\n    UNIQUE (company_id, project_name)";
-    if (kind.name == "type")
-        sql += ",\n    UNIQUE (project_id, data_type)";
+    if (const Column* name = kind.nameColumn())
+        sql += ",\n    UNIQUE (" + kind.owner().name + ", " + name->name + ")";
     return sql + ");\n";
 }
 
-/// An index ends with the row's identifier, so that of the owner holds its records in the order of pages.
-/// The index of the bounds rounds them outward; in the table they are exact.
+/// An index ends with the row's identifier, so the index of the owner holds its records in the order of
+/// pages. The index of the bounds rounds them outward; the table has them exactly.
 std::string indexes(const RecordKind& kind)
 {
     const std::string create = "CREATE INDEX " + kind.name;
-    if (kind.name == "project")
-        return create + "_page ON project(company_id);\n";
-    if (kind.name == "type")
-        return create + "_page ON type(project_id);\n";
-    if (kind.name == "point")
-        return create + "_page ON point(dq_con_id);\n";
-    return create + "_page ON " + kind.name + "(type_id);\n" + create + "_sensor ON " + kind.name +
-           "(type_id, sensor, date);\n" + create + "_date ON " + kind.name +
-           "(type_id, date);\nCREATE VIRTUAL TABLE " + kind.name +
+    const std::string page = create + "_page ON " + kind.name + "(" + kind.owner().name + ");\n";
+    if (!kind.hasType())
+        return page;
+    return page + create + "_sensor ON " + kind.name + "(type_id, sensor, date);\n" + create + "_date ON " +
+           kind.name + "(type_id, date);\nCREATE VIRTUAL TABLE " + kind.name +
            "_bounds USING rtree(id, west, east, south, north);\n";
 }
 
@@ -145,19 +149,41 @@ const std::vector<RecordKind>& recordKinds()
 {
     using namespace ledgerserver;
     static const std::vector<RecordKind> kinds = {
-        makeKind("project", "", 3, "", DataSrcBean::descriptor()),
-        makeKind("type", "Type", 4, "", DataSrcTypeBean::descriptor()),
-        makeKind("photo", "Photo", 5, "框幅式影像", DataSrcPhotoBean::descriptor()),
-        makeKind("sat", "Sat", 6, "卫星影像", DataSrcSatBean::descriptor()),
-        makeKind("ads", "Ads", 7, "航空三线阵影像", DataSrcAdsBean::descriptor()),
-        makeKind("control", "Control", 8, "控制点属性", DataSrcControlBean::descriptor()),
-        makeKind("point", "ControlInfo", 9, "", DataSrcControlInfoBean::descriptor()),
-        makeKind("dem", "Dem", 10, "DEM", DataSrcDemBean::descriptor()),
-        makeKind("dsm", "Dsm", 11, "DSM", DataSrcDsmBean::descriptor()),
-        makeKind("dom", "Dom", 12, "DOM", DataSrcDomBean::descriptor()),
-        makeKind("dlg", "Dlg", 13, "DLG", DataSrcDlgBean::descriptor()),
+        makeKind("project", "", DATA_TYPE_DATA, "", DataSrcBean::descriptor()),
+        makeKind("type", "Type", DATA_TYPE_TYPE, "", DataSrcTypeBean::descriptor()),
+        makeKind("photo", "Photo", DATA_TYPE_KF_IMAGE, "框幅式影像", DataSrcPhotoBean::descriptor()),
+        makeKind("sat", "Sat", DATA_TYPE_SAT_IMAGE, "卫星影像", DataSrcSatBean::descriptor()),
+        makeKind("ads", "Ads", DATA_TYPE_ADS_IMAGE, "航空三线阵影像", DataSrcAdsBean::descriptor()),
+        makeKind("control", "Control", DATA_TYPE_CTRL_FILE, "控制点属性", DataSrcControlBean::descriptor()),
+        makeKind("point", "ControlInfo", DATA_TYPE_CTRL_POINT, "", DataSrcControlInfoBean::descriptor()),
+        makeKind("dem", "Dem", DATA_TYPE_DEM, "DEM", DataSrcDemBean::descriptor()),
+        makeKind("dsm", "Dsm", DATA_TYPE_DSM, "DSM", DataSrcDsmBean::descriptor()),
+        makeKind("dom", "Dom", DATA_TYPE_DOM, "DOM", DataSrcDomBean::descriptor()),
+        makeKind("dlg", "Dlg", DATA_TYPE_DLG, "DLG", DataSrcDlgBean::descriptor()),
     };
     return kinds;
+}
+
+const Column& RecordKind::owner() const
+{
+    return *std::find_if(columns.begin(), columns.end(),
+                         [](const Column& column) { return column.required && !column.references.empty(); });
+}
+
+const Column* RecordKind::nameColumn() const
+{
+    const auto found = std::find_if(columns.begin(), columns.end(),
+                                    [](const Column& column) { return column.content == Content::Name; });
+    return found == columns.end() ? nullptr : &*found;
+}
+
+const std::vector<std::string>& codeTexts(const std::string& column)
+{
+    static const std::unordered_map<std::string, std::vector<std::string>> texts = {
+        {"datum", {"WGS84", "北京54", "西安80", "中国2000", "自定义"}},
+        {"projection", {"经纬度", "TM投影", "高斯投影", "UTM投影", "兰波特等角投影", "地心直角坐标"}},
+        {"hemisphere", {"南半球", "北半球"}}};
+    return texts.at(column);
 }
 
 const RecordKind* findKind(const std::string& name)

@@ -22,7 +22,7 @@ namespace {
 constexpr double kTurn = 360;
 constexpr std::uint32_t kNoIdentifier = 0xFFFFFFFF; // means "none" to the clients
 
-/// The text as it is shown to the one who wrote it.
+/// Returns a text for a message to its author.
 std::string shown(const std::string& text)
 {
     constexpr std::size_t kLongest = 100;
@@ -35,7 +35,7 @@ std::uint32_t identifier(const std::string& key, const std::string& text)
     const char* end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, value);
     if (error != std::errc() || stop != end || value == 0 || value == kNoIdentifier)
-        throw refusal(key + " is a number from 1 to 4294967294, not " + shown(text));
+        throw refusal(key + " must be a number from 1 to 4294967294, not " + shown(text));
     return value;
 }
 
@@ -46,8 +46,8 @@ double degrees(const std::string& key, const std::string& text)
     const char* end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, value);
     if (error != std::errc() || stop != end || !(std::abs(value) <= limit))
-        throw refusal(key + " is a number of degrees from " + (limit == 90 ? "-90 to 90" : "-180 to 180") +
-                      ", not " + shown(text));
+        throw refusal(key + " must be a number of degrees from " +
+                      (limit == 90 ? "-90 to 90" : "-180 to 180") + ", not " + shown(text));
     return value;
 }
 
@@ -55,10 +55,10 @@ std::string date(const std::string& key, const std::string& text)
 {
     if (auto day = isoDate(text))
         return *day;
-    throw refusal(key + " is a day, YYYY-MM-DD, not " + shown(text));
+    throw refusal(key + " must be a day, YYYY-MM-DD, not " + shown(text));
 }
 
-/// Whether clients find a number at the start of the text; they read it with these functions.
+/// Whether the text starts with a number for the clients, which read it with these functions.
 bool startsWithNumber(Content content, const std::string& text)
 {
     static const locale_t neutral = ::newlocale(LC_ALL_MASK, "C", nullptr); // used for good
@@ -70,40 +70,30 @@ bool startsWithNumber(Content content, const std::string& text)
     return end != text.c_str();
 }
 
-/// The texts of a code that clients know; any other is lost to them.
-const std::vector<std::string>& knownTexts(const std::string& key)
-{
-    static const std::unordered_map<std::string, std::vector<std::string>> texts = {
-        {"datum", {"WGS84", "北京54", "西安80", "中国2000", "自定义"}},
-        {"projection", {"经纬度", "TM投影", "高斯投影", "UTM投影", "兰波特等角投影", "地心直角坐标"}},
-        {"hemisphere", {"南半球", "北半球"}}};
-    return texts.at(key);
-}
-
 void requireReadable(const Column& column, const std::string& text)
 {
     if (text.empty())
         return;
     const bool isNumber = column.content == Content::Number || column.content == Content::Count;
     if (isNumber && !startsWithNumber(column.content, text))
-        throw refusal(column.key + " is a number, not " + shown(text));
+        throw refusal(column.key + " must be a number, not " + shown(text));
     if (column.content != Content::Code)
         return;
-    const std::vector<std::string>& known = knownTexts(column.key);
+    const std::vector<std::string>& known = codeTexts(column.name);
     if (std::find(known.begin(), known.end(), text) != known.end())
         return;
     std::string all;
     for (const std::string& each : known)
         all += (all.empty() ? "" : ", ") + each;
-    throw refusal(column.key + " is one of " + all + ", not " + shown(text));
+    throw refusal(column.key + " must be one of " + all + ", not " + shown(text));
 }
 
 void bindText(SQLite::Statement& statement, int place, const Column& column, const std::string& text)
 {
     if (column.content == Content::Name && (text.empty() || escaped(text) != text))
-        throw refusal(column.key + " is a name without control characters, not " + shown(text));
+        throw refusal(column.key + " must be a name without control characters, not " + shown(text));
     if (text.find('\0') != std::string::npos)
-        throw refusal(column.key + " is a text without the character 0, not " + shown(text));
+        throw refusal(column.key + " must be a text without the character 0, not " + shown(text));
     statement.bindNoCopy(place, text);
 }
 
@@ -148,7 +138,7 @@ std::string insertionSql(const RecordKind& kind)
 
 } // namespace
 
-/// The insertion of one kind: its statements, and the texts of the record that is being added.
+/// Inserts records of one kind: its statements, and the texts of the current record.
 class RecordWriter::Insertion
 {
 public:
@@ -188,7 +178,7 @@ public:
             requireFromUser();
     }
 
-    /// Null if the record has none.
+    /// Returns null if the record has no such text.
     const std::string* text(const std::string& key) const
     {
         const auto slot = m_Slots.find(key);
@@ -205,11 +195,11 @@ public:
         if (absent == std::distance(std::begin(texts), std::end(texts)))
             return std::nullopt;
         if (absent > 0)
-            throw refusal("bounds are west, south, east and north, all or none");
+            throw refusal("bounds need all of west, south, east and north");
         Bounds bounds{degrees("west", *texts[0]), degrees("south", *texts[1]), degrees("east", *texts[2]),
                       degrees("north", *texts[3])};
         if (bounds.south > bounds.north)
-            throw refusal("south " + *texts[1] + " lies beyond north " + *texts[3]);
+            throw refusal("south " + *texts[1] + " is greater than north " + *texts[3]);
         if (bounds.east < bounds.west)
             bounds.east += kTurn;
         return bounds;
@@ -273,10 +263,10 @@ std::uint32_t RecordWriter::add(const RecordKind& kind, const RecordTexts& texts
         company = companyId(record.text("company"));
         record.setText("companyID", company);
     } else if (kind.name == "project" && record.text("company")) {
-        throw refusal("company and companyID are both given");
+        throw refusal("give company or companyID, not both");
     }
     if (const std::string* name = record.text("dataType"))
-        for (const RecordKind& each : recordKinds()) // so that no project has both "dom" and "DOM"
+        for (const RecordKind& each : recordKinds()) // a project must not have both "dom" and "DOM"
             if (owns(*name, each))
                 record.setText("dataType", each.typeName);
     const std::optional<Bounds> bounds = record.bounds();
@@ -313,7 +303,8 @@ void RecordWriter::requireOwner(const RecordKind& kind, std::uint32_t typeId)
     }
     if (!owns(type->second, kind))
         throw refusal("type " + std::to_string(typeId) + " is " + type->second +
-                      " and has no records of kind " + kind.name + "; those are of " + kind.typeName);
+                      " and can't have records of kind " + kind.name + "; the type of these is " +
+                      kind.typeName);
 }
 
 std::string RecordWriter::companyId(const std::string* companyNo)
@@ -325,21 +316,18 @@ std::string RecordWriter::companyId(const std::string* companyNo)
         throw refusal("there is no company " + shown(companyNo ? *companyNo : "") + "; add-company adds one");
     std::string id = row.getColumn(0).getString();
     if (row.executeStep())
-        throw refusal("there are several companies: company or companyID says which");
+        throw refusal("there are several companies: name one by company or companyID");
     return id;
 }
 
-/// Tells in the words of the texts why the database did not take the record.
+/// Throws the reason why the database refused the record, in terms of its texts.
 void RecordWriter::refuse(const RecordKind& kind, Insertion& insertion, const SQLite::Exception& exception)
 {
     const int code = exception.getExtendedErrorCode();
     if (code == SQLITE_CONSTRAINT_PRIMARYKEY)
-        throw refusal("there is a " + kind.name + " " + *insertion.text(kind.columns.front().key) +
-                      " already");
+        throw refusal(kind.name + " " + *insertion.text(kind.columns.front().key) + " exists already");
     if (code == SQLITE_CONSTRAINT_UNIQUE)
-        throw refusal("there is a " + kind.name + " " +
-                      shown(*insertion.text(kind.name == "project" ? "projectName" : "dataType")) +
-                      " already");
+        throw refusal(kind.name + " " + shown(*insertion.text(kind.nameColumn()->key)) + " exists already");
     if (code == SQLITE_CONSTRAINT_CHECK)
         throw refusal("no identifier is left for another " + kind.name);
     if (code != SQLITE_CONSTRAINT_FOREIGNKEY)
@@ -348,10 +336,10 @@ void RecordWriter::refuse(const RecordKind& kind, Insertion& insertion, const SQ
         const std::string* text = insertion.text(column.key);
         if (column.references.empty() || !text)
             continue;
-        const std::size_t bracket = column.references.find('(');
-        const std::string table = column.references.substr(0, bracket);
+        const std::string& table = column.references;
+        const RecordKind* other = findKind(table);
         SQLite::Statement row(m_Database, "SELECT 1 FROM " + table + " WHERE " +
-                                              column.references.substr(bracket) + " = ?");
+                                              (other ? other->idColumn() : "id") + " = ?");
         row.bind(1, identifier(column.key, *text));
         if (!row.executeStep())
             throw refusal("there is no " + table + " " + *text);
@@ -368,7 +356,7 @@ void RecordWriter::addMarks(const RecordKind& kind, std::uint32_t id, const std:
         const std::uint32_t mark = identifier("marks: each", marks.substr(start, end - start));
         requireImageComment(mark);
         const ResetAtEnd resetAtEnd(*m_AddMark);
-        SQLite::bind(*m_AddMark, mark, kind.number, id);
+        SQLite::bind(*m_AddMark, mark, static_cast<int>(kind.number), id);
         m_AddMark->exec();
         start = end + 1;
     }
@@ -387,7 +375,7 @@ void RecordWriter::requireImageComment(std::uint32_t id)
     SQLite::Statement comment(m_Database, "SELECT 1 FROM image_comment WHERE id = ?");
     comment.bind(1, id);
     if (!comment.executeStep())
-        throw refusal("there is no image comment " + std::to_string(id) + " to be a mark");
+        throw refusal("marks: there is no image comment " + std::to_string(id));
 }
 
 } // namespace centre

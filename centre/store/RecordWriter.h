@@ -16,32 +16,31 @@
 
 namespace centre {
 
-/// A record as texts by their keys: those of its columns, `coordParam8`, which is another name for
-/// `coordExtra7`, `marks`, numbers with a comma or a blank between them, and for a project `company`, a
-/// company's number. Numbers are decimal.
+/// A record as texts by keys. The keys are those of its columns, `coordParam8` (another name for
+/// `coordExtra7`), `marks` (numbers with a comma or a blank between them), and for a project `company` (a
+/// company's number). Numbers are decimal.
 using RecordTexts = std::vector<std::pair<std::string, std::string>>;
 
-/// Whom the texts come from.
+/// The source of the texts.
 enum class Origin
 {
-    Operator, ///< records may bring their identifiers and any texts; marks get their image comments made
-    User      ///< the centre gives identifiers; numbers and codes must be such; image comments be there
+    Operator, ///< identifiers and any texts are allowed; missing image comments of marks are added
+    User      ///< identifiers are not allowed; numbers and codes must be valid; image comments must exist
 };
 
-/// Adds records to the image catalogue, inside the caller's transactions; used by one thread at a time.
+/// Adds records to the image catalogue, inside the caller's transactions. For one thread at a time.
 class RecordWriter
 {
 public:
     RecordWriter(SQLite::Database& database, Origin origin);
     ~RecordWriter();
 
-    /// Adds a record and returns its identifier, which is the next free one if the texts have none. A text
-    /// that is empty leaves an identifier, a date or degrees empty; elsewhere it is a value.
-    /// Throws Error(Failed): a key that the kind lacks or that comes twice with different texts, a text that
-    /// can't be the column's value, what is required and missing, an identifier that is taken, a company,
-    /// project, type, file or control file that is not there, a type that does not own the kind, what the
-    /// origin may not bring. Then nothing of the record is in the database once the transaction is rolled
-    /// back.
+    /// Adds a record and returns its identifier, which is the next free one if the texts have none. An empty
+    /// text leaves an identifier, a date or degrees empty; elsewhere it is a value.
+    /// Throws Error(Failed) for a key that the kind lacks or that comes twice with different texts, a text
+    /// that can't be the column's value, a required key that is missing, an identifier that exists already, a
+    /// company, project, type, file or control file that does not exist, a type that does not own the kind,
+    /// and a text that the origin does not allow. The caller then rolls its transaction back.
     std::uint32_t add(const RecordKind& kind, const RecordTexts& texts);
 
 private:
@@ -60,7 +59,7 @@ private:
     std::unordered_map<const RecordKind*, std::unique_ptr<Insertion>> m_Insertions;
     std::unordered_map<std::uint32_t, std::string> m_TypeNames;
     std::optional<SQLite::Statement> m_AddMark;
-    std::unordered_set<std::uint32_t> m_ImageComments; ///< those that are known to be there
+    std::unordered_set<std::uint32_t> m_ImageComments; ///< those that are known to exist
 };
 
 } // namespace centre

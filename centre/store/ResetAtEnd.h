@@ -5,8 +5,8 @@
 
 namespace centre {
 
-/// Ends the statement's read at the end of a scope, also when a step has thrown: one left open would hold
-/// back the clean-up of the write-ahead log and refuse the next parameters.
+/// Resets a statement at the end of a scope, also after an exception. A statement that is not reset keeps the
+/// write-ahead log from being shortened and refuses new parameters.
 class ResetAtEnd
 {
 public:

@@ -19,8 +19,8 @@ constexpr int kApplicationId = 0x4C554D4F; // "LUMO", so that a foreign database
 constexpr int kBusyTimeoutMilliseconds = 10000;
 constexpr int kOneThread = SQLITE_OPEN_NOMUTEX; // at a time: no lock around every column that is read
 
-// A column that goes into a bean bears the bean's field name. An empty place is NULL: the field is then
-// absent. 0xFFFFFFFF means "none" to the clients, so no record may have it.
+// A column that goes into a bean has the name of the bean's field. NULL leaves the field absent.
+// 0xFFFFFFFF means "none" to the clients, so no record may have it.
 constexpr const char* kVersion1 = R"sql(
 CREATE TABLE company (
     id INTEGER PRIMARY KEY CHECK (id BETWEEN 1 AND 4294967294),
@@ -79,7 +79,7 @@ CREATE TABLE data_file (
     file_id INTEGER NOT NULL REFERENCES file(id),
     PRIMARY KEY (project_id, file_id)) WITHOUT ROWID;
 
--- data_type_id: 1 folder, 2 file; image catalogue as RecordKind::number
+-- data_type_id: an ENUM_DATA_TYPE
 CREATE TABLE comment_record (
     comment_id INTEGER NOT NULL,
     data_type_id INTEGER NOT NULL,
@@ -87,7 +87,7 @@ CREATE TABLE comment_record (
     PRIMARY KEY (comment_id, data_type_id, record_id)) WITHOUT ROWID;
 )sql";
 
-// A disk or a package is found by the paths that lead to a place.
+// The indexes find the disks and packages that a path leads through.
 constexpr const char* kVersion2 = R"sql(
 ALTER TABLE user ADD COLUMN may_write INTEGER NOT NULL DEFAULT 1;
 
@@ -117,8 +117,8 @@ CREATE INDEX version_box ON version(kesta_code);
 CREATE INDEX version_path ON version(app_full_path);
 )sql";
 
-// A record bears one comment and any number of image comments, which belong to no company. The marks that are
-// there get image comments of their own.
+// A record has at most one comment and any number of image comments, which belong to no company. The step
+// adds the image comments of the existing marks.
 constexpr const char* kVersion4 = R"sql(
 CREATE TABLE comment (
     id INTEGER PRIMARY KEY CHECK (id BETWEEN 1 AND 4294967294),
@@ -146,7 +146,7 @@ CREATE INDEX data_file_file ON data_file(file_id);
 
 constexpr int kSchemaVersion = 4;
 
-/// What leads from a version of the tables to the next.
+/// Returns the SQL that leads from a version of the tables to the next.
 std::string stepFrom(int version)
 {
     // The tables of the image catalogue follow the beans, whose fields have their places for good.
@@ -185,7 +185,7 @@ void takeSteps(SQLite::Database& database, int from)
 void migrate(SQLite::Database& database)
 {
     SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
-    takeSteps(database, pragma(database, "user_version")); // another process may have been faster
+    takeSteps(database, pragma(database, "user_version")); // anew: another process may have been faster
     transaction.commit();
 }
 
@@ -195,7 +195,7 @@ void setUp(SQLite::Database& database)
     try {
         database.exec("PRAGMA foreign_keys = ON");
         database.exec("PRAGMA synchronous = FULL");
-        pragma(database, "application_id"); // the first that reads the file
+        pragma(database, "application_id"); // the first statement that reads the file
     } catch (const SQLite::Exception& exception) {
         if (exception.getErrorCode() == SQLITE_NOTADB)
             throw notOurs(database.getFilename());
@@ -217,9 +217,10 @@ std::unique_ptr<SQLite::Database> openDatabase(const std::string& dataFolder)
         throw notOurs(path);
     const int version = pragma(*database, "user_version");
     if (version > kSchemaVersion)
-        throw Error(ExitCode::NoDataFolder, dataFolder + " has version " + std::to_string(version) +
-                                                " of the tables; this lumo-centre knows " +
-                                                std::to_string(kSchemaVersion) + ": use a newer lumo-centre");
+        throw Error(ExitCode::NoDataFolder,
+                    dataFolder + " was made by a newer lumo-centre: its tables have version " +
+                        std::to_string(version) + ", this lumo-centre knows versions up to " +
+                        std::to_string(kSchemaVersion));
     if (version < kSchemaVersion)
         migrate(*database);
     return database;
@@ -239,7 +240,7 @@ std::unique_ptr<SQLite::Database> createDatabase(const std::string& dataFolder)
     if (isComplete(*database))
         throw Error(ExitCode::NoDataFolder, dataFolder + " is a data folder already; nothing was changed");
     if (pragma(*database, "application_id") != 0 || pragma(*database, "user_version") != 0)
-        throw Error(ExitCode::NoDataFolder, databasePath(dataFolder) + " is another program's database");
+        throw Error(ExitCode::NoDataFolder, databasePath(dataFolder) + " is a database of another program");
     database->exec("PRAGMA journal_mode = WAL");
     return database;
 }

@@ -8,13 +8,13 @@
 
 namespace centre {
 
-/// Opens the database of a data folder for reading and writing, ready for use by one thread at a time:
-/// foreign keys on, every commit flushed to the disk, waiting for other writers instead of failing.
-/// Tables of an older version are brought to this one first, in one transaction.
-/// Throws Error(NoDataFolder) if there is none or it is of a newer version.
+/// Opens the database of a data folder for reading and writing, for one thread at a time: with foreign keys,
+/// each commit flushed to the disk, waiting for other writers. Brings tables of an older version up to date
+/// first, in one transaction. Throws Error(NoDataFolder) if the folder has no database of lumo-centre or one
+/// of a newer version.
 std::unique_ptr<SQLite::Database> openDatabase(const std::string& dataFolder);
 
-/// Makes a data folder with a database that has no tables yet. Throws Error if there is one.
+/// Makes a data folder with a database without tables. Throws Error if the folder has a database already.
 std::unique_ptr<SQLite::Database> createDatabase(const std::string& dataFolder);
 
 /// Makes the tables and marks the database as complete; inside the caller's transaction.

@@ -11,8 +11,8 @@
 
 namespace centre {
 
-/// Finds and adds folders and files of disks, inside the caller's transactions; used by one thread at a
-/// time. Throws SQLite::Exception.
+/// Finds and adds folders and files of disks, inside the caller's transactions. For one thread at a time.
+/// Throws SQLite::Exception.
 class StorageTree
 {
 public:
@@ -21,12 +21,12 @@ public:
     std::optional<std::uint32_t> topFolder(std::uint32_t diskId);
     std::optional<std::uint32_t> findFolder(std::uint32_t diskId, std::uint32_t parentId,
                                             const std::string& name);
-    /// Of a folder that `findFolder` does not find; its identifier.
+    /// Adds a folder that `findFolder` does not find. Returns its identifier.
     std::uint32_t addFolder(std::uint32_t diskId, std::uint32_t parentId, const std::string& name);
-    /// The folder that the names lead to; adds what is missing of them.
+    /// Returns the folder that the names lead to. Adds those that are missing.
     std::uint32_t makeFolders(std::uint32_t diskId, std::uint32_t parentId,
                               const std::vector<std::string>& names);
-    /// False if the file is registered already.
+    /// Returns false if the file is registered already.
     bool addFile(std::uint32_t folderId, const std::string& name);
 
 private:

@@ -76,7 +76,7 @@ std::uint32_t Store::addCompany(const std::string& companyNo)
     requireName("the company number", companyNo);
     SQLite::Statement statement(*m_Database, "INSERT INTO company(companyno) VALUES (?)");
     statement.bind(1, companyNo);
-    insert(statement, "there is a company " + companyNo + " already");
+    insert(statement, "company " + companyNo + " exists already");
     return lastId(*m_Database);
 }
 
@@ -89,7 +89,7 @@ std::string Store::addUser(const std::string& userName, const std::string& compa
         *m_Database, "INSERT INTO user(username, company_id, may_write, token_hash) VALUES (?, ?, ?, ?)");
     SQLite::bind(statement, userName, companyId(companyNo), mayWrite ? 1 : 0);
     statement.bind(4, hash.data(), static_cast<int>(hash.size()));
-    insert(statement, "there is a user " + userName + " already");
+    insert(statement, "user " + userName + " exists already");
     return token;
 }
 
@@ -103,7 +103,7 @@ void Store::addBox(const std::string& code, const std::string& address)
     SQLite::Statement statement(*m_Database, "INSERT INTO box(code, address) VALUES (?, ?)");
     statement.bind(1, code);
     statement.bind(2, address);
-    insert(statement, "there is a box " + code + " already");
+    insert(statement, "box " + code + " exists already");
 }
 
 std::string Store::boxAddress(const std::string& code)
@@ -126,14 +126,15 @@ void Store::addArea(std::uint32_t id, const std::string& name, std::optional<std
 {
     requireName("the area's name", name);
     if (id == 0 || id == UINT32_MAX)
-        throw Error(ExitCode::WrongUse, "an area's identifier is a number from 1 to 4294967294");
+        throw Error(ExitCode::WrongUse, "an area's identifier must be a number from 1 to 4294967294");
     SQLite::Statement statement(*m_Database,
                                 "INSERT INTO national_area(area_id, area_name, parent_id) VALUES (?, ?, ?)");
     SQLite::bind(statement, id, name);
     if (parentId)
         statement.bind(3, *parentId);
-    insert(statement, "there is an area " + std::to_string(id) + " already",
-           "there is no area " + std::to_string(parentId.value_or(0)) + " to be its parent");
+    insert(statement, "area " + std::to_string(id) + " exists already",
+           "there is no area " + std::to_string(parentId.value_or(0)) +
+               ", which the new area should be part of");
 }
 
 std::uint32_t Store::companyId(const std::string& companyNo)
@@ -150,7 +151,7 @@ std::uint32_t Store::addDisk(const std::string& name, const std::string& rootPat
 {
     requireName("the disk's name", name);
     if (name == "." || name == ".." || name.find('/') != std::string::npos)
-        throw Error(ExitCode::WrongUse, "the disk's name begins paths and can't be " + name);
+        throw Error(ExitCode::WrongUse, "the disk's name is one component of a path and can't be " + name);
     SQLite::Transaction transaction(*m_Database, SQLite::TransactionBehavior::IMMEDIATE);
     SQLite::Statement disk(*m_Database,
                            "INSERT INTO disk(root_path, name, kesta_code, company_id, address_kind)"
@@ -159,7 +160,7 @@ std::uint32_t Store::addDisk(const std::string& name, const std::string& rootPat
     disk.bind(2, name);
     disk.bind(3, boxCode);
     disk.bind(4, companyId(companyNo));
-    insert(disk, "there is a disk " + name + " already");
+    insert(disk, "disk " + name + " exists already");
     const std::uint32_t diskId = lastId(*m_Database);
     SQLite::Statement folder(*m_Database, "INSERT INTO folder(parent_id, name, disk_id) VALUES (0, ?, ?)");
     folder.bind(1, name);

@@ -111,7 +111,7 @@ TEST_F(Registrations, OfLongTextsAreRefusedInAFewWords)
         keys += ",key" + std::to_string(i) + "='v'";
     for (const auto& [text, reason] :
          {std::pair(keys, "has no key 'key0'"),
-          {std::string(1 << 20, '\''), "a record is key='value',key='value', not"}}) {
+          {std::string(1 << 20, '\''), "a record must be key='value',key='value', not"}}) {
         EXPECT_EQ(save(6, text), "result: -2");
         EXPECT_THAT(m_Errors, HasSubstr(reason));
         EXPECT_LT(m_Errors.size(), 1000u);
