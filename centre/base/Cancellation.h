@@ -7,8 +7,8 @@
 
 namespace centre {
 
-/// Returns whether nobody waits for the result of long work any more, because its caller has gone or the centre
-/// stops. Never empty.
+/// Returns whether nobody waits for the result of long work any more, because its caller has gone or the
+/// centre stops. Never empty.
 using IsCanceled = std::function<bool()>;
 
 /// For work that somebody always waits for.

@@ -9,6 +9,9 @@ namespace centre {
 /// Returns the text for a terminal: control characters and bytes that are not UTF-8 become \xNN.
 std::string escaped(const std::string& text);
 
+/// Returns the escaped start of a text that may be long, with "..." if it is cut.
+std::string abbreviated(const std::string& text);
+
 /// Returns "1 problem", "2 problems": the count and the noun, whose plural ends with s.
 std::string counted(std::uint64_t count, const std::string& noun);
 

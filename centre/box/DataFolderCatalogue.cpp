@@ -117,7 +117,8 @@ private:
         std::vector<Folder> found = rootsAt(path);
         if (path != "/")
             for (const Folder& parent : folders(folderAbove(path)))
-                found.push_back({parent.diskId, folderIn(parent, lastName(path))});
+                found.push_back(
+                    {parent.diskId, m_Tree.makeFolders(parent.diskId, parent.id, {lastName(path)})});
         return m_Folders.emplace(path, std::move(found)).first->second;
     }
 
@@ -132,12 +133,6 @@ private:
             roots.push_back({diskId, m_Tree.topFolder(diskId).value()});
         }
         return roots;
-    }
-
-    std::uint32_t folderIn(const Folder& parent, const std::string& name)
-    {
-        const auto known = m_Tree.findFolder(parent.diskId, parent.id, name);
-        return known ? *known : m_Tree.addFolder(parent.diskId, parent.id, name);
     }
 
     Connection& m_Connection;

@@ -1,6 +1,7 @@
 #include "centre/endpoint/FaultyService.h"
 
 #include "centre/base/Error.h"
+#include "centre/store/Query.h"
 
 #include <google/protobuf/message.h>
 
@@ -19,12 +20,6 @@ using google::protobuf::ServiceDescriptor;
 constexpr int kKilled = 137;
 constexpr const char* kDataMovers[] = {"haulbox.BoxServices.read", "haulbox.BoxServices.fetch",
                                        "haulbox.BoxServices.write", "haulbox.BoxServices.store"};
-
-void setResult(Message& response, std::int32_t result)
-{
-    response.GetReflection()->SetInt32(&response, response.GetDescriptor()->FindFieldByName("result"),
-                                       result);
-}
 
 const MethodDescriptor& findOperation(const std::vector<const ServiceDescriptor*>& services,
                                       const std::string& name)

@@ -17,8 +17,6 @@ using google::protobuf::RpcController;
 
 namespace {
 
-constexpr std::size_t kShownOfTaskId = 200; // it may be megabytes
-
 /// Runs the work of an operation. Returns the reason of its failure and writes it to standard error; empty
 /// after success.
 std::string attempt(const char* operation, const std::function<void()>& work)
@@ -77,8 +75,8 @@ void ForgeService::TransferProgress(RpcController*, const forgeserver::TransferP
                                     forgeserver::TransferProgressRsp*, Closure* done)
 {
     std::ostringstream line;
-    line << "lumo-centre: transfer " << escaped(request->task_id().substr(0, kShownOfTaskId)) << ": "
-         << request->progress_a() << " " << request->progress_b() << " " << request->progress_c() << "\n";
+    line << "lumo-centre: transfer " << abbreviated(request->task_id()) << ": " << request->progress_a()
+         << " " << request->progress_b() << " " << request->progress_c() << "\n";
     std::cerr << line.str();
     done->Run();
 }

@@ -17,12 +17,6 @@ namespace {
 using forgeserver::Reference;
 
 constexpr char kNote[] = "UPDATE file SET short_text = ?, long_text = nullif(?, '') WHERE id = ?";
-constexpr std::size_t kShown = 200;
-
-std::string shown(const std::string& name)
-{
-    return escaped(name.substr(0, kShown));
-}
 
 /// The files of one request, on the disks of the user's company.
 class Files
@@ -40,7 +34,7 @@ public:
                                       static_cast<std::uint32_t>(reference.ref_id()));
         const std::string name = reference.text().substr(reference.text().find_last_of("/\\") + 1);
         if (!name.empty() && name != place.name)
-            throw refusal("its name in the catalogue is " + shown(place.name));
+            throw refusal("its name in the catalogue is " + abbreviated(place.name));
         return place;
     }
 
@@ -56,7 +50,7 @@ public:
             } catch (const std::exception& exception) {
                 const auto id = static_cast<std::uint32_t>(reference.ref_id());
                 throw refusal(std::string(what) + " file " + std::to_string(id) + " " +
-                              shown(reference.text()) + ": " + exception.what());
+                              abbreviated(reference.text()) + ": " + exception.what());
             }
         }
     }
@@ -112,7 +106,7 @@ void analyzeImage(ConnectionPool& pool, const User& user, const forgeserver::Ana
     try {
         analyze(pool, user, request, isCanceled);
     } catch (const std::exception& exception) {
-        throw refusal("image " + shown(request.img_name()) + ": " + exception.what());
+        throw refusal("image " + abbreviated(request.img_name()) + ": " + exception.what());
     }
 }
 

@@ -135,7 +135,7 @@ Scene readAlosSummary(const std::string& text)
     forEachLine(text, [&scene](const std::string& line) {
         const std::size_t sign = line.find("=\"");
         if (sign == std::string::npos || sign + 2 == line.size() || line.back() != '"')
-            throw refusal("a line of a summary must be key=\"value\", not " + escaped(line.substr(0, 100)));
+            throw refusal("a line of a summary must be key=\"value\", not " + abbreviated(line));
         const std::string key = line.substr(0, sign);
         const std::string value = trimmed(line.substr(sign + 2, line.size() - sign - 3));
         if (key == "Scs_SceneID")

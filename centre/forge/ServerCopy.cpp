@@ -16,8 +16,6 @@ namespace centre {
 
 namespace {
 
-constexpr std::size_t kShown = 200; // of a path
-
 using bulkhaul::Folder;
 
 /// Returns the path without doubled separators and without one at its end.
@@ -91,7 +89,7 @@ ServerCopy::ServerCopy(ConnectionPool& pool, const std::vector<std::string>& cop
 std::string ServerCopy::requireRoot(const std::string& path) const
 {
     if (!isPlainAbsolutePath(path))
-        throw refusal(escaped(path.substr(0, kShown)) + " is not a plain absolute path, /FOLDER/NAME");
+        throw refusal(abbreviated(path) + " is not a plain absolute path, /FOLDER/NAME");
     std::string found;
     for (const std::string& root : m_Roots)
         if (isAtOrBelow(root, path) && root.size() > found.size())
@@ -101,8 +99,7 @@ std::string ServerCopy::requireRoot(const std::string& path) const
     std::string all;
     for (const std::string& root : m_Roots)
         all += (all.empty() ? "" : ", ") + escaped(root);
-    throw refusal(escaped(path.substr(0, kShown)) +
-                  " lies in no folder that the centre copies from and to; " +
+    throw refusal(abbreviated(path) + " lies in no folder that the centre copies from and to; " +
                   (all.empty() ? "there is none, see serve --copy-root" : "those are " + all));
 }
 

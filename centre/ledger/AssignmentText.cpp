@@ -11,8 +11,6 @@ namespace centre {
 
 namespace {
 
-constexpr std::size_t kShown = 100;
-
 std::pair<std::string, std::string> parsePiece(const std::string& piece)
 {
     const std::size_t closing = piece.rfind('\'');
@@ -21,8 +19,7 @@ std::pair<std::string, std::string> parsePiece(const std::string& piece)
         if (sign != std::string::npos)
             return {piece.substr(0, sign), piece.substr(sign + 2, closing - sign - 2)};
     }
-    throw Error(ExitCode::Failed, "a record must be key='value',key='value', not " +
-                                      escaped("\"" + piece.substr(0, kShown) + "\""));
+    throw refusal("a record must be key='value',key='value', not \"" + abbreviated(piece) + "\"");
 }
 
 } // namespace

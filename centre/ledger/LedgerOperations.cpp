@@ -47,14 +47,10 @@ std::string pageLimit()
 
 namespace {
 
-std::vector<Operation> directoryOperations()
+/// Disks, folders and files.
+std::vector<Operation> storageOperations()
 {
     return {
-        {"queryCompanyTableByCompanyNo", Shape::Record,
-         "SELECT id, companyno FROM company WHERE companyno = :companyno"},
-        {"queryUserTableByUserName", Shape::Record,
-         "SELECT id, username FROM user WHERE username = :username"},
-
         {"queryDataAddressByID", Shape::Record, kDisks + "WHERE id = :record_id"},
         {"queryDataAddressByName", Shape::Record, kDisks + "WHERE company_id = :company_id AND name = :name"},
         {"queryDataAddress", Shape::List,
@@ -84,7 +80,17 @@ std::vector<Operation> directoryOperations()
          kFileColumns + kFilesOfProject + " ORDER BY file_id" + kPage},
         {"getFileFullPath", Shape::Values,
          fullPath("SELECT parent_id, '/' || name FROM file WHERE id = :file_id")},
+    };
+}
 
+/// Companies, users, areas and versions.
+std::vector<Operation> directoryOperations()
+{
+    return {
+        {"queryCompanyTableByCompanyNo", Shape::Record,
+         "SELECT id, companyno FROM company WHERE companyno = :companyno"},
+        {"queryUserTableByUserName", Shape::Record,
+         "SELECT id, username FROM user WHERE username = :username"},
         {"queryCompanyTableByCompanyID", Shape::Record,
          "SELECT id, companyno FROM company WHERE id = :company_id"},
         {"queryNationalAreaByAreaID", Shape::List,
@@ -105,9 +111,9 @@ std::vector<Operation> directoryOperations()
 const std::vector<Operation>& ledgerOperations()
 {
     static const std::vector<Operation> operations = [] {
-        std::vector<Operation> all = directoryOperations();
+        std::vector<Operation> all = storageOperations();
         for (std::vector<Operation>& more :
-             std::array{imageOperations(), searchOperations(), annotationOperations()})
+             std::array{directoryOperations(), imageOperations(), searchOperations(), annotationOperations()})
             std::move(more.begin(), more.end(), std::back_inserter(all));
         return all;
     }();

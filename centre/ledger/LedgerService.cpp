@@ -8,18 +8,8 @@
 
 namespace centre {
 
-namespace {
-
 using google::protobuf::Message;
 using google::protobuf::MethodDescriptor;
-
-void setResult(Message& response, Result result)
-{
-    response.GetReflection()->SetInt32(&response, response.GetDescriptor()->FindFieldByName("result"),
-                                       result);
-}
-
-} // namespace
 
 LedgerService::LedgerService(ConnectionPool& pool) : m_Pool(pool)
 {

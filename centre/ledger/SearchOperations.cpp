@@ -86,7 +86,7 @@ std::string day(const std::string& text, const char* none)
         return none;
     if (auto date = isoDate(text))
         return *date;
-    throw std::runtime_error("not a date: " + escaped(text).substr(0, 100));
+    throw std::runtime_error("not a date: " + abbreviated(text));
 }
 
 void makeDatesFit(DataUtilBeanReq& request)

@@ -122,6 +122,11 @@ void requirePage(const Message& request)
 
 } // namespace
 
+void setResult(Message& response, std::int32_t result)
+{
+    response.GetReflection()->SetInt32(&response, require(*response.GetDescriptor(), "result"), result);
+}
+
 Query::Query(const SQLite::Database& database, const Operation& operation,
              const google::protobuf::MethodDescriptor& method)
     : m_Shape(operation.shape),

@@ -43,6 +43,9 @@ enum Result
     kError = -2
 };
 
+/// Sets the field `result` of a response, which must have one.
+void setResult(google::protobuf::Message& response, std::int32_t result);
+
 /// An operation prepared on one connection; used by one thread at a time. The constructor throws
 /// SQLite::Exception or std::logic_error when the SQL does not match the method's messages.
 class Query

@@ -22,11 +22,9 @@ namespace {
 constexpr double kTurn = 360;
 constexpr std::uint32_t kNoIdentifier = 0xFFFFFFFF; // means "none" to the clients
 
-/// Returns a text for a message to its author.
-std::string shown(const std::string& text)
+std::string quoted(const std::string& text)
 {
-    constexpr std::size_t kLongest = 100;
-    return "'" + escaped(text.substr(0, kLongest)) + (text.size() > kLongest ? "...'" : "'");
+    return "'" + abbreviated(text) + "'";
 }
 
 std::uint32_t identifier(const std::string& key, const std::string& text)
@@ -35,7 +33,7 @@ std::uint32_t identifier(const std::string& key, const std::string& text)
     const char* end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, value);
     if (error != std::errc() || stop != end || value == 0 || value == kNoIdentifier)
-        throw refusal(key + " must be a number from 1 to 4294967294, not " + shown(text));
+        throw refusal(key + " must be a number from 1 to 4294967294, not " + quoted(text));
     return value;
 }
 
@@ -47,7 +45,7 @@ double degrees(const std::string& key, const std::string& text)
     const auto [stop, error] = std::from_chars(text.data(), end, value);
     if (error != std::errc() || stop != end || !(std::abs(value) <= limit))
         throw refusal(key + " must be a number of degrees from " +
-                      (limit == 90 ? "-90 to 90" : "-180 to 180") + ", not " + shown(text));
+                      (limit == 90 ? "-90 to 90" : "-180 to 180") + ", not " + quoted(text));
     return value;
 }
 
@@ -55,7 +53,7 @@ std::string date(const std::string& key, const std::string& text)
 {
     if (auto day = isoDate(text))
         return *day;
-    throw refusal(key + " must be a day, YYYY-MM-DD, not " + shown(text));
+    throw refusal(key + " must be a day, YYYY-MM-DD, not " + quoted(text));
 }
 
 /// Whether the text starts with a number for the clients, which read it with these functions.
@@ -76,7 +74,7 @@ void requireReadable(const Column& column, const std::string& text)
         return;
     const bool isNumber = column.content == Content::Number || column.content == Content::Count;
     if (isNumber && !startsWithNumber(column.content, text))
-        throw refusal(column.key + " must be a number, not " + shown(text));
+        throw refusal(column.key + " must be a number, not " + quoted(text));
     if (column.content != Content::Code)
         return;
     const std::vector<std::string>& known = codeTexts(column.name);
@@ -85,15 +83,15 @@ void requireReadable(const Column& column, const std::string& text)
     std::string all;
     for (const std::string& each : known)
         all += (all.empty() ? "" : ", ") + each;
-    throw refusal(column.key + " must be one of " + all + ", not " + shown(text));
+    throw refusal(column.key + " must be one of " + all + ", not " + quoted(text));
 }
 
 void bindText(SQLite::Statement& statement, int place, const Column& column, const std::string& text)
 {
     if (column.content == Content::Name && (text.empty() || escaped(text) != text))
-        throw refusal(column.key + " must be a name without control characters, not " + shown(text));
+        throw refusal(column.key + " must be a name without control characters, not " + quoted(text));
     if (text.find('\0') != std::string::npos)
-        throw refusal(column.key + " must be a text without the character 0, not " + shown(text));
+        throw refusal(column.key + " must be a text without the character 0, not " + quoted(text));
     statement.bindNoCopy(place, text);
 }
 
@@ -166,10 +164,10 @@ public:
         for (const auto& [key, text] : texts) {
             const auto slot = m_Slots.find(key);
             if (slot == m_Slots.end())
-                throw refusal("a record of kind " + m_Kind.name + " has no key " + shown(key));
+                throw refusal("a record of kind " + m_Kind.name + " has no key " + quoted(key));
             const std::string*& known = m_Texts[slot->second];
             if (known && *known != text)
-                throw refusal(key + " is given twice: " + shown(*known) + " and " + shown(text));
+                throw refusal(key + " is given twice: " + quoted(*known) + " and " + quoted(text));
             if (!text.empty() || slot->second >= m_Kind.columns.size() ||
                 emptyIsValue(m_Kind.columns[slot->second].content))
                 known = &text;
@@ -313,7 +311,8 @@ std::string RecordWriter::companyId(const std::string* companyNo)
     if (companyNo)
         row.bind(1, *companyNo);
     if (!row.executeStep())
-        throw refusal("there is no company " + shown(companyNo ? *companyNo : "") + "; add-company adds one");
+        throw refusal("there is no company " + quoted(companyNo ? *companyNo : "") +
+                      "; add-company adds one");
     std::string id = row.getColumn(0).getString();
     if (row.executeStep())
         throw refusal("there are several companies: name one by company or companyID");
@@ -327,7 +326,7 @@ void RecordWriter::refuse(const RecordKind& kind, Insertion& insertion, const SQ
     if (code == SQLITE_CONSTRAINT_PRIMARYKEY)
         throw refusal(kind.name + " " + *insertion.text(kind.columns.front().key) + " exists already");
     if (code == SQLITE_CONSTRAINT_UNIQUE)
-        throw refusal(kind.name + " " + shown(*insertion.text(kind.nameColumn()->key)) + " exists already");
+        throw refusal(kind.name + " " + quoted(*insertion.text(kind.nameColumn()->key)) + " exists already");
     if (code == SQLITE_CONSTRAINT_CHECK)
         throw refusal("no identifier is left for another " + kind.name);
     if (code != SQLITE_CONSTRAINT_FOREIGNKEY)

@@ -64,8 +64,8 @@ CREATE TABLE file (
     long_text TEXT,
     UNIQUE (parent_id, name));
 
--- An index ends with the row's id, so these hold each folder's children in the order of the pages,
--- and the records before a page are passed over inside the index.
+-- An index ends with the row's id, so these have each folder's children in the order of the pages and skip
+-- the records before a page inside the index.
 CREATE INDEX folder_page ON folder(parent_id);
 CREATE INDEX file_page ON file(parent_id);
 
