@@ -135,7 +135,7 @@ std::string table(const RecordKind& kind)
 std::string indexes(const RecordKind& kind)
 {
     const std::string create = "CREATE INDEX " + kind.name;
-    const std::string page = create + "_page ON " + kind.name + "(" + kind.owner().name + ");\n";
+    std::string page = create + "_page ON " + kind.name + "(" + kind.owner().name + ");\n";
     if (!kind.hasType())
         return page;
     return page + create + "_sensor ON " + kind.name + "(type_id, sensor, date);\n" + create + "_date ON " +
