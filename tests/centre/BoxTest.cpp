@@ -123,15 +123,15 @@ TEST_F(BoxCatalogueTest, AdmitsWhatTheTokenTheMessageAndThePathAllow)
         {demo, upload("demo", "1"), write, "/srv/disk", "does not hold"},
         {demo, upload("demo", "2"), write, "/srv/disk/theirs/x", "does not hold"},
         {demo, upload("demo", "4294967295"), write, "/srv/disk/x", "does not hold"},
-        {demo, upload("demo"), write, packages + "/app/file", "belongs to a version"},
+        {demo, upload("demo"), write, packages + "/app/file", "is in the package of a version"},
         {reader, upload("reader"), write, "/srv/disk/x", "user reader may only read"},
         {"", download("demo"), read, "/srv/disk", "not that of a user"},
-        {demo, download("reader"), read, "/srv/disk", "not that of user reader"},
+        {demo, download("reader"), read, "/srv/disk", "does not belong to user reader"},
         {demo, download("demo"), write, "/srv/disk/x", "DownloadAuthMsg where a kestaserver.UploadAuthMsg"},
         {demo, upload("demo"), read, "/srv/disk/x", "where a kestaserver.DownloadAuthMsg"},
         {demo, haulbox::Carried(), read, "/srv/disk", "no message"},
         {demo, broken(), read, "/srv/disk", "can't be read"},
-        {other, download("other"), read, "/srv/disk/a", "on no disk of box B1 that user other may use"},
+        {other, download("other"), read, "/srv/disk/a", "not on a disk of box B1 that user other may use"},
     };
     for (const auto& each : cases)
         EXPECT_THAT(admitted(catalogue, each.token, each.carried, each.path, each.use),
@@ -139,12 +139,14 @@ TEST_F(BoxCatalogueTest, AdmitsWhatTheTokenTheMessageAndThePathAllow)
             << each.path;
     for (const std::string& path : {std::string("/srv/disks"), std::string("/srv"), std::string("/"),
                                     std::string("/srv/elsewhere"), packages + "/app2"})
-        EXPECT_THAT(admitted(catalogue, demo, download("demo"), path, read), HasSubstr("on no disk")) << path;
+        EXPECT_THAT(admitted(catalogue, demo, download("demo"), path, read), HasSubstr("not on a disk"))
+            << path;
     for (const std::string& path : {std::string(""), std::string("srv/disk"), std::string("/srv/disk/../x"),
                                     std::string("/srv/disk/./x"), std::string("/srv//disk"),
                                     std::string("/srv/disk/"), std::string("/srv/disk/x\xff"),
                                     std::string("/srv/disk/x\0y", 13), "/srv/disk/" + std::string(5000, 'x')})
-        EXPECT_THAT(admitted(catalogue, demo, download("demo"), path, read), HasSubstr("not a path")) << path;
+        EXPECT_THAT(admitted(catalogue, demo, download("demo"), path, read), HasSubstr("not a valid path"))
+            << path;
 }
 
 TEST_F(BoxCatalogueTest, ADiskMayBeTheWholeMachineButTheDataFolderStaysOutOfReach)
@@ -277,7 +279,7 @@ TEST_F(ServedBox, IsFoundWhereverItWasServedLast)
     EXPECT_THAT(read(second, m_Data.token()), HasSubstr("\"content\""));
     moved.signal(SIGTERM);
     EXPECT_EQ(moved.wait(), 0);
-    EXPECT_THAT(moved.readLine(), HasSubstr("read@1=corrupt fired 1 times"));
+    EXPECT_THAT(moved.readLine(), HasSubstr("read@1=corrupt fired 1 time"));
 }
 
 TEST_F(ServedBox, AndItsCentreSpeakTlsAlone)

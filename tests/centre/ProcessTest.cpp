@@ -28,7 +28,7 @@ TEST(Process, EndsCleanlyOnASignalAndTellsItsFaults)
     EXPECT_THAT(askCompany(address, data.token()), HasSubstr("fault switch"));
     process.signal(SIGTERM);
     EXPECT_EQ(process.wait(), 0);
-    EXPECT_THAT(process.readLine(), HasSubstr("queryCompanyTableByCompanyNo@2=refuse fired 1 times"));
+    EXPECT_THAT(process.readLine(), HasSubstr("queryCompanyTableByCompanyNo@2=refuse fired 1 time"));
 }
 
 TEST(Process, ASecondSignalEndsItAtOnce)

@@ -83,8 +83,8 @@ TEST_F(Records, ComeBackAsTheyWereLoaded)
             for (const Sample& sample : samplesOf(kind))
                 lines += sample.line;
     load(lines);
-    EXPECT_EQ(m_Loaded, "1 project, 8 type, 3 photo, 3 sat, 3 ads, 3 control, 3 point,"
-                        " 3 dem, 3 dsm, 3 dom, 3 dlg");
+    EXPECT_EQ(m_Loaded, "36 records (project 1, type 8, photo 3, sat 3, ads 3, control 3, point 3,"
+                        " dem 3, dsm 3, dom 3, dlg 3)");
     serve();
     for (const RecordKind& kind : centre::recordKinds()) {
         if (!kind.hasType() && kind.name != "point")
@@ -151,6 +151,10 @@ TEST_F(Records, OfASampleAreThereInPagesAndTheSameForASeed)
         images += kind.hasType() && kind.name != "control" ? counts.at(kind.name) : 0;
     }
     EXPECT_EQ(images, 3000u);
+    EXPECT_EQ(
+        value("SELECT min(count(value1), count(count1), count(datum), count(coord_param1)) * 1.2 > count(*)"
+              " FROM sat"),
+        "1");
     for (const std::uint64_t seed : {1, 2}) {
         DataFolder again;
         centre::Store store(again.path());

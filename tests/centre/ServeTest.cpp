@@ -57,12 +57,12 @@ TEST_F(Serve, RefusesOptionsThatCannotBe)
                                           {"unix:/tmp/centre", "HOST:PORT"}})
         refuses(ExitCode::WrongUse, reason, [&, text = address](auto& options) { options.address = text; });
     for (const auto& [fault, reason] :
-         {std::pair("list=corrupt", "moves no data"), {"read=result:1", "no result to fault"}})
+         {std::pair("list=corrupt", "moves no data"), {"read=result:1", "no result that a fault could set"}})
         refuses(ExitCode::WrongUse, reason, [&, text = fault](auto& options) {
             options.boxes = {{"B1", "127.0.0.1:0"}};
             options.faults = {text};
         });
-    refuses(ExitCode::WrongUse, "AnalyzeImage has no result to fault",
+    refuses(ExitCode::WrongUse, "AnalyzeImage has no result that a fault could set",
             [](auto& options) { options.faults = {"AnalyzeImage=result:-1"}; });
     refuses(ExitCode::Failed, "no box B2", [](auto& options) { options.boxes = {{"B2", "127.0.0.1:0"}}; });
     for (const auto& [address, reason] :
