@@ -53,9 +53,9 @@ int main(int argc, char** argv)
     // lumo-centre reports failures in lines of its own.
     setenv("GRPC_VERBOSITY", "NONE", 0);
     // A command must show its token even if the reader of its output has gone.
-    std::signal(SIGPIPE, SIG_IGN);
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     // A write beyond the limit of a file's size must fail, not end the process.
-    std::signal(SIGXFSZ, SIG_IGN);
+    static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
     CLI::App app("A geospatial data centre for development and tests: serves a catalogue of real folders and "
                  "files from one"
                  " data folder.",
