@@ -41,7 +41,7 @@ std::string packagePath(const std::string& path)
     if (!fs::is_regular_file(real) && !fs::is_directory(real))
         throw Error(ExitCode::WrongUse, "a package must be a file or a folder: " + escaped(path));
     if (real == "/" || !platform::isUtf8(real.string()))
-        throw Error(ExitCode::WrongUse, "not a path for a package: " + escaped(real.string()));
+        throw Error(ExitCode::WrongUse, "not a valid path for a package: " + escaped(real.string()));
     return real.string();
 }
 
