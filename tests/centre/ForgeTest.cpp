@@ -59,7 +59,7 @@ TEST_F(Forge, LongWorkThatIsDisturbedLeavesNothing)
         } cases[] = {
             {nullptr, "given up", ""},
             {[this] { m_Data.makeFile("copies/file", "changed"); }, "changed", ""},
-            {[this] { m_Data.makeFile("disk/to/file", "other"); }, "is there already", "other"},
+            {[this] { m_Data.makeFile("disk/to/file", "other"); }, "exists already", "other"},
         };
         for (const auto& each : cases) {
             std::filesystem::remove_all(m_Data.below("disk/to"));
@@ -165,7 +165,7 @@ TEST_F(Forge, RefusesDamagedImagesAndReadsLargeOnes)
         EXPECT_THAT(analyze("disk/damaged/" + name), AllOf(HasSubstr("analyze_result: false"),
                                                            HasSubstr("image N: main file "), HasSubstr(name)))
             << name;
-    EXPECT_THAT(analyze("disk/pipe"), HasSubstr("pipe is no regular file"));
+    EXPECT_THAT(analyze("disk/pipe"), HasSubstr("pipe is not a regular file"));
 }
 
 TEST(SceneMetadata, OfAnyDepthIsRead)
