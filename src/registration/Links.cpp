@@ -4,7 +4,6 @@
 
 using ledgerserver::DataFileUtilBeanReq;
 using ledgerserver::DataFolderUtilBeanReq;
-using ledgerserver::DataSrcUtilBeanRsp;
 using recordqueries::DataUtilBeanReq;
 
 namespace {

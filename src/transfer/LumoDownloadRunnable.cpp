@@ -384,7 +384,7 @@ bool CLumoDownloadRunnable::fail(int code) const
 }
 
 void downloadCallBack(const std::string& rpcTaskID, int code, int percent, const std::string& taskID,
-                      TransferCallback callback)
+                      TransferCallback callback) // NOLINT(performance-unnecessary-value-param)
 {
     static const char function[] = "downloadCallBack";
     LUMO_DOWNLOAD_LOG(function, "Upload RPC TaskID : %s, Inner TaskID : %s", rpcTaskID.c_str(),

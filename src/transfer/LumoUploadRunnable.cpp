@@ -120,7 +120,7 @@ void CLumoUploadRunnable::report(int code, int percent) const
 }
 
 void uploadCallback(const std::string& rpcTaskID, int code, int percent, const std::string& taskID,
-                    TransferCallback callback)
+                    TransferCallback callback) // NOLINT(performance-unnecessary-value-param)
 {
     LUMO_UPLOAD_LOG("uploadCallback", "Upload RPC TaskID : %s, Inner TaskID : %s", rpcTaskID.c_str(),
                     taskID.c_str());
