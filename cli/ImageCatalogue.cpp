@@ -22,7 +22,7 @@ std::optional<unsigned int> identifierOf(const std::string& text)
     return error == std::errc() && stop == end && id != kNone ? std::optional(id) : std::nullopt;
 }
 
-[[noreturn]] void notFound(const std::string& message)
+[[noreturn]] void recordNotFound(const std::string& message)
 {
     throw Failure(ExitCode::PlaceNotFound, message);
 }
@@ -68,7 +68,7 @@ Kind kind(const char* word, ENUM_DATA_TYPE number, const char* typeName, GetOne<
         return [word, get, id](Session& session) {
             auto record = markedRecord<Record>();
             if (!answered(session, (session.manager.*get)(id, record)))
-                notFound("the catalogue has no " + (word + (" " + std::to_string(id))));
+                recordNotFound("the catalogue has no " + (word + (" " + std::to_string(id))));
             return listOfOne(record);
         };
     };
@@ -185,7 +185,7 @@ tagDataTable findProject(Session& session, const std::string& project)
         return *known;
     auto record = markedRecord<tagDataTable>();
     if (!answered(session, session.manager.getData(QString::fromStdString(project), record)))
-        notFound("the catalogue has no project '" + project + "'");
+        recordNotFound("the catalogue has no project '" + project + "'");
     return record;
 }
 
@@ -216,13 +216,13 @@ tagTypeTable findType(Session& session, const TypeName& type)
     auto record = markedRecord<tagTypeTable>();
     if (type.id != kNone) {
         if (!answered(session, session.manager.getDataType(type.id, record)))
-            notFound("the catalogue has no type " + std::to_string(type.id));
+            recordNotFound("the catalogue has no type " + std::to_string(type.id));
         return record;
     }
     const tagDataTable project = findProject(session, type.project);
     if (!answered(session,
                   session.manager.getDataType(project.projectID, QString::fromStdString(type.name), record)))
-        notFound("project '" + type.project + "' has no type '" + type.name + "'");
+        recordNotFound("project '" + type.project + "' has no type '" + type.name + "'");
     return record;
 }
 

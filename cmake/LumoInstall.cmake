@@ -1,8 +1,14 @@
 # Makes the installed library known to CMake (find_package) and to pkg-config, and installs the
-# public headers. Libraries are installed where they are declared.
+# public headers, .proto files, documents and examples. Libraries are installed where they are declared.
 include(CMakePackageConfigHelpers)
 
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+# For clients and centres in other languages.
+file(GLOB_RECURSE PROTOS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/components/*.proto)
+install(FILES ${PROTOS} DESTINATION ${CMAKE_INSTALL_DATADIR}/lumo/proto)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES ${PROJECT_SOURCE_DIR}/CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN *.cpp)
 
 set(LUMO_PACKAGE_FOLDER ${CMAKE_INSTALL_LIBDIR}/cmake/LumoDataMgr)
 

@@ -7,15 +7,16 @@ target_compile_definitions(lumo_options INTERFACE QT_NO_KEYWORDS BOOST_BIND_GLOB
 if(LUMO_WARNINGS_AS_ERRORS)
     target_compile_options(lumo_options INTERFACE -Werror)
 endif()
-if(CMAKE_UNITY_BUILD)
+if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # A source that stands in another's place has types of its own in public ones.
     target_compile_options(lumo_options INTERFACE -Wno-subobject-linkage)
 endif()
 if(LUMO_SANITIZER)
     add_compile_options(-fsanitize=${LUMO_SANITIZER} -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
     add_link_options(-fsanitize=${LUMO_SANITIZER})
-    # GCC 12 reports standard headers that the sanitizers have instrumented.
-    target_compile_options(lumo_options INTERFACE -Wno-maybe-uninitialized)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU") # reports standard headers that the sanitizers have instrumented
+        target_compile_options(lumo_options INTERFACE -Wno-maybe-uninitialized)
+    endif()
 endif()
 
 # lumo_for_quick_builds(TARGET)

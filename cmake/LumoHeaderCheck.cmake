@@ -1,0 +1,17 @@
+# Compiles each public header alone, in C++17 and C++20, with no more than an application has: the folder of
+# the headers and the packages that they need.
+file(GLOB_RECURSE HEADERS CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/include/*.h)
+set(SOURCES)
+foreach(HEADER IN LISTS HEADERS)
+    set(SOURCE ${PROJECT_BINARY_DIR}/headers/${HEADER}.cpp)
+    file(CONFIGURE OUTPUT ${SOURCE} CONTENT "#include <${HEADER}>\n")
+    list(APPEND SOURCES ${SOURCE})
+endforeach()
+foreach(STANDARD 17 20)
+    set(CHECK header_check_${STANDARD})
+    add_library(${CHECK} OBJECT ${SOURCES})
+    set_target_properties(${CHECK} PROPERTIES CXX_STANDARD ${STANDARD} UNITY_BUILD OFF EXPORT_COMPILE_COMMANDS OFF)
+    target_include_directories(${CHECK} PRIVATE ${PROJECT_SOURCE_DIR}/include)
+    target_link_libraries(${CHECK} PRIVATE Qt5::Core Boost::headers protobuf::libprotobuf)
+    target_compile_options(${CHECK} PRIVATE -Wall -Wextra -Wpedantic -Werror)
+endforeach()
