@@ -21,14 +21,11 @@ namespace centre {
 namespace {
 
 // The order of what a version number may hold at one place.
-enum Rank : char
-{
-    kHyphen = 1,
-    kEnd,
-    kOther,
-    kDot,
-    kNumber
-};
+constexpr char kHyphen = 1;
+constexpr char kEnd = 2;
+constexpr char kOther = 3;
+constexpr char kDot = 4;
+constexpr char kNumber = 5;
 
 constexpr std::size_t kLongestVersion = 200; // the length of a run of digits takes one byte
 
