@@ -1,0 +1,2 @@
+// A header of the application's own, named as one of the library's.
+constexpr int kOwnComponent = 2;
