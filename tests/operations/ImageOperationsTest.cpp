@@ -217,7 +217,7 @@ TEST_F(ImageOperations, TheTextOfACopyMayDieBeforeTheAnswer)
 
 namespace {
 
-constexpr int kCalls = 300;
+constexpr long kCalls = 300;
 
 /// A server whose analyses wait until they are answered, with the singleton over it; the name "bad" fails.
 class HeldAnalyses : public ForgeServices
@@ -249,7 +249,7 @@ public:
     {
         for (int i = 0; i < kCalls; ++i)
             CLumoDataMgr::GetSingleTon().analyzeImage(filterOf(name(i)), true);
-        m_Held.wait([](const auto& held) { return held.size() == kCalls; });
+        m_Held.wait([](const auto& held) { return held.size() == std::size_t{kCalls}; });
     }
 
     void answerAll()
