@@ -119,6 +119,7 @@ std::shared_ptr<Command> Program::parse(int argc, const char* const* argv)
     }
     applyProfile(m_App, m_Options);
     m_Given->check(m_Options);
+    finishOptions(m_Options);
     return m_Given;
 }
 

@@ -1,8 +1,8 @@
 #ifndef LUMO_CLI_PROGRAM_H
 #define LUMO_CLI_PROGRAM_H
 
-#include "cli/ExitCode.h"
-#include "cli/Options.h"
+#include "cli/base/ExitCode.h"
+#include "cli/base/Options.h"
 #include "cli/commands/Command.h"
 
 #include <CLI/CLI.hpp>

@@ -1,11 +1,13 @@
-#include "cli/Connection.h"
+#include "cli/LogFile.h"
 #include "cli/Program.h"
 #include "cli/output/Output.h"
 
+#include "lumo/client/Session.h"
 #include "lumo/components/bulkhaul/Bulkhaul.h"
 
 #include <csignal>
 #include <cstdlib>
+#include <optional>
 
 namespace {
 
@@ -16,11 +18,14 @@ void execute(int argc, char** argv)
     cli::Program program;
     if (const auto command = program.parse(argc, argv)) {
         const cli::Options& options = program.options();
-        cli::Journal journal(options.log);
-        const cli::Connection connection(options, journal);
-        cli::Catalogue catalogue(connection.manager(), journal);
-        cli::Session session{connection.manager(), catalogue, journal, options.json};
-        command->run(session);
+        lumo::Session::Settings settings = options.settings;
+        std::optional<cli::LogFile> log;
+        if (!options.log.empty()) {
+            log.emplace(options.log);
+            settings.log = [&log](const std::string& entry) { log->write(entry); };
+        }
+        lumo::Session session(settings);
+        command->run(session, options.json);
     }
     cli::flushOutput();
 }
@@ -47,6 +52,8 @@ int main(int argc, char** argv)
         return 0;
     } catch (const cli::Failure& failure) {
         return report(failure.code(), failure.what());
+    } catch (const lumo::Error& error) {
+        return report(cli::exitCodeOf(error.kind()), error.what());
     } catch (const std::exception& error) {
         return report(ExitCode::Other, error.what());
     }

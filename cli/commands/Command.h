@@ -1,8 +1,9 @@
 #ifndef LUMO_CLI_COMMANDS_COMMAND_H
 #define LUMO_CLI_COMMANDS_COMMAND_H
 
-#include "cli/Options.h"
-#include "cli/Session.h"
+#include "cli/base/Options.h"
+
+#include "lumo/client/Session.h"
 
 #include <CLI/CLI.hpp>
 
@@ -24,8 +25,9 @@ public:
     /// is made with. Throws Failure (WrongUse).
     virtual void check(Options& /*options*/) {}
 
-    /// Does the work and prints the result to standard output. Throws Failure.
-    virtual void run(Session& session) = 0;
+    /// Does the work and prints the result to standard output, as JSON or as text. Throws Failure or
+    /// lumo::Error.
+    virtual void run(lumo::Session& session, bool json) = 0;
 };
 
 /// The commands of lumo, or those of one group such as `lumo comment`.

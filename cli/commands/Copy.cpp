@@ -1,14 +1,10 @@
-#include "cli/ExitCode.h"
+#include "cli/base/ExitCode.h"
 #include "cli/commands/Command.h"
-#include "cli/commands/LaterAnswer.h"
 #include "cli/commands/SharedOptions.h"
 #include "cli/output/DisplayText.h"
 #include "cli/output/Output.h"
 
-#include "lumo/core/LumoDataMgr.h"
-
-#include <atomic>
-#include <memory>
+#include <functional>
 
 namespace cli {
 
@@ -24,7 +20,10 @@ public:
         explain(app, kPlaceHelp);
     }
 
-    void check(Options& options) override { m_Timeout = parseTimeout(options.timeout); }
+    void check(Options& options) override
+    {
+        m_Timeout = lumo::Session::Settings::milliseconds(options.timeout);
+    }
 
 protected:
     static void requireAbsolute(const std::string& path)
@@ -35,31 +34,24 @@ protected:
         }
     }
 
-    /// Waits for the copy that `call` starts, which raises a signal when it is done.
-    void copy(Session& session, const std::function<void()>& call) const
+    /// Has `copy` make the copy, and prints the result.
+    void report(bool json, const std::function<void()>& copy) const
     {
-        const auto done = std::make_shared<std::atomic<bool>>(false);
-        const auto connection = QObject::connect(&session.manager, &CLumoDataMgr::reqFileCopyFinished,
-                                                 [done](const QString&) { *done = true; });
-        const LaterAnswer answer = await(session, "fileCopy", m_Timeout, call);
-        QObject::disconnect(connection);
         const std::string names = m_Source + " -> " + m_Target;
-        if (!*done) {
-            throw Failure(
-                ExitCode::TransferFailed,
-                names + ": " +
-                    (answer.errors.empty() ? std::string(kNoAnswer) : reasonText(answer.errors.front())));
+        try {
+            copy();
+        } catch (const lumo::Error& error) {
+            if (error.operation() != "fileCopy")
+                throw;
+            throw Failure(ExitCode::TransferFailed, names + ": " + error.what());
         }
-        print(session.json ? jsonText({{"source", m_Source}, {"target", m_Target}})
-                           : escaped(names) + ": done\n");
+        print(json ? jsonText({{"source", m_Source}, {"target", m_Target}}) : escaped(names) + ": done\n");
     }
 
     std::string m_Source;
     std::string m_Target;
     bool m_Overwrite = false;
-
-private:
-    unsigned int m_Timeout = 0; ///< milliseconds; 0 for no limit
+    unsigned int m_Timeout = 0;
 };
 
 class CopyInCommand : public CopyCommand
@@ -76,26 +68,26 @@ public:
     {
         CopyCommand::check(options);
         requireAbsolute(m_Source);
-        m_Place = parsePlace(m_Target);
+        m_Place = lumo::Place(m_Target);
+        if (m_Place.isRoot())
+            refuse("'/' means all disks: name a disk or a folder");
     }
 
-    void run(Session& session) override
+    void run(lumo::Session& session, bool json) override
     {
-        const FoundPart folder = m_Parents ? session.catalogue.findWithMissing(m_Place)
-                                           : FoundPart{session.catalogue.find(m_Place), {}};
-        const auto disk = session.catalogue.diskOf(folder.found);
-        if (folder.found.kind == Place::Kind::File || !disk)
-            throw Failure(ExitCode::PlaceNotFound, "'" + m_Target + "' is not a folder");
-        const unsigned int folderID = session.catalogue.folderOf(folder.found);
-        copy(session, [&] {
-            session.manager.fileCopy(QString::fromStdString(m_Source), disk->diskID, folderID,
-                                     QString::fromStdString(folder.names), m_Overwrite);
+        const lumo::Catalogue catalogue = session.catalogue();
+        const lumo::Catalogue::Part folder =
+            m_Parents ? catalogue.findPart(m_Place) : lumo::Catalogue::Part{catalogue.find(m_Place), {}};
+        if (folder.found.kind == lumo::Entry::Kind::File)
+            throw Failure(ExitCode::NotFound, "'" + m_Target + "' is not a folder");
+        report(json, [&] {
+            session.centre().copyIn(m_Source, folder.found, folder.missing, m_Overwrite, m_Timeout);
         });
     }
 
 private:
     bool m_Parents = false;
-    Place m_Place;
+    lumo::Place m_Place = "/";
 };
 
 class CopyOutCommand : public CopyCommand
@@ -111,21 +103,17 @@ public:
     {
         CopyCommand::check(options);
         requireAbsolute(m_Target);
-        m_Place = parsePlace(m_Source);
+        m_Place = lumo::Place(m_Source);
     }
 
-    void run(Session& session) override
+    void run(lumo::Session& session, bool json) override
     {
-        const Found found = session.catalogue.find(m_Place);
-        if (found.kind != Place::Kind::File)
-            refuse("'" + m_Source + "' is not a file");
-        copy(session, [&] {
-            session.manager.fileCopy(found.file.fileID, QString::fromStdString(m_Target), m_Overwrite);
-        });
+        const lumo::Entry file = findFile(session.catalogue(), m_Place, m_Source);
+        report(json, [&] { session.centre().copyOut(file, m_Target, m_Overwrite, m_Timeout); });
     }
 
 private:
-    Place m_Place;
+    lumo::Place m_Place = "/";
 };
 
 } // namespace

@@ -7,18 +7,16 @@ namespace cli {
 
 namespace {
 
-void listDisks(Session& session)
+void listDisks(const lumo::Catalogue& catalogue, bool json)
 {
-    const std::vector<Disk> disks = session.catalogue.disks();
-    if (session.json) {
+    const std::vector<lumo::Entry> disks = catalogue.disks();
+    if (json) {
         print(jsonText(listedJson(disks)));
         return;
     }
     Table table({"IDENTIFIER", "NAME", "BOX", "ROOT"});
-    for (const Disk& disk : disks) {
-        table.add({identifierText("disk", disk.diskID), shownName(disk.diskName), shownText(disk.kestaCode),
-                   shownText(disk.rootPath)});
-    }
+    for (const lumo::Entry& disk : disks)
+        table.add({identifierText(disk), shownName(disk.name), shownText(disk.box), shownText(disk.root)});
     print(disks.empty() ? "(the company has no disks)\n" : table.text(listWidth()));
 }
 
@@ -26,7 +24,7 @@ class DisksCommand : public Command
 {
 public:
     explicit DisksCommand(CLI::App& /*app*/) {}
-    void run(Session& session) override { listDisks(session); }
+    void run(lumo::Session& session, bool json) override { listDisks(session.catalogue(), json); }
 };
 
 class LsCommand : public Command
@@ -38,25 +36,27 @@ public:
         explain(app, std::string(kPlaceHelp) + " \"/\" means all disks.");
     }
 
-    void check(Options& /*options*/) override { m_Place = parsePlace(m_Typed); }
+    void check(Options& /*options*/) override { m_Place = lumo::Place(m_Typed); }
 
-    void run(Session& session) override
+    void run(lumo::Session& session, bool json) override
     {
-        Catalogue& catalogue = session.catalogue;
-        const Found found = catalogue.find(m_Place);
-        if (found.kind == Place::Kind::Path) {
-            listDisks(session);
-        } else if (found.kind == Place::Kind::File) {
-            printListing({}, {found.file}, session.json);
+        const lumo::Catalogue catalogue = session.catalogue();
+        if (m_Place.isRoot()) {
+            listDisks(catalogue, json);
+            return;
+        }
+        const lumo::Entry found = catalogue.find(m_Place);
+        if (found.kind == lumo::Entry::Kind::File) {
+            printListing({}, {found}, json);
         } else {
-            const unsigned int folderID = catalogue.folderOf(found);
-            printListing(catalogue.foldersIn(folderID), catalogue.filesIn(folderID), session.json);
+            const lumo::FolderId folder = catalogue.folderOf(found);
+            printListing(catalogue.folders(folder), catalogue.files(folder), json);
         }
     }
 
 private:
     std::string m_Typed = "/";
-    Place m_Place;
+    lumo::Place m_Place = "/";
 };
 
 } // namespace

@@ -1,13 +1,15 @@
-#include "cli/ExitCode.h"
-#include "cli/ImageCatalogue.h"
+#include "cli/base/ExitCode.h"
 #include "cli/commands/Command.h"
+#include "cli/commands/ImageNames.h"
 #include "cli/commands/SharedOptions.h"
 
-#include "lumo/core/LumoDataMgr.h"
+#include <optional>
 
 namespace cli {
 
 namespace {
+
+using Kind = lumo::Record::Kind;
 
 /// A command that lists records of the image catalogue.
 class ListingCommand : public Command
@@ -18,10 +20,10 @@ public:
     void check(Options& options) override { m_Records.apply(options); }
 
 protected:
-    void printList(const RecordList& list, const char* whenEmpty) const
+    void printList(Kind kind, std::vector<lumo::Record> records, const char* whenEmpty) const
     {
         RecordLists lists;
-        lists.lists = {list};
+        lists.lists = {listOf(kind, std::move(records))};
         lists.whenEmpty = whenEmpty;
         limit(lists, m_Records.limit);
         printRecords(lists, m_Records.form);
@@ -36,11 +38,9 @@ class ProjectsCommand : public ListingCommand
 public:
     using ListingCommand::ListingCommand;
 
-    void run(Session& session) override
+    void run(lumo::Session& session, bool /*json*/) override
     {
-        QList<tagDataTable> projects;
-        answered(session, session.manager.getData(projects));
-        printList(listOf(projects), "(the company has no projects)");
+        printList(Kind::Project, session.images().projects(), "(the company has no projects)");
     }
 };
 
@@ -52,10 +52,11 @@ public:
         addArgument(app, "PROJECT", m_Project, kProjectHelp);
     }
 
-    void run(Session& session) override
+    void run(lumo::Session& session, bool /*json*/) override
     {
-        const unsigned int id = findProject(session, m_Project).projectID;
-        printList(kindNamed("type").listIn(session, id), "(the project has no types)");
+        const lumo::Images images = session.images();
+        printList(Kind::Type, images.types(images.project(m_Project).projectId()),
+                  "(the project has no types)");
     }
 
 private:
@@ -84,48 +85,49 @@ public:
             m_Type = parseType(m_Name);
             return;
         }
-        m_Kind = &kindNamed(m_KindWord);
-        const bool listed = m_Mark.empty() ? m_Kind->listInProject != nullptr : m_Kind->listMarked != nullptr;
+        m_Kind = parseImageKind(m_KindWord);
+        const bool listed =
+            m_Mark.empty() ? lumo::Images::canList(*m_Kind) : lumo::Images::canBeMarked(*m_Kind);
         if (!listed) {
             refuse("there is no list of the " + m_KindWord + " records of a project" +
                    (m_Mark.empty() ? "" : " that have a mark"));
         }
-        m_MarkID = m_Mark.empty() ? kNone : parseIdentifier(m_Mark, "mark");
+        if (!m_Mark.empty())
+            m_MarkID = lumo::CommentId(parseIdentifier(m_Mark, "mark"));
     }
 
-    void run(Session& session) override
+    void run(lumo::Session& session, bool /*json*/) override
     {
-        if (m_Kind == nullptr) {
-            listType(session);
+        const lumo::Images images = session.images();
+        if (!m_Kind) {
+            listType(images);
             return;
         }
-        const unsigned int id = findProject(session, m_Name).projectID;
-        if (m_MarkID == kNone)
-            printList(m_Kind->listInProject(session, id), "(the project has no such records)");
-        else
-            printList(m_Kind->listMarked(session, id, m_MarkID), "(no such records have the mark)");
+        printList(*m_Kind, images.records(*m_Kind, images.project(m_Name).projectId(), m_MarkID),
+                  m_MarkID.isSet() ? "(no such records have the mark)" : "(the project has no such records)");
     }
 
 private:
-    void listType(Session& session) const
+    void listType(const lumo::Images& images) const
     {
-        const tagTypeTable type = findType(session, m_Type);
-        const Text name = textOf(recordText(type.dataType));
-        const Kind* const kind = kindOfType(name);
-        if (kind == nullptr) {
-            refuse("type '" + m_Name + "' is named '" + name.value_or("") +
-                   "', which is not a name that decides the kind of its records; those names are " +
-                   decidingTypeNames());
+        const lumo::Record type = findType(images, m_Type);
+        const auto kind = lumo::Images::kindOfType(type);
+        if (!kind) {
+            std::string names;
+            for (const std::string& name : lumo::Images::decidingNames())
+                names += (names.empty() ? "" : ", ") + name;
+            refuse("type '" + m_Name + "' is named '" + type.get<std::string>("dataType").value_or("") +
+                   "', which is not a name that decides the kind of its records; those names are " + names);
         }
-        printList(kind->listIn(session, type.typeID), "(the type has no records)");
+        printList(*kind, images.records(type), "(the type has no records)");
     }
 
     std::string m_Name;
     std::string m_KindWord;
     std::string m_Mark;
     TypeName m_Type;
-    const Kind* m_Kind = nullptr; ///< null: the records of m_Type
-    unsigned int m_MarkID = kNone;
+    std::optional<Kind> m_Kind; ///< none: the records of m_Type
+    lumo::CommentId m_MarkID;
 };
 
 class PointsCommand : public ListingCommand
@@ -139,18 +141,19 @@ public:
     void check(Options& options) override
     {
         ListingCommand::check(options);
-        m_ID = parseIdentifier(m_Typed, "control file");
+        m_ID = lumo::RecordId(parseIdentifier(m_Typed, "control file"));
     }
 
-    void run(Session& session) override
+    void run(lumo::Session& session, bool /*json*/) override
     {
-        kindNamed("control").find(m_Typed)(session);
-        printList(kindNamed("point").listIn(session, m_ID), "(the control file has no points)");
+        const lumo::Images images = session.images();
+        images.record(Kind::Control, m_ID); // throws when there is no such file
+        printList(Kind::Point, images.points(m_ID), "(the control file has no points)");
     }
 
 private:
     std::string m_Typed;
-    unsigned int m_ID = kNone;
+    lumo::RecordId m_ID;
 };
 
 } // namespace

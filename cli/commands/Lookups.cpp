@@ -1,11 +1,7 @@
-#include "cli/Connection.h"
-#include "cli/ExitCode.h"
 #include "cli/commands/Command.h"
 #include "cli/commands/SharedOptions.h"
 #include "cli/output/DisplayText.h"
 #include "cli/output/Records.h"
-
-#include "lumo/core/LumoDataMgr.h"
 
 namespace cli {
 
@@ -16,20 +12,17 @@ class WhoamiCommand : public Command
 public:
     explicit WhoamiCommand(CLI::App& /*app*/) {}
 
-    void run(Session& session) override
+    void run(lumo::Session& session, bool json) override
     {
-        const unsigned int companyID = session.manager.companyID();
-        session.journal.forget();
-        const std::string companyNo = session.manager.getCompanyNo(companyID).toStdString();
-        if (companyNo.empty() && session.journal.lastReason().kind != Reason::Kind::None)
-            requestFailed(session.journal);
-        const std::string user = session.manager.roleName().toStdString();
+        const lumo::Centre centre = session.centre();
+        const std::string user = centre.user();
+        const std::string company = centre.companyNumber();
+        const unsigned int id = centre.company().number();
         Table table({"", ""});
         table.add({"User", shownText(user)});
-        table.add({"Company", shownText(companyNo)});
-        table.add({"Identifier", std::to_string(companyID)});
-        print(session.json ? jsonText({{"user", user}, {"companyNo", companyNo}, {"companyID", companyID}})
-                           : table.text());
+        table.add({"Company", shownText(company)});
+        table.add({"Identifier", std::to_string(id)});
+        print(json ? jsonText({{"user", user}, {"companyNo", company}, {"companyID", id}}) : table.text());
     }
 };
 
@@ -38,22 +31,17 @@ class BoxesCommand : public Command
 public:
     explicit BoxesCommand(CLI::App& /*app*/) {}
 
-    void run(Session& session) override
+    void run(lumo::Session& session, bool json) override
     {
-        QMap<QString, QString> boxes;
-        if (!session.manager.getKestaList(boxes))
-            requestFailed(session.journal);
         Json list = Json::array();
         Table table({"BOX", "ADDRESS"});
-        for (auto box = boxes.cbegin(); box != boxes.cend(); ++box) {
-            const std::string code = box.key().toStdString();
-            const std::string address = box.value().toStdString();
+        for (const auto& [code, address] : session.centre().boxes()) {
             list.push_back({{"code", code}, {"address", address}});
             table.add({code, shownText(address)});
         }
-        print(session.json      ? jsonText(list)
-              : boxes.isEmpty() ? "(the company has no storage boxes)\n"
-                                : table.text(listWidth()));
+        print(json           ? jsonText(list)
+              : list.empty() ? "(the company has no storage boxes)\n"
+                             : table.text(listWidth()));
     }
 };
 
@@ -62,32 +50,25 @@ class AreasCommand : public Command
 public:
     explicit AreasCommand(CLI::App& app)
     {
-        app.add_option("ID", m_AreaID, "The area's identifier")
+        app.add_option("ID", m_Area, "The area's identifier")
             ->option_text(" ")
             ->check(wholeNumber)
             ->required();
     }
 
-    void run(Session& session) override
+    void run(lumo::Session& session, bool json) override
     {
-        QMap<unsigned int, QString> areas;
-        const ENUM_RET_TYPE result = session.manager.getNationalArea(m_AreaID, areas);
-        if (result == RET_FAILED)
-            requestFailed(session.journal);
-        if (result == RET_NULL)
-            throw Failure(ExitCode::PlaceNotFound, "the centre has no area " + std::to_string(m_AreaID));
         Json list = Json::array();
         Table table({"AREA", "NAME"});
-        for (auto area = areas.cbegin(); area != areas.cend(); ++area) {
-            const std::string name = area.value().toStdString();
-            list.push_back({{"areaID", area.key()}, {"areaName", name}});
-            table.add({std::to_string(area.key()), shownText(name)});
+        for (const auto& [id, name] : session.centre().areas(lumo::AreaId(m_Area))) {
+            list.push_back({{"areaID", id.number()}, {"areaName", name}});
+            table.add({std::to_string(id.number()), shownText(name)});
         }
-        print(session.json ? jsonText(list) : areas.isEmpty() ? "(no areas)\n" : table.text(listWidth()));
+        print(json ? jsonText(list) : list.empty() ? "(no areas)\n" : table.text(listWidth()));
     }
 
 private:
-    unsigned int m_AreaID = 0;
+    unsigned int m_Area = 0;
 };
 
 } // namespace

@@ -1,66 +1,33 @@
-#include "cli/Connection.h"
-#include "cli/ExitCode.h"
+#include "cli/base/ExitCode.h"
 #include "cli/commands/Command.h"
 #include "cli/commands/SharedOptions.h"
 #include "cli/output/DisplayText.h"
 #include "cli/output/Records.h"
 
-#include "lumo/core/LumoDataMgr.h"
-
 namespace cli {
 
 namespace {
 
-Json textsJson(const QStringList& texts)
+bool isList(const std::string& key)
 {
-    Json list = Json::array();
-    for (const QString& text : texts)
-        list.push_back(text.toStdString());
-    return list;
+    return key == "mainFiles" || key == "metaFiles";
 }
 
-/// The answer of the centre by keys; null when it failed.
-Json sceneOf(Session& session, const std::string& format, unsigned int id)
+Json sceneJson(const lumo::Centre::Scene& scene)
 {
-    CLumoDataMgr& manager = session.manager;
-    session.journal.forget();
-    if (format == "spot5") {
-        const QString name = manager.getSpot5FromMetadataDim(id);
-        // Only the log tells an empty name from a failure.
-        const bool failed = name.isEmpty() && session.journal.lastReason().kind != Reason::Kind::None;
-        return failed ? Json() : Json{{"name", name.toStdString()}};
-    }
-    if (format == "ads") {
-        QString texts[6];
-        if (!manager.getAdsFromSup(id, texts[0], texts[1], texts[2], texts[3], texts[4], texts[5]))
-            return {};
-        Json scene;
-        for (int i = 0; i < 6; ++i)
-            scene["text" + std::to_string(i + 1)] = texts[i].toStdString();
-        return scene;
-    }
-    QString name;
-    QStringList mainFiles;
-    QStringList metaFiles;
-    const auto get = format == "spot6" ? &CLumoDataMgr::getSpot6FromDim : &CLumoDataMgr::getAlosFromSummary;
-    if (!(manager.*get)(id, name, mainFiles, metaFiles))
-        return {};
-    return {{"name", name.toStdString()},
-            {"mainFiles", textsJson(mainFiles)},
-            {"metaFiles", textsJson(metaFiles)}};
+    Json json = Json::object();
+    for (const auto& [key, texts] : scene)
+        json[key] = isList(key) ? Json(texts) : Json(texts.front());
+    return json;
 }
 
-std::string sceneText(const Json& scene)
+std::string sceneText(const lumo::Centre::Scene& scene)
 {
     Table table({"", ""});
-    for (const auto& [key, value] : scene.items()) {
-        if (value.is_string()) {
-            table.add({key, shownText(value.get<std::string>())});
-            continue;
-        }
+    for (const auto& [key, texts] : scene) {
         std::string heading = key;
-        for (const Json& text : value) {
-            table.add({heading, shownText(text.get<std::string>())});
+        for (const std::string& text : texts) {
+            table.add({heading, shownText(text)});
             heading.clear();
         }
     }
@@ -82,31 +49,25 @@ public:
 
     void check(Options& /*options*/) override
     {
-        const bool number = !m_File.empty() && m_File.find_first_not_of("0123456789") == std::string::npos;
-        m_Place = parsePlace(number ? "file:" + m_File : m_File);
-        m_LooksUp = !number;
+        m_IsNumber = !m_File.empty() && m_File.find_first_not_of("0123456789") == std::string::npos;
+        m_Place = lumo::Place(m_IsNumber ? "file:" + m_File : m_File);
     }
 
-    void run(Session& session) override
+    void run(lumo::Session& session, bool json) override
     {
-        unsigned int id = m_Place.id;
-        if (m_LooksUp) {
-            const Found found = session.catalogue.find(m_Place);
-            if (found.kind != Place::Kind::File)
-                refuse("'" + m_File + "' is not a file");
-            id = found.file.fileID;
-        }
-        const Json scene = sceneOf(session, m_Format, id);
-        if (scene.is_null())
-            requestFailed(session.journal);
-        print(session.json ? jsonText(scene) : sceneText(scene));
+        // The centre itself looks up a bare number.
+        lumo::FileId id(m_Place.number());
+        if (!m_IsNumber)
+            id = findFile(session.catalogue(), m_Place, m_File).file;
+        const lumo::Centre::Scene scene = session.centre().scene(m_Format, id);
+        print(json ? jsonText(sceneJson(scene)) : sceneText(scene));
     }
 
 private:
     std::string m_Format;
     std::string m_File;
-    Place m_Place;
-    bool m_LooksUp = false; ///< false: a bare identifier, which the centre itself looks up
+    bool m_IsNumber = false;
+    lumo::Place m_Place = "/";
 };
 
 } // namespace

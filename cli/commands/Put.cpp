@@ -1,50 +1,14 @@
-#include "cli/ExitCode.h"
+#include "cli/base/ExitCode.h"
+#include "cli/base/LocalFiles.h"
 #include "cli/commands/Command.h"
-#include "cli/commands/LocalFiles.h"
 #include "cli/commands/SharedOptions.h"
 #include "cli/progress/Transfer.h"
-
-#include "lumo/core/LumoDataMgr.h"
 
 #include <set>
 
 namespace cli {
 
 namespace {
-
-Transfer uploadOf(Session& session, const LocalSource& source, const std::string& place, const Found& found,
-                  bool overwrite)
-{
-    Transfer transfer;
-    transfer.source = below(".", source.path);
-    transfer.target = place + (place.back() == '/' ? "" : "/") + source.name;
-    transfer.get = false;
-    transfer.tellsProgress = true;
-    transfer.overwrite = overwrite;
-    transfer.bytes = source.bytes;
-    transfer.movesFile = !source.folder;
-    transfer.start = [&session, source, found, overwrite](const TransferCallback& callback) {
-        return session.manager.upload(QString::fromStdString(source.path), placeOf(found), kNone, overwrite,
-                                      callback);
-    };
-    transfer.refusal = [&session, found] { return refusalText(session, found); };
-    return transfer;
-}
-
-void runPut(Session& session, const std::vector<LocalSource>& sources, const std::string& placeText,
-            bool overwrite)
-{
-    Place place = parsePlace(placeText);
-    place.folderOnly = true;
-    const Found found = session.catalogue.find(place);
-    if (found.kind == Place::Kind::File)
-        throw Failure(ExitCode::PlaceNotFound, "'" + placeText + "' is a file, not a folder");
-    std::vector<Transfer> transfers;
-    transfers.reserve(sources.size());
-    for (const LocalSource& source : sources)
-        transfers.push_back(uploadOf(session, source, placeText, found, overwrite));
-    runTransfers(std::move(transfers), session);
-}
 
 class PutCommand : public Command
 {
@@ -61,10 +25,10 @@ public:
         MovingOptions::apply(options);
         if (m_Paths.size() < 2)
             refuse("put takes what to send and where to: lumo put PATH... PLACE");
-        m_Place = m_Paths.back();
+        m_Typed = m_Paths.back();
         m_Paths.pop_back();
-        const Place place = parsePlace(m_Place);
-        if (place.kind == Place::Kind::Path && place.components.empty())
+        m_Place = lumo::Place(m_Typed);
+        if (m_Place.isRoot())
             refuse("'/' means all disks: name the disk to put files on, as in /disk");
         std::set<std::string> names;
         for (const std::string& path : m_Paths) {
@@ -76,12 +40,41 @@ public:
         }
     }
 
-    void run(Session& session) override { runPut(session, m_Sources, m_Place, m_Moving.overwrite); }
+    void run(lumo::Session& session, bool json) override
+    {
+        m_Place.requireFolder();
+        const lumo::Entry target = session.catalogue().find(m_Place);
+        if (target.kind == lumo::Entry::Kind::File)
+            throw Failure(ExitCode::NotFound, "'" + m_Typed + "' is a file, not a folder");
+        std::vector<Transfer> transfers;
+        for (const LocalSource& source : m_Sources)
+            transfers.push_back(transferOf(session, source, target));
+        runTransfers(std::move(transfers), json);
+    }
 
 private:
+    Transfer transferOf(const lumo::Session& session, const LocalSource& source,
+                        const lumo::Entry& target) const
+    {
+        Transfer transfer;
+        transfer.source = below(".", source.path);
+        transfer.target = m_Typed + (m_Typed.back() == '/' ? "" : "/") + source.name;
+        transfer.get = false;
+        transfer.reportsProgress = true;
+        transfer.overwrite = m_Moving.overwrite;
+        transfer.bytes = source.bytes;
+        transfer.movesFile = !source.folder;
+        transfer.start = [transfers = session.transfers(), path = source.path, target,
+                          overwrite = m_Moving.overwrite](const lumo::Transfer::Observer& observer) {
+            return transfers.put(path, target, {overwrite, observer});
+        };
+        return transfer;
+    }
+
     MovingOptions m_Moving;
     std::vector<std::string> m_Paths;
-    std::string m_Place;
+    std::string m_Typed;
+    lumo::Place m_Place = "/";
     std::vector<LocalSource> m_Sources;
 };
 

@@ -1,15 +1,11 @@
-#include "cli/Connection.h"
-#include "cli/ExitCode.h"
-#include "cli/ImageCatalogue.h"
-#include "cli/commands/AssignmentText.h"
+#include "cli/base/ExitCode.h"
 #include "cli/commands/Command.h"
+#include "cli/commands/ImageNames.h"
 #include "cli/commands/SharedOptions.h"
 #include "cli/output/Csv.h"
 #include "cli/output/Records.h"
 #include "cli/progress/Interrupt.h"
 #include "cli/progress/RegisterReport.h"
-
-#include "lumo/core/LumoDataMgr.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -24,13 +20,15 @@ namespace cli {
 
 namespace {
 
+using lumo::Images;
+
 constexpr std::size_t kBatch = 500;
 
 /// A record of a file, ready to be sent.
 struct NewRecord
 {
     std::size_t line;
-    std::string text;
+    Images::Fields fields;
 };
 
 std::string readWhole(const std::string& path)
@@ -46,19 +44,20 @@ std::string readWhole(const std::string& path)
 
 NewRecord recordOf(const std::vector<std::string>& names, const CsvRow& row, const std::string& path)
 {
-    AssignmentText text;
-    try {
-        for (std::size_t i = 0; i < names.size(); ++i) {
-            // An empty cell is a field that the record does not have, as in the CSV that lumo writes.
-            if (!row.cells[i].empty())
-                text.add(names[i], row.cells[i]);
-        }
-    } catch (const Failure& failure) {
-        refuse(path + ":" + std::to_string(row.line) + ": " + failure.what());
+    NewRecord record{row.line, {}};
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        // An empty cell is a field that the record does not have, as in the CSV that lumo writes.
+        if (!row.cells[i].empty())
+            record.fields.emplace_back(names[i], row.cells[i]);
     }
-    if (text.text().empty())
+    try {
+        Images::check(record.fields);
+    } catch (const lumo::Error& error) {
+        refuse(path + ":" + std::to_string(row.line) + ": " + error.what());
+    }
+    if (record.fields.empty())
         refuse(path + ":" + std::to_string(row.line) + ": the record is empty");
-    return {row.line, text.text()};
+    return record;
 }
 
 /// Checks all of the file before anything is registered.
@@ -70,7 +69,7 @@ std::vector<NewRecord> readRecords(const std::string& path)
     const std::vector<std::string>& names = rows.front().cells;
     std::set<std::string> known;
     for (const std::string& name : names) {
-        AssignmentText().add(name, {});
+        Images::check(Images::Fields{{name, {}}});
         if (!known.insert(name).second) {
             std::string message = path;
             message += ": two columns are named " + name;
@@ -84,24 +83,14 @@ std::vector<NewRecord> readRecords(const std::string& path)
     return records;
 }
 
-/// The whole text. A project belongs to the user's company unless the text names another.
-QString textFor(const Session& session, ENUM_DATA_TYPE kind, const std::string& text)
-{
-    const bool given = ("," + text).find(",companyID='") != std::string::npos;
-    const std::string company = kind == DATA_TYPE_DATA && !given
-                                    ? ",companyID='" + std::to_string(session.manager.companyID()) + "'"
-                                    : std::string();
-    return QString::fromStdString(text + company);
-}
-
 using Records = std::vector<NewRecord>::const_iterator;
 
 /// Registers the records of a file, batch after batch.
 class FileRegistration
 {
 public:
-    FileRegistration(Session& session, ENUM_DATA_TYPE kind, RegisterReport& report)
-        : m_Session(session), m_Kind(kind), m_Report(report)
+    FileRegistration(Images images, lumo::Record::Kind kind, RegisterReport& report)
+        : m_Images(std::move(images)), m_Kind(kind), m_Report(report)
     {
     }
 
@@ -125,49 +114,44 @@ public:
 private:
     [[noreturn]] void stop(Records begin, Records end) const
     {
+        const std::string sent = begin == end
+                                     ? "nothing was sent"
+                                     : std::to_string(m_Report.registeredRecords()) + " registered, " +
+                                           std::to_string(m_Report.failedRecords()) + " failed" +
+                                           linesText(begin, end) + "; no later line was sent";
         throw Failure(NotedInterrupt::signal() == SIGINT ? ExitCode::Interrupted : ExitCode::Terminated,
-                      "interrupted; " +
-                          (begin == end ? "nothing was sent"
-                                        : std::to_string(m_Report.registeredRecords()) + " registered, " +
-                                              std::to_string(m_Report.failedRecords()) + " failed" +
-                                              linesText(begin, end) + "; no later line was sent"));
+                      "interrupted; " + sent);
     }
 
     /// Returns the first record that was not sent.
     Records registerBatch(Records begin, Records end)
     {
-        QStringList texts;
-        for (auto record = begin; record != end; ++record)
-            texts.append(textFor(m_Session, m_Kind, record->text));
-        QList<unsigned int> ids;
-        m_Session.journal.forget();
-        if (!m_Session.manager.addImage(m_Kind, texts, ids)) {
-            requireRefusal(begin, end);
+        std::vector<Images::Fields> batch;
+        std::transform(begin, end, std::back_inserter(batch),
+                       [](const NewRecord& one) { return one.fields; });
+        std::vector<lumo::RecordId> ids;
+        try {
+            ids = m_Images.addAll(m_Kind, batch);
+        } catch (const lumo::Error& error) {
+            requireRefusal(error, begin, end);
             // The centre takes all or none of a batch: sent one by one, the records that fail show.
             while (begin != end && NotedInterrupt::signal() == 0)
                 registerOne(begin++);
             return begin;
         }
-        if (ids.size() != texts.size()) {
-            throw Failure(ExitCode::CentreFailed, "the centre returned " + std::to_string(ids.size()) +
-                                                      " identifiers for " + std::to_string(texts.size()) +
-                                                      " records" + linesText(begin, end));
-        }
-        for (auto record = begin; record != end; ++record)
-            m_Report.registered(record->line, ids[static_cast<int>(record - begin)]);
+        for (const lumo::RecordId id : ids)
+            m_Report.registered(begin++->line, id.number());
         return end;
     }
 
     void registerOne(Records record)
     {
-        m_Session.journal.forget();
-        const unsigned int id = m_Session.manager.addImage(m_Kind, textFor(m_Session, m_Kind, record->text));
-        if (id != kNone) {
-            m_Report.registered(record->line, id);
-            return;
+        try {
+            m_Report.registered(record->line, m_Images.add(m_Kind, record->fields).number());
+        } catch (const lumo::Error& error) {
+            requireRefusal(error, record, record + 1);
+            m_Report.failed(record->line, error.reason());
         }
-        requireRefusal(record, record + 1);
-        m_Report.failed(record->line, describe(m_Session.journal.lastReason()));
     }
 
     static std::string linesText(Records begin, Records end)
@@ -176,20 +160,19 @@ private:
     }
 
     /// Returns only when nothing was registered; throws after a call without an answer, when this is unknown.
-    void requireRefusal(Records begin, Records end) const
+    void requireRefusal(const lumo::Error& error, Records begin, Records end) const
     {
-        const Reason reason = m_Session.journal.lastReason();
-        if (reason.kind == Reason::Kind::CallFailed) {
-            throw Failure(ExitCode::CentreFailed,
-                          "the centre failed the request: " + describe(reason) +
-                              "; it is not known whether the last records were registered" +
-                              linesText(begin, end) + ", " + std::to_string(m_Report.registeredRecords()) +
-                              " before them were");
-        }
+        if (error.kind() == lumo::Error::Kind::Refused || error.kind() == lumo::Error::Kind::WrongUse)
+            return;
+        throw Failure(
+            ExitCode::CentreFailed,
+            error.what() +
+                ("; it is not known whether the last records were registered" + linesText(begin, end)) +
+                ", " + std::to_string(m_Report.registeredRecords()) + " before them were");
     }
 
-    Session& m_Session;
-    ENUM_DATA_TYPE m_Kind;
+    Images m_Images;
+    lumo::Record::Kind m_Kind;
     RegisterReport& m_Report;
 };
 
@@ -213,47 +196,33 @@ public:
     {
         if (m_File.empty() == m_Assignments.empty())
             refuse("register takes either KEY=VALUE... or --from FILE");
-        m_Kind = &kindNamed(m_KindWord);
+        m_Kind = parseImageKind(m_KindWord);
         if (!m_File.empty())
             m_FileRecords = readRecords(m_File);
         for (const std::string& assignment : m_Assignments) {
             const std::size_t sign = assignment.find('=');
-            if (sign == std::string::npos)
+            if (sign == std::string::npos) {
                 refuse("'" + assignment + "' is not an assignment: write KEY=VALUE, as in imageName=scene-1");
-            m_Text.add(assignment.substr(0, sign), assignment.substr(sign + 1));
+            }
+            m_Fields.emplace_back(assignment.substr(0, sign), assignment.substr(sign + 1));
         }
+        Images::check(m_Fields);
     }
 
-    void run(Session& session) override
+    void run(lumo::Session& session, bool json) override
     {
+        const Images images = session.images();
         if (m_File.empty())
-            registerOne(session);
+            printIdentifier(images.add(m_Kind, m_Fields).number(), json);
         else
-            registerFile(session);
+            registerFile(images, json);
     }
 
 private:
-    void registerOne(Session& session) const
+    void registerFile(const Images& images, bool json) const
     {
-        session.journal.forget();
-        const unsigned int id =
-            session.manager.addImage(m_Kind->number, textFor(session, m_Kind->number, m_Text.text()));
-        const Reason reason = session.journal.lastReason();
-        if (id == kNone && reason.kind == Reason::Kind::KeyMissing)
-            refuse("a record of kind " + m_KindWord + " needs more: " + describe(reason));
-        if (id == kNone && reason.kind == Reason::Kind::ErrorResult) {
-            throw Failure(ExitCode::CentreFailed,
-                          "the centre failed the request: " + describe(reason) + "; its log says why");
-        }
-        if (id == kNone)
-            requestFailed(session.journal);
-        printIdentifier(id, session.json);
-    }
-
-    void registerFile(Session& session) const
-    {
-        RegisterReport report(m_File, m_FileRecords.size(), session.json);
-        FileRegistration(session, m_Kind->number, report).run(m_FileRecords);
+        RegisterReport report(m_File, m_FileRecords.size(), json);
+        FileRegistration(images, m_Kind, report).run(m_FileRecords);
         if (report.failedRecords() > 0) {
             throw Failure(ExitCode::TransferFailed, std::to_string(report.failedRecords()) + " of " +
                                                         std::to_string(m_FileRecords.size()) +
@@ -264,8 +233,8 @@ private:
     std::string m_KindWord;
     std::vector<std::string> m_Assignments;
     std::string m_File;
-    const Kind* m_Kind = nullptr;
-    AssignmentText m_Text;
+    lumo::Record::Kind m_Kind{};
+    Images::Fields m_Fields; ///< of the record on the command line
     std::vector<NewRecord> m_FileRecords;
 };
 

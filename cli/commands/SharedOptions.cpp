@@ -1,5 +1,7 @@
 #include "cli/commands/SharedOptions.h"
 
+#include "cli/base/ExitCode.h"
+
 namespace cli {
 
 void addArgument(CLI::App& app, const char* name, std::string& value, const char* description)
@@ -25,6 +27,14 @@ CLI::Option* addFlag(CLI::App& app, const char* name, bool& value, const char* d
 void explain(CLI::App& app, const std::string& text)
 {
     app.footer(text + "\n\n" + kCommandFooter);
+}
+
+lumo::Entry findFile(const lumo::Catalogue& catalogue, const lumo::Place& place, const std::string& typed)
+{
+    lumo::Entry found = place.isRoot() ? lumo::Entry() : catalogue.find(place);
+    if (found.kind != lumo::Entry::Kind::File)
+        refuse("'" + typed + "' is not a file");
+    return found;
 }
 
 std::string wholeNumber(const std::string& text)
@@ -78,7 +88,7 @@ void MovingOptions::add(CLI::App& app)
 
 void MovingOptions::apply(Options& options)
 {
-    // Names of files must survive, whatever code page the records are shown in.
+    // File names need a code page that has every character.
     options.codePage = "utf8";
 }
 

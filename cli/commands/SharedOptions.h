@@ -1,8 +1,10 @@
 #ifndef LUMO_CLI_COMMANDS_SHAREDOPTIONS_H
 #define LUMO_CLI_COMMANDS_SHAREDOPTIONS_H
 
-#include "cli/Options.h"
+#include "cli/base/Options.h"
 #include "cli/output/RecordOutput.h"
+
+#include "lumo/client/Catalogue.h"
 
 #include <CLI/CLI.hpp>
 
@@ -37,6 +39,9 @@ CLI::Option* addFlag(CLI::App& app, const char* name, bool& value, const char* d
 
 /// Adds a text below the options in the help of a command.
 void explain(CLI::App& app, const std::string& text);
+
+/// The file of a place that was typed as `typed`; refuses a disk or a folder.
+lumo::Entry findFile(const lumo::Catalogue& catalogue, const lumo::Place& place, const std::string& typed);
 
 /// Validators of CLI11: an empty text, or what is wrong with the value.
 std::string wholeNumber(const std::string& text);

@@ -1,59 +1,43 @@
-#include "cli/ExitCode.h"
-#include "cli/ImageCatalogue.h"
+#include "cli/base/ExitCode.h"
 #include "cli/commands/Command.h"
+#include "cli/commands/ImageNames.h"
 #include "cli/commands/SharedOptions.h"
 #include "cli/output/DisplayText.h"
 #include "cli/output/Records.h"
+
+#include <optional>
 
 namespace cli {
 
 namespace {
 
-std::string parentOf(unsigned int folderID)
+std::string parentText(lumo::FolderId parent)
 {
-    return folderID == 0 ? "- (the disk's top folder)" : identifierText("folder", folderID);
+    return parent == lumo::FolderId(0) ? "- (the disk's top folder)"
+                                       : identifierText("folder", parent.number());
 }
 
-void printTableOf(const Found& found, const Text& path)
+void printEntry(const lumo::Entry& entry, const lumo::Text& path)
 {
     Table table({"", ""});
-    const auto name = [&](const char* kind, unsigned int id, const Text& text) {
-        table.add({"Identifier", identifierText(kind, id)});
-        table.add({"Name", shownName(text)});
-        table.add({"Path", path.value_or("-")});
-    };
-    const auto texts = [&table](const auto& record) {
-        table.add({"Short text", shownText(record.shortText)});
-        table.add({"Long text", shownText(record.longText)});
-    };
-    if (found.kind == Place::Kind::Disk) {
-        name("disk", found.disk.diskID, found.disk.diskName);
-        table.add({"Storage box", shownText(found.disk.kestaCode)});
-        table.add({"Root", shownText(found.disk.rootPath)});
-        table.add({"Reference", found.disk.refID == kNone ? "-" : std::to_string(found.disk.refID)});
-    } else if (found.kind == Place::Kind::Folder) {
-        name("folder", found.folder.folderID, found.folder.folderName);
-        table.add({"Disk", identifierText("disk", found.folder.diskID)});
-        table.add({"Parent", parentOf(found.folder.parentID)});
-        texts(found.folder);
+    table.add({"Identifier", identifierText(entry)});
+    table.add({"Name", shownName(entry.name)});
+    table.add({"Path", path.value_or("-")});
+    if (entry.kind == lumo::Entry::Kind::Disk) {
+        table.add({"Storage box", shownText(entry.box)});
+        table.add({"Root", shownText(entry.root)});
+        table.add({"Reference", entry.reference == kNoIdentifier ? "-" : std::to_string(entry.reference)});
     } else {
-        name("file", found.file.fileID, found.file.fileName);
-        table.add({"Folder", identifierText("folder", found.file.parentID)});
-        texts(found.file);
+        if (entry.kind == lumo::Entry::Kind::Folder) {
+            table.add({"Disk", identifierText("disk", entry.disk.number())});
+            table.add({"Parent", parentText(entry.parent)});
+        } else {
+            table.add({"Folder", identifierText("folder", entry.parent.number())});
+        }
+        table.add({"Short text", shownText(entry.shortText)});
+        table.add({"Long text", shownText(entry.longText)});
     }
     print(table.text());
-}
-
-Json jsonOf(const Found& found)
-{
-    switch (found.kind) {
-    case Place::Kind::Disk:
-        return wholeJson(found.disk);
-    case Place::Kind::Folder:
-        return wholeJson(found.folder);
-    default:
-        return wholeJson(found.file);
-    }
 }
 
 class ShowCommand : public Command
@@ -72,49 +56,63 @@ public:
     void check(Options& options) override
     {
         if (!m_ID.empty()) {
-            m_Find = kindNamed(m_Typed).find(m_ID);
+            m_Kind = parseImageKind(m_Typed);
             m_Records.apply(options);
+            if (*m_Kind == Kind::Type)
+                m_Type = parseType(m_ID);
+            else if (*m_Kind != Kind::Project)
+                m_Record = lumo::RecordId(parseIdentifier(m_ID, m_Typed));
             return;
         }
         if (m_Records.csv)
             refuse("--csv is for records of the image catalogue, as in: lumo show sat 7 --csv");
-        if (isKind(m_Typed))
+        if (isImageKind(m_Typed))
             refuse("which " + m_Typed + "? write its identifier too: lumo show " + m_Typed + " ID");
-        m_Place = parsePlace(m_Typed);
+        m_Place = lumo::Place(m_Typed);
+        if (m_Place.isRoot()) {
+            refuse("'/' means all disks and has no record: name a disk, a folder or a file; 'lumo disks' "
+                   "lists the disks");
+        }
     }
 
-    void run(Session& session) override
+    void run(lumo::Session& session, bool json) override
     {
-        if (m_Find)
-            printRecord(m_Find(session), m_Records.form);
+        if (m_Kind)
+            printRecord(findRecord(session.images()), m_Records.form);
         else
-            showPlace(session);
+            showPlace(session.catalogue(), json);
     }
 
 private:
-    void showPlace(Session& session) const
+    using Kind = lumo::Record::Kind;
+
+    lumo::Record findRecord(const lumo::Images& images) const
     {
-        const Found found = session.catalogue.find(m_Place);
-        if (found.kind == Place::Kind::Path) {
-            refuse(
-                "'/' means all disks and has no record: name a disk, a folder or a file; 'lumo disks' lists "
-                "the disks");
-        }
-        const Text path = session.catalogue.pathOf(found);
-        if (session.json) {
-            Json record = jsonOf(found);
+        if (*m_Kind == Kind::Project)
+            return images.project(m_ID);
+        return *m_Kind == Kind::Type ? findType(images, m_Type) : images.record(*m_Kind, m_Record);
+    }
+
+    void showPlace(const lumo::Catalogue& catalogue, bool json) const
+    {
+        const lumo::Entry entry = catalogue.find(m_Place);
+        const lumo::Text path = catalogue.pathOf(entry);
+        if (json) {
+            Json record = wholeJson(entry);
             record["path"] = textJson(path);
             print(jsonText(record));
             return;
         }
-        printTableOf(found, path);
+        printEntry(entry, path);
     }
 
     std::string m_Typed;
     std::string m_ID;
     RecordOptions m_Records;
-    FindRecord m_Find; ///< of a record of the image catalogue
-    Place m_Place;
+    std::optional<Kind> m_Kind; ///< of a record of the image catalogue; none: a place
+    TypeName m_Type;
+    lumo::RecordId m_Record;
+    lumo::Place m_Place = "/";
 };
 
 } // namespace

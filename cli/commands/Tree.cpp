@@ -1,4 +1,4 @@
-#include "cli/ExitCode.h"
+#include "cli/base/ExitCode.h"
 #include "cli/commands/Command.h"
 #include "cli/commands/SharedOptions.h"
 #include "cli/output/DisplayText.h"
@@ -10,25 +10,28 @@ namespace cli {
 
 namespace {
 
+/// More than any real tree is deep; folders that contain each other end the walk here.
+constexpr unsigned int kDeepest = 1024;
+
 /// Walks down from a place, one query for the folders and one for the files of each folder.
 class Walk
 {
 public:
-    Walk(Catalogue& catalogue, unsigned int depth) : m_Catalogue(catalogue), m_Depth(depth) {}
+    Walk(lumo::Catalogue catalogue, unsigned int depth) : m_Catalogue(std::move(catalogue)), m_Depth(depth) {}
 
-    void print(const Found& start);
-    Json json(const Found& start);
+    void print(const lumo::Place& start);
+    Json json(const lumo::Place& start);
 
 private:
     /// Whether the contents of a folder at this level below the start are shown.
     bool enters(unsigned int level) const;
-    void printBelow(unsigned int folderID, const std::string& prefix, unsigned int level);
-    void printDisks(const std::vector<Disk>& disks);
-    void addBelow(Json& record, unsigned int folderID, unsigned int level);
-    Json diskJson(const Disk& disk, unsigned int level);
+    void printBelow(lumo::FolderId folder, const std::string& prefix, unsigned int level);
+    void printDisks(const std::vector<lumo::Entry>& disks);
+    void addBelow(Json& record, lumo::FolderId folder, unsigned int level);
+    Json entryJson(const lumo::Entry& entry, unsigned int level);
     std::string counts() const;
 
-    Catalogue& m_Catalogue;
+    lumo::Catalogue m_Catalogue;
     unsigned int m_Depth;
     std::size_t m_Folders = 0;
     std::size_t m_Files = 0;
@@ -44,7 +47,7 @@ const char* trunk(bool last)
     return last ? "    " : "│   ";
 }
 
-void printLine(const std::string& prefix, bool last, const Text& name, const std::string& tag)
+void printLine(const std::string& prefix, bool last, const lumo::Text& name, const std::string& tag)
 {
     std::string line = prefix;
     line += branch(last);
@@ -68,35 +71,32 @@ bool Walk::enters(unsigned int level) const
     return level < m_Depth;
 }
 
-void Walk::printBelow(unsigned int folderID, const std::string& prefix, unsigned int level)
+void Walk::printBelow(lumo::FolderId parent, const std::string& prefix, unsigned int level)
 {
     if (!enters(level))
         return;
-    const std::vector<Folder> folders = m_Catalogue.foldersIn(folderID);
-    const std::vector<File> files = m_Catalogue.filesIn(folderID);
+    const std::vector<lumo::Entry> folders = m_Catalogue.folders(parent);
+    const std::vector<lumo::Entry> files = m_Catalogue.files(parent);
     m_Folders += folders.size();
     m_Files += files.size();
-    for (const Folder& folder : folders) {
+    for (const lumo::Entry& folder : folders) {
         const bool last = files.empty() && &folder == &folders.back();
-        printLine(prefix, last, folder.folderName,
-                  folder.folderName ? "/" : "  " + identifierText("folder", folder.folderID));
-        printBelow(folder.folderID, prefix + trunk(last), level + 1);
+        printLine(prefix, last, folder.name, folder.name ? "/" : "  " + identifierText(folder));
+        printBelow(folder.folder, prefix + trunk(last), level + 1);
     }
-    for (const File& file : files) {
-        printLine(prefix, &file == &files.back(), file.fileName,
-                  file.fileName ? "" : "  " + identifierText("file", file.fileID));
-    }
+    for (const lumo::Entry& file : files)
+        printLine(prefix, &file == &files.back(), file.name, file.name ? "" : "  " + identifierText(file));
 }
 
-void Walk::printDisks(const std::vector<Disk>& disks)
+void Walk::printDisks(const std::vector<lumo::Entry>& disks)
 {
     if (!enters(0))
         return;
-    for (const Disk& disk : disks) {
+    for (const lumo::Entry& disk : disks) {
         const bool last = &disk == &disks.back();
-        printLine("", last, disk.diskName, disk.diskName ? "/" : "  " + identifierText("disk", disk.diskID));
+        printLine("", last, disk.name, disk.name ? "/" : "  " + identifierText(disk));
         if (enters(1))
-            printBelow(m_Catalogue.topFolder(disk), trunk(last), 1);
+            printBelow(m_Catalogue.folderOf(disk), trunk(last), 1);
     }
 }
 
@@ -105,73 +105,54 @@ std::string Walk::counts() const
     return counted(m_Folders, "folder") + ", " + counted(m_Files, "file") + "\n";
 }
 
-void Walk::print(const Found& start)
+void Walk::print(const lumo::Place& start)
 {
-    switch (start.kind) {
-    case Place::Kind::Path: {
-        const std::vector<Disk> disks = m_Catalogue.disks();
+    if (start.isRoot()) {
+        const std::vector<lumo::Entry> disks = m_Catalogue.disks();
         cli::print("/\n");
         printDisks(disks);
         cli::print("\n" + counted(disks.size(), "disk") + ", " + counts());
-        break;
+        return;
     }
-    case Place::Kind::Disk:
-        cli::print(escaped(shownName(start.disk.diskName)) + "/\n");
-        printBelow(m_Catalogue.topFolder(start.disk), "", 0);
+    const lumo::Entry entry = m_Catalogue.find(start);
+    const bool file = entry.kind == lumo::Entry::Kind::File;
+    cli::print(escaped(shownName(entry.name)) + (file ? "\n" : "/\n"));
+    if (!file) {
+        printBelow(m_Catalogue.folderOf(entry), "", 0);
         cli::print("\n" + counts());
-        break;
-    case Place::Kind::Folder:
-        cli::print(escaped(shownName(start.folder.folderName)) + "/\n");
-        printBelow(start.folder.folderID, "", 0);
-        cli::print("\n" + counts());
-        break;
-    case Place::Kind::File:
-        cli::print(escaped(shownName(start.file.fileName)) + "\n");
-        break;
     }
 }
 
-void Walk::addBelow(Json& record, unsigned int folderID, unsigned int level)
+void Walk::addBelow(Json& record, lumo::FolderId parent, unsigned int level)
 {
     if (!enters(level))
         return;
     Json folders = Json::array();
-    for (const Folder& folder : m_Catalogue.foldersIn(folderID)) {
+    for (const lumo::Entry& folder : m_Catalogue.folders(parent)) {
         Json below = listedJson(folder);
-        addBelow(below, folder.folderID, level + 1);
+        addBelow(below, folder.folder, level + 1);
         folders.push_back(std::move(below));
     }
     record["folders"] = std::move(folders);
-    record["files"] = listedJson(m_Catalogue.filesIn(folderID));
+    record["files"] = listedJson(m_Catalogue.files(parent));
 }
 
-Json Walk::diskJson(const Disk& disk, unsigned int level)
+Json Walk::entryJson(const lumo::Entry& entry, unsigned int level)
 {
-    Json record = listedJson(disk);
-    if (enters(level))
-        addBelow(record, m_Catalogue.topFolder(disk), level);
+    Json record = listedJson(entry);
+    if (entry.kind != lumo::Entry::Kind::File && enters(level))
+        addBelow(record, m_Catalogue.folderOf(entry), level);
     return record;
 }
 
-Json Walk::json(const Found& start)
+Json Walk::json(const lumo::Place& start)
 {
-    switch (start.kind) {
-    case Place::Kind::Path: {
-        Json disks = Json::array();
-        for (const Disk& disk : m_Catalogue.disks())
-            disks.push_back(diskJson(disk, 1));
-        return disks;
-    }
-    case Place::Kind::Disk:
-        return diskJson(start.disk, 0);
-    case Place::Kind::Folder: {
-        Json record = listedJson(start.folder);
-        addBelow(record, start.folder.folderID, 0);
-        return record;
-    }
-    default:
-        return listedJson(start.file);
-    }
+    if (!start.isRoot())
+        return entryJson(m_Catalogue.find(start), 0);
+    Json disks = Json::array();
+    for (const lumo::Entry& disk : m_Catalogue.disks())
+        disks.push_back(entryJson(disk, 1));
+    return disks;
 }
 
 class TreeCommand : public Command
@@ -184,22 +165,21 @@ public:
         explain(app, std::string(kPlaceHelp) + " \"/\" means all disks.");
     }
 
-    void check(Options& /*options*/) override { m_Place = parsePlace(m_Typed); }
+    void check(Options& /*options*/) override { m_Place = lumo::Place(m_Typed); }
 
-    void run(Session& session) override
+    void run(lumo::Session& session, bool json) override
     {
-        Walk walk(session.catalogue, m_Depth);
-        const Found start = session.catalogue.find(m_Place);
-        if (session.json)
-            print(jsonText(walk.json(start)));
+        Walk walk(session.catalogue(), m_Depth);
+        if (json)
+            print(jsonText(walk.json(m_Place)));
         else
-            walk.print(start);
+            walk.print(m_Place);
     }
 
 private:
     std::string m_Typed;
     unsigned int m_Depth = std::numeric_limits<unsigned int>::max();
-    Place m_Place;
+    lumo::Place m_Place = "/";
 };
 
 } // namespace

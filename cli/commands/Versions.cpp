@@ -1,59 +1,16 @@
-#include "cli/Connection.h"
-#include "cli/ExitCode.h"
+#include "cli/base/ExitCode.h"
+#include "cli/base/LocalFiles.h"
 #include "cli/commands/Command.h"
-#include "cli/commands/LocalFiles.h"
 #include "cli/commands/SharedOptions.h"
 #include "cli/output/DisplayText.h"
 #include "cli/output/Records.h"
 #include "cli/progress/Transfer.h"
 
-#include "lumo/core/LumoDataMgr.h"
-#include "lumo/core/TextEncoding.h"
-
 namespace cli {
 
 namespace {
 
-/// A program or a module by its number.
-struct Product
-{
-    enum class Kind
-    {
-        Program,
-        Module
-    };
-    Kind kind = Kind::Program;
-    std::string number;
-};
-
-/// The name of a version in messages; the latest one when `version` is empty.
-std::string shownVersion(const Product& product, const std::string& version)
-{
-    return (product.kind == Product::Kind::Program ? "program " : "module ") + product.number +
-           (version.empty() ? "" : " " + version);
-}
-
-/// Throws Failure when there is no such version.
-tagVersionInfo versionInfo(Session& session, const Product& product, const std::string& version)
-{
-    CLumoDataMgr& manager = session.manager;
-    const std::string numberText = convertToMultibyte(product.number);
-    const std::string versionText = convertToMultibyte(version);
-    const char* const number = numberText.c_str();
-    const bool program = product.kind == Product::Kind::Program;
-    tagVersionInfo info;
-    const bool known = version.empty() ? (program ? manager.getLatestVersionBySoftID(number, info)
-                                                  : manager.getLatestVersionByAppID(number, info))
-                       : program       ? manager.getVersionBySoftID(number, versionText.c_str(), info)
-                                       : manager.getVersionByAppID(number, versionText.c_str(), info);
-    if (known)
-        return info;
-    if (session.journal.lastReason().kind == Reason::Kind::CallFailed)
-        requestFailed(session.journal);
-    throw Failure(ExitCode::PlaceNotFound, "the centre has no " +
-                                               (version.empty() ? "version of " : std::string()) +
-                                               shownVersion(product, version));
-}
+using Product = lumo::Centre::Product;
 
 class VersionsCommand : public Command
 {
@@ -73,27 +30,26 @@ public:
                                      : Product{Product::Kind::Module, m_Module};
     }
 
-    void run(Session& session) override
+    void run(lumo::Session& session, bool json) override
     {
-        const tagVersionInfo info = versionInfo(session, m_Product, m_Version);
+        const lumo::Centre::Version version = session.centre().version(m_Product, m_Version);
         const struct
         {
             const char* key;
             const char* heading;
             const std::string& text;
-        } kTexts[] = {{"text1", "Name", info.text1},
-                      {"text2", "Version", info.text2},
-                      {"text3", "Released", info.text3},
-                      {"text4", "Storage box", info.text4},
-                      {"text5", "Notes", info.text5}};
+        } kTexts[] = {{"text1", "Name", version.name},
+                      {"text2", "Version", version.number},
+                      {"text3", "Released", version.released},
+                      {"text4", "Storage box", version.box},
+                      {"text5", "Notes", version.notes}};
         Json record;
         Table table({"", ""});
         for (const auto& one : kTexts) {
-            const std::string text = convertToUtf8(one.text);
-            record[one.key] = text;
-            table.add({one.heading, shownText(text)});
+            record[one.key] = one.text;
+            table.add({one.heading, shownText(one.text)});
         }
-        print(session.json ? jsonText(record) : table.text());
+        print(json ? jsonText(record) : table.text());
     }
 
 private:
@@ -103,91 +59,17 @@ private:
     Product m_Product;
 };
 
-struct PackageRequest
-{
-    Product product;
-    std::string version;
-    std::string folder = ".";
-    std::string box; ///< its code, or empty
-    bool overwrite = false;
-};
-
-std::string codesOf(const QMap<QString, QString>& boxes)
-{
-    return boxes.keys().join(", ").toStdString();
-}
-
-/// The code of the box that has a package: the one asked for, else the one that the version names, else the
-/// only one of the company.
-QString boxOf(const QMap<QString, QString>& boxes, const PackageRequest& request, const tagVersionInfo& info)
-{
-    QString asked = QString::fromStdString(request.box);
-    if (!asked.isEmpty()) {
-        if (boxes.contains(asked))
-            return asked;
-        throw Failure(ExitCode::PlaceNotFound, "your company has no storage box '" + request.box + "'" +
-                                                   (boxes.isEmpty() ? "" : "; it has " + codesOf(boxes)));
-    }
-    QString named = QString::fromStdString(info.text4);
-    if (boxes.contains(named))
-        return named;
-    if (boxes.size() != 1) {
-        throw Failure(ExitCode::PlaceNotFound,
-                      boxes.isEmpty() ? "your company has no storage box"
-                                      : "the package is on one of several storage boxes: say which by --box "
-                                        "CODE; they are " +
-                                            codesOf(boxes));
-    }
-    return boxes.firstKey();
-}
-
-std::string addressOf(Session& session, const PackageRequest& request, const tagVersionInfo& info)
-{
-    QMap<QString, QString> boxes;
-    const bool answered = session.manager.getKestaList(boxes);
-    const QString code = answered ? boxOf(boxes, request, info) : QString();
-    std::string address = answered ? session.manager.getKestaIP(code).toStdString() : std::string();
-    if (address.empty()) {
-        throw Failure(ExitCode::CentreFailed, "the centre did not give the address of the storage box: " +
-                                                  describe(session.journal.lastReason()));
-    }
-    return address;
-}
-
-void runPackage(Session& session, const PackageRequest& request)
-{
-    const std::string address =
-        addressOf(session, request, versionInfo(session, request.product, request.version));
-    makeFolder(request.folder);
-    Transfer transfer;
-    transfer.source = shownVersion(request.product, request.version);
-    transfer.target = request.folder;
-    transfer.folder = request.folder;
-    transfer.tellsProgress = true;
-    transfer.overwrite = request.overwrite;
-    transfer.start = [&session, request, address](const TransferCallback& callback) {
-        const auto download = request.product.kind == Product::Kind::Program ? &CLumoDataMgr::downloadBySoftID
-                                                                             : &CLumoDataMgr::downloadByAppID;
-        return (session.manager.*download)(request.folder.c_str(), address.c_str(),
-                                           request.product.number.c_str(), request.version.c_str(),
-                                           request.overwrite, callback);
-    };
-    transfer.refusal = [] { return std::string("the centre has no package of that version"); };
-    runTransfers({transfer}, session);
-}
-
+/// get-program and get-module.
 class PackageCommand : public Command
 {
 public:
-    PackageCommand(CLI::App& app, Product::Kind kind, const char* number)
+    PackageCommand(CLI::App& app, Product::Kind kind, const char* number) : m_Product{kind, {}}
     {
-        m_Request.product.kind = kind;
         m_Moving.add(app);
-        addArgument(app, number, m_Request.product.number, "Its number");
-        addArgument(app, "VERSION", m_Request.version, "The version's number");
-        addOptionalArgument(app, "DIR", m_Request.folder,
-                            "The local folder for it (default: the current one)");
-        app.add_option("--box", m_Request.box,
+        addArgument(app, number, m_Product.number, "Its number");
+        addArgument(app, "VERSION", m_Version, "The version's number");
+        addOptionalArgument(app, "DIR", m_Folder, "The local folder for it (default: the current one)");
+        app.add_option("--box", m_Box,
                        "The storage box that has it (default: the one that the version names, or your "
                        "company's only one)")
             ->option_text("CODE");
@@ -195,15 +77,31 @@ public:
 
     void check(Options& options) override { MovingOptions::apply(options); }
 
-    void run(Session& session) override
+    void run(lumo::Session& session, bool json) override
     {
-        m_Request.overwrite = m_Moving.overwrite;
-        runPackage(session, m_Request);
+        static_cast<void>(session.centre().version(m_Product, m_Version)); // throws when there is none
+        makeFolder(m_Folder);
+        Transfer transfer;
+        transfer.source = (m_Product.kind == Product::Kind::Program ? "program " : "module ") +
+                          m_Product.number + " " + m_Version;
+        transfer.target = m_Folder;
+        transfer.folder = m_Folder;
+        transfer.reportsProgress = true;
+        transfer.overwrite = m_Moving.overwrite;
+        transfer.mustStart = true;
+        transfer.start = [&](const lumo::Transfer::Observer& observer) {
+            return session.transfers().getPackage(m_Product, m_Version, m_Box, m_Folder,
+                                                  {m_Moving.overwrite, observer});
+        };
+        runTransfers({transfer}, json);
     }
 
 private:
     MovingOptions m_Moving;
-    PackageRequest m_Request;
+    Product m_Product;
+    std::string m_Version;
+    std::string m_Folder = ".";
+    std::string m_Box; ///< its code, or empty
 };
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "cli/output/Csv.h"
 
-#include "cli/ExitCode.h"
+#include "cli/base/ExitCode.h"
 
 namespace cli {
 
@@ -35,7 +35,7 @@ public:
     }
 
 private:
-    /// Bytes of the end of a line that stands here; 0 where none does.
+    /// The number of bytes of a line end at this position; 0 if there is none.
     std::size_t lineEnd() const
     {
         return m_Text.compare(m_Place, 2, "\r\n") == 0 ? 2 : m_Text.compare(m_Place, 1, "\n") == 0 ? 1 : 0;
@@ -101,6 +101,16 @@ std::vector<CsvRow> parseCsv(const std::string& text, const std::string& name)
         rows.push_back(std::move(row));
     }
     return rows;
+}
+
+std::string csvCell(const std::string& text)
+{
+    if (text.find_first_of("\",\r\n") == std::string::npos)
+        return text;
+    std::string cell = "\"";
+    for (const char byte : text)
+        cell.append(byte == '"' ? 2 : 1, byte);
+    return cell + "\"";
 }
 
 } // namespace cli

@@ -18,6 +18,9 @@ struct CsvRow
 /// and for rows that have not as many cells as the first.
 std::vector<CsvRow> parseCsv(const std::string& text, const std::string& name);
 
+/// A cell of CSV, quoted where RFC 4180 asks for it.
+std::string csvCell(const std::string& text);
+
 } // namespace cli
 
 #endif

@@ -12,7 +12,7 @@ namespace {
 
 constexpr char32_t kUndecodable = 0xFFFFFFFF;
 
-/// Decodes the character at `position` and moves behind it; a byte that starts none is kUndecodable.
+/// Decodes the character at `position` and moves past it; returns kUndecodable for a byte that starts none.
 char32_t nextCharacter(const std::string& text, std::size_t& position)
 {
     const auto lead = static_cast<unsigned char>(text[position++]);
@@ -72,7 +72,7 @@ std::string escapeOf(char32_t character, unsigned char byte)
     }
 }
 
-/// wcwidth goes by the thread's locale; this one is part of the C library and so always there.
+/// Sets the thread's locale, which wcwidth uses; this one is part of the C library, so it always exists.
 class Utf8Locale
 {
 public:
@@ -94,7 +94,7 @@ private:
 constexpr std::size_t kGap = 2;       ///< between two columns
 constexpr std::size_t kNarrowest = 8; ///< a column that is shortened
 
-/// Takes from the widest columns what is too much for a line.
+/// Shortens the widest columns until the line fits.
 void narrow(std::vector<std::size_t>& widths, std::size_t line)
 {
     std::size_t used = std::accumulate(widths.begin(), widths.end(), kGap * (widths.size() - 1));

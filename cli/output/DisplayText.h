@@ -16,7 +16,7 @@ std::string escaped(const std::string& text);
 /// take two, combining ones none.
 std::size_t displayWidth(const std::string& text);
 
-/// As much of the text as fits into so many columns, with "…" for its middle when that is not all of it.
+/// The text, shortened to so many columns by "…" in place of its middle.
 std::string clipped(const std::string& text, std::size_t columns);
 
 /// Rows of text as aligned columns. Cells are escaped; the last column is not padded.

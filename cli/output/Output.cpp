@@ -1,6 +1,6 @@
 #include "cli/output/Output.h"
 
-#include "cli/ExitCode.h"
+#include "cli/base/ExitCode.h"
 #include "cli/output/DisplayText.h"
 
 #include <cerrno>
@@ -31,7 +31,7 @@ std::string dumped(const Json& document, int indent)
     const std::string text = document.dump(indent, ' ', false, Json::error_handler_t::replace) + "\n";
     std::string result;
     result.reserve(text.size());
-    // JSON itself lets DEL and the C1 controls (C2 80 to C2 9F in UTF-8) stand; a terminal acts on them.
+    // JSON may hold DEL and the C1 controls (C2 80 to C2 9F in UTF-8) as they are; a terminal acts on them.
     for (std::size_t i = 0; i < text.size(); ++i) {
         const auto byte = static_cast<unsigned char>(text[i]);
         const auto next = i + 1 < text.size() ? static_cast<unsigned char>(text[i + 1]) : 0;
@@ -78,7 +78,7 @@ std::size_t terminalWidth()
     const char* const wanted = std::getenv("COLUMNS");
     if (wanted != nullptr)
         std::from_chars(wanted, wanted + std::strlen(wanted), columns);
-    // A table that goes to a pager or to head is read on the terminal that the errors go to.
+    // A pager or head shows the table on the terminal that also receives the errors.
     for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
         winsize size = {};
         if (columns == 0 && ioctl(stream, TIOCGWINSZ, &size) == 0)

@@ -8,28 +8,28 @@
 
 namespace cli {
 
-/// Keeps the fields in the records' order.
+/// Keeps keys in the order in which they were added.
 using Json = nlohmann::ordered_json;
 
-/// The document as text: indented, UTF-8, no control character raw.
+/// The document as indented UTF-8 text; control characters are escaped.
 std::string jsonText(const Json& document);
-/// The same in one line.
+/// The same on one line.
 std::string jsonLine(const Json& document);
 
-/// Writes to standard output; throws Failure when that fails, without a message when nobody reads any more.
+/// Writes to standard output. Throws Failure when that fails, without a message when the reader has gone.
 void print(const std::string& text);
 
 /// Writes out what is still buffered; throws as print does.
 void flushOutput();
 
-/// Columns of the terminal that the output is read on, or as many as COLUMNS says.
+/// Columns of the terminal that shows the output, or as many as COLUMNS says.
 std::size_t terminalWidth();
 
-/// Columns for a list of names: the terminal's; no limit where the output goes on to another program or a
-/// file.
+/// Columns for a list of names: those of the terminal; no limit when another program or a file receives the
+/// output.
 std::size_t listWidth();
 
-/// One line on standard error, escaped: what went wrong, said by lumo.
+/// Prints a message about a problem on standard error, as one escaped line that begins with "lumo: ".
 void complain(const std::string& message);
 
 } // namespace cli

@@ -1,8 +1,13 @@
 #include "cli/output/RecordOutput.h"
 
+#include "cli/output/Csv.h"
 #include "cli/output/DisplayText.h"
+#include "cli/output/Records.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstring>
+#include <variant>
 
 #include <unistd.h>
 
@@ -13,10 +18,28 @@ namespace {
 constexpr std::size_t kWidestText = 24; ///< of a table's cell, but for names
 constexpr std::size_t kGap = 2;         ///< between two columns
 
-std::string cellOf(const Field& field)
+using lumo::Record;
+using Role = Record::Field::Role;
+
+template <class... Functions>
+struct Overloaded : Functions...
+{
+    using Functions::operator()...;
+};
+template <class... Functions>
+Overloaded(Functions...) -> Overloaded<Functions...>;
+
+template <class Number>
+std::string digits(Number number)
+{
+    char text[32];
+    return {text, std::to_chars(text, text + sizeof text, number).ptr};
+}
+
+std::string cellOf(const Record::Field& field)
 {
     const std::string text = escaped(shown(field.value));
-    return field.role == Field::Role::Leading ? text : clipped(text, kWidestText);
+    return field.role == Role::Leading ? text : clipped(text, kWidestText);
 }
 
 /// What there is to show in a column.
@@ -29,17 +52,17 @@ struct Column
 std::vector<Column> columnsOf(const RecordList& list, std::size_t width)
 {
     std::vector<Column> columns(list.names.size());
-    for (std::size_t index = 0; index < list.size; ++index) {
-        const Fields fields = list.at(index);
+    for (const Record& record : list.records) {
+        const auto& fields = record.fields();
         std::size_t used = 0;
         for (std::size_t i = 0; i < columns.size(); ++i) {
             Column& column = columns[i];
             const std::string cell = cellOf(fields[i]);
-            column.leads = fields[i].role == Field::Role::Leading;
-            if (column.leads || (cell != "-" && fields[i].role != Field::Role::Detail))
-                column.width = std::max({column.width, displayWidth(cell), list.names[i].size()});
+            column.leads = fields[i].role == Role::Leading;
+            if (column.leads || (cell != "-" && fields[i].role != Role::Detail))
+                column.width = std::max({column.width, displayWidth(cell), std::strlen(list.names[i])});
             used += column.width == 0 ? 0 : column.width + kGap;
-            // Widths only grow: what doesn't fit now will not, and nothing behind it.
+            // Widths only grow, so this column and those after it never fit again.
             if (!column.leads && used > width + kGap)
                 columns.resize(i);
         }
@@ -68,12 +91,12 @@ void printTable(const RecordList& list, std::size_t width, bool clipNames)
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (columns[i].width > 0) {
             shownColumns.push_back(i);
-            headings.push_back(list.names[i]);
+            headings.emplace_back(list.names[i]);
         }
     }
     Table table(headings);
-    for (std::size_t index = 0; index < list.size; ++index) {
-        const Fields fields = list.at(index);
+    for (const Record& record : list.records) {
+        const auto& fields = record.fields();
         std::vector<std::string> cells;
         for (const std::size_t column : shownColumns) {
             const std::string cell = cellOf(fields[column]);
@@ -84,17 +107,18 @@ void printTable(const RecordList& list, std::size_t width, bool clipNames)
     print(table.text());
 }
 
-Json recordJson(const RecordLists& lists, const RecordList& list, std::size_t index)
+Json recordJson(const std::vector<std::string>& commonNames, const std::vector<std::string>& common,
+                const Record& record)
 {
-    Json record = Json::object();
+    Json json = Json::object();
     // Looking each key up for a record of sixty would cost more than all else.
-    std::vector<std::pair<const std::string, Json>>& members = record.get_ref<Json::object_t&>();
-    members.reserve(lists.commonNames.size() + list.names.size());
-    for (std::size_t i = 0; i < lists.commonNames.size(); ++i)
-        members.emplace_back(lists.commonNames[i], list.common[i]);
-    for (const Field& field : list.at(index))
+    std::vector<std::pair<const std::string, Json>>& members = json.get_ref<Json::object_t&>();
+    members.reserve(commonNames.size() + record.fields().size());
+    for (std::size_t i = 0; i < commonNames.size(); ++i)
+        members.emplace_back(commonNames[i], common[i]);
+    for (const Record::Field& field : record.fields())
         members.emplace_back(field.name, jsonOf(field.value));
-    return record;
+    return json;
 }
 
 /// One array; each record is a line of it.
@@ -102,8 +126,8 @@ void printJson(const RecordLists& lists)
 {
     const char* separator = "[\n";
     for (const RecordList& list : lists.lists) {
-        for (std::size_t index = 0; index < list.size; ++index) {
-            std::string line = jsonLine(recordJson(lists, list, index));
+        for (const Record& record : list.records) {
+            std::string line = jsonLine(recordJson(lists.commonNames, list.common, record));
             line.pop_back();
             print(separator + line);
             separator = ",\n";
@@ -128,20 +152,20 @@ void printCsv(const RecordLists& lists)
     std::vector<std::vector<std::size_t>> places; // of each list's fields in the header
     for (const RecordList& list : lists.lists) {
         places.emplace_back();
-        for (const std::string& name : list.names) {
+        for (const char* const name : list.names) {
             const auto known = std::find(header.begin(), header.end(), name);
             places.back().push_back(static_cast<std::size_t>(known - header.begin()));
             if (known == header.end())
-                header.push_back(name);
+                header.emplace_back(name);
         }
     }
     printLine(header);
     for (std::size_t number = 0; number < lists.lists.size(); ++number) {
         const RecordList& list = lists.lists[number];
-        for (std::size_t index = 0; index < list.size; ++index) {
+        for (const Record& record : list.records) {
             std::vector<std::string> cells = list.common;
             cells.resize(header.size());
-            const Fields fields = list.at(index);
+            const auto& fields = record.fields();
             for (std::size_t i = 0; i < fields.size(); ++i)
                 cells[places[number][i]] = plain(fields[i].value);
             printLine(cells);
@@ -153,12 +177,12 @@ void printTables(const RecordLists& lists, std::size_t width, bool clipNames)
 {
     std::size_t records = 0;
     for (const RecordList& list : lists.lists) {
-        if (list.size == 0)
+        if (list.records.empty())
             continue;
         if (!list.heading.empty())
             print((records == 0 ? "" : "\n") + escaped(list.heading) + "\n");
         printTable(list, width, clipNames);
-        records += list.size;
+        records += list.records.size();
     }
     if (records == 0)
         print(std::string(lists.whenEmpty) + "\n");
@@ -168,21 +192,20 @@ void printTables(const RecordLists& lists, std::size_t width, bool clipNames)
 
 } // namespace
 
-std::vector<std::string> namesOf(const Fields& fields)
+RecordList listOf(Record::Kind kind, std::vector<Record> records)
 {
-    std::vector<std::string> names;
-    names.reserve(fields.size());
-    for (const Field& field : fields)
-        names.emplace_back(field.name);
-    return names;
+    RecordList list;
+    list.names = Record::fieldNames(kind);
+    list.records = std::move(records);
+    return list;
 }
 
 void limit(RecordLists& lists, std::size_t records)
 {
     for (RecordList& list : lists.lists) {
-        const std::size_t kept = std::min(list.size, records);
-        lists.cut = lists.cut || kept < list.size;
-        list.size = kept;
+        const std::size_t kept = std::min(list.records.size(), records);
+        lists.cut = lists.cut || kept < list.records.size();
+        list.records.erase(list.records.begin() + static_cast<std::ptrdiff_t>(kept), list.records.end());
         records -= kept;
     }
 }
@@ -201,32 +224,53 @@ void printRecords(const RecordLists& lists, Form form, std::size_t width, bool c
 
 void printRecords(const RecordLists& lists, Form form)
 {
-    // Where the output goes on to another program, a name must be found whole.
+    // Another program that reads the output must find names whole.
     printRecords(lists, form, terminalWidth(), isatty(STDOUT_FILENO) != 0);
 }
 
-void printRecord(const RecordList& list, Form form)
+void printRecord(const Record& record, Form form)
 {
-    RecordLists lists;
-    lists.lists = {list};
-    if (form == Form::AsCsv)
-        return printCsv(lists);
     if (form == Form::AsJson)
-        return print(jsonText(recordJson(lists, list, 0)));
+        return print(jsonText(recordJson({}, {}, record)));
+    if (form == Form::AsCsv) {
+        RecordLists lists;
+        lists.lists = {listOf(record.kind(), {record})};
+        return printCsv(lists);
+    }
     Table table({"", ""});
-    for (const Field& field : list.at(0))
+    for (const Record::Field& field : record.fields())
         table.add({field.name, shown(field.value)});
     print(table.text());
 }
 
-std::string csvCell(const std::string& text)
+std::string shown(const Record::Value& value)
 {
-    if (text.find_first_of("\",\r\n") == std::string::npos)
-        return text;
-    std::string cell = "\"";
-    for (const char byte : text)
-        cell.append(byte == '"' ? 2 : 1, byte);
-    return cell + "\"";
+    return std::visit(
+        Overloaded{[](Record::Absent) { return std::string("-"); },
+                   [](Record::TooLong) { return shownText({}); },
+                   [](const std::string& text) { return shownText(text); },
+                   [](const Record::Code& code) { return digits(code.number) + " (" + code.meaning + ")"; },
+                   [](auto number) { return digits(number); }},
+        value);
+}
+
+Json jsonOf(const Record::Value& value)
+{
+    return std::visit(Overloaded{[](Record::Absent) { return Json(nullptr); },
+                                 [](Record::TooLong) { return Json(nullptr); },
+                                 [](const Record::Code& code) { return Json(code.number); },
+                                 [](const auto& plainValue) { return Json(plainValue); }},
+                      value);
+}
+
+std::string plain(const Record::Value& value)
+{
+    return std::visit(Overloaded{[](Record::Absent) { return std::string(); },
+                                 [](Record::TooLong) { return std::string(); },
+                                 [](const std::string& text) { return text; },
+                                 [](const Record::Code& code) { return digits(code.number); },
+                                 [](auto number) { return digits(number); }},
+                      value);
 }
 
 } // namespace cli

@@ -1,12 +1,11 @@
 #ifndef LUMO_CLI_OUTPUT_RECORDOUTPUT_H
 #define LUMO_CLI_OUTPUT_RECORDOUTPUT_H
 
-#include "cli/output/RecordFields.h"
+#include "cli/output/Output.h"
 
-#include <QList>
+#include "lumo/client/Record.h"
 
-#include <functional>
-#include <limits>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -19,29 +18,18 @@ enum class Form
     AsCsv
 };
 
-/// Records of one kind, whatever the kind.
+/// Records of one kind.
 struct RecordList
 {
-    std::vector<std::string> names; ///< of the fields, of an empty list too
-    std::size_t size = 0;
-    std::function<Fields(std::size_t)> at;
+    std::vector<const char*> names; ///< of the fields, of an empty list too
+    std::vector<lumo::Record> records;
 
     /// What the records have in common, by the keys of RecordLists::commonNames.
     std::vector<std::string> common;
     std::string heading; ///< of a table; none when empty
 };
 
-std::vector<std::string> namesOf(const Fields& fields);
-
-template <class Record>
-RecordList listOf(const QList<Record>& records)
-{
-    RecordList list;
-    list.names = namesOf(fieldsOf(records.isEmpty() ? Record{} : records.front()));
-    list.size = static_cast<std::size_t>(records.size());
-    list.at = [records](std::size_t index) { return fieldsOf(records[static_cast<int>(index)]); };
-    return list;
-}
+RecordList listOf(lumo::Record::Kind kind, std::vector<lumo::Record> records);
 
 /// What a command shows.
 struct RecordLists
@@ -56,17 +44,21 @@ struct RecordLists
 void limit(RecordLists& lists, std::size_t records);
 
 /// Prints records as they were asked for: a table for each list, one JSON array, or one CSV document. A table
-/// has the leading columns, then those in which there is something to show, in their order, as long as they
-/// fit into `width`; where the leading ones alone do not, names are shortened when `clipNames`.
+/// has the leading columns, then as many of the columns that are not empty as fit into `width`, in their
+/// order. Where even the leading columns do not fit, names are shortened if `clipNames` is set.
 void printRecords(const RecordLists& lists, Form form, std::size_t width, bool clipNames);
 /// The same for the terminal in use.
 void printRecords(const RecordLists& lists, Form form);
 
-/// Prints all fields of the list's one record.
-void printRecord(const RecordList& list, Form form);
+/// Prints all fields of one record.
+void printRecord(const lumo::Record& record, Form form);
 
-/// A cell of CSV, quoted where RFC 4180 asks for it.
-std::string csvCell(const std::string& text);
+/// A value for people, not yet escaped: codes with their meaning, "-" for what is absent or empty.
+std::string shown(const lumo::Record::Value& value);
+/// Null for what is absent or too long for its record.
+Json jsonOf(const lumo::Record::Value& value);
+/// For CSV, not yet quoted; what is null in JSON is empty.
+std::string plain(const lumo::Record::Value& value);
 
 } // namespace cli
 

@@ -6,86 +6,98 @@ namespace cli {
 
 namespace {
 
+using Kind = lumo::Entry::Kind;
+
 Json identifierJson(unsigned int id)
 {
-    return id == kNone ? Json(nullptr) : Json(id);
+    return id == kNoIdentifier ? Json(nullptr) : Json(id);
 }
 
 } // namespace
 
-std::string shownName(const Text& name)
+std::string shownName(const lumo::Text& name)
 {
     return name.value_or("(name too long for its record)");
 }
 
-std::string shownText(const Text& text)
+std::string shownText(const lumo::Text& text)
 {
     if (!text)
         return "(too long for its record)";
     return text->empty() ? "-" : *text;
 }
 
-Json textJson(const Text& text)
+std::string identifierText(const char* kind, unsigned int id)
+{
+    return id == kNoIdentifier ? std::string("-") : std::string(kind) + ":" + std::to_string(id);
+}
+
+std::string identifierText(const lumo::Entry& entry)
+{
+    switch (entry.kind) {
+    case Kind::Disk:
+        return identifierText("disk", entry.disk.number());
+    case Kind::Folder:
+        return identifierText("folder", entry.folder.number());
+    default:
+        return identifierText("file", entry.file.number());
+    }
+}
+
+Json textJson(const lumo::Text& text)
 {
     return text ? Json(*text) : Json(nullptr);
 }
 
-Json listedJson(const Disk& disk)
+Json listedJson(const lumo::Entry& entry)
 {
-    return {{"diskID", identifierJson(disk.diskID)},
-            {"refID", identifierJson(disk.refID)},
-            {"kestaCode", textJson(disk.kestaCode)},
-            {"diskName", textJson(disk.diskName)},
-            {"rootPath", textJson(disk.rootPath)}};
+    switch (entry.kind) {
+    case Kind::Disk:
+        return {{"diskID", identifierJson(entry.disk.number())},
+                {"refID", identifierJson(entry.reference)},
+                {"kestaCode", textJson(entry.box)},
+                {"diskName", textJson(entry.name)},
+                {"rootPath", textJson(entry.root)}};
+    case Kind::Folder:
+        return {{"folderID", identifierJson(entry.folder.number())},
+                {"diskID", identifierJson(entry.disk.number())},
+                {"parentID", identifierJson(entry.parent.number())},
+                {"folderName", textJson(entry.name)}};
+    default:
+        return {{"fileID", identifierJson(entry.file.number())},
+                {"parentID", identifierJson(entry.parent.number())},
+                {"fileName", textJson(entry.name)}};
+    }
 }
 
-Json listedJson(const Folder& folder)
+Json listedJson(const std::vector<lumo::Entry>& entries)
 {
-    return {{"folderID", identifierJson(folder.folderID)},
-            {"diskID", identifierJson(folder.diskID)},
-            {"parentID", identifierJson(folder.parentID)},
-            {"folderName", textJson(folder.folderName)}};
+    Json list = Json::array();
+    for (const lumo::Entry& entry : entries)
+        list.push_back(listedJson(entry));
+    return list;
 }
 
-Json listedJson(const File& file)
+Json wholeJson(const lumo::Entry& entry)
 {
-    return {{"fileID", identifierJson(file.fileID)},
-            {"parentID", identifierJson(file.parentID)},
-            {"fileName", textJson(file.fileName)}};
-}
-
-Json wholeJson(const Disk& disk)
-{
-    return listedJson(disk);
-}
-
-Json wholeJson(const Folder& folder)
-{
-    Json json = listedJson(folder);
-    json["shortText"] = textJson(folder.shortText);
-    json["longText"] = textJson(folder.longText);
+    Json json = listedJson(entry);
+    if (entry.kind != Kind::Disk) {
+        json["shortText"] = textJson(entry.shortText);
+        json["longText"] = textJson(entry.longText);
+    }
     return json;
 }
 
-Json wholeJson(const File& file)
-{
-    Json json = listedJson(file);
-    json["shortText"] = textJson(file.shortText);
-    json["longText"] = textJson(file.longText);
-    return json;
-}
-
-void printListing(const std::vector<Folder>& folders, const std::vector<File>& files, bool json)
+void printListing(const std::vector<lumo::Entry>& folders, const std::vector<lumo::Entry>& files, bool json)
 {
     if (json) {
         print(jsonText({{"folders", listedJson(folders)}, {"files", listedJson(files)}}));
         return;
     }
     Table table({"IDENTIFIER", "NAME"});
-    for (const Folder& folder : folders)
-        table.add({identifierText("folder", folder.folderID), shownName(folder.folderName)});
-    for (const File& file : files)
-        table.add({identifierText("file", file.fileID), shownName(file.fileName)});
+    for (const auto* const entries : {&folders, &files})
+        for (const lumo::Entry& entry : *entries)
+            table.add({identifierText(entry), shownName(entry.name)});
     print(folders.empty() && files.empty() ? "(no folders or files)\n" : table.text(listWidth()));
 }
 

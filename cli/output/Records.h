@@ -1,41 +1,37 @@
 #ifndef LUMO_CLI_OUTPUT_RECORDS_H
 #define LUMO_CLI_OUTPUT_RECORDS_H
 
-#include "cli/Catalogue.h"
 #include "cli/output/Output.h"
+
+#include "lumo/client/Entry.h"
+
+#include <string>
+#include <vector>
 
 namespace cli {
 
-// How values of records are shown to people, and in JSON, where the keys are the names of the fields.
+// How entries of the storage catalogue are shown to people, and in JSON, where the keys are the names of the
+// fields of the library's records.
 
 /// A name for people, not yet escaped; a note for a name that was too long for its record.
-std::string shownName(const Text& name);
+std::string shownName(const lumo::Text& name);
 /// Any other text for people; "-" when there is none.
-std::string shownText(const Text& text);
+std::string shownText(const lumo::Text& text);
+
+/// An identifier with its kind, which can be typed as a place: "folder:12"; "-" for none.
+std::string identifierText(const char* kind, unsigned int id);
+std::string identifierText(const lumo::Entry& entry);
 
 /// The fields of a listing.
-Json listedJson(const Disk& disk);
-Json listedJson(const Folder& folder);
-Json listedJson(const File& file);
-
+Json listedJson(const lumo::Entry& entry);
+Json listedJson(const std::vector<lumo::Entry>& entries);
 /// All fields.
-Json wholeJson(const Disk& disk);
-Json wholeJson(const Folder& folder);
-Json wholeJson(const File& file);
+Json wholeJson(const lumo::Entry& entry);
 
-template <class Record>
-Json listedJson(const std::vector<Record>& records)
-{
-    Json list = Json::array();
-    for (const Record& record : records)
-        list.push_back(listedJson(record));
-    return list;
-}
-
-Json textJson(const Text& text);
+Json textJson(const lumo::Text& text);
 
 /// Prints folders and files as one list.
-void printListing(const std::vector<Folder>& folders, const std::vector<File>& files, bool json);
+void printListing(const std::vector<lumo::Entry>& folders, const std::vector<lumo::Entry>& files, bool json);
 
 /// Prints the identifier of what a command made or found.
 void printIdentifier(unsigned int id, bool json);

@@ -15,11 +15,11 @@ constexpr int kSignals[] = {SIGINT, SIGTERM};
 
 // Read by the handler, so written before it is installed.
 volatile std::sig_atomic_t clearsLine = 0;
-volatile std::sig_atomic_t tellsEvent = 0;
-// Signals may come at once on two threads.
+volatile std::sig_atomic_t printsEvent = 0;
+// Two threads may receive signals at the same time.
 std::atomic<int> noted{0};
 
-/// Leaves out what nobody reads: a full pipe would hold the process, a closed one end it otherwise.
+/// Writes only what is read at once: a full pipe would block the process, a closed one would end it.
 void writeAtOnce(int descriptor, const char* text)
 {
     pollfd ready = {descriptor, POLLOUT, 0};
@@ -31,13 +31,13 @@ void writeAtOnce(int descriptor, const char* text)
 {
     if (clearsLine != 0)
         writeAtOnce(STDERR_FILENO, "\r\x1b[K");
-    if (tellsEvent != 0)
+    if (printsEvent != 0)
         writeAtOnce(STDOUT_FILENO, "{\"event\":\"interrupted\"}\n");
     writeAtOnce(STDERR_FILENO, message);
     _exit(128 + signal);
 }
 
-/// The library can't cancel a transfer, and what has arrived is safe however the process ends.
+/// Ends the process: the library can't cancel a transfer, and what has arrived is safe in any case.
 void endTransfers(int signal)
 {
     endProcess(signal, "lumo: interrupted; what arrived is kept: run the same command again to go on\n");
@@ -56,7 +56,7 @@ void handleAll(void (*from)(int), void (*to)(int))
         sigaction(signal, nullptr, &action);
         if (action.sa_handler == from) {
             action.sa_handler = to;
-            action.sa_flags |= SA_RESTART; // a write to a full pipe goes on
+            action.sa_flags |= SA_RESTART; // a blocked write to a pipe continues
             sigaction(signal, &action, nullptr);
         }
     }
@@ -67,7 +67,7 @@ void handleAll(void (*from)(int), void (*to)(int))
 Interrupt::Interrupt(bool json)
 {
     clearsLine = isatty(STDERR_FILENO);
-    tellsEvent = json ? 1 : 0;
+    printsEvent = json ? 1 : 0;
     handleAll(SIG_DFL, endTransfers);
 }
 
@@ -79,7 +79,7 @@ Interrupt::~Interrupt()
 NotedInterrupt::NotedInterrupt()
 {
     clearsLine = isatty(STDERR_FILENO);
-    tellsEvent = 0; // a line of the output may be half written
+    printsEvent = 0; // a line of the output may be half written
     noted = 0;
     handleAll(SIG_DFL, note);
 }

@@ -3,13 +3,13 @@
 
 namespace cli {
 
-/// While it lives, SIGINT and SIGTERM end the process at once with 128 + their number, after saying that
-/// the transfers can be gone on with. A signal that the parent has the process ignore stays ignored. One
-/// at a time.
+/// While it lives, SIGINT and SIGTERM end the process at once with 128 + their number, after a message
+/// that the transfers can be continued. A signal that the parent process had set to be ignored stays ignored.
+/// Only one object at a time.
 class Interrupt
 {
 public:
-    /// `json`: an event on standard output tells it, too.
+    /// `json`: prints an event on standard output, too.
     explicit Interrupt(bool json);
     ~Interrupt();
     Interrupt(const Interrupt&) = delete;

@@ -10,14 +10,14 @@
 
 namespace cli {
 
-/// How fast an amount that only grows does so, over the last seconds.
+/// The speed at which an amount has grown over the last seconds.
 class Speed
 {
 public:
     using Clock = std::chrono::steady_clock;
 
     void sample(Clock::time_point when, double amount);
-    /// Per second; none until enough time has passed to tell.
+    /// Per second; none until enough time has passed to measure it.
     std::optional<double> perSecond() const;
 
 private:
@@ -33,7 +33,8 @@ std::string clockText(double seconds);
 /// "0.42 s", "4.2 s", "42 s", "12:34".
 std::string durationText(double seconds);
 
-/// Bytes that this process has written to files, sockets not among them; none where the system does not tell.
+/// Bytes that this process has written to files, sockets not among them; none where the system does not count
+/// them.
 std::optional<std::uint64_t> writtenBytes();
 
 } // namespace cli

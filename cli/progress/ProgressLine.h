@@ -9,7 +9,7 @@ namespace cli {
 /// Columns for a line at the bottom of the terminal that the errors go to.
 std::size_t progressColumns();
 
-/// What is on its way, a bar if there is room for one, how much is through (0 to 1), and figures.
+/// A line with a name, a bar if there is room for one, the fraction that is done (0 to 1), and figures.
 std::string progressLine(const std::string& head, double fraction, const std::string& figures,
                          std::size_t width);
 

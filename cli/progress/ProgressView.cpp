@@ -31,7 +31,7 @@ std::string resultText(const Transfer& transfer)
            durationText(secondsOf(transfer));
 }
 
-/// One line for each result: on standard output what arrived, on standard error what did not.
+/// Prints a line: on standard output for what arrived, on standard error for what did not.
 void printResult(const Transfer& transfer)
 {
     if (transfer.phase == Transfer::Phase::Failed) {
@@ -52,17 +52,17 @@ class EventView : public ProgressView
 public:
     void began(const Transfer& transfer) override
     {
-        tell({{"event", "begin"},
-              {"transfer", transfer.number},
-              {"direction", transfer.get ? "get" : "put"},
-              {"source", transfer.source},
-              {"target", transfer.target},
-              {"taskID", transfer.taskID}});
+        write({{"event", "begin"},
+               {"transfer", transfer.number},
+               {"direction", transfer.get ? "get" : "put"},
+               {"source", transfer.source},
+               {"target", transfer.target},
+               {"taskID", transfer.taskID}});
     }
 
     void advanced(const Transfer& transfer, const Totals&) override
     {
-        tell({{"event", "progress"}, {"transfer", transfer.number}, {"percent", transfer.percent}});
+        write({{"event", "progress"}, {"transfer", transfer.number}, {"percent", transfer.percent}});
     }
 
     void ended(const Transfer& transfer) override
@@ -83,7 +83,7 @@ public:
             event["bytes"] = transfer.bytes ? Json(*transfer.bytes) : Json(nullptr);
         }
         event["seconds"] = secondsOf(transfer);
-        tell(event);
+        write(event);
     }
 
     void refresh(const Totals&) override {}
@@ -93,14 +93,14 @@ public:
         std::size_t failed = 0;
         for (const Transfer& one : totals.transfers())
             failed += one.phase == Transfer::Phase::Failed ? 1 : 0;
-        tell({{"event", "finished"},
-              {"arrived", totals.transfers().size() - failed},
-              {"failed", failed},
-              {"seconds", totals.seconds()}});
+        write({{"event", "finished"},
+               {"arrived", totals.transfers().size() - failed},
+               {"failed", failed},
+               {"seconds", totals.seconds()}});
     }
 
 private:
-    static void tell(const Json& event)
+    static void write(const Json& event)
     {
         print(jsonLine(event));
         flushOutput();
@@ -112,14 +112,14 @@ class LineView : public ProgressView
 public:
     void began(const Transfer&) override {}
 
-    /// A line for every tenth that is passed, of transfers that take a while.
+    /// Prints a line for every tenth of a transfer that takes a while.
     void advanced(const Transfer& transfer, const Totals& totals) override
     {
-        m_Told.resize(totals.transfers().size());
-        int& told = m_Told[transfer.number - 1];
-        if (transfer.percent / 10 <= told || transfer.percent == 100 || !takesAWhile(transfer))
+        m_Shown.resize(totals.transfers().size());
+        int& tenth = m_Shown[transfer.number - 1];
+        if (transfer.percent / 10 <= tenth || transfer.percent == 100 || !takesAWhile(transfer))
             return;
-        told = transfer.percent / 10;
+        tenth = transfer.percent / 10;
         std::cerr << escaped(namesOf(transfer)) + ": " + std::to_string(transfer.percent) + " %\n";
     }
 
@@ -128,7 +128,7 @@ public:
     void finished(const Totals&) override {}
 
 private:
-    /// Judged by the time where the size isn't known.
+    /// Decides by the size or, where that is not known, by the time so far.
     static bool takesAWhile(const Transfer& transfer)
     {
         constexpr std::uint64_t kLarge = 8U << 20;
@@ -136,7 +136,7 @@ private:
                               : Transfer::Clock::now() - transfer.begin >= std::chrono::seconds(1);
     }
 
-    std::vector<int> m_Told;
+    std::vector<int> m_Shown;
 };
 
 class BarView : public ProgressView
@@ -181,7 +181,7 @@ private:
     bool m_Shown = false;
 };
 
-/// What is on its way.
+/// The transfer that runs.
 std::string BarView::headOf(const Totals& totals)
 {
     const auto& transfers = totals.transfers();

@@ -8,20 +8,20 @@
 
 namespace cli {
 
-/// How the transfers of one command go, all together.
+/// The progress of all transfers of one command together.
 class Totals
 {
 public:
     explicit Totals(const std::vector<Transfer>& transfers);
 
-    /// Measures anew.
+    /// Takes a measurement.
     void sample();
 
     const std::vector<Transfer>& transfers() const { return m_Transfers; }
     std::size_t ended() const;
-    /// How much is through, 0 to 1; none where the library doesn't tell it.
+    /// The part that is done, 0 to 1; none where the library does not report it.
     std::optional<double> fraction() const;
-    /// Of all sources, where known.
+    /// The size of all sources, where it is known.
     std::optional<double> bytes() const;
     std::optional<double> movedBytes() const;
     std::optional<double> bytesPerSecond() const;
@@ -40,15 +40,15 @@ private:
     std::optional<double> m_Received;
     Speed m_Through;
     Speed m_Receives;
-    double m_Skipped = 0; ///< through, but not by moving: what earlier attempts had moved
+    double m_Skipped = 0; ///< done without moving: what earlier attempts had moved
     std::vector<int> m_Percents;
 };
 
-/// Shows transfers as they go. Output may throw Failure, as print does.
+/// Shows transfers while they run. Output may throw Failure, as print does.
 class ProgressView
 {
 public:
-    /// The one for the user: events for a program, a bar on a terminal, or lines.
+    /// Makes events for a program, a bar on a terminal, or lines.
     static std::unique_ptr<ProgressView> make(bool json);
 
     virtual ~ProgressView() = default;

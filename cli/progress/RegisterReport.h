@@ -7,9 +7,9 @@
 
 namespace cli {
 
-/// Tells how the registration of a file goes: the new identifiers on standard output, a line each, what
-/// failed on standard error, and between them a bar on a terminal or a line for every tenth; or events for a
-/// program.
+/// Prints the progress of the registration of a file: the new identifiers on standard output, a line each;
+/// failures on standard error; a bar on a terminal or a line for every tenth. With `json` it prints events
+/// for a program.
 class RegisterReport
 {
 public:
@@ -20,9 +20,9 @@ public:
 
     void registered(std::size_t line, unsigned int id);
     void failed(std::size_t line, const std::string& reason);
-    /// Shows how far it has come.
+    /// Shows the progress.
     void refresh();
-    /// The end: of the whole file, or of what was sent before an interrupt.
+    /// Ends the report, of the whole file or of the part that was sent before an interrupt.
     void finish(bool interrupted);
 
     std::size_t registeredRecords() const { return m_Registered; }

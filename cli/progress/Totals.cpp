@@ -11,7 +11,7 @@ Totals::Totals(const std::vector<Transfer>& transfers) : m_Transfers(transfers),
 
 double Totals::weight(const Transfer& transfer) const
 {
-    // An empty file is a transfer, too.
+    // An empty file counts as a transfer, too.
     return transfer.bytes ? std::max(1.0, static_cast<double>(*transfer.bytes)) : 1.0;
 }
 
@@ -33,7 +33,7 @@ void Totals::sample()
 {
     for (std::size_t i = 0; i < m_Transfers.size(); ++i) {
         const Transfer& one = m_Transfers[i];
-        // A transfer that is gone on with begins where the last attempt stopped, without having moved that.
+        // A resumed transfer begins where the last attempt stopped, and has not moved the part before.
         const bool first = m_Percents[i] == 0 && one.percent > 0 && one.percent < 100;
         if (first || one.kept() || one.phase == Transfer::Phase::Failed) {
             const int now = one.ended() ? 100 : one.percent;
@@ -59,9 +59,9 @@ std::size_t Totals::ended() const
 
 std::optional<double> Totals::fraction() const
 {
-    const bool told = std::all_of(m_Transfers.begin(), m_Transfers.end(),
-                                  [](const Transfer& one) { return one.tellsProgress; });
-    return told ? std::optional(through() / total()) : std::nullopt;
+    const bool reported = std::all_of(m_Transfers.begin(), m_Transfers.end(),
+                                      [](const Transfer& one) { return one.reportsProgress; });
+    return reported ? std::optional(through() / total()) : std::nullopt;
 }
 
 std::optional<double> Totals::bytes() const

@@ -1,8 +1,7 @@
 #include "cli/progress/Transfer.h"
 
-#include "cli/Connection.h"
-#include "cli/ExitCode.h"
-#include "cli/commands/LocalFiles.h"
+#include "cli/base/ExitCode.h"
+#include "cli/base/LocalFiles.h"
 #include "cli/output/Output.h"
 #include "cli/progress/Interrupt.h"
 #include "cli/progress/ProgressView.h"
@@ -20,22 +19,13 @@ namespace {
 using Phase = Transfer::Phase;
 using Clock = Transfer::Clock;
 
+/// What the observer of a transfer reports, with what it found at the target.
 struct News
 {
-    enum class Kind
-    {
-        Began,
-        Advanced,
-        Ended
-    };
-    Kind kind = Kind::Advanced;
     std::size_t transfer = 0; ///< its index
+    lumo::Transfer::Progress progress;
     Clock::time_point when = Clock::now();
-    int percent = 0;
-    int code = 0;               ///< of Ended
-    std::string text;           ///< of Began the task's identifier, of Ended what the log told of a failure
-    std::string clientTransfer; ///< of Ended
-    std::string target;         ///< of Began, like the next
+    std::string target;
     bool wasFile = false;
     bool wasFolder = false;
 };
@@ -73,108 +63,52 @@ std::string nameOfTask(const std::string& taskID)
     return taskID.size() > kUuid ? taskID.substr(0, taskID.size() - kUuid) : std::string();
 }
 
-/// Hears one task. The copies of its callback are all that keep it alive, and the library drops the last
-/// one with the task: that is when the transfer has ended, whatever was told last.
+/// The observer of a transfer.
 class Listener
 {
 public:
-    Listener(NewsQueue& queue, Journal& journal, const Transfer& transfer)
-        : m_Queue(queue),
-          m_Journal(journal),
-          m_Index(transfer.number - 1),
-          m_Folder(transfer.folder),
-          m_Target(transfer.target)
+    Listener(NewsQueue& queue, const Transfer& transfer) : m_Queue(queue), m_Folder(transfer.folder)
     {
-    }
-    Listener(const Listener&) = delete;
-    Listener& operator=(const Listener&) = delete;
-
-    ~Listener()
-    {
-        if (m_Began) {
-            News news = about(News::Kind::Ended);
-            news.percent = m_Percent;
-            news.code = m_Code;
-            news.text = m_Reason;
-            news.clientTransfer = m_ClientTransfer;
-            m_Queue.push(std::move(news));
-        }
+        m_News.transfer = transfer.number - 1;
+        m_News.target = transfer.target;
     }
 
-    void tell(const char* taskID, int code, int percent)
+    void operator()(const lumo::Transfer::Progress& progress)
     {
-        const std::lock_guard<std::mutex> lock(m_Mutex);
-        if (!m_Began) {
-            m_Began = true;
-            m_Journal.forget();
-            News news = about(News::Kind::Began);
-            news.text = taskID;
-            const std::string name = m_Folder.empty() ? std::string() : nameOfTask(taskID);
-            // A name too long for its record is not the task's either.
-            news.target = name.empty() ? m_Target : below(m_Folder, name);
-            // Before the task touches it.
-            news.wasFile = isFileOrLink(news.target);
-            news.wasFolder = isFolder(news.target);
-            m_Queue.push(std::move(news));
-        }
-        if (code != 0 && m_Code == 0) {
-            m_Code = code;
-            // A task that fails tells it on the thread that has just logged why.
-            const Reason reason = m_Journal.lastReason();
-            m_Reason = reason.kind == Reason::Kind::None ? std::string() : describe(reason);
-            m_ClientTransfer = m_Journal.clientTransfer();
-        }
-        if (code == 0 && percent > m_Percent) {
-            m_Percent = percent;
-            m_ClientTransfer = m_Journal.clientTransfer();
-            News news = about(News::Kind::Advanced);
-            news.percent = percent;
-            m_Queue.push(std::move(news));
-        }
+        if (!m_Began)
+            begin(progress.task);
+        m_News.progress = progress;
+        m_News.when = Clock::now();
+        m_Queue.push(m_News);
     }
 
 private:
-    News about(News::Kind kind) const
+    /// Looks at the target of a get before the transfer touches it.
+    void begin(const std::string& task)
     {
-        News news;
-        news.kind = kind;
-        news.transfer = m_Index;
-        return news;
+        m_Began = true;
+        if (m_Folder.empty())
+            return;
+        const std::string name = nameOfTask(task);
+        // The task does not know a name that is too long for its record.
+        if (!name.empty())
+            m_News.target = below(m_Folder, name);
+        m_News.wasFile = isFileOrLink(m_News.target);
+        m_News.wasFolder = isFolder(m_News.target);
     }
 
     NewsQueue& m_Queue;
-    Journal& m_Journal;
-    const std::size_t m_Index;
     const std::string m_Folder;
-    const std::string m_Target;
-    std::mutex m_Mutex;
+    News m_News;
     bool m_Began = false;
-    int m_Percent = 0;
-    int m_Code = 0;
-    std::string m_Reason;
-    std::string m_ClientTransfer;
 };
 
 class Run
 {
 public:
-    Run(std::vector<Transfer>& transfers, Session& session)
-        : m_Transfers(transfers),
-          m_Journal(session.journal),
-          m_View(ProgressView::make(session.json)),
-          m_Totals(transfers)
+    Run(std::vector<Transfer>& transfers, bool json)
+        : m_Transfers(transfers), m_View(ProgressView::make(json)), m_Totals(transfers)
     {
-    }
-    Run(const Run&) = delete;
-    Run& operator=(const Run&) = delete;
-
-    /// Tasks that still run when one can't be started would tell a queue that is gone.
-    ~Run()
-    {
-        while (m_Running > 0) {
-            const auto news = m_Queue.next(std::chrono::hours(1));
-            m_Running -= news && news->kind == News::Kind::Ended ? 1 : 0;
-        }
     }
 
     void start(Transfer& transfer);
@@ -182,28 +116,29 @@ public:
     std::optional<Failure> toEnd();
 
 private:
-    template <class... Told>
-    void tell(void (ProgressView::*what)(const Told&...), const Told&... told);
+    template <class... Arguments>
+    void view(void (ProgressView::*call)(const Arguments&...), const Arguments&... arguments);
     void show(std::chrono::milliseconds patience);
     void take(const News& news);
-    void finish(Transfer& transfer, const News& news);
+    void begin(Transfer& transfer, const News& news);
+    void finish(Transfer& transfer, const lumo::Transfer::Outcome& outcome);
     void fail(Transfer& transfer, int code, const std::string& failure);
 
     std::vector<Transfer>& m_Transfers;
-    Journal& m_Journal;
     std::unique_ptr<ProgressView> m_View;
     Totals m_Totals;
     NewsQueue m_Queue;
     std::size_t m_Running = 0;
     Clock::time_point m_Refreshed;
     std::optional<Failure> m_OutputFailure;
+    std::vector<lumo::Transfer> m_Started; ///< last: while they live, the library pushes to the queue
 };
 
-template <class... Told>
-void Run::tell(void (ProgressView::*what)(const Told&...), const Told&... told)
+template <class... Arguments>
+void Run::view(void (ProgressView::*call)(const Arguments&...), const Arguments&... arguments)
 {
     try {
-        ((*m_View).*what)(told...);
+        ((*m_View).*call)(arguments...);
     } catch (const Failure& failure) {
         if (!m_OutputFailure) {
             const std::string reason = failure.what();
@@ -215,28 +150,27 @@ void Run::tell(void (ProgressView::*what)(const Told&...), const Told&... told)
 
 void Run::start(Transfer& transfer)
 {
-    m_Journal.forget();
-    bool started = false;
-    {
-        const auto listener = std::make_shared<Listener>(m_Queue, m_Journal, transfer);
-        started = transfer.start([listener](const char* taskID, int, int code, int percent) {
-            listener->tell(taskID, code, percent);
-        });
-    }
-    if (started) {
-        ++m_Running;
-        show(std::chrono::milliseconds(0));
+    try {
+        // One observer for all copies that the library makes of the function.
+        const auto listener = std::make_shared<Listener>(m_Queue, transfer);
+        m_Started.push_back(
+            transfer.start([listener](const lumo::Transfer::Progress& progress) { (*listener)(progress); }));
+    } catch (const lumo::Error& error) {
+        if (transfer.mustStart)
+            throw;
+        transfer.begin = Clock::now();
+        fail(transfer, 0, error.what());
         return;
     }
-    transfer.begin = Clock::now();
-    fail(transfer, 0, transfer.refusal());
+    ++m_Running;
+    show(std::chrono::milliseconds(0));
 }
 
 std::optional<Failure> Run::toEnd()
 {
     while (m_Running > 0)
         show(m_View->interval());
-    tell(&ProgressView::finished, m_Totals);
+    view(&ProgressView::finished, m_Totals);
     return m_OutputFailure;
 }
 
@@ -250,59 +184,54 @@ void Run::show(std::chrono::milliseconds patience)
     if (Clock::now() - m_Refreshed >= m_View->interval()) {
         m_Refreshed = Clock::now();
         m_Totals.sample();
-        tell(&ProgressView::refresh, m_Totals);
+        view(&ProgressView::refresh, m_Totals);
     }
 }
 
 void Run::take(const News& news)
 {
     Transfer& transfer = m_Transfers[news.transfer];
-    switch (news.kind) {
-    case News::Kind::Began:
-        transfer.phase = Phase::Running;
-        transfer.begin = news.when;
-        transfer.taskID = news.text;
-        if (!transfer.folder.empty()) {
-            transfer.wasFile = news.wasFile;
-            transfer.wasFolder = news.wasFolder;
-            transfer.target = news.target;
-        }
-        tell(&ProgressView::began, transfer);
-        break;
-    case News::Kind::Advanced:
-        transfer.percent = news.percent;
-        tell(&ProgressView::advanced, transfer, m_Totals);
-        break;
-    case News::Kind::Ended:
+    const lumo::Transfer::Progress& progress = news.progress;
+    if (transfer.phase == Phase::Waiting)
+        begin(transfer, news);
+    if (progress.percent > transfer.percent) {
+        transfer.percent = progress.percent;
+        view(&ProgressView::advanced, transfer, m_Totals);
+    }
+    if (progress.outcome) {
         --m_Running;
-        finish(transfer, news);
-        break;
+        transfer.end = news.when;
+        finish(transfer, *progress.outcome);
     }
 }
 
-void Run::finish(Transfer& transfer, const News& news)
+void Run::begin(Transfer& transfer, const News& news)
 {
-    transfer.end = news.when;
-    if (news.code != 0) {
-        const std::string reason =
-            transfer.tellsProgress
-                ? m_Journal.clientReason(news.clientTransfer)
-                : m_Journal.clientReason(news.code, news.text.substr(news.text.rfind('/') + 1));
-        fail(transfer, news.code, failureText(news.code, reason.empty() ? news.text : reason));
-        return;
-    }
-    if (news.percent < 100) {
-        fail(transfer, kTransferFailed, "the transfer ended without a word");
+    transfer.phase = Phase::Running;
+    transfer.begin = news.when;
+    transfer.taskID = news.progress.task;
+    transfer.target = news.target;
+    transfer.wasFile = news.wasFile;
+    transfer.wasFolder = news.wasFolder;
+    view(&ProgressView::began, transfer);
+}
+
+void Run::finish(Transfer& transfer, const lumo::Transfer::Outcome& outcome)
+{
+    if (!outcome.done()) {
+        fail(transfer, outcome.code,
+             outcome.text +
+                 (outcome.resumes ? "; what arrived is kept: run the same command again to go on" : ""));
         return;
     }
     transfer.phase = Phase::Done;
-    // What stands on a storage box it alone knows.
+    // Only the storage box knows what it has.
     if (!transfer.get && transfer.movesFile && !transfer.overwrite)
-        transfer.wasFile = m_Journal.clientKept(news.clientTransfer);
-    // How much has come into a folder that was there is not known.
+        transfer.wasFile = outcome.keptFiles.value_or(0) > 0;
+    // How much of a folder that existed before is new is not known.
     if (transfer.get && !transfer.wasFolder)
         transfer.bytes = bytesOf(transfer.target);
-    tell(&ProgressView::ended, transfer);
+    view(&ProgressView::ended, transfer);
 }
 
 void Run::fail(Transfer& transfer, int code, const std::string& failure)
@@ -311,19 +240,19 @@ void Run::fail(Transfer& transfer, int code, const std::string& failure)
     transfer.end = Clock::now();
     transfer.code = code;
     transfer.failure = failure;
-    tell(&ProgressView::ended, transfer);
+    view(&ProgressView::ended, transfer);
 }
 
 } // namespace
 
-void runTransfers(std::vector<Transfer> transfers, Session& session)
+void runTransfers(std::vector<Transfer> transfers, bool json)
 {
     for (std::size_t i = 0; i < transfers.size(); ++i)
         transfers[i].number = i + 1;
     std::optional<Failure> outputFailure;
     {
-        const Interrupt interrupt(session.json);
-        Run run(transfers, session);
+        const Interrupt interrupt(json);
+        Run run(transfers, json);
         for (Transfer& transfer : transfers)
             run.start(transfer);
         outputFailure = run.toEnd();
@@ -333,7 +262,7 @@ void runTransfers(std::vector<Transfer> transfers, Session& session)
     if (failed > 0) {
         if (outputFailure)
             complain(outputFailure->what());
-        // That of a single transfer has been said.
+        // The failure of a single transfer has been printed.
         throw Failure(ExitCode::TransferFailed, transfers.size() == 1 ? std::string()
                                                                       : std::to_string(failed) + " of " +
                                                                             std::to_string(transfers.size()) +

@@ -177,7 +177,7 @@ Record Images::projectOf(const Entry& entry) const
     const bool linked = file ? call->getDataByFile(id, source) : call->getDataByFolder(id, source);
     // The library returns the same for an error of the centre and an entry without a project.
     if (!linked && Call::refused())
-        notFound("'" + entry.name.value_or("") + "' is linked to no project");
+        notFound("'" + entry.name.value_or("") + "' is not linked to a project");
     call.require(linked);
     return internal::recordFrom(source);
 }

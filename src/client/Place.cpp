@@ -12,9 +12,10 @@ namespace {
 
 [[noreturn]] void refusePlace(const std::string& text)
 {
-    internal::refuse("'" + text +
-                     "' is not a place: write a path such as /disk/folder/file, or an identifier such as "
-                     "disk:1, folder:12 or file:33");
+    internal::refuse(
+        "'" + text +
+        "' is not a valid place: write a path such as /disk/folder/file, or an identifier such as "
+        "disk:1, folder:12 or file:33");
 }
 
 Place::Kind kindOf(const std::string& word, const std::string& text)
@@ -58,7 +59,7 @@ Place Place::parent() const
 {
     Place above = *this;
     above.m_Names.pop_back();
-    above.m_MustBeFolder = true;
+    above.m_MustBeFolder = false;
     return above;
 }
 

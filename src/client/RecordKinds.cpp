@@ -67,7 +67,8 @@ RecordKind kind(Record::Kind kind, const char* word, ENUM_DATA_TYPE number, cons
             oneBy<Source>(one),
             listBy<Source>(list),
             listBy<Source>(inProject),
-            listBy<Source>(marked)};
+            listBy<Source>(marked),
+            [] { return recordFrom(Source{}); }};
 }
 
 } // namespace
@@ -127,6 +128,18 @@ unsigned int Record::firstNumber() const
     const auto* const number =
         m_Fields.empty() ? nullptr : std::get_if<unsigned int>(&m_Fields.front().value);
     return number == nullptr ? kNoIdentifier : *number;
+}
+
+std::vector<const char*> Record::fieldNames(Kind kind)
+{
+    std::vector<const char*> names;
+    const auto empty = internal::kindOf(kind).empty;
+    if (empty == nullptr)
+        return names;
+    const Record record = empty();
+    for (const Field& field : record.fields())
+        names.push_back(field.name);
+    return names;
 }
 
 const char* Record::word(Kind kind)

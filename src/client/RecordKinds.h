@@ -27,6 +27,7 @@ struct RecordKind
     List below{};                 ///< of a type, a project or a control file
     List inProject{};             ///< all in a project
     MarkedList markedInProject{}; ///< by project and mark
+    Record (*empty)() = nullptr;  ///< one without values
 };
 
 /// Those of the image catalogue first, in their order.

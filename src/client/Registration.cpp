@@ -85,9 +85,8 @@ std::vector<RecordId> Images::addAll(Kind kind, const std::vector<Fields>& recor
     if (!call->addImage(known.number, texts, numbers))
         failed(call, known.word);
     if (numbers.size() != texts.size()) {
-        throw Error(Error::Kind::Refused, "the centre returned " + std::to_string(numbers.size()) +
-                                              " identifiers for " + std::to_string(texts.size()) +
-                                              " records");
+        throw Error(Error::Kind::Other, "the centre returned " + std::to_string(numbers.size()) +
+                                            " identifiers for " + std::to_string(texts.size()) + " records");
     }
     std::vector<RecordId> ids;
     std::transform(numbers.begin(), numbers.end(), std::back_inserter(ids),

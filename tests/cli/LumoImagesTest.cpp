@@ -1,7 +1,8 @@
-#include "cli/output/RecordOutput.h"
+#include "lumo/client/Record.h"
 #include "tests/cli/CentreProcess.h"
 
 #include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
 
 #include <sstream>
 
@@ -18,23 +19,24 @@ struct Kind
     std::size_t fields;
 };
 
-template <class Record>
-Kind kind(const char* word, const char* typeName, std::size_t fields)
+Kind kind(lumo::Record::Kind number, const char* typeName, std::size_t fields)
 {
-    return {word, typeName, cli::namesOf(cli::fieldsOf(Record{})), fields};
+    const auto names = lumo::Record::fieldNames(number);
+    return {lumo::Record::word(number), typeName, {names.begin(), names.end()}, fields};
 }
 
 const std::vector<Kind>& kinds()
 {
-    static const std::vector<Kind> kKinds = {kind<tagKFImageTable>("photo", "框幅式影像", 46),
-                                             kind<tagSatTable>("sat", "卫星影像", 43),
-                                             kind<tagAdsTable>("ads", "航空三线阵影像", 38),
-                                             kind<tagCtrlFileTable>("control", "控制点属性", 32),
-                                             kind<tagCtrlPointTable>("point", nullptr, 7),
-                                             kind<tagDemTable>("dem", "DEM", 58),
-                                             kind<tagDsmTable>("dsm", "DSM", 46),
-                                             kind<tagDomTable>("dom", "DOM", 58),
-                                             kind<tagDlgTable>("dlg", "Dlg", 59)};
+    using Number = lumo::Record::Kind;
+    static const std::vector<Kind> kKinds = {kind(Number::Photo, "框幅式影像", 46),
+                                             kind(Number::Satellite, "卫星影像", 43),
+                                             kind(Number::Ads, "航空三线阵影像", 38),
+                                             kind(Number::Control, "控制点属性", 32),
+                                             kind(Number::Point, nullptr, 7),
+                                             kind(Number::Dem, "DEM", 58),
+                                             kind(Number::Dsm, "DSM", 46),
+                                             kind(Number::Dom, "DOM", 58),
+                                             kind(Number::Dlg, "Dlg", 59)};
     return kKinds;
 }
 

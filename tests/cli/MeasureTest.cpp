@@ -39,7 +39,7 @@ TEST(Totals, WhatAnEarlierAttemptMovedIsNoSpeed)
     std::vector<cli::Transfer> transfers(2);
     for (cli::Transfer& transfer : transfers) {
         transfer.get = false;
-        transfer.tellsProgress = true;
+        transfer.reportsProgress = true;
         transfer.bytes = 1000;
     }
     cli::Totals totals(transfers);

@@ -1,6 +1,8 @@
-#include "cli/Options.h"
-#include "cli/ExitCode.h"
-#include "cli/Place.h"
+#include "cli/output/Records.h"
+
+#include "lumo/client/Error.h"
+#include "lumo/client/Place.h"
+#include "lumo/client/Session.h"
 
 #include <gtest/gtest.h>
 
@@ -8,18 +10,18 @@ namespace {
 
 TEST(Timeout, TakesAWholeNumberAndAUnit)
 {
-    EXPECT_EQ(cli::parseTimeout("500ms"), 500U);
-    EXPECT_EQ(cli::parseTimeout("500"), 500U);
-    EXPECT_EQ(cli::parseTimeout("10s"), 10000U);
-    EXPECT_EQ(cli::parseTimeout("2m"), 120000U);
-    EXPECT_EQ(cli::parseTimeout("0"), 0U);
+    EXPECT_EQ(lumo::Session::Settings::milliseconds("500ms"), 500U);
+    EXPECT_EQ(lumo::Session::Settings::milliseconds("500"), 500U);
+    EXPECT_EQ(lumo::Session::Settings::milliseconds("10s"), 10000U);
+    EXPECT_EQ(lumo::Session::Settings::milliseconds("2m"), 120000U);
+    EXPECT_EQ(lumo::Session::Settings::milliseconds("0"), 0U);
     for (const char* text : {"", "s", "10 s", "-1", "1.5s", "10h", "4294968s", "99999999999"})
-        EXPECT_THROW(cli::parseTimeout(text), cli::Failure) << text;
+        EXPECT_THROW(lumo::Session::Settings::milliseconds(text), lumo::Error) << text;
 }
 
 TEST(Place, IsShownAsItIsReadOrAsAbsent)
 {
-    EXPECT_EQ(cli::parsePlace(cli::identifierText("folder", 12)).id, 12U);
+    EXPECT_EQ(lumo::Place(cli::identifierText("folder", 12)).number(), 12U);
     EXPECT_EQ(cli::identifierText("folder", 0xFFFFFFFF), "-");
 }
 

@@ -1,6 +1,8 @@
-#include "cli/ExitCode.h"
-#include "cli/commands/AssignmentText.h"
+#include "cli/base/ExitCode.h"
 #include "cli/output/Csv.h"
+
+#include "lumo/client/Error.h"
+#include "lumo/client/Images.h"
 
 #include <gmock/gmock.h>
 
@@ -56,26 +58,30 @@ TEST(Csv, RefusesOtherFormsByTheirLine)
         expectRefusal([&text = text] { cli::parseCsv(text, "f"); }, message);
 }
 
-TEST(AssignmentText, CarriesWhatItsReaderTakesApartAgainAndRefusesTheRest)
+TEST(RecordFields, RefusesWhatTheFormOfARegistrationHasNoRoomFor)
 {
-    cli::AssignmentText text;
     const std::pair<const char*, const char*> kCarried[] = {
         {"text1", ""}, {"text_2", "it's"}, {"V3", "a=b="}, {"k", "'名'"}, {"l", "="}};
     for (const auto& [key, value] : kCarried)
-        text.add(key, value);
-    EXPECT_EQ(text.text(), "text1='',text_2='it's',V3='a=b=',k=''名'',l='='");
+        EXPECT_NO_THROW(lumo::Images::check(lumo::Images::Fields{{key, value}})) << key;
     const std::tuple<std::string, std::string, const char*> kRefused[] = {
-        {"", "1", "is not a field name"},
-        {"a b", "1", "is not a field name"},
-        {"a,b", "1", "is not a field name"},
-        {"名", "1", "is not a field name"},
+        {"", "1", "is not a field"},
+        {"a b", "1", "is not a field"},
+        {"a,b", "1", "is not a field"},
+        {"名", "1", "is not a field"},
         {"k", "1,2", "a comma"},
         {"k", "a='b", "a quote after an equals sign"},
         {"k", std::string("a\0b", 3), "a NUL"},
         {"k", "\xff", "not UTF-8"}};
-    for (const auto& [key, value, message] : kRefused)
-        expectRefusal([&text, &key = key, &value = value] { text.add(key, value); }, message);
-    EXPECT_THAT(text.text(), testing::EndsWith("l='='"));
+    for (const auto& [key, value, message] : kRefused) {
+        try {
+            lumo::Images::check(lumo::Images::Fields{{key, value}});
+            ADD_FAILURE() << message;
+        } catch (const lumo::Error& error) {
+            EXPECT_EQ(error.kind(), lumo::Error::Kind::WrongUse);
+            EXPECT_THAT(error.what(), HasSubstr(message));
+        }
+    }
 }
 
 } // namespace

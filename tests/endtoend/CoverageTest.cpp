@@ -12,7 +12,7 @@
 
 #include <QTemporaryDir>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <filesystem>
 #include <memory>
@@ -114,7 +114,9 @@ TEST(Coverage, EveryMethodOfTheInterfaceHasACommand)
                                               "pathConvertParam", "populateCheckData",
                                               // of Qt
                                               "metaObject", "qt_metacall", "qt_metacast"};
-    const std::set<std::string> used = membersIn("--undefined-only", LUMO_PROGRAM);
+    // lumo itself uses the client layer only.
+    const std::set<std::string> used = membersIn("--undefined-only", LUMO_CLIENT_LIBRARY);
+    EXPECT_THAT(membersIn("--undefined-only", LUMO_PROGRAM), testing::IsEmpty());
     const std::set<std::string> defined = membersIn("--defined-only", LUMO_LIBRARY);
     EXPECT_GT(defined.size(), 100u);
     for (const std::string& member : defined) {

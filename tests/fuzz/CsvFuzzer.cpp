@@ -1,6 +1,6 @@
 // CSV: rows that were read, written and read again are the same rows.
 
-#include "cli/ExitCode.h"
+#include "cli/base/ExitCode.h"
 #include "cli/output/Csv.h"
 #include "tests/fuzz/Require.h"
 

@@ -88,6 +88,9 @@ public:
     TypeId typeId() const { return TypeId(get<unsigned int>("typeID").value_or(kNoIdentifier)); }
     FileId mainFileId() const { return FileId(get<unsigned int>("mainFileID").value_or(kNoIdentifier)); }
 
+    /// The names of the fields that every record of a kind has, in their order; none for disk, folder and
+    /// file.
+    static std::vector<const char*> fieldNames(Kind kind);
     /// The word for a kind, such as "sat".
     static const char* word(Kind kind);
     /// The kind of a word; none for an unknown one.

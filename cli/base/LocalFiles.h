@@ -1,5 +1,5 @@
-#ifndef LUMO_CLI_COMMANDS_LOCALFILES_H
-#define LUMO_CLI_COMMANDS_LOCALFILES_H
+#ifndef LUMO_CLI_BASE_LOCALFILES_H
+#define LUMO_CLI_BASE_LOCALFILES_H
 
 #include <cstdint>
 #include <string>
@@ -10,7 +10,7 @@ namespace cli {
 struct LocalSource
 {
     std::string path; ///< without a trailing '/'
-    std::string name; ///< its own, also for "." and ".."
+    std::string name; ///< the real one, also of "." and ".."
     bool folder = false;
     std::uint64_t bytes = 0; ///< of all files in it
 };
@@ -22,11 +22,11 @@ LocalSource localSource(const std::string& path);
 void makeFolder(const std::string& path);
 
 bool isFolder(const std::string& path);
-/// Also a link to nowhere, but not one to a folder.
+/// True also for a link whose target does not exist, but not for a link to a folder.
 bool isFileOrLink(const std::string& path);
-/// The size of a file, or of all files in a folder but those that have arrived in part.
+/// The size of a file, or of all files in a folder except partial ones of unfinished transfers.
 std::uint64_t bytesOf(const std::string& path);
-/// `name` in `folder`, as short as it can be written.
+/// The path of `name` in `folder`, in its shortest form.
 std::string below(const std::string& folder, const std::string& name);
 
 } // namespace cli

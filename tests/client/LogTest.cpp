@@ -1,10 +1,10 @@
-#include "cli/Journal.h"
+#include "client/Log.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-using Kind = cli::Reason::Kind;
+using Kind = lumo::internal::Reason::Kind;
 
 std::string entry(const std::string& message)
 {
@@ -12,7 +12,7 @@ std::string entry(const std::string& message)
            " File:LumoDataMgr, Func:CLumoDataMgr::getDisk, Line:7\r\n";
 }
 
-TEST(Journal, ReasonIsReadFromTheLinesOfFailedCallsOnly)
+TEST(Log, ReasonIsReadFromTheLinesOfFailedCallsOnly)
 {
     const struct
     {
@@ -37,17 +37,11 @@ TEST(Journal, ReasonIsReadFromTheLinesOfFailedCallsOnly)
         {" [INFO] ", Kind::None, "", ""},
     };
     for (const auto& one : kCases) {
-        const cli::Reason reason = cli::reasonOf(one.entry);
+        const lumo::internal::Reason reason = lumo::internal::reasonOf(one.entry);
         EXPECT_EQ(reason.kind, one.kind) << one.entry;
         EXPECT_EQ(reason.operation, one.operation) << one.entry;
         EXPECT_EQ(reason.text, one.text) << one.entry;
     }
-}
-
-TEST(Journal, ClientsIdentifierIsReadFromItsLine)
-{
-    EXPECT_EQ(cli::clientTransferOf(entry("Upload RPC TaskID : a-1, Inner TaskID : x{2}")), "a-1");
-    EXPECT_EQ(cli::clientTransferOf(entry("Enter Function : upload")), "");
 }
 
 } // namespace

@@ -1,5 +1,7 @@
-#ifndef LUMO_CLI_OPTIONS_H
-#define LUMO_CLI_OPTIONS_H
+#ifndef LUMO_CLI_BASE_OPTIONS_H
+#define LUMO_CLI_BASE_OPTIONS_H
+
+#include "lumo/client/Session.h"
 
 #include <CLI/CLI.hpp>
 
@@ -10,16 +12,10 @@ namespace cli {
 /// How to reach the centre and how to show things: the same for every command.
 struct Options
 {
-    std::string centre;
-    std::string tokenFile;
-    std::string user;
-    std::string company;
+    lumo::Session::Settings settings; ///< timeout and codePage are set by finishOptions
     std::string timeout = "10s";
-    std::string tlsCa;
-    bool tls = false;
-    bool plainText = false;
-    std::string log;
     std::string codePage; ///< empty: the command's own
+    std::string log;      ///< a file, or empty
     bool json = false;
     std::string profile;
 };
@@ -32,9 +28,9 @@ void addOptions(CLI::App& app, Options& options);
 /// read or that holds what isn't an option.
 void applyProfile(CLI::App& app, Options& options);
 
-/// A time limit such as "10s", "500ms", "2m" or "0" (no limit) in milliseconds; without a unit it is in
-/// milliseconds. Throws Failure (WrongUse).
-unsigned int parseTimeout(const std::string& text);
+/// Completes the settings of the session, after the command has chosen its code page. Throws Failure
+/// (WrongUse) for an option that is missing or not valid.
+void finishOptions(Options& options);
 
 } // namespace cli
 

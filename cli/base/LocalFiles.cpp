@@ -1,7 +1,6 @@
-#include "cli/commands/LocalFiles.h"
+#include "cli/base/LocalFiles.h"
 
-#include "cli/ExitCode.h"
-#include "cli/output/DisplayText.h"
+#include "cli/base/ExitCode.h"
 
 #include "lumo/components/platform/Utf8.h"
 
@@ -23,7 +22,7 @@ void requireUtf8(const std::string& path)
         refuse("'" + path + "' is not UTF-8: names travel as UTF-8 only");
 }
 
-/// Whether it is what has arrived of a file, ".NAME.lumo-part".
+/// Whether a file is the partial file of an unfinished transfer, ".NAME.lumo-part".
 bool isPartial(const fs::path& file)
 {
     return file.extension() == ".lumo-part" && file.filename().native().front() == '.';

@@ -1,12 +1,9 @@
-#include "cli/Options.h"
+#include "cli/base/Options.h"
 
-#include "cli/ExitCode.h"
+#include "cli/base/ExitCode.h"
 
-#include <charconv>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <limits>
 
 namespace cli {
 
@@ -15,20 +12,12 @@ namespace {
 constexpr const char* kConnection = "Connection";
 constexpr const char* kOutput = "Output";
 
-std::string defaultProfile()
+void require(const std::string& value, const char* option, const char* variable, const char* example)
 {
-    const char* const configuration = std::getenv("XDG_CONFIG_HOME");
-    const char* const home = std::getenv("HOME");
-    std::filesystem::path folder;
-    if (configuration != nullptr && *configuration != '\0')
-        folder = configuration;
-    else if (home != nullptr && *home != '\0')
-        folder = std::filesystem::path(home) / ".config";
-    else
-        return {};
-    const std::filesystem::path path = folder / "lumo" / "profile.ini";
-    std::error_code ignored;
-    return std::filesystem::exists(path, ignored) ? path.string() : std::string();
+    if (value.empty()) {
+        refuse(std::string("--") + option + " is missing: give --" + option + " " + example + ", set " +
+               variable + ", or write '" + option + " = " + example + "' in ~/.config/lumo/profile.ini");
+    }
 }
 
 void applySetting(CLI::App& app, const std::string& path, const CLI::ConfigItem& item)
@@ -70,20 +59,22 @@ void addOptions(CLI::App& app, Options& options)
         // A blank in place of the name of the variable, which is in the footer.
         return app.add_flag(name, value, description)->envname(environment)->group(group)->option_text(" ");
     };
-    add("--centre", options.centre, "LUMO_CENTRE", kConnection, "The centre's address")
+    add("--centre", options.settings.centre, "LUMO_CENTRE", kConnection, "The centre's address")
         ->option_text("HOST:PORT");
-    add("--token-file", options.tokenFile, "LUMO_TOKEN_FILE", kConnection, "File that holds the user's token")
+    add("--token-file", options.settings.tokenFile, "LUMO_TOKEN_FILE", kConnection,
+        "File that holds the user's token")
         ->option_text("FILE");
-    add("--user", options.user, "LUMO_USER", kConnection, "User name")->option_text("NAME");
-    add("--company", options.company, "LUMO_COMPANY", kConnection, "Company number")->option_text("NUMBER");
+    add("--user", options.settings.user, "LUMO_USER", kConnection, "User name")->option_text("NAME");
+    add("--company", options.settings.company, "LUMO_COMPANY", kConnection, "Company number")
+        ->option_text("NUMBER");
     add("--timeout", options.timeout, "LUMO_TIMEOUT", kConnection,
         "Time limit of each call: 500ms, 10s, 2m; 0 for none (default 10s)")
         ->option_text("TIME");
-    add("--tls-ca", options.tlsCa, "LUMO_TLS_CA", kConnection, "Certificate authority to trust, PEM")
+    add("--tls-ca", options.settings.tlsCa, "LUMO_TLS_CA", kConnection, "Certificate authority to trust, PEM")
         ->option_text("FILE");
-    flag("--tls", options.tls, "LUMO_TLS", kConnection,
+    flag("--tls", options.settings.tls, "LUMO_TLS", kConnection,
          "TLS to this machine too (other hosts always get it)");
-    flag("--plain-text", options.plainText, "LUMO_PLAIN_TEXT", kConnection,
+    flag("--plain-text", options.settings.plainText, "LUMO_PLAIN_TEXT", kConnection,
          "Plain text to another host too; never with a token");
     add("--profile", options.profile, "LUMO_PROFILE", kConnection,
         "Settings file (default ~/.config/lumo/profile.ini)")
@@ -100,7 +91,8 @@ void addOptions(CLI::App& app, Options& options)
 
 void applyProfile(CLI::App& app, Options& options)
 {
-    const std::string path = options.profile.empty() ? defaultProfile() : options.profile;
+    const std::string path =
+        options.profile.empty() ? lumo::Session::Settings::defaultProfile() : options.profile;
     if (path.empty())
         return;
     std::ifstream file(path);
@@ -114,24 +106,17 @@ void applyProfile(CLI::App& app, Options& options)
         applySetting(app, path, item);
 }
 
-unsigned int parseTimeout(const std::string& text)
+void finishOptions(Options& options)
 {
-    static const struct
-    {
-        const char* unit;
-        unsigned int milliseconds;
-    } kUnits[] = {{"", 1}, {"ms", 1}, {"s", 1000}, {"m", 60000}};
-    unsigned int number = 0;
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
-    const std::string unit(stop, end);
-    for (const auto& known : kUnits)
-        if (error == std::errc() && unit == known.unit &&
-            number <= std::numeric_limits<unsigned int>::max() / known.milliseconds)
-            return number * known.milliseconds;
-    refuse("'" + text +
-           "' is not a time limit: write a whole number and its unit, as in 500ms, 10s or "
-           "2m; 0 for no limit");
+    lumo::Session::Settings& settings = options.settings;
+    require(settings.centre, "centre", "LUMO_CENTRE", "HOST:PORT");
+    require(settings.user, "user", "LUMO_USER", "NAME");
+    require(settings.company, "company", "LUMO_COMPANY", "NUMBER");
+    settings.timeout = lumo::Session::Settings::milliseconds(options.timeout);
+    if (!options.codePage.empty())
+        settings.codePage = options.codePage;
+    if (settings.plainText && (settings.tls || !settings.tlsCa.empty()))
+        refuse("--plain-text contradicts --tls and --tls-ca: give one or the other");
 }
 
 } // namespace cli
