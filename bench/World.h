@@ -73,7 +73,7 @@ public:
     }
 
     /// Fetches and parses all pages of a list; the number of records, -1 on a failure. `size` is the
-    /// response's member that tells the length of its list.
+    /// response's member with the length of its list.
     template <class Request, class Response>
     int barePages(grpc::Status (BareStub::*total)(grpc::ClientContext*, const Request&, Response*),
                   grpc::Status (BareStub::*page)(grpc::ClientContext*, const Request&, Response*),

@@ -20,7 +20,7 @@ int main(int argc, char** argv)
     wirecall::RpcChannel* channel = hubline::GetCurrentChannelExt().get(); // the client keeps it open
     CLumoDataMgr& manager = CLumoDataMgr::GetSingleTon();
     if (manager.initDataMgr(channel, channel, argv[2], argv[3], argv[4], 10000) != INIT_SUCCESS)
-        return 1; // the reason stands in the log, on standard error
+        return 1; // the log has the reason, on standard error
 
     // The signal comes on a thread of the library; to bring it over, Qt must know the type of what it
     // carries.

@@ -18,7 +18,7 @@ int main(int argc, char** argv)
     QList<tagDiskTable> disks;
     if (manager.initDataMgr(channel, channel, argv[2], argv[3], argv[4], 10000) != INIT_SUCCESS ||
         manager.getDisk(disks) != RET_SUCCESS)
-        return 1; // the reason stands in the log, on standard error
+        return 1; // the log has the reason, on standard error
     for (const tagDiskTable& disk : disks)
         std::cout << disk.diskID << ' ' << convertToUtf8(disk.diskName) << '\n';
 }
