@@ -47,11 +47,15 @@ struct Source
     std::string name; ///< of the local file or folder; empty when it is not known
 };
 
-/// Refuses a target that another source writes to, or that exists and is of the other kind.
-void checkTarget(const Source& source, const std::string& folder, std::set<std::string>& targets)
+/// Refuses a target that another source may write to, or that exists and is of the other kind.
+void checkTarget(const Source& source, bool single, const std::string& folder, std::set<std::string>& targets)
 {
-    if (source.name.empty())
+    if (source.name.empty() && single)
         return;
+    if (source.name.empty()) {
+        refuse("the name of '" + source.text +
+               "' is too long for its record: write its path, or get it alone");
+    }
     const std::string target = below(folder, source.name);
     if (!targets.insert(target).second)
         refuse("two of the places would become '" + target + "': get them one by one, into two folders");
@@ -97,8 +101,8 @@ public:
         for (std::size_t i = 0; i < m_Places.size(); ++i) {
             const lumo::Entry entry = catalogue.find(m_Places[i]);
             const std::vector<std::string>& names = m_Places[i].names();
-            sources.push_back({m_Typed[i], entry, names.empty() ? catalogue.nameOf(entry) : names.back()});
-            checkTarget(sources.back(), m_Folder, targets);
+            sources.push_back({m_Typed[i], entry, names.empty() ? entry.name.value_or("") : names.back()});
+            checkTarget(sources.back(), m_Places.size() == 1, m_Folder, targets);
         }
         makeFolder(m_Folder);
         std::vector<Transfer> transfers;

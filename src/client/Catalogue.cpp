@@ -128,20 +128,6 @@ Entry findBelow(const Call& call, const Entry& disk, const Place& place)
     return findIdentifier(call, parent);
 }
 
-/// Reaches what the manager has for derived classes only.
-struct FullPath : CLumoDataMgr
-{
-    /// Of a folder or a file on its storage box.
-    static QString of(CLumoDataMgr& manager, const Entry& entry)
-    {
-        QString box;
-        const auto path =
-            entry.kind == Entry::Kind::File ? &FullPath::getFileFullPath : &FullPath::getFolderFullPath;
-        return (manager.*
-                path)((entry.kind == Entry::Kind::File ? entry.file.number() : entry.folder.number()), box);
-    }
-};
-
 Text pathOfFolder(const Call& call, FolderId id)
 {
     std::string path;
@@ -236,13 +222,6 @@ Entry Catalogue::diskOf(const Entry& entry) const
         return entry;
     const DiskId id = entry.kind == Entry::Kind::Folder ? entry.disk : find(entry.parent).disk;
     return find(id);
-}
-
-std::string Catalogue::nameOf(const Entry& entry) const
-{
-    if (entry.name || entry.kind == Entry::Kind::Disk)
-        return entry.name.value_or("");
-    return FullPath::of(Call(*m_Link).manager(), entry).section('/', -1).toStdString();
 }
 
 Text Catalogue::pathOf(const Entry& entry) const

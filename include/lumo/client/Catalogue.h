@@ -49,8 +49,6 @@ public:
     FolderId folderOf(const Entry& entry) const;
     /// The disk on which it is; throws Error (NotFound).
     Entry diskOf(const Entry& entry) const;
-    /// Its name, also one that is too long for its record; empty when even the centre's path has none.
-    std::string nameOf(const Entry& entry) const;
     /// Its path, such as "/disk/folder"; absent when a name on it is not known.
     Text pathOf(const Entry& entry) const;
 

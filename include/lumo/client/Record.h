@@ -70,7 +70,8 @@ public:
 
     Kind kind() const { return m_Kind; }
     /// All fields, in the order that every record of the kind has.
-    const std::vector<Field>& fields() const { return m_Fields; }
+    const std::vector<Field>& fields() const& { return m_Fields; }
+    const std::vector<Field>& fields() const&& = delete; ///< they go with the record
     /// The value of a field; null when the kind has no such field.
     const Value* find(const std::string& name) const;
     /// The text, identifier or number of a field as it is; none when it is absent or of another type.
