@@ -12,6 +12,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 /// The frame of every call of the data operations service whose answer comes by signal. The method writes
 /// the Enter line and starts the call; its completion, on a thread of the RPC runtime, logs the outcome,
@@ -21,20 +22,24 @@ namespace asynccall {
 /// Returns UTF-8 text of an answer as it is logged.
 std::string logText(const std::string& text);
 
-/// The manager as the object that a closure calls. All copies are one outstanding call.
-class Receiver
+/// The closure of a call, which is outstanding until its closure is gone.
+template <class Remembered, class Response>
+class CallClosure final
+    : public wirecall::MethodClosure_Bind3<true, CLumoDataMgr*, CLumoDataMgr, wirecall::RpcController*,
+                                           Remembered, Response*>
 {
 public:
-    explicit Receiver(CLumoDataMgr* manager)
-        : m_Manager(manager), m_Call(std::make_shared<const OutstandingCall>())
+    using Base = wirecall::MethodClosure_Bind3<true, CLumoDataMgr*, CLumoDataMgr, wirecall::RpcController*,
+                                               Remembered, Response*>;
+
+    CallClosure(std::shared_ptr<const OutstandingCall> call, typename Base::Method finished,
+                wirecall::RpcController* controller, Remembered remembered, Response* response)
+        : Base(CLumoDataMgr::GetSinglePton(), finished, controller, remembered, response),
+          m_Call(std::move(call))
     {
     }
 
-    operator CLumoDataMgr*() const { return m_Manager; }
-    bool isOnlyCopy() const { return m_Call.use_count() == 1; }
-
 private:
-    CLumoDataMgr* m_Manager;
     std::shared_ptr<const OutstandingCall> m_Call;
 };
 
@@ -46,14 +51,12 @@ void start(wirecall::RpcChannel* channel, const Rpc<forgeserver::ForgeServices_S
            void (CLumoDataMgr::*finished)(wirecall::RpcController*, Remembered, Response*),
            Remembered remembered)
 {
-    using Closure = wirecall::MethodClosure_Bind3<true, Receiver, CLumoDataMgr, wirecall::RpcController*,
-                                                  Remembered, Response*>;
     forgeserver::ForgeServices_Stub stub(channel);
     auto response = std::make_unique<Response>();
     auto controller = std::make_unique<wirecall::RpcController>();
-    const Receiver receiver(CLumoDataMgr::GetSinglePton());
-    auto closure =
-        std::make_unique<Closure>(receiver, finished, controller.get(), remembered, response.get());
+    const auto call = std::make_shared<const OutstandingCall>();
+    auto closure = std::make_unique<CallClosure<Remembered, Response>>(call, finished, controller.get(),
+                                                                       remembered, response.get());
     const auto giveAway = [&] {
         static_cast<void>(controller.release());
         static_cast<void>(response.release());
@@ -62,7 +65,7 @@ void start(wirecall::RpcChannel* channel, const Rpc<forgeserver::ForgeServices_S
     try {
         (stub.*rpc.call)(controller.get(), &request, response.get(), closure.get());
     } catch (...) {
-        if (receiver.isOnlyCopy()) // the closure ran before the channel threw, and freed all three
+        if (call.use_count() == 1) // the closure ran before the channel threw, and freed all three
             giveAway();
         throw;
     }

@@ -1,4 +1,5 @@
 #include "forgeserver.pb.h"
+#include "lumo/components/wirecall/Closures.h"
 #include "lumo/components/wirecall/RpcServer.h"
 #include "tests/support/Awaited.h"
 #include "tests/support/LogCapture.h"
@@ -24,6 +25,10 @@ public:
                     google::protobuf::Message* response, google::protobuf::Closure* done) override
     {
         ASSERT_NE(done, nullptr);
+        using OfOneImage =
+            wirecall::MethodClosure_Bind3<true, CLumoDataMgr*, CLumoDataMgr, wirecall::RpcController*,
+                                          const CLumoFilterFile&, AnalyzeImageRsp*>;
+        EXPECT_EQ(dynamic_cast<OfOneImage*>(done) != nullptr, method->name() == "AnalyzeImage");
         auto& call = *static_cast<wirecall::RpcController*>(controller);
         EXPECT_EQ(call.timeout(), 0) << "no limit";
         asked = FakeChannel::textOf(*method, *request);

@@ -21,7 +21,7 @@ public:
 /// function throws, so it must live on the heap.
 template <bool SelfDeleting, class ObjectPointer, class Object, class Argument1, class Argument2,
           class Argument3>
-class MethodClosure_Bind3 final : public ClosureBase
+class MethodClosure_Bind3 : public ClosureBase
 {
 public:
     typedef void (Object::*Method)(Argument1, Argument2, Argument3);
