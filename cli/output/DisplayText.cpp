@@ -91,7 +91,6 @@ private:
     locale_t m_Previous;
 };
 
-constexpr std::size_t kGap = 2;       ///< between two columns
 constexpr std::size_t kNarrowest = 8; ///< a column that is shortened
 
 /// Shortens the widest columns until the line fits.

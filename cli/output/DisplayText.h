@@ -19,6 +19,8 @@ std::size_t displayWidth(const std::string& text);
 /// The text, shortened to so many columns by "…" in place of its middle.
 std::string clipped(const std::string& text, std::size_t columns);
 
+constexpr std::size_t kGap = 2; ///< columns between two cells of a table
+
 /// Rows of text as aligned columns. Cells are escaped; the last column is not padded.
 class Table
 {

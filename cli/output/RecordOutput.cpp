@@ -16,7 +16,6 @@ namespace cli {
 namespace {
 
 constexpr std::size_t kWidestText = 24; ///< of a table's cell, but for names
-constexpr std::size_t kGap = 2;         ///< between two columns
 
 using lumo::Record;
 using Role = Record::Field::Role;
