@@ -104,10 +104,11 @@ int move(const char* direction, Mover mover, const boost::shared_ptr<wirecall::R
                                     client().chunksInFlight,
                                     client().filesInFlight,
                                     keepExisting ? Existing::Keep : Existing::Replace,
-                                    SourcesAreFiles::known()};
+                                    mover == &download && SourcesAreFiles::known()};
             mover(transfer, withoutEndingSlashes(boxPath), withoutEndingSlashes(localPath));
-            client().lines.write(kInformation,
-                                 what + " is done, " + std::to_string(tally.filesKept) + " kept");
+            if (!transfer.sourceIsFile) // a walk would fill the log with its files
+                client().lines.write(kInformation,
+                                     what + " is done, " + std::to_string(tally.filesKept) + " kept");
         });
         end.filesKept = tally.filesKept;
         end.bytesMoved = tally.bytesMoved;

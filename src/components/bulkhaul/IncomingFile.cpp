@@ -338,8 +338,8 @@ std::size_t IncomingSmallFiles::finish()
             digestAt(handle.get(), 0, file.size, name) == file.digest) {
             flush(handle, name);
             kept += giveName(folder, name, m_Existing) ? 0 : 1;
-        } else if (existingDigest(file.below, file.size) !=
-                   file.digest) { // the name was not given by another transfer, either
+        } else if (existingDigest(file.below, file.size) != file.digest) {
+            // Another transfer has not given the name to the same data, either.
             throw FileFailure(haulbox::BUSY, file.below + ": another transfer has written it");
         }
     }

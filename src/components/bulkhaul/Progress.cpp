@@ -30,7 +30,7 @@ Progress::Progress(ProgressFunction function, std::string transferID)
 
 Progress::~Progress()
 {
-    if (!m_Thread.joinable())
+    if (m_End != nullptr)
         return;
     TransferEnd unknown;
     unknown.code = kFailedHere;
@@ -53,14 +53,15 @@ void Progress::add(std::uint64_t bytes)
 
 void Progress::end(const TransferEnd& end)
 {
-    if (!m_Function)
-        return callEndFunction(end);
     {
         const std::lock_guard<std::mutex> lock(m_Mutex);
         m_End = &end;
         m_Wake.notify_one();
     }
-    m_Thread.join();
+    if (m_Function)
+        m_Thread.join();
+    else
+        callEndFunction(end);
 }
 
 /// Below 100, which is reported at the end only.

@@ -183,8 +183,8 @@ Channel NewChannel(const std::string& address, const std::string& token, int& co
         return {};
     }
     const std::lock_guard<std::mutex> lock(hub.mutex);
-    if (starts !=
-        hub.starts) { // restarted or stopped during the hello: the channel belongs to the former client
+    if (starts != hub.starts) {
+        // Restarted or stopped during the hello: the channel belongs to the former client.
         code = kNotStarted;
         return {};
     }

@@ -45,8 +45,8 @@ struct RpcServer::Impl
 {
     std::vector<google::protobuf::Service*> services;
     std::unique_ptr<ServerCalls> calls;
-    std::optional<grpc::AsyncGenericService>
-        generic; ///< belongs to one server, so each start makes a new one
+    /// Belongs to one server, so each start makes a new one.
+    std::optional<grpc::AsyncGenericService> generic;
     std::unique_ptr<grpc::ServerCompletionQueue> queue;
     std::unique_ptr<grpc::Server> server;
     std::vector<std::thread> threads;

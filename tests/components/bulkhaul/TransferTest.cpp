@@ -320,12 +320,19 @@ TEST_F(TransferTest, SourcesAndTargetsThatCanNotBeUsedHaveCodesOfTheirOwn)
               kRefused);
     EXPECT_FALSE(fs::exists(here() / "x"));
     EXPECT_FALSE(fs::exists(box() / "x"));
+    std::vector<std::string> lines;
+    StartBulkhaul(5, 5, [&](int, const std::string& line) { lines.push_back(line); });
+    EXPECT_EQ(downloadKeeping(root + "file"), kDone);
+    const std::string kept = "download " + end.transferID + " of " + root + "file is done, 1 kept";
     testBox.stop();
     EXPECT_EQ(download(root + "file", here() / "x"), kNoConnection);
     EXPECT_EQ(downloadKeeping(root + "file"), kNoConnection);
     const SourcesAreFiles option; // so that the box need not say that it is one
     EXPECT_EQ(downloadKeeping(root + "file"), kDone);
     EXPECT_EQ(end.filesKept, 1u);
+    EndBulkhaul();
+    ASSERT_EQ(lines.size(), 5u); // of the start, the three transfers without the option, the end
+    EXPECT_EQ(lines[1], kept);
 }
 
 TEST_F(TransferTest, TransfersToOneTargetNeverMix)

@@ -131,6 +131,7 @@ TEST(CodePage, EncodesEveryUnitAsIcuDoesWithTheSimilarCharacterOrAQuestionMarkFo
         const bool same = toUtf16(kGbkCodePage, expected) == std::u16string{unit};
         exact += same;
         similar += !same && expected != "?";
+        ASSERT_FALSE(!same && (expected == "/" || expected == "\\" || expected == ".")) << value;
     }
     EXPECT_EQ(exact, 24070);
     EXPECT_EQ(similar, 412);

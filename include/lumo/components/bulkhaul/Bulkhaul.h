@@ -98,7 +98,7 @@ LUMO_EXPORT int Upload(const boost::shared_ptr<wirecall::RpcChannel>& channel, c
 /// States, while an object of it lives, that each download which this thread starts is of a file, not of a
 /// folder. A file or link that `keepExisting` keeps is then done without a request to the box, which
 /// otherwise has to answer first whether the source is a folder. That saves most of the time of many calls, a
-/// file each, for a tree that mostly exists.
+/// file each, for a tree that mostly exists. Such a download has a status line only if it fails.
 ///
 /// All of it is in this header, so that a program that defines the functions above itself can be linked.
 class LUMO_EXPORT SourcesAreFiles
