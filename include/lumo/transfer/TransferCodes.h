@@ -8,8 +8,8 @@ namespace transfercodes {
 constexpr int kDownloading = 0;
 constexpr int kUploading = 1;
 
-/// A local folder was not made, or a local folder was not copied. Also for a folder whose name is not a single
-/// path component, that is a link out of the target folder, or whose copy would never end.
+/// A local folder was not made, or a local folder was not copied. Also for a folder whose name is not a
+/// single path component, that is a link out of the target folder, or whose copy would never end.
 constexpr int kFolderNotMade = 6;
 /// A local file was not copied. Also for a file whose name is not a single path component.
 constexpr int kFileNotCopied = 8;
