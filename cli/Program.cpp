@@ -56,6 +56,17 @@ Exit codes: 0 success, 1 any other failure, 2 wrong use, 3 centre not reached,
 arrive, was not registered, did not pass or was not copied, 130 or 143 interrupted
 while files moved or records were registered)";
 
+/// What is wrong with the value of a flag, in words; from "Could not convert: --json = maybe".
+std::string flagText(const std::string& error)
+{
+    const std::size_t colon = error.find(": ");
+    const std::size_t sign = error.find(" = ");
+    if (colon == std::string::npos || sign == std::string::npos || sign < colon)
+        return error;
+    return error.substr(colon + 2, sign - colon - 2) + ": '" + error.substr(sign + 3) +
+           "' is neither true nor false";
+}
+
 std::string commandList(const CLI::App& app)
 {
     std::string list;
@@ -94,8 +105,13 @@ Failure Program::wrongUse(const CLI::ParseError& error) const
     const bool group = !command->get_subcommands([](const CLI::App*) { return true; }).empty();
     const auto extras = m_App.remaining(true);
     std::string message = error.what();
+    if (const auto* const flag = dynamic_cast<const CLI::ConversionError*>(&error))
+        message = flagText(flag->what());
     if (!extras.empty() && extras.front().rfind('-', 0) == 0) {
-        message = "there is no option '" + extras.front() + "'";
+        const std::string& name = extras.front();
+        const bool late = command->get_option_no_throw(name) != nullptr;
+        message = late ? name + " belongs after the command: " + typed + " " + name
+                       : "there is no option '" + name + "'";
     } else if (!extras.empty() && !group) {
         message = "'" + extras.front() + "' is one argument too many";
     } else if (group && (!extras.empty() || dynamic_cast<const CLI::RequiredError*>(&error) != nullptr)) {

@@ -201,9 +201,8 @@ public:
             m_FileRecords = readRecords(m_File);
         for (const std::string& assignment : m_Assignments) {
             const std::size_t sign = assignment.find('=');
-            if (sign == std::string::npos) {
+            if (sign == std::string::npos)
                 refuse("'" + assignment + "' is not an assignment: write KEY=VALUE, as in imageName=scene-1");
-            }
             m_Fields.emplace_back(assignment.substr(0, sign), assignment.substr(sign + 1));
         }
         Images::check(m_Fields);
@@ -223,10 +222,12 @@ private:
     {
         RegisterReport report(m_File, m_FileRecords.size(), json);
         FileRegistration(images, m_Kind, report).run(m_FileRecords);
-        if (report.failedRecords() > 0) {
-            throw Failure(ExitCode::TransferFailed, std::to_string(report.failedRecords()) + " of " +
-                                                        std::to_string(m_FileRecords.size()) +
-                                                        " records were not registered");
+        const std::size_t all = m_FileRecords.size();
+        const std::size_t failed = report.failedRecords();
+        if (failed > 0) {
+            throw Failure(ExitCode::TransferFailed, std::to_string(failed) + " of " + std::to_string(all) +
+                                                        (all == 1 ? " record" : " records") +
+                                                        (failed == 1 ? " was" : " were") + " not registered");
         }
     }
 

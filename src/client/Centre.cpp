@@ -100,8 +100,8 @@ Centre::Version Centre::version(const Product& product, const std::string& numbe
     if (!known && Call::reason().kind == Reason::Kind::CallFailed)
         call.fail();
     if (!known) {
-        notFound("the centre knows no " + std::string(number.empty() ? "version of " : "") +
-                 (program ? "program " : "module ") + product.number + (number.empty() ? "" : " " + number));
+        notFound("the centre knows no version " + (number.empty() ? "" : number + " ") +
+                 (program ? "of program " : "of module ") + product.number);
     }
     return {convertToUtf8(info.text1), convertToUtf8(info.text2), convertToUtf8(info.text3),
             convertToUtf8(info.text4), convertToUtf8(info.text5)};

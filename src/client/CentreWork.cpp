@@ -20,7 +20,8 @@ constexpr const char* kNoAnswer = "no answer came within the time limit; the cen
 template <class Start>
 LaterAnswer await(const char* method, unsigned int timeout, Start start)
 {
-    if (!Log::instance().expect(method))
+    const std::shared_ptr<LaterAnswer> answer = Log::instance().expect(method);
+    if (!answer)
         throw Error(Error::Kind::Busy, "an earlier analysis or copy has no answer yet");
     try {
         start();
@@ -28,7 +29,7 @@ LaterAnswer await(const char* method, unsigned int timeout, Start start)
         Log::instance().expectNothing();
         throw;
     }
-    return Log::instance().await(timeout);
+    return Log::instance().await(answer, timeout);
 }
 
 /// What the library's lines about a call as a whole mean.

@@ -161,22 +161,22 @@ void Log::listen(const std::string& entry)
     const std::string message = messageOf(entry);
     const std::string error = m_Expected + " Error : ";
     if (message == "Leave Function : " + m_Expected) {
-        m_Answer.ended = true;
+        m_Answer->ended = true;
         m_Expected.clear();
         m_Answered.notify_all();
     } else if (message.compare(0, error.size(), error) == 0) {
-        m_Answer.errors.push_back(message.substr(error.size()));
+        m_Answer->errors.push_back(message.substr(error.size()));
     }
 }
 
-bool Log::expect(const std::string& method)
+std::shared_ptr<LaterAnswer> Log::expect(const std::string& method)
 {
     const std::lock_guard<std::mutex> lock(m_Mutex);
     if (!m_Expected.empty())
-        return false;
+        return {};
+    m_Answer = std::make_shared<LaterAnswer>();
     m_Expected = method;
-    m_Answer = {};
-    return true;
+    return m_Answer;
 }
 
 void Log::expectNothing()
@@ -185,15 +185,15 @@ void Log::expectNothing()
     m_Expected.clear();
 }
 
-LaterAnswer Log::await(unsigned int timeout)
+LaterAnswer Log::await(const std::shared_ptr<LaterAnswer>& answer, unsigned int timeout)
 {
     std::unique_lock<std::mutex> lock(m_Mutex);
-    const auto ended = [this] { return m_Answer.ended; };
+    const auto ended = [&answer] { return answer->ended; };
     if (timeout == 0)
         m_Answered.wait(lock, ended);
     else
         m_Answered.wait_for(lock, std::chrono::milliseconds(timeout), ended);
-    return m_Answer;
+    return *answer;
 }
 
 } // namespace lumo::internal

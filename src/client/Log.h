@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -63,13 +64,13 @@ public:
     Reason lastReason() const;
     void forget();
 
-    /// From now on listens for the end of one call whose lines in the log have this method's name. False when
-    /// an earlier such call has not ended.
-    bool expect(const std::string& method);
+    /// From now on listens for the end of one call whose lines in the log have this method's name. Returns
+    /// where its answer will be; null when an earlier such call has not ended.
+    std::shared_ptr<LaterAnswer> expect(const std::string& method);
     /// The call was not made.
     void expectNothing();
     /// Waits for that end up to so many milliseconds; 0 for no limit.
-    LaterAnswer await(unsigned int timeout);
+    LaterAnswer await(const std::shared_ptr<LaterAnswer>& answer, unsigned int timeout);
 
 private:
     Log() = default;
@@ -82,8 +83,8 @@ private:
     mutable std::mutex m_Mutex;
     Sink m_Sink;
     std::map<std::thread::id, Reason> m_Last;
-    std::string m_Expected; ///< of the call that is to end
-    LaterAnswer m_Answer;
+    std::string m_Expected;                ///< of the call that is to end
+    std::shared_ptr<LaterAnswer> m_Answer; ///< its own: who waits for an earlier one may not have woken yet
     std::condition_variable m_Answered;
 };
 

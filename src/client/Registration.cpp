@@ -5,6 +5,7 @@
 #include "lumo/core/LumoDataMgr.h"
 
 #include <algorithm>
+#include <set>
 
 namespace lumo {
 
@@ -47,7 +48,10 @@ QString assignmentsOf(const Call& call, const internal::RecordKind& kind, const 
 
 void Images::check(const Fields& fields)
 {
+    std::set<std::string> known;
     for (const auto& [key, value] : fields) {
+        if (!known.insert(key).second)
+            refuse("the field " + key + " has two values");
         if (key.empty() || !std::all_of(key.begin(), key.end(), isKeyCharacter))
             refuse("'" + key + "' is not a field: fields are named as in imageName and value1");
         if (!platform::isUtf8(value))

@@ -183,13 +183,16 @@ std::string tokenOf(const Session::Settings& settings)
     std::ifstream file(path);
     std::string token;
     std::string rest;
+    std::error_code ignored;
+    if (!file || std::filesystem::is_directory(path, ignored))
+        refuse("can't read the token file '" + path + "'");
     std::getline(file, token);
-    if (file.bad() || !file.is_open() || token.empty())
-        refuse("can't read a token from '" + path + "': its one line is the token");
-    if (token.back() == '\r')
+    if (!token.empty() && token.back() == '\r')
         token.pop_back();
     const auto visible = [](unsigned char byte) { return byte > 0x20 && byte < 0x7F; };
-    if (!std::all_of(token.begin(), token.end(), visible) || (std::getline(file, rest) && !rest.empty()))
+    while (std::getline(file, rest) && (rest.empty() || rest == "\r"))
+        rest.clear();
+    if (token.empty() || !std::all_of(token.begin(), token.end(), visible) || !rest.empty())
         refuse("'" + path + "' has no token: a token is one line of ASCII without blanks");
     return token;
 }

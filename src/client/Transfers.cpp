@@ -100,7 +100,9 @@ Transfer::Transfer(Transfer&& other) noexcept = default;
 
 Transfer& Transfer::operator=(Transfer&& other) noexcept
 {
-    std::swap(m_State, other.m_State);
+    // Ends with what this object had, so that its observer is called no more.
+    Transfer moved(std::move(other));
+    std::swap(m_State, moved.m_State);
     return *this;
 }
 

@@ -1,4 +1,5 @@
 #include "client/Log.h"
+#include "lumo/components/logger/LumoLogger.h"
 
 #include <gtest/gtest.h>
 
@@ -42,6 +43,29 @@ TEST(Log, ReasonIsReadFromTheLinesOfFailedCallsOnly)
         EXPECT_EQ(reason.operation, one.operation) << one.entry;
         EXPECT_EQ(reason.text, one.text) << one.entry;
     }
+}
+
+TEST(Log, EachCallHasItsOwnAnswerThoughTheNextBeginsAtOnce)
+{
+    lumo::internal::Log& log = lumo::internal::Log::instance();
+    log.open({});
+    const auto write = [](const std::string& message) {
+        const std::string text = entry(message);
+        CLumoLogger::GetSinglePton()->write(text.c_str(), static_cast<int>(text.size()));
+    };
+    const auto first = log.expect("fileCopy");
+    ASSERT_TRUE(first);
+    write("fileCopy Error : full");
+    EXPECT_FALSE(log.expect("fileCopy")) << "the first has no end";
+    write("Leave Function : fileCopy");
+    const auto second = log.expect("fileCopy");
+    ASSERT_TRUE(second);
+    EXPECT_TRUE(log.await(first, 1).ended);
+    EXPECT_EQ(log.await(first, 1).errors, std::vector<std::string>{"full"});
+    EXPECT_FALSE(log.await(second, 1).ended);
+    write("Leave Function : fileCopy");
+    EXPECT_TRUE(log.await(second, 1).ended);
+    log.close();
 }
 
 } // namespace

@@ -44,7 +44,7 @@ public:
         /// The code page of the library's records, "utf8" or "gbk"; what it lacks becomes "?".
         std::string codePage = "utf8";
         /// Receives the log of the library, an entry with its line ends each, on the thread that logs, one at
-        /// a time, until the session has closed. It must neither log nor close the session.
+        /// a time, until the session has closed. It must not throw, log or close the session.
         std::function<void(const std::string&)> log;
 
         /// Settings from the environment (LUMO_CENTRE, LUMO_USER, LUMO_COMPANY, LUMO_TOKEN_FILE,
