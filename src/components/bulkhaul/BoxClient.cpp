@@ -8,8 +8,8 @@ Code codeOf(haulbox::Status status)
 {
     switch (status) {
     case haulbox::DONE:
-    case haulbox::KEPT:
-        return kDone;
+    case haulbox::KEPT: // no failure, so not where one is expected
+        return kNotUnderstood;
     case haulbox::NOT_FOUND:
         return kNotFound;
     case haulbox::REFUSED:

@@ -24,6 +24,7 @@ private:
     Code m_Code;
 };
 
+/// The code of a failure; kNotUnderstood for a status that is none.
 Code codeOf(haulbox::Status status);
 
 /// Asks the storage box at the other end of a channel, for one transfer. Safe from several threads.
@@ -66,7 +67,8 @@ public:
     static void require(const Response& response)
     {
         if (response.status() != haulbox::DONE)
-            throw TransferFailure(codeOf(response.status()), response.reason());
+            throw TransferFailure(codeOf(response.status()),
+                                  response.reason().empty() ? "the box gives no reason" : response.reason());
     }
 
     /// Returns the digests that `request` asks for.

@@ -119,6 +119,8 @@ TEST_F(TransferTest, HostileAnswersOfABoxEndTheTransferBeforeAnythingIsWritten)
         std::string script;
     } rows[] = {
         {Way::Down, "x", kNotUnderstood, "read folder: true"},
+        {Way::Down, "x", kNotUnderstood, "read status: KEPT size: 1 data: 'x'"},
+        {Way::Up, "up", kNotUnderstood, "store status: KEPT"},
         {Way::Down, "x", kNotUnderstood, folder + "list status: DONE more: true"},
         {Way::Down, "x", kNotUnderstood,
          folder + "list status: DONE more: true entries { below: 'a' folder: true }"},
