@@ -8,7 +8,7 @@
 
 namespace {
 
-bool starts(const std::string& text, const std::string& head)
+bool startsWith(const std::string& text, const std::string& head)
 {
     return text.compare(0, head.size(), head) == 0;
 }
@@ -23,7 +23,7 @@ protected:
         words >> verb;
         std::vector<std::string> rest(std::istream_iterator<std::string>(words), {});
         for (std::string& word : rest)
-            if (starts(word, "$PWD"))
+            if (startsWith(word, "$PWD"))
                 word.replace(0, 4, m_Centre.folder().string());
         if (verb == "$")
             playCommand(statement);
@@ -75,7 +75,7 @@ private:
         const Outcome outcome = m_Centre.shell(statement.substr(command, end - command));
         EXPECT_EQ(outcome.exitCode, std::stoi(statement.substr(6)));
         EXPECT_EQ(outcome.output, "");
-        EXPECT_TRUE(starts(outcome.errors, "lumo: ") || starts(outcome.errors, "lumo-centre: "));
+        EXPECT_TRUE(startsWith(outcome.errors, "lumo: ") || startsWith(outcome.errors, "lumo-centre: "));
         EXPECT_THAT(outcome.errors, testing::HasSubstr(statement.substr(end + 4)));
         EXPECT_EQ(outcome.errors.find('\n'), outcome.errors.size() - 1) << outcome.errors;
     }

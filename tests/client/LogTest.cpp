@@ -5,7 +5,7 @@
 
 namespace {
 
-using Kind = lumo::internal::Reason::Kind;
+using ReasonKind = lumo::internal::Reason::Kind;
 
 std::string entry(const std::string& message)
 {
@@ -18,24 +18,25 @@ TEST(Log, ReasonIsReadFromTheLinesOfFailedCallsOnly)
     const struct
     {
         std::string entry;
-        Kind kind;
+        ReasonKind kind;
         const char* operation;
         const char* text;
     } kCases[] = {
-        {entry("queryDataAddress Error : Deadline Exceeded"), Kind::CallFailed, "queryDataAddress",
+        {entry("queryDataAddress Error : Deadline Exceeded"), ReasonKind::CallFailed, "queryDataAddress",
          "Deadline Exceeded"},
-        {entry("queryX Error : odd File: Result NULL"), Kind::CallFailed, "queryX", "odd File: Result NULL"},
-        {entry("queryX Error : "), Kind::CallFailed, "queryX", ""},
-        {entry("queryX Result Error"), Kind::ErrorResult, "queryX", ""},
-        {entry("queryX Result NULL"), Kind::NullResult, "queryX", ""},
-        {"time\n [INFO] queryX Error : cut off", Kind::CallFailed, "queryX", "cut off"},
-        {entry("bulkhaul::Download Failed : /a/b c"), Kind::FileFailed, "bulkhaul::Download", "/a/b c"},
-        {entry("Copy File Failed : /a/b!"), Kind::FileFailed, "Copy", "/a/b"},
-        {entry("bulkhaul::Upload Failed!"), Kind::None, "", ""},
-        {entry("Enter Function : getDisk"), Kind::None, "", ""},
-        {entry("CLumoDataMgr::initDataMgrByChannel Failed"), Kind::None, "", ""},
-        {"", Kind::None, "", ""},
-        {" [INFO] ", Kind::None, "", ""},
+        {entry("queryX Error : odd File: Result NULL"), ReasonKind::CallFailed, "queryX",
+         "odd File: Result NULL"},
+        {entry("queryX Error : "), ReasonKind::CallFailed, "queryX", ""},
+        {entry("queryX Result Error"), ReasonKind::ErrorResult, "queryX", ""},
+        {entry("queryX Result NULL"), ReasonKind::NullResult, "queryX", ""},
+        {"time\n [INFO] queryX Error : cut off", ReasonKind::CallFailed, "queryX", "cut off"},
+        {entry("bulkhaul::Download Failed : /a/b c"), ReasonKind::FileFailed, "bulkhaul::Download", "/a/b c"},
+        {entry("Copy File Failed : /a/b!"), ReasonKind::FileFailed, "Copy", "/a/b"},
+        {entry("bulkhaul::Upload Failed!"), ReasonKind::None, "", ""},
+        {entry("Enter Function : getDisk"), ReasonKind::None, "", ""},
+        {entry("CLumoDataMgr::initDataMgrByChannel Failed"), ReasonKind::None, "", ""},
+        {"", ReasonKind::None, "", ""},
+        {" [INFO] ", ReasonKind::None, "", ""},
     };
     for (const auto& one : kCases) {
         const lumo::internal::Reason reason = lumo::internal::reasonOf(one.entry);
