@@ -16,7 +16,6 @@
 namespace {
 
 using google::protobuf::FieldDescriptor;
-using google::protobuf::Message;
 using ledgerserver::DataUtilBeanReq;
 using BareStub = World::BareStub;
 
@@ -118,9 +117,7 @@ std::string recordKey(const std::string& field)
     std::string key;
     bool upper = false;
     for (const char c : field) {
-        if (c == '_')
-            upper = true;
-        else
+        if (c != '_')
             key += upper ? static_cast<char>(std::toupper(c)) : c;
         upper = c == '_';
     }
@@ -194,7 +191,7 @@ double growthDuring(const Work& work)
 /// The centre is in this process, so both sides hold its page too.
 void memory(benchmark::State& state, const World& world)
 {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         QList<tagSatTable> images;
         state.counters["page"] = growthDuring([&] { return fetchImages(world); });
         state.counters["list"] = growthDuring([&] { return listImages(images); });

@@ -4,7 +4,7 @@ namespace centre {
 
 namespace {
 
-constexpr std::uint64_t kMostChunks = 1024 * 1024; // of 1 TiB: some 20 MB
+constexpr std::uint64_t kMostChunks = std::uint64_t(1024) * 1024; // of 1 TiB: some 20 MB
 
 } // namespace
 

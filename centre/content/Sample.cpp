@@ -67,13 +67,14 @@ public:
     {
         const double value = least + (most - least) * static_cast<double>(below(1000001)) / 1000000;
         char text[32];
-        std::snprintf(text, sizeof(text), "%.4f", value);
+        static_cast<void>(std::snprintf(text, sizeof(text), "%.4f", value));
         return text;
     }
     std::string padded(std::uint64_t number, int digits)
     {
         char text[32];
-        std::snprintf(text, sizeof(text), "%0*llu", digits, static_cast<unsigned long long>(number));
+        static_cast<void>(
+            std::snprintf(text, sizeof(text), "%0*llu", digits, static_cast<unsigned long long>(number)));
         return text;
     }
     /// The first element whose share holds a draw of 100.

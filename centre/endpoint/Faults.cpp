@@ -43,7 +43,7 @@ Faults::Added Faults::add(const std::string& text)
         throw Error(ExitCode::WrongUse, "not a fault: " + text +
                                             "; a fault is OPERATION[@N]=stall|exit|refuse|result:R|corrupt"
                                             " or OPERATION=break:BYTES");
-    const Added added{parts.captured(1).toStdString(), parse(parts)};
+    Added added{parts.captured(1).toStdString(), parse(parts)};
     m_Switches.push_back({text, added.operation, parts.captured(2).toULongLong(), added.fault});
     return added;
 }

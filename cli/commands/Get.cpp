@@ -106,6 +106,7 @@ public:
         }
         makeFolder(m_Folder);
         std::vector<Transfer> transfers;
+        transfers.reserve(sources.size());
         for (const Source& source : sources)
             transfers.push_back(transferOf(session, source));
         runTransfers(std::move(transfers), json);
@@ -126,7 +127,6 @@ private:
         return transfer;
     }
 
-private:
     MovingOptions m_Moving;
     std::vector<std::string> m_Typed;
     std::vector<lumo::Place> m_Places;

@@ -27,7 +27,9 @@ QString assignmentsOf(const Call& call, const internal::RecordKind& kind, const 
     std::string text;
     bool hasCompany = false;
     for (const auto& [key, value] : fields) {
-        text += (text.empty() ? "" : ",") + key + "='" + value + "'";
+        if (!text.empty())
+            text += ',';
+        text.append(key).append("='").append(value).append("'");
         hasCompany = hasCompany || key == "companyID";
     }
     if (kind.kind == Record::Kind::Project && !hasCompany)
