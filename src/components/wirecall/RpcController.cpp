@@ -8,12 +8,18 @@ RpcController::~RpcController() = default;
 void RpcController::Reset()
 {
     m_Timeout = 0;
+    m_StallLimit = 0;
     setOutcome(Failure::None, std::string(), false);
 }
 
 void RpcController::SetTimeout(long long milliseconds)
 {
     m_Timeout = milliseconds;
+}
+
+void RpcController::SetStallLimit(long long milliseconds)
+{
+    m_StallLimit = milliseconds;
 }
 
 bool RpcController::Failed() const

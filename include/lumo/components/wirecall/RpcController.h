@@ -27,11 +27,16 @@ public:
     RpcController();
     ~RpcController() override;
 
-    /// Prepares for the next call; the time limit is removed, too.
+    /// Prepares for the next call; the limits are removed, too.
     void Reset() override;
     /// The longest that the call may take, in milliseconds; 0 or less is no limit.
     void SetTimeout(long long milliseconds);
     long long timeout() const { return m_Timeout; }
+    /// Ends a blocking call with Failure::TimeLimit when nothing has moved for so long, in milliseconds; 0 or
+    /// less is no limit. Bytes that trickle in or out are progress, also those of other calls over the same
+    /// connection. A stall is noticed after up to a quarter more.
+    void SetStallLimit(long long milliseconds);
+    long long stallLimit() const { return m_StallLimit; }
 
     /// True after a call that got no valid answer.
     bool Failed() const override;
@@ -51,6 +56,7 @@ public:
 
 private:
     long long m_Timeout = 0;
+    long long m_StallLimit = 0;
     Failure m_Failure = Failure::None;
     bool m_RequestSent = false;
     std::string m_ErrorText;
