@@ -162,8 +162,10 @@ Transfer Transfers::getPackage(const Centre::Product& product, const std::string
     const auto download = product.kind == Centre::Product::Kind::Program ? &CLumoDataMgr::downloadBySoftID
                                                                          : &CLumoDataMgr::downloadByAppID;
     auto transfer = started(call, *m_Link, false, options.observer, [&](const TransferCallback& callback) {
-        return (call.manager().*download)(folder.c_str(), address.c_str(), product.number.c_str(),
-                                          version.c_str(), options.overwrite, callback);
+        // The library takes the empty folder for "/".
+        return (call.manager().*download)(folder.empty() ? "." : folder.c_str(), address.c_str(),
+                                          product.number.c_str(), version.c_str(), options.overwrite,
+                                          callback);
     });
     if (!transfer)
         internal::notFound("the centre has no package of that version");

@@ -209,7 +209,8 @@ void CLumoDownloadRunnable::copyConvertedPath()
 
 void CLumoDownloadRunnable::downloadPath()
 {
-    const QString target = joined(m_LocalDir, m_Name);
+    // A "/" is appended also to the empty path, which is "." only where files are copied or walked.
+    const QString target = joined(m_LocalDir.isEmpty() ? QStringLiteral("/") : m_LocalDir, m_Name);
     const boost::function<void(const std::string&, int, int)> progress =
         boost::bind(&downloadCallBack, _1, _2, _3, CLumoCStringCodec::toStdString(m_TaskID), m_Callback);
     if (bulkhaul::Download(m_Channel, m_SourcePath.toStdString(), target.toStdString(), !m_Overwrite,

@@ -166,7 +166,7 @@ TEST_F(Download, APathIsMovedWholeAndTellsWhatTheClientReports)
         {"here", "/p/q.zip", true, "/p/q.zip here/q.zip replace", 0, {"0 0 0", "0 0 37", "0 3 100"}},
         {"here/", "C:\\\\p\\\\q", true, "C:/p/q here/q replace", 0, {"0 0 0", "0 0 37", "0 3 100"}},
         {"here\\", "q", false, "q here/q keep", 5, {"0 0 0", "0 0 37", "0 3 100", "0 999 0"}},
-        {"", "/p/q", false, "/p/q ./q keep", 0, {"0 0 0", "0 0 37", "0 3 100"}},
+        {"", "/p/q", false, "/p/q /q keep", 0, {"0 0 0", "0 0 37", "0 3 100"}},
         {"here", "/p/..", false, "/p/.. here/.. keep", 210, {"0 0 0", "0 0 37", "0 3 100", "0 999 0"}},
     };
     for (const auto& c : cases) {

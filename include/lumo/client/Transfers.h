@@ -83,7 +83,8 @@ public:
         Transfer::Observer observer;
     };
 
-    /// Fetches a disk, a folder with all below it, or a file into a local folder, which must exist.
+    /// Fetches a disk, a folder with all below it, or a file into a local folder, which must exist; an empty
+    /// `folder` is the working folder, here and below.
     Transfer get(const Entry& source, const std::string& folder, const Options& options) const;
     /// Sends a local file, or a folder with all below it, to a disk or a folder.
     Transfer put(const std::string& path, const Entry& target, const Options& options) const;

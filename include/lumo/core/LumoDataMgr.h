@@ -327,7 +327,8 @@ public:
     bool download(const QString& localDir, const QPair<int, unsigned int>& source, bool overwrite,
                   TransferCallback callback);
     /// Fetches the package of a version of a program or a module from the storage box at `address`
-    /// ("host:port"). The texts are in the code page of CLumoCStringCodec.
+    /// ("host:port"). The texts are in the code page of CLumoCStringCodec. An empty `localDir` is "/", unless
+    /// convert.cfg has files copied: then it is the working folder.
     bool downloadBySoftID(const char* localDir, const char* address, const char* softID,
                           const char* versionNo, bool overwrite, TransferCallback callback);
     bool downloadByAppID(const char* localDir, const char* address, const char* appID, const char* versionNo,
