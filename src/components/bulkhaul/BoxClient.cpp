@@ -31,6 +31,7 @@ Code codeOf(haulbox::Status status)
     case haulbox::BUSY:
         return kBusy;
     case haulbox::FAILED:
+    case haulbox::ENDED:
         return kBoxFailed;
     }
     return kNotUnderstood;
