@@ -35,7 +35,7 @@ class ProjectNames
 public:
     explicit ProjectNames(lumo::Images images) : m_Images(std::move(images)) {}
 
-    const lumo::Text& of(const lumo::Record& type)
+    const lumo::Entry::Text& of(const lumo::Record& type)
     {
         const auto [place, isNew] = m_Names.try_emplace(type.projectId());
         if (isNew)
@@ -45,7 +45,7 @@ public:
 
 private:
     /// The project's own name, since the copy in the record of a type may be cut short.
-    lumo::Text nameFor(const lumo::Record& type) const
+    lumo::Entry::Text nameFor(const lumo::Record& type) const
     {
         try {
             return m_Images.project(type.projectId()).get<std::string>("projectName");
@@ -57,7 +57,7 @@ private:
     }
 
     lumo::Images m_Images;
-    std::map<lumo::ProjectId, lumo::Text> m_Names;
+    std::map<lumo::ProjectId, lumo::Entry::Text> m_Names;
 };
 
 class SearchCommand : public Command
@@ -115,7 +115,7 @@ private:
     RecordList searchType(const lumo::Images& images, const lumo::Record& type, ProjectNames& projects) const
     {
         const auto name = type.get<std::string>("dataType");
-        const lumo::Text& project = projects.of(type);
+        const lumo::Entry::Text& project = projects.of(type);
         const std::string heading = shownName(project) + "/" + shownName(name);
         if (!lumo::Images::kindOfType(type)) {
             complain("not searched: " + heading + " (type " + std::to_string(type.typeId().number()) +

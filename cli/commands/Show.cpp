@@ -17,7 +17,7 @@ std::string parentText(lumo::FolderId parent)
                                        : identifierText("folder", parent.number());
 }
 
-void printEntry(const lumo::Entry& entry, const lumo::Text& path)
+void printEntry(const lumo::Entry& entry, const lumo::Entry::Text& path)
 {
     Table table({"", ""});
     table.add({"Identifier", identifierText(entry)});
@@ -96,7 +96,7 @@ private:
     void showPlace(const lumo::Catalogue& catalogue, bool json) const
     {
         const lumo::Entry entry = catalogue.find(m_Place);
-        const lumo::Text path = catalogue.pathOf(entry);
+        const lumo::Entry::Text path = catalogue.pathOf(entry);
         if (json) {
             Json record = wholeJson(entry);
             record["path"] = textJson(path);

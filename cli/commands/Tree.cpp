@@ -47,7 +47,7 @@ const char* trunk(bool last)
     return last ? "    " : "│   ";
 }
 
-void printLine(const std::string& prefix, bool last, const lumo::Text& name, const std::string& tag)
+void printLine(const std::string& prefix, bool last, const lumo::Entry::Text& name, const std::string& tag)
 {
     std::string line = prefix;
     line += branch(last);

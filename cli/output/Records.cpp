@@ -15,12 +15,12 @@ Json identifierJson(unsigned int id)
 
 } // namespace
 
-std::string shownName(const lumo::Text& name)
+std::string shownName(const lumo::Entry::Text& name)
 {
     return name.value_or("(name too long for its record)");
 }
 
-std::string shownText(const lumo::Text& text)
+std::string shownText(const lumo::Entry::Text& text)
 {
     if (!text)
         return "(too long for its record)";
@@ -44,7 +44,7 @@ std::string identifierText(const lumo::Entry& entry)
     }
 }
 
-Json textJson(const lumo::Text& text)
+Json textJson(const lumo::Entry::Text& text)
 {
     return text ? Json(*text) : Json(nullptr);
 }

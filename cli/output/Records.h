@@ -14,9 +14,9 @@ namespace cli {
 // fields of the library's records.
 
 /// A name for people, not yet escaped; a note for a name that was too long for its record.
-std::string shownName(const lumo::Text& name);
+std::string shownName(const lumo::Entry::Text& name);
 /// Any other text for people; "-" when there is none.
-std::string shownText(const lumo::Text& text);
+std::string shownText(const lumo::Entry::Text& text);
 
 /// An identifier with its kind, which can be typed as a place: "folder:12"; "-" for none.
 std::string identifierText(const char* kind, unsigned int id);
@@ -28,7 +28,7 @@ Json listedJson(const std::vector<lumo::Entry>& entries);
 /// All fields.
 Json wholeJson(const lumo::Entry& entry);
 
-Json textJson(const lumo::Text& text);
+Json textJson(const lumo::Entry::Text& text);
 
 /// Prints folders and files as one list.
 void printListing(const std::vector<lumo::Entry>& folders, const std::vector<lumo::Entry>& files, bool json);

@@ -128,7 +128,7 @@ Entry findBelow(const Call& call, const Entry& disk, const Place& place)
     return findIdentifier(call, parent);
 }
 
-Text pathOfFolder(const Call& call, FolderId id)
+Entry::Text pathOfFolder(const Call& call, FolderId id)
 {
     std::string path;
     for (int depth = 0; depth < kDeepest; ++depth) {
@@ -224,19 +224,19 @@ Entry Catalogue::diskOf(const Entry& entry) const
     return find(id);
 }
 
-Text Catalogue::pathOf(const Entry& entry) const
+Entry::Text Catalogue::pathOf(const Entry& entry) const
 {
     const Call call(*m_Link);
     switch (entry.kind) {
     case Entry::Kind::Disk:
-        return entry.name ? Text("/" + *entry.name) : Text();
+        return entry.name ? Entry::Text("/" + *entry.name) : Entry::Text();
     case Entry::Kind::Folder:
         return pathOfFolder(call, entry.folder);
     case Entry::Kind::File:
         break;
     }
-    const Text path = entry.name ? pathOfFolder(call, entry.parent) : Text();
-    return path ? Text(*path + "/" + *entry.name) : Text();
+    const Entry::Text path = entry.name ? pathOfFolder(call, entry.parent) : Entry::Text();
+    return path ? Entry::Text(*path + "/" + *entry.name) : Entry::Text();
 }
 
 FolderId Catalogue::makeFolder(const Entry& parent, const std::string& path) const

@@ -157,16 +157,23 @@ void Link::close()
     std::shared_ptr<Connection> connection;
     std::vector<std::weak_ptr<TransferState>> transfers;
     {
-        const std::lock_guard<std::mutex> lock(m_Mutex);
+        std::unique_lock<std::mutex> lock(m_Mutex);
         connection.swap(m_Connection);
         transfers.swap(m_Transfers);
+        if (!connection) {
+            if (!TransferState::isObserving())
+                m_WasClosed.wait(lock, [this] { return m_Closed; });
+            return;
+        }
     }
-    if (!connection)
-        return;
     for (const auto& watched : transfers)
         if (const auto transfer = watched.lock())
             transfer->detach();
     Log::instance().dropSink();
+    connection.reset();
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    m_Closed = true;
+    m_WasClosed.notify_all();
 }
 
 void Link::watch(const std::shared_ptr<TransferState>& transfer)

@@ -8,6 +8,7 @@
 
 #include <boost/shared_ptr.hpp>
 
+#include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -68,7 +69,8 @@ public:
 
     /// The connection, which lasts as long as the pointer; throws Error (Closed).
     std::shared_ptr<Connection> use() const;
-    /// Drops the observers of its transfers, too.
+    /// Drops the observers of its transfers, too. A second call waits for the first, unless an observer makes
+    /// it: the first waits for that.
     void close();
     void watch(const std::shared_ptr<TransferState>& transfer);
 
@@ -76,6 +78,8 @@ private:
     mutable std::mutex m_Mutex;
     std::vector<std::weak_ptr<TransferState>> m_Transfers;
     std::shared_ptr<Connection> m_Connection;
+    bool m_Closed = false;
+    std::condition_variable m_WasClosed;
 };
 
 /// One call of the manager, or a few that succeed or fail together: keeps the connection, and knows why it

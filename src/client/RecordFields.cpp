@@ -49,7 +49,7 @@ public:
 
     void text(const char* name, const char* value, std::size_t size, Record::Field::Role role)
     {
-        Text text = textOf(value, size);
+        Entry::Text text = textOf(value, size);
         m_Fields.push_back({name, text ? Value(std::move(*text)) : Value(Record::TooLong()), role});
     }
 

@@ -20,13 +20,13 @@ Record markedRecord()
 }
 
 /// UTF-8 of a field of a record that was marked; absent for a text that did not fit.
-inline Text textOf(const char* field, std::size_t size)
+inline Entry::Text textOf(const char* field, std::size_t size)
 {
-    return field[size - 1] != '\0' ? Text() : Text(convertToUtf8(field));
+    return field[size - 1] != '\0' ? Entry::Text() : Entry::Text(convertToUtf8(field));
 }
 
 template <std::size_t Size>
-Text textOf(const char (&field)[Size])
+Entry::Text textOf(const char (&field)[Size])
 {
     return textOf(field, Size);
 }

@@ -17,7 +17,9 @@ Session::~Session()
 
 void Session::close()
 {
-    m_Link->close();
+    // Another thread may destroy the session when an observer closes it here.
+    const std::shared_ptr<internal::Link> link = m_Link;
+    link->close();
 }
 
 Catalogue Session::catalogue() const

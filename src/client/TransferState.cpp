@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace lumo::internal {
 
@@ -36,6 +37,8 @@ bool resumes(int code)
                                      bulkhaul::kStalled, bulkhaul::kNoSpace};
     return std::find(std::begin(kCodes), std::end(kCodes), code) != std::end(kCodes);
 }
+
+thread_local bool observing = false;
 
 } // namespace
 
@@ -115,8 +118,16 @@ void TransferState::notify(const Transfer::Progress& progress)
 {
     const std::lock_guard<std::recursive_mutex> lock(m_Calling);
     // The copy lives on when the observer detaches itself.
-    if (const Transfer::Observer observer = m_Observer)
+    if (const Transfer::Observer observer = m_Observer) {
+        const bool outer = std::exchange(observing, true); // it may start a transfer that ends at once
         observer(progress);
+        observing = outer;
+    }
+}
+
+bool TransferState::isObserving()
+{
+    return observing;
 }
 
 } // namespace lumo::internal

@@ -25,6 +25,9 @@ public:
     /// Drops the observer, which runs no more when this returns, unless it is the caller.
     void detach();
 
+    /// Whether the caller is an observer, of any transfer.
+    static bool isObserving();
+
 private:
     void notify(const Transfer::Progress& progress);
 

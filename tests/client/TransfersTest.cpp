@@ -125,6 +125,33 @@ TEST_F(ClosedWindow, MayCloseFromItsOwnObserver)
     EXPECT_EQ(errorOf([&] { m_Session->catalogue().disks(); }), Kind::Closed);
 }
 
+TEST_F(ClosedWindow, IsClosedForAllWhoCloseItAtOnce)
+{
+    serve({});
+    m_Session.emplace(settings());
+    const lumo::Catalogue catalogue = m_Session->catalogue();
+    std::promise<void> begun;
+    std::promise<void> closing;
+    std::atomic<bool> left{false};
+    const Transfer transfer = send([&] {
+        begun.set_value();
+        closing.get_future().wait();
+        m_Session->close(); // both others wait for this observer
+        for (int turn = 0; turn < 10000; ++turn)
+            std::this_thread::yield(); // one that does not wait returns
+        left = true;
+    });
+    begun.get_future().wait();
+    const auto first = std::async(std::launch::async, [this] { m_Session->close(); });
+    while (errorOf([&] { catalogue.disks(); }) != Kind::Closed)
+        std::this_thread::yield();
+    closing.set_value();
+    m_Session->close();
+    EXPECT_TRUE(left);
+    m_Gone = true;
+    EXPECT_TRUE(transfer.wait().done()) << transfer.wait().text;
+}
+
 TEST_F(ClosedWindow, MayDropATransferFromItsOwnObserver)
 {
     serve({});

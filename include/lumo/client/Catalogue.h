@@ -50,7 +50,7 @@ public:
     /// The disk on which it is; throws Error (NotFound).
     Entry diskOf(const Entry& entry) const;
     /// Its path, such as "/disk/folder"; absent when a name on it is not known.
-    Text pathOf(const Entry& entry) const;
+    Entry::Text pathOf(const Entry& entry) const;
 
     /// Makes a folder below a disk or a folder, and those on the way to it: `path` has "/" between names.
     FolderId makeFolder(const Entry& parent, const std::string& path) const;

@@ -8,12 +8,13 @@
 
 namespace lumo {
 
-/// UTF-8 text of a record; absent when the library's record could not hold it, because it was too long.
-using Text = std::optional<std::string>;
-
 /// A disk, a folder or a file of the storage catalogue. Which fields are used depends on the kind.
 struct Entry
 {
+    /// UTF-8 text of a record, up to its first NUL character; absent when the library's record could not hold
+    /// it, because it was too long.
+    using Text = std::optional<std::string>;
+
     enum class Kind
     {
         Disk,

@@ -23,9 +23,9 @@ class Link;
 /// a time in a process: the library below has one connection, one log and one code page.
 ///
 /// Members may be used from any thread but for the constructor and the destructor, which belong to one.
-/// Closing returns at once. Calls of other threads that are under way go to their end; later ones throw Error
-/// (Closed). Transfers that run go to their end too, but nobody hears of them; the process waits for them
-/// when it ends. While they last, no new session can be opened.
+/// Closing does not wait for the centre. Calls of other threads that are under way go to their end; later
+/// ones throw Error (Closed). Transfers that run go to their end too, but nobody hears of them; the process
+/// waits for them when it ends. While they last, no new session can be opened.
 class LUMO_EXPORT Session
 {
 public:
@@ -65,12 +65,15 @@ public:
     /// From now on the process has the session's code page, UTF-8 for C strings and local names, and the log
     /// goes to Settings::log. A log that the application had directed elsewhere comes back with CLumoLogger.
     explicit Session(const Settings& settings);
-    /// Closes.
+    /// Closes, as close() does.
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    /// Closes; from any thread, and again.
+    /// Closes; from any thread, and again. When it returns, no observer of a transfer runs or will run, and
+    /// Settings::log neither: it waits for those that do, and for another thread that is closing. An observer
+    /// may close: only its own call goes on then. While another thread is closing, which waits for the
+    /// observer, it returns at once.
     void close();
 
     Catalogue catalogue() const;

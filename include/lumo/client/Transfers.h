@@ -19,7 +19,8 @@ class Link;
 class TransferState;
 } // namespace internal
 
-/// One transfer that was started. Its members may be used from any thread; the object belongs to one.
+/// One transfer that was started. Its members may be used from any thread; the object belongs to one. One
+/// that was moved from may only be destroyed or assigned to.
 ///
 /// A transfer can't be cancelled. Once the object is destroyed, or the session closed, its observer is called
 /// no more: both wait for a call that is running, except when that call does it. The transfer itself goes on;
