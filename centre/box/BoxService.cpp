@@ -1,6 +1,7 @@
 #include "centre/box/BoxService.h"
 
 #include "components/bulkhaul/FileFailure.h"
+#include "components/bulkhaul/IncomingSmallFiles.h"
 #include "components/bulkhaul/SourceFile.h"
 #include "components/bulkhaul/TreeWalk.h"
 #include "lumo/components/wirecall/RpcServer.h"
@@ -354,7 +355,7 @@ void BoxService::write(Controller* call, const haulbox::WriteReq* request, haulb
             const std::string& data = arrived("write", request->data(), spoiled);
             if (data.size() != chunkLength(upload.size, chunk))
                 throw FileFailure(haulbox::CORRUPTED, upload.path + ": a chunk came with another length");
-            upload.file->write(chunk, data, requireDigest(data, request->digest(), upload.path));
+            upload.file->write(chunk, piecesOf(data), requireDigest(data, request->digest(), upload.path));
         });
     });
 }

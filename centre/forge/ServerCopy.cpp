@@ -56,7 +56,7 @@ void copy(const bulkhaul::SourceFile& source, Folder to, const std::string& name
         do { // also for an empty file: from the first write on nobody else can take the name
             requireNotCanceled(isCanceled);
             source.read(chunk, data);
-            target.write(chunk, data, bulkhaul::digestOf(data));
+            target.write(chunk, bulkhaul::piecesOf(data), bulkhaul::digestOf(data));
         } while (++chunk < bulkhaul::chunkCount(source.size()));
         source.requireUnchanged();
         requireFree(target.folder(), name, overwrite);

@@ -3,18 +3,49 @@
 #include <xxhash.h>
 
 #include <cstring>
+#include <memory>
+#include <new>
 
 namespace bulkhaul {
 
 static_assert(sizeof(Digest) == sizeof(XXH128_canonical_t));
 
-Digest digestOf(const void* data, std::size_t size)
+namespace {
+
+Digest canonicalOf(XXH128_hash_t hash)
 {
     XXH128_canonical_t canonical;
-    XXH128_canonicalFromHash(&canonical, XXH3_128bits(data, size));
+    XXH128_canonicalFromHash(&canonical, hash);
     Digest digest;
     std::memcpy(digest.data(), canonical.digest, digest.size());
     return digest;
+}
+
+} // namespace
+
+std::size_t sizeOf(const Pieces& pieces)
+{
+    std::size_t size = 0;
+    for (const iovec& piece : pieces)
+        size += piece.iov_len;
+    return size;
+}
+
+Digest digestOf(const void* data, std::size_t size)
+{
+    return canonicalOf(XXH3_128bits(data, size));
+}
+
+Digest digestOf(const Pieces& pieces)
+{
+    const std::unique_ptr<XXH3_state_t, XXH_errorcode (*)(XXH3_state_t*)> state(XXH3_createState(),
+                                                                                &XXH3_freeState);
+    if (!state)
+        throw std::bad_alloc();
+    XXH3_128bits_reset(state.get());
+    for (const iovec& piece : pieces)
+        XXH3_128bits_update(state.get(), piece.iov_base, piece.iov_len);
+    return canonicalOf(XXH3_128bits_digest(state.get()));
 }
 
 Digest digestOf(const std::vector<Digest>& chunks)

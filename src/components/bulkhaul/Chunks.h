@@ -1,6 +1,8 @@
 #ifndef LUMO_BULKHAUL_CHUNKS_H
 #define LUMO_BULKHAUL_CHUNKS_H
 
+#include <sys/uio.h>
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -31,7 +33,17 @@ inline std::size_t chunkLength(std::uint64_t fileSize, std::uint64_t chunk)
 /// XXH3-128 in its canonical form: most significant byte first.
 typedef std::array<char, 16> Digest;
 
+/// Bytes in memory, in pieces.
+typedef std::vector<iovec> Pieces;
+
+inline Pieces piecesOf(const std::string& data)
+{
+    return {{const_cast<char*>(data.data()), data.size()}};
+}
+std::size_t sizeOf(const Pieces& pieces);
+
 Digest digestOf(const void* data, std::size_t size);
+Digest digestOf(const Pieces& pieces);
 inline Digest digestOf(const std::string& data)
 {
     return digestOf(data.data(), data.size());

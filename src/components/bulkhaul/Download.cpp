@@ -1,5 +1,6 @@
 #include "components/bulkhaul/FileFailure.h"
 #include "components/bulkhaul/IncomingFile.h"
+#include "components/bulkhaul/IncomingSmallFiles.h"
 #include "components/bulkhaul/Parallel.h"
 #include "components/bulkhaul/Transfer.h"
 #include "components/bulkhaul/TreeWalk.h"
@@ -85,7 +86,7 @@ private:
             haulbox::ReadRsp response;
             m_Box.askForSure(&BoxServices_Stub::read, readRequest(path, chunk, version), response);
             const Digest digest = requireChunk(response, size, chunk, path);
-            file.write(chunk, response.data(), digest);
+            file.write(chunk, piecesOf(response.data()), digest);
             m_Tally.bytesMoved += response.data().size();
             m_Transfer.progress.add(response.data().size());
         });

@@ -1,7 +1,7 @@
 #include "components/bulkhaul/Folder.h"
 
 #include "components/bulkhaul/FileFailure.h"
-#include "components/bulkhaul/IncomingFile.h"
+#include "components/bulkhaul/PartialFile.h"
 #include "lumo/components/platform/PathComponent.h"
 #include "lumo/components/platform/Utf8.h"
 

@@ -29,6 +29,7 @@ public:
             if ((after != afterEnd && entry.name < *after) || !isNamed(entry, prefix))
                 continue;
             const std::string below = prefix + entry.name;
+            splitBelow(below); // throws for one that is too long or too deep
             if (!entry.folder) {
                 if (!resumed && !visitFile(folder, entry, below))
                     return false;

@@ -154,7 +154,6 @@ private:
         // no part of it is moved if it can't.
         std::uint64_t weight = weightOf(0);
         walkTree(root, Strange::Fail, std::string(), [&](const TreeItem& item) {
-            splitBelow(item.below); // throws for one that is too long or too deep
             weight += weightOf(item.size);
             return true;
         });

@@ -1,3 +1,4 @@
+#include "components/bulkhaul/IncomingSmallFiles.h"
 #include "tests/components/bulkhaul/TestBox.h"
 #include "tests/support/CuttingProxy.h"
 
@@ -361,6 +362,26 @@ TEST_F(TransferTest, TransfersToOneTargetNeverMix)
         EXPECT_TRUE(result == summary(both[0]) || result == summary(both[1]));
         EXPECT_GE(done, 1);
     }
+}
+
+TEST_F(TransferTest, SmallFilesOfOneNameFromTwoTransfersBothArriveInAnyOrder)
+{
+    const Folder root = Folder::open(here().string());
+    const std::string first = "first", second = "second, longer";
+    for (const Existing existing : {Existing::Keep, Existing::Replace})
+        for (const bool inOrder : {true, false}) {
+            IncomingSmallFiles one(root, IncomingSmallFiles::Names::Given, existing);
+            IncomingSmallFiles other(root, IncomingSmallFiles::Names::Given, existing);
+            one.add("folder/name", first);
+            other.add("folder/name", second);
+            const std::size_t kept = inOrder ? one.finish() : other.finish();
+            const std::size_t keptLater = inOrder ? other.finish() : one.finish();
+            EXPECT_EQ(kept, 0u);
+            EXPECT_EQ(keptLater, existing == Existing::Keep ? 1u : 0u);
+            EXPECT_EQ(summaryOf(here() / "folder/name"),
+                      inOrder == (existing == Existing::Keep) ? first : second);
+            fs::remove_all(here() / "folder");
+        }
 }
 
 TEST_F(TransferTest, ThousandsOfMixedTransfersEndWithBoundedMemory)

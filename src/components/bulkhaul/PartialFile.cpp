@@ -1,0 +1,198 @@
+#include "components/bulkhaul/PartialFile.h"
+
+#include "components/bulkhaul/FileFailure.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <climits>
+#include <cstdio>
+#include <thread>
+
+namespace bulkhaul {
+
+namespace {
+
+const std::string kPartialEnding = ".lumo-part";
+constexpr mode_t kFileMode = 0666;
+constexpr std::chrono::seconds kLongestWait(3);
+constexpr std::chrono::milliseconds kPause(5);
+
+/// Returns the partial file's name. A name that is too long to be extended is replaced by its digest.
+std::string partialName(const std::string& name)
+{
+    if (name.size() + kPartialEnding.size() < NAME_MAX)
+        return "." + name + kPartialEnding;
+    std::string hex;
+    for (const char byte : digestOf(name)) {
+        char two[3];
+        static_cast<void>(std::snprintf(two, sizeof two, "%02x", static_cast<unsigned char>(byte)));
+        hex += two;
+    }
+    return "." + hex + kPartialEnding;
+}
+
+/// Removes `count` bytes from the front of the pieces, of which the first `first` are empty.
+void dropFront(Pieces& pieces, std::size_t& first, std::size_t count)
+{
+    for (; first < pieces.size() && count >= pieces[first].iov_len; ++first)
+        count -= pieces[first].iov_len;
+    if (count > 0) {
+        pieces[first].iov_base = static_cast<char*>(pieces[first].iov_base) + count;
+        pieces[first].iov_len -= count;
+    }
+}
+
+} // namespace
+
+bool isPartialName(const std::string& name)
+{
+    return name.size() > kPartialEnding.size() + 1 && name.front() == '.' &&
+           name.compare(name.size() - kPartialEnding.size(), kPartialEnding.size(), kPartialEnding) == 0;
+}
+
+bool isFileOrLink(const Folder& folder, const std::string& name)
+{
+    struct stat status;
+    return folder.find(name, status) && (S_ISREG(status.st_mode) || S_ISLNK(status.st_mode));
+}
+
+bool findFile(const Folder& folder, const std::string& name, struct stat& status)
+{
+    if (!folder.find(name, status))
+        return false;
+    if (S_ISREG(status.st_mode))
+        return true;
+    if (S_ISLNK(status.st_mode))
+        return false; // replaced, not followed
+    throw FileFailure(haulbox::WRONG_KIND, name + ": the name belongs to something that is not a file");
+}
+
+Digest digestAt(int file, std::uint64_t offset, std::size_t length, const std::string& name)
+{
+    std::string data(length, '\0');
+    std::size_t filled = 0;
+    while (filled < length) {
+        const ssize_t count =
+            ::pread(file, &data[filled], length - filled, static_cast<off_t>(offset + filled));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            throwErrno(haulbox::NOT_WRITABLE, name);
+        if (count == 0)
+            break; // the old file ends inside this chunk
+        filled += static_cast<std::size_t>(count);
+    }
+    return digestOf(data.data(), filled);
+}
+
+PartialFile::PartialFile(const Folder& folder, const std::string& target, Missing missing) : m_Target(target)
+{
+    const std::string name = partialName(target);
+    const int flags = O_RDWR | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | (missing == Missing::Make ? O_CREAT : 0);
+    do {
+        m_File = FileHandle(::openat(folder.get(), name.c_str(), flags, kFileMode));
+        if (!m_File && errno == ENOENT && missing == Missing::None)
+            return;
+        struct stat status;
+        if (!m_File || ::fstat(m_File.get(), &status) != 0)
+            throwErrno(haulbox::NOT_WRITABLE, name);
+        if (!S_ISREG(status.st_mode) || status.st_nlink > 1)
+            throw FileFailure(haulbox::WRONG_KIND, name + ": not a partial file");
+        lock();
+    } while (!isCurrent(folder));
+}
+
+/// Waits a while, since a transfer whose connection broke may still be writing. The system has no lock with a
+/// time limit.
+void PartialFile::lock() const
+{
+    const auto end = std::chrono::steady_clock::now() + kLongestWait;
+    while (::flock(m_File.get(), LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EWOULDBLOCK && errno != EINTR)
+            throwErrno(haulbox::NOT_WRITABLE, m_Target);
+        if (std::chrono::steady_clock::now() > end)
+            throw FileFailure(haulbox::BUSY, m_Target + ": another transfer writes to it");
+        std::this_thread::sleep_for(kPause);
+    }
+}
+
+/// Whether the name is still that of the open file: the former owner of the lock may have renamed it.
+bool PartialFile::isCurrent(const Folder& folder) const
+{
+    struct stat named;
+    struct stat opened;
+    return folder.find(partialName(m_Target), named) && ::fstat(m_File.get(), &opened) == 0 &&
+           named.st_ino == opened.st_ino;
+}
+
+std::uint64_t PartialFile::size() const
+{
+    struct stat status;
+    if (::fstat(m_File.get(), &status) != 0)
+        throwErrno(haulbox::NOT_WRITABLE, m_Target);
+    return static_cast<std::uint64_t>(status.st_size);
+}
+
+void PartialFile::resize(std::uint64_t size) const
+{
+    if (::ftruncate(m_File.get(), static_cast<off_t>(size)) != 0)
+        throwErrno(haulbox::NOT_WRITABLE, m_Target);
+}
+
+void PartialFile::write(Pieces pieces, std::uint64_t offset) const
+{
+    const std::size_t size = sizeOf(pieces);
+    std::size_t first = 0;
+    for (std::size_t written = 0; written < size;) {
+        const std::size_t most = std::min<std::size_t>(pieces.size() - first, IOV_MAX);
+        const ssize_t count = ::pwritev(m_File.get(), &pieces[first], static_cast<int>(most),
+                                        static_cast<off_t>(offset + written));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            throwErrno(haulbox::NOT_WRITABLE, m_Target);
+        written += static_cast<std::size_t>(count);
+        dropFront(pieces, first, static_cast<std::size_t>(count));
+    }
+    // Writes to the disk while more chunks arrive, so that the flush at the end takes less time. A failure
+    // does no harm: the flush then writes everything.
+    ::sync_file_range(m_File.get(), static_cast<off_t>(offset), static_cast<off_t>(size),
+                      SYNC_FILE_RANGE_WRITE);
+}
+
+bool PartialFile::giveName(const Folder& folder, Existing existing) const
+{
+    if (::fdatasync(m_File.get()) != 0)
+        throwErrno(haulbox::NOT_WRITABLE, m_Target);
+    if (!isCurrent(folder))
+        throw FileFailure(haulbox::BUSY, m_Target + ": its partial file was removed");
+    const std::string partial = partialName(m_Target);
+    if (existing == Existing::Keep) {
+        if (::renameat2(folder.get(), partial.c_str(), folder.get(), m_Target.c_str(), RENAME_NOREPLACE) == 0)
+            return true;
+        if (errno != EEXIST && errno != EINVAL && errno != ENOSYS)
+            throwErrno(haulbox::NOT_WRITABLE, m_Target);
+        // EINVAL, ENOSYS: the file system can't do it in one step.
+        if (isFileOrLink(folder, m_Target)) {
+            ::unlinkat(folder.get(), partial.c_str(), 0);
+            return false;
+        }
+    }
+    if (::renameat(folder.get(), partial.c_str(), folder.get(), m_Target.c_str()) != 0)
+        throwErrno(haulbox::NOT_WRITABLE, m_Target);
+    return true;
+}
+
+void PartialFile::remove(const Folder& folder) const
+{
+    if (isCurrent(folder))
+        ::unlinkat(folder.get(), partialName(m_Target).c_str(), 0);
+}
+
+} // namespace bulkhaul
