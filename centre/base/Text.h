@@ -1,13 +1,14 @@
 #ifndef LUMO_CENTRE_BASE_TEXT_H
 #define LUMO_CENTRE_BASE_TEXT_H
 
+#include "lumo/components/platform/Utf8.h"
+
 #include <cstdint>
 #include <string>
 
 namespace centre {
 
-/// Returns the text for a terminal: control characters and bytes that are not UTF-8 become \xNN.
-std::string escaped(const std::string& text);
+using platform::escaped;
 
 /// Returns the escaped start of a text that may be long, with "..." if it is cut.
 std::string abbreviated(const std::string& text);

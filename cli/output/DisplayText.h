@@ -1,6 +1,8 @@
 #ifndef LUMO_CLI_OUTPUT_DISPLAYTEXT_H
 #define LUMO_CLI_OUTPUT_DISPLAYTEXT_H
 
+#include "lumo/components/platform/Utf8.h"
+
 #include <cstddef>
 #include <limits>
 #include <string>
@@ -8,9 +10,7 @@
 
 namespace cli {
 
-/// The text with everything escaped that a terminal would act on or that would disguise it: control
-/// characters, line separators, marks of writing direction, bytes that are not UTF-8.
-std::string escaped(const std::string& text);
+using platform::escaped;
 
 /// Columns that UTF-8 text without control characters takes on a terminal: East Asian wide characters
 /// take two, combining ones none.

@@ -317,16 +317,19 @@ std::size_t recode(unsigned int from, unsigned int to, const char* text, std::si
     }
 }
 
+char32_t nextCharacter(const std::string& text, std::size_t& position)
+{
+    const Decoded decoded = Utf8Source::decode(text.data() + position, text.data() + text.size());
+    position += static_cast<std::size_t>(decoded.length);
+    // U+FFFD itself has three bytes.
+    return decoded.point == kReplacement && decoded.length == 1 ? kNoCharacter : decoded.point;
+}
+
 bool isUtf8(const std::string& text)
 {
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    while (at != end) {
-        const Decoded decoded = Utf8Source::decode(at, end);
-        if (decoded.point == kReplacement && decoded.length == 1) // U+FFFD itself has three bytes
+    for (std::size_t position = 0; position < text.size();)
+        if (nextCharacter(text, position) == kNoCharacter)
             return false;
-        at += decoded.length;
-    }
     return true;
 }
 
