@@ -153,7 +153,7 @@ std::optional<BoxCatalogue::Place> DataFolderCatalogue::admit(const std::string&
     if (!claim)
         return std::nullopt;
     ConnectionPool::Lease connection(m_Pool);
-    const SQLite::Transaction oneRead(connection->database()); // spares each query one of its own
+    const Read read(*connection);
     const std::optional<User> user = connection->user(token);
     std::optional<ServedRoot> root;
     if (!user)

@@ -62,9 +62,13 @@ bool Endpoint::authenticate(const wirecall::ServerCall& call, std::string& reaso
 {
     const std::string token = call.token();
     try {
-        if (token.empty())
+        if (token.empty()) {
             reason = "the call has no token";
-        else if (!ConnectionPool::Lease(m_Pool)->user(token))
+            return false;
+        }
+        ConnectionPool::Lease connection(m_Pool);
+        const Read read(*connection);
+        if (!connection->user(token))
             reason = kUnknownToken;
     } catch (const std::exception& exception) {
         std::cerr << "lumo-centre: checking a token: " + std::string(exception.what()) + "\n";

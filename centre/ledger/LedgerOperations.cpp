@@ -2,7 +2,6 @@
 
 #include "centre/ledger/AnnotationOperations.h"
 #include "centre/ledger/ImageOperations.h"
-#include "centre/store/StorageTree.h"
 #include "lumo/core/LumoDataTypes.h"
 
 #include <array>
@@ -66,7 +65,8 @@ std::vector<Operation> storageOperations()
         {"querySrcTableByProjectIDAndCommentIdTotal", Shape::Values, kCount + kFoldersOfProject},
         {"querySrcTableByProjectIDAndCommentIdForPage", Shape::Page,
          kFolderColumns + kFoldersOfProject + " ORDER BY src_id" + kPage},
-        {"getFolderFullPath", Shape::Values, fullPath("SELECT :src_id, ''")},
+        {"getFolderFullPath", Shape::Values,
+         "SELECT folder_path(id) AS full_path, folder_box(id) AS kesta_code FROM folder WHERE id = :src_id"},
 
         {"queryFileTableByFileId", Shape::Record, kFiles + "WHERE id = :file_id"},
         {"queryFileTableByFilePathId", Shape::List,
@@ -79,7 +79,8 @@ std::vector<Operation> storageOperations()
         {"queryFileTableByProjectIDAndCommentIdForPage", Shape::Page,
          kFileColumns + kFilesOfProject + " ORDER BY file_id" + kPage},
         {"getFileFullPath", Shape::Values,
-         fullPath("SELECT parent_id, '/' || name FROM file WHERE id = :file_id")},
+         "SELECT rtrim(folder_path(parent_id), '/') || '/' || name AS full_path,"
+         " folder_box(parent_id) AS kesta_code FROM file WHERE id = :file_id"},
     };
 }
 

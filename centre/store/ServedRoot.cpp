@@ -1,34 +1,49 @@
 #include "centre/store/ServedRoot.h"
 
 #include "centre/base/Path.h"
+#include "centre/store/Connection.h"
 #include "centre/store/ResetAtEnd.h"
 
 namespace centre {
 
 namespace {
 
-constexpr char kDiskAt[] = "SELECT id FROM disk WHERE root_path = :path AND company_id = :company"
+// A disk's identifier, or NULL for a package. A disk at the same path comes first.
+constexpr char kRootAt[] = "SELECT id FROM disk WHERE root_path = :path AND company_id = :company"
+                           " AND kesta_code = coalesce(nullif(:box, ''), kesta_code)"
+                           " UNION ALL SELECT NULL FROM version WHERE app_full_path = :path"
                            " AND kesta_code = coalesce(nullif(:box, ''), kesta_code)";
-constexpr char kPackageAt[] = "SELECT 1 FROM version WHERE app_full_path = :path"
-                              " AND kesta_code = coalesce(nullif(:box, ''), kesta_code)";
 
-std::optional<std::uint32_t> diskAt(Connection& connection, std::uint32_t companyId,
-                                    const std::string& boxCode, const std::string& path)
+struct Owner
 {
-    SQLite::Statement& disk = connection.statement(kDiskAt);
-    const ResetAtEnd resetAtEnd(disk);
-    SQLite::bind(disk, path, companyId, boxCode);
-    if (!disk.executeStep())
+    Connection& connection;
+    std::uint32_t companyId;
+    const std::string& boxCode;
+};
+
+/// The root that `path` itself is, or, if it is a package, the folder above it.
+std::optional<ServedRoot> rootAt(const Owner& owner, const std::string& path)
+{
+    SQLite::Statement& found = owner.connection.statement(kRootAt);
+    const ResetAtEnd resetAtEnd(found);
+    SQLite::bind(found, path, owner.companyId, owner.boxCode);
+    if (!found.executeStep())
         return std::nullopt;
-    return disk.getColumn(0).getUInt();
+    const SQLite::Column disk = found.getColumn(0);
+    return disk.isNull() ? ServedRoot{folderAbove(path), std::nullopt} : ServedRoot{path, disk.getUInt()};
 }
 
-bool isPackage(Connection& connection, const std::string& boxCode, const std::string& path)
+/// The innermost root that the folder is or lies below. It is remembered, for the folder's other files.
+std::optional<ServedRoot> rootOfFolder(const Owner& owner, const std::string& folder)
 {
-    SQLite::Statement& package = connection.statement(kPackageAt);
-    const ResetAtEnd resetAtEnd(package);
-    SQLite::bind(package, path, boxCode);
-    return package.executeStep();
+    const std::string key = std::to_string(owner.companyId) + '\0' + owner.boxCode + '\0' + folder;
+    auto& known = owner.connection.memory().servedRoots;
+    if (const auto found = known.find(key); found != known.end())
+        return found->second;
+    std::optional<ServedRoot> root;
+    for (std::string path = folder; !(root = rootAt(owner, path)) && path != "/";)
+        path = folderAbove(path);
+    return known.emplace(key, root).first->second;
 }
 
 } // namespace
@@ -36,14 +51,9 @@ bool isPackage(Connection& connection, const std::string& boxCode, const std::st
 std::optional<ServedRoot> findServedRoot(Connection& connection, std::uint32_t companyId,
                                          const std::string& boxCode, const std::string& path)
 {
-    for (std::string root = path;; root = folderAbove(root)) {
-        if (const auto diskId = diskAt(connection, companyId, boxCode, root))
-            return ServedRoot{root, diskId};
-        if (isPackage(connection, boxCode, root))
-            return ServedRoot{folderAbove(root), std::nullopt};
-        if (root == "/")
-            return std::nullopt;
-    }
+    const Owner owner{connection, companyId, boxCode};
+    const std::optional<ServedRoot> root = rootAt(owner, path);
+    return root || path == "/" ? root : rootOfFolder(owner, folderAbove(path));
 }
 
 } // namespace centre

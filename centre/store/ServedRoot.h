@@ -1,13 +1,13 @@
 #ifndef LUMO_CENTRE_STORE_SERVEDROOT_H
 #define LUMO_CENTRE_STORE_SERVEDROOT_H
 
-#include "centre/store/ConnectionPool.h"
-
 #include <cstdint>
 #include <optional>
 #include <string>
 
 namespace centre {
+
+class Connection;
 
 /// A folder of a storage box whose content the box serves.
 struct ServedRoot

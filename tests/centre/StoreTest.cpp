@@ -1,5 +1,6 @@
 #include "centre/base/Token.h"
 #include "centre/content/Version.h"
+#include "centre/store/Connection.h"
 #include "tests/centre/CentreSupport.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -55,6 +56,42 @@ TEST_F(Store, IsMadeOnceAndWholeAndOpenedOnlyByItsOwnProgram)
     m_Store.database().exec("PRAGMA application_id = 1");
     expectError(ExitCode::NoDataFolder, "not a database of", [this] { reopened(); });
     expectError(ExitCode::NoDataFolder, "of another program", [&] { create("data", "demo"); });
+}
+
+TEST_F(Store, AConnectionForgetsWhatAnyProcessHasChanged)
+{
+    m_Store.addBox("B1", "127.0.0.1:1");
+    m_Data.makeFile("tree/inner/file");
+    import("tree", "outer", "LUMO", "B1");
+    centre::Connection connection(m_Data.path());
+    const auto lookUp = [&] {
+        const auto user = connection.user(m_Data.token());
+        const auto root = centre::findServedRoot(connection, 1, "B1", m_Data.below("tree/inner/file"));
+        const centre::FolderPath* folder = connection.folderPath(2);
+        const std::size_t start = m_Data.below("").size();
+        return (user ? user->name : "nobody") + ", served from " + root->path.substr(start) + ", folder " +
+               folder->path.substr(start) + " of " + folder->box.value_or("no box");
+    };
+    const auto read = [&] {
+        const centre::Read oneState(connection);
+        return lookUp();
+    };
+    EXPECT_EQ(read(), "demo, served from tree, folder tree/inner of B1");
+    Process other(centreCommand(
+        {"import", m_Data.path(), m_Data.below("tree/inner"), "--disk", "inner", "--box", "B1"}));
+    ASSERT_EQ(other.wait(), 0);
+    EXPECT_EQ(read(), "demo, served from tree/inner, folder tree/inner of B1");
+    m_Store.database().exec(
+        "UPDATE user SET username = 'other'; UPDATE folder SET name = 'new' WHERE id = 2");
+    EXPECT_EQ(read(), "other, served from tree/inner, folder tree/new of B1");
+
+    // Its own changes: one that comes to nothing, and one that is committed.
+    connection.database().exec("BEGIN; UPDATE folder SET name = 'never' WHERE id = 2");
+    EXPECT_EQ(lookUp(), "other, served from tree/inner, folder tree/never of B1");
+    connection.database().exec("ROLLBACK");
+    EXPECT_EQ(read(), "other, served from tree/inner, folder tree/new of B1");
+    connection.database().exec("UPDATE disk SET kesta_code = NULL WHERE name = 'outer'; DELETE FROM user");
+    EXPECT_EQ(read(), "nobody, served from tree/inner, folder tree/new of no box");
 }
 
 TEST(Version, NumbersAreInTheirNaturalOrder)

@@ -1,0 +1,97 @@
+#ifndef LUMO_CENTRE_STORE_CONNECTION_H
+#define LUMO_CENTRE_STORE_CONNECTION_H
+
+#include "centre/store/Query.h"
+#include "centre/store/ResetAtEnd.h"
+#include "centre/store/ServedRoot.h"
+#include "centre/store/StorageTree.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+
+namespace centre {
+
+/// The reason for refusing a token that no user has.
+constexpr char kUnknownToken[] = "the token is not that of a user of this centre";
+
+struct User
+{
+    std::string name;
+    std::uint32_t companyId;
+    bool mayWrite;
+};
+
+/// A folder of a disk: its path on the storage box, and the code of the box, if the disk has one.
+struct FolderPath
+{
+    std::string path;
+    std::optional<std::string> box;
+};
+
+/// A connection to the database, with the statements that are prepared on it and a memory of what was looked
+/// up. SQL on it has the functions folder_path(ID), the path of a folder on its storage box, and
+/// folder_box(ID), the box's code. For one thread at a time. Its functions throw SQLite::Exception.
+class Connection
+{
+public:
+    explicit Connection(const std::string& dataFolder);
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    /// Returns the operation prepared on this connection, which keeps it for the next call.
+    Query& query(const Operation& operation, const google::protobuf::MethodDescriptor& method);
+    /// Returns the statement prepared on this connection, which keeps it for the next call by the address of
+    /// `sql`.
+    SQLite::Statement& statement(const char* sql);
+    StorageTree& storageTree();
+    SQLite::Database& database() { return *m_Database; }
+
+    /// Returns the user of a token. A change that any process has committed counts at once.
+    std::optional<User> user(const std::string& token);
+    /// The same; throws std::runtime_error for an unknown token.
+    User requireUser(const std::string& token);
+
+    /// Returns the path of a folder, valid until the next look-up; null if there is no such folder.
+    const FolderPath* folderPath(std::uint32_t folderId);
+
+    /// What was looked up before.
+    struct Memory
+    {
+        std::unordered_map<std::string, User> users; ///< by token
+        std::unordered_map<std::string, std::optional<ServedRoot>>
+            servedRoots; ///< by a key of findServedRoot
+        std::unordered_map<std::uint32_t, FolderPath> folderPaths;
+    };
+    /// Returns the memory, to be read and added to. It is empty after each change of the database, of
+    /// whatever process, and whenever no read is under way, or a transaction.
+    Memory& memory();
+
+private:
+    std::unique_ptr<SQLite::Database> m_Database;
+    std::optional<StorageTree> m_Tree;
+    std::unordered_map<const char*, SQLite::Statement> m_Statements;
+    std::unordered_map<const Operation*, std::unique_ptr<Query>> m_Queries;
+    std::optional<unsigned int> m_MemoryVersion; ///< the database's version that the memory is of
+    Memory m_Memory;
+};
+
+/// A read: all statements on a connection see one state of the database while it lives, and what they look up
+/// is remembered. One at a time on a connection, outside transactions of its own.
+class Read
+{
+public:
+    explicit Read(Connection& connection);
+
+private:
+    SQLite::Statement& m_Statement; ///< under way, which keeps the read open
+    const ResetAtEnd m_ResetAtEnd;
+};
+
+} // namespace centre
+
+#endif
