@@ -8,19 +8,26 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <limits>
 #include <stdexcept>
 #include <thread>
 #include <vector>
 
-/// A cable to a loopback port that counts what moves over it, both ways, and is cut after so many bytes.
+/// A cable to a loopback port that counts what moves over it, both ways, and is cut after so many bytes. With
+/// a pause, which comes after every 16 KiB, it is slow and holds hardly anything.
 class CuttingProxy
 {
 public:
-    explicit CuttingProxy(int targetPort, std::uint64_t cutAfter = std::numeric_limits<std::uint64_t>::max())
-        : m_TargetPort(targetPort), m_CutAfter(cutAfter), m_Listener(::socket(AF_INET, SOCK_STREAM, 0))
+    explicit CuttingProxy(int targetPort, std::uint64_t cutAfter = std::numeric_limits<std::uint64_t>::max(),
+                          std::chrono::milliseconds pause = std::chrono::milliseconds(0))
+        : m_TargetPort(targetPort),
+          m_CutAfter(cutAfter),
+          m_Pause(pause),
+          m_Listener(::socket(AF_INET, SOCK_STREAM, 0))
     {
+        holdLittle(m_Listener);
         sockaddr_in address = loopback(0);
         socklen_t length = sizeof address;
         if (::bind(m_Listener, reinterpret_cast<sockaddr*>(&address), length) != 0 ||
@@ -55,6 +62,15 @@ private:
         return address;
     }
 
+    void holdLittle(int socket) const
+    {
+        const int bytes = 16384;
+        if (m_Pause.count() > 0) {
+            ::setsockopt(socket, SOL_SOCKET, SO_RCVBUF, &bytes, sizeof bytes);
+            ::setsockopt(socket, SOL_SOCKET, SO_SNDBUF, &bytes, sizeof bytes);
+        }
+    }
+
     bool over() const { return m_Ending || m_Moved >= m_CutAfter; }
 
     void acceptAll()
@@ -73,6 +89,7 @@ private:
     void connect(int near)
     {
         const int far = ::socket(AF_INET, SOCK_STREAM, 0);
+        holdLittle(far);
         const sockaddr_in address = loopback(m_TargetPort);
         if (!over() && ::connect(far, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
             forward(near, far);
@@ -82,7 +99,7 @@ private:
 
     void forward(int near, int far)
     {
-        std::vector<char> buffer(65536);
+        std::vector<char> buffer(m_Pause.count() > 0 ? 16384 : 65536);
         pollfd ends[] = {{near, POLLIN, 0}, {far, POLLIN, 0}};
         while (!over()) {
             if (::poll(ends, 2, 20) <= 0)
@@ -100,12 +117,14 @@ private:
                     sent += each;
                 }
                 m_Moved += static_cast<std::uint64_t>(count);
+                std::this_thread::sleep_for(m_Pause);
             }
         }
     }
 
     const int m_TargetPort;
     const std::uint64_t m_CutAfter;
+    const std::chrono::milliseconds m_Pause;
     const int m_Listener;
     int m_Port = 0;
     std::atomic<bool> m_Ending{false};

@@ -34,8 +34,8 @@ class TestServer
 public:
     static constexpr char kToken[] = "open-sesame";
 
-    explicit TestServer(TestService& service, bool anyToken = true, const std::string& certificate = {},
-                        const std::string& key = {})
+    explicit TestServer(google::protobuf::Service& service, bool anyToken = true,
+                        const std::string& certificate = {}, const std::string& key = {})
     {
         wirecall::RpcServer::Options options;
         options.address = "127.0.0.1:0";

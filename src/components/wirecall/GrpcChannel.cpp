@@ -1,26 +1,25 @@
+#include "components/wirecall/GrpcChannel.h"
+
 #include "components/wirecall/Address.h"
+#include "components/wirecall/ClientCall.h"
 #include "components/wirecall/HandOver.h"
 #include "components/wirecall/PemFile.h"
 #include "components/wirecall/Token.h"
 #include "components/wirecall/WireLimits.h"
-#include "lumo/components/wirecall/RpcChannel.h"
-#include "lumo/components/wirecall/RpcController.h"
 
 #include <boost/make_shared.hpp>
-#include <google/protobuf/descriptor.h>
 #include <google/protobuf/message.h>
 #include <grpcpp/alarm.h>
-#include <grpcpp/channel.h>
-#include <grpcpp/client_context.h>
 #include <grpcpp/create_channel.h>
+#include <grpcpp/generic/generic_stub.h>
 #include <grpcpp/impl/client_unary_call.h>
 #include <grpcpp/impl/codegen/proto_utils.h>
 #include <grpcpp/security/credentials.h>
+#include <grpcpp/support/async_unary_call.h>
 #include <grpcpp/support/channel_arguments.h>
 #include <grpcpp/support/client_callback.h>
 #include <openssl/ssl.h>
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <memory>
@@ -28,171 +27,31 @@
 
 namespace wirecall {
 
-namespace {
-
 using google::protobuf::Closure;
 using google::protobuf::Message;
 using google::protobuf::MethodDescriptor;
+using grpc::internal::RpcMethod;
+
+namespace {
 
 /// A call without a time limit ends this long after the other side stopped answering, in milliseconds.
 constexpr int kKeepaliveTime = 20000;
 constexpr int kKeepaliveTimeout = 10000;
-constexpr long long kLongestTimeLimit = 1000LL * 60 * 60 * 24 * 365;
-
-Failure failureOf(grpc::StatusCode code)
-{
-    switch (code) {
-    case grpc::StatusCode::OK:
-        return Failure::None;
-    case grpc::StatusCode::UNAVAILABLE:
-        return Failure::NoConnection;
-    case grpc::StatusCode::DEADLINE_EXCEEDED:
-        return Failure::TimeLimit;
-    case grpc::StatusCode::UNAUTHENTICATED:
-        return Failure::Unauthenticated;
-    case grpc::StatusCode::UNIMPLEMENTED:
-        return Failure::NotImplemented;
-    default:
-        return Failure::Other;
-    }
-}
-
-std::string methodPath(const MethodDescriptor* method)
-{
-    const std::string& service = method->service()->full_name();
-    const std::string& name = method->name();
-    std::string path;
-    path.reserve(service.size() + name.size() + 2);
-    path.append("/").append(service).append("/").append(name);
-    return path;
-}
 
 /// The first channel that made a call with a closure.
 std::atomic<std::shared_ptr<grpc::Channel>*> keptForItsThreads{nullptr};
 
-class GrpcChannel final : public RpcChannel
+/// Runs a closure on a thread of gRPC.
+void runElsewhere(Closure& done)
 {
-public:
-    GrpcChannel(std::shared_ptr<grpc::Channel> channel, const std::string& target, const std::string& token)
-        : m_Channel(std::move(channel)),
-          m_Target(target),
-          m_Authorization(token.empty() ? token : "Bearer " + token)
-    {
-    }
-
-    void CallMethod(const MethodDescriptor* method, google::protobuf::RpcController* controller,
-                    const Message* request, Message* response, Closure* done) override
-    {
-        RpcController& call = *static_cast<RpcController*>(controller);
-        // gRPC would end the process for a request of more than 2 GiB.
-        if (request->ByteSizeLong() > kLargestMessage)
-            refuse(call, request->ByteSizeLong(), done);
-        else if (done == nullptr)
-            callAndWait(method, call, *request, *response);
-        else
-            callAndReturn(method, call, *request, *response, *done);
-    }
-
-private:
-    void callAndWait(const MethodDescriptor* method, RpcController& controller, const Message& request,
-                     Message& response)
-    {
-        grpc::ClientContext context;
-        prepare(context, controller);
-        const bool connected = isConnected(*m_Channel);
-        const std::string path = methodPath(method);
-        const grpc::internal::RpcMethod unary(path.c_str(), grpc::internal::RpcMethod::NORMAL_RPC);
-        const grpc::Status status =
-            grpc::internal::BlockingUnaryCall(m_Channel.get(), unary, &context, request, &response);
-        conclude(controller, status, connected || reached(context, *m_Channel, m_Target));
-    }
-
-    void callAndReturn(const MethodDescriptor* method, RpcController& controller, const Message& request,
-                       Message& response, Closure& done)
-    {
-        struct Call
-        {
-            grpc::ClientContext context;
-            std::string path;
-            std::string target;
-            std::shared_ptr<grpc::Channel> channel;
-            bool connected;
-        };
-        Call* call = new Call;
-        call->path = methodPath(method);
-        call->target = m_Target;
-        call->channel = m_Channel;
-        call->connected = isConnected(*m_Channel);
-        prepare(call->context, controller);
-        const grpc::internal::RpcMethod unary(call->path.c_str(), grpc::internal::RpcMethod::NORMAL_RPC);
-        // gRPC ends its callback threads when the last channel that used them ends, which may happen on one
-        // of them. The first such channel is kept for ever, so that there is no last one.
-        static std::once_flag once;
-        std::call_once(once, [this] { keptForItsThreads = new std::shared_ptr<grpc::Channel>(m_Channel); });
-        handOver(call);
-        grpc::internal::CallbackUnaryCall(
-            m_Channel.get(), unary, &call->context, &request, &response,
-            [call, &controller, &done](const grpc::Status& status) {
-                takeOver(call);
-                conclude(controller, status,
-                         call->connected || reached(call->context, *call->channel, call->target));
-                delete call;
-                done.Run();
-            });
-    }
-
-    /// Fails a request that is too large. The closure runs on a thread of gRPC, as for any other call.
-    static void refuse(RpcController& controller, std::size_t size, Closure* done)
-    {
-        controller.setOutcome(Failure::Other,
-                              "the request has " + std::to_string(size) + " bytes, more than the " +
-                                  std::to_string(kLargestMessage) + " that a message may have",
-                              false);
-        if (done == nullptr)
-            return;
-        auto* alarm = new grpc::Alarm;
-        handOver(alarm);
-        alarm->Set(std::chrono::system_clock::now(), [alarm, done](bool) {
-            takeOver(alarm);
-            delete alarm;
-            done->Run();
-        });
-    }
-
-    void prepare(grpc::ClientContext& context, const RpcController& controller) const
-    {
-        if (controller.timeout() > 0)
-            context.set_deadline(
-                std::chrono::system_clock::now() +
-                std::chrono::milliseconds(std::min(controller.timeout(), kLongestTimeLimit)));
-        if (!m_Authorization.empty())
-            context.AddMetadata("authorization", m_Authorization);
-    }
-
-    static bool isConnected(grpc::Channel& channel) { return channel.GetState(false) == GRPC_CHANNEL_READY; }
-
-    /// Whether a call that began without a connection got one. Until then gRPC names the target as the call's
-    /// peer.
-    static bool reached(const grpc::ClientContext& context, grpc::Channel& channel, const std::string& target)
-    {
-        return context.peer() != target || isConnected(channel);
-    }
-
-    static void conclude(RpcController& controller, const grpc::Status& status, bool requestSent)
-    {
-        if (status.ok()) {
-            controller.setOutcome(Failure::None, std::string(), true);
-            return;
-        }
-        const std::string& text = status.error_message();
-        controller.setOutcome(failureOf(status.error_code()), text.empty() ? "unknown failure" : text,
-                              requestSent);
-    }
-
-    const std::shared_ptr<grpc::Channel> m_Channel;
-    const std::string m_Target;
-    const std::string m_Authorization;
-};
+    auto* alarm = new grpc::Alarm;
+    handOver(alarm);
+    alarm->Set(std::chrono::system_clock::now(), [alarm, &done](bool) {
+        takeOver(alarm);
+        delete alarm;
+        done.Run();
+    });
+}
 
 grpc::ChannelArguments channelArguments()
 {
@@ -226,6 +85,64 @@ void keepOpenSslToTheEnd()
 RpcChannel::RpcChannel() = default;
 RpcChannel::~RpcChannel() = default;
 
+void GrpcChannel::CallMethod(const MethodDescriptor* method, google::protobuf::RpcController* controller,
+                             const Message* request, Message* response, Closure* done)
+{
+    RpcController& call = *static_cast<RpcController*>(controller);
+    if (refuseTooLarge(*request, call)) {
+        if (done != nullptr)
+            runElsewhere(*done);
+    } else if (done == nullptr) {
+        callAndWait(*method, call, *request, *response);
+    } else {
+        callAndReturn(*method, call, *request, *response, *done);
+    }
+}
+
+void GrpcChannel::callAndWait(const MethodDescriptor& method, RpcController& controller,
+                              const Message& request, Message& response) const
+{
+    if (controller.stallLimit() > 0)
+        return callAndWatch(method, controller, request, response);
+    ClientCall call(m_Connection, method, RpcMethod::NORMAL_RPC, controller);
+    call.conclude(controller, grpc::internal::BlockingUnaryCall(&call.channel(), call.method(),
+                                                                &call.context(), request, &response));
+}
+
+void GrpcChannel::callAndWatch(const MethodDescriptor& method, RpcController& controller,
+                               const Message& request, Message& response) const
+{
+    WaitingCall call(m_Connection, method, RpcMethod::NORMAL_RPC, controller);
+    grpc::Status status;
+    const std::unique_ptr<grpc::ClientAsyncResponseReader<Message>> reader(
+        grpc::internal::ClientAsyncResponseReaderHelper::Create<Message, Message, Message, Message>(
+            &call.channel(), &call.queue(), call.method(), &call.context(), request));
+    reader->StartCall();
+    reader->Finish(&response, &status, nullptr);
+    bool ok = false;
+    call.wait(ok);
+    call.conclude(status);
+}
+
+void GrpcChannel::callAndReturn(const MethodDescriptor& method, RpcController& controller,
+                                const Message& request, Message& response, Closure& done) const
+{
+    auto* call = new ClientCall(m_Connection, method, RpcMethod::NORMAL_RPC, controller);
+    // gRPC ends its callback threads when the last channel that used them ends, which may happen on one of
+    // them. The first such channel is kept for ever, so that there is no last one.
+    static std::once_flag once;
+    std::call_once(once,
+                   [this] { keptForItsThreads = new std::shared_ptr<grpc::Channel>(m_Connection->channel); });
+    handOver(call);
+    grpc::internal::CallbackUnaryCall(&call->channel(), call->method(), &call->context(), &request, &response,
+                                      [call, &controller, &done](const grpc::Status& status) {
+                                          takeOver(call);
+                                          call->conclude(controller, status);
+                                          delete call;
+                                          done.Run();
+                                      });
+}
+
 boost::shared_ptr<RpcChannel> openChannel(const ChannelOptions& options, std::string& error)
 {
     Address address;
@@ -249,8 +166,9 @@ boost::shared_ptr<RpcChannel> openChannel(const ChannelOptions& options, std::st
         credentials = grpc::SslCredentials(tls);
     }
     const std::string target = "dns:///" + options.address;
-    return boost::make_shared<GrpcChannel>(grpc::CreateCustomChannel(target, credentials, channelArguments()),
-                                           target, options.token);
+    return boost::make_shared<GrpcChannel>(std::make_shared<const Connection>(
+        Connection{grpc::CreateCustomChannel(target, credentials, channelArguments()), target,
+                   options.token.empty() ? std::string() : "Bearer " + options.token}));
 }
 
 } // namespace wirecall

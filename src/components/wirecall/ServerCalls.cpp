@@ -1,12 +1,17 @@
 #include "components/wirecall/ServerCalls.h"
 
 #include "components/wirecall/HandOver.h"
+#include "components/wirecall/ServerStreams.h"
+#include "components/wirecall/StreamMessages.h"
 
 #include <google/protobuf/descriptor.h>
 #include <grpcpp/impl/codegen/proto_utils.h>
 
 #include <exception>
 #include <memory>
+#include <stdexcept>
+#include <string>
+#include <utility>
 
 namespace wirecall {
 
@@ -33,9 +38,9 @@ private:
 
 } // namespace
 
-/// One call from its arrival to its end. It lives until both of its events have come: its answer was sent,
-/// and gRPC has finished with it (which comes at once for a cancelled call).
-class ServerCalls::Call final : public ServerCall, private Closure
+/// One call from its arrival to its end. It lives until all of its events have come: at least, that its
+/// answer was sent, and that gRPC has finished with it (which comes at once for a cancelled call).
+class ServerCalls::Call final : public ServerCall, public StreamCall, private Closure
 {
 public:
     Call(ServerCalls& calls, grpc::AsyncGenericService& generic, grpc::ServerCompletionQueue& queue)
@@ -45,6 +50,7 @@ public:
           m_Stream(&m_Context),
           m_Arrived(*this, &Call::arrived),
           m_Received(*this, &Call::received),
+          m_StepEnded(*this, &Call::stepEnded),
           m_Answered(*this, &Call::answered),
           m_Done(*this, &Call::done)
     {
@@ -87,6 +93,47 @@ public:
         callback->Run();
     }
 
+    void give(std::unique_ptr<StreamSource> source) override
+    {
+        requireStream(m_Method->descriptor->server_streaming());
+        m_Messages = std::make_unique<OutgoingStream>(*this, std::move(source), *m_Response);
+    }
+
+    void give(std::unique_ptr<StreamSink> sink) override
+    {
+        requireStream(m_Method->descriptor->client_streaming());
+        m_Messages = std::make_unique<IncomingStream>(*this, std::move(sink), *m_Request, m_Buffer);
+        m_Buffer.Clear();
+    }
+
+    void send(const grpc::ByteBuffer& message) override
+    {
+        expect();
+        m_Stream.Write(message, &m_StepEnded);
+    }
+
+    void receive(grpc::ByteBuffer& message) override
+    {
+        expect();
+        m_Stream.Read(&message, &m_StepEnded);
+    }
+
+    void confirm() override
+    {
+        expect();
+        m_Stream.SendInitialMetadata(&m_StepEnded);
+    }
+
+    void setFailed(const std::string& reason) override { SetFailed(reason); }
+
+    void end(bool withAnswer) override
+    {
+        if (withAnswer || m_Failed)
+            Run();
+        else
+            conclude(grpc::Status::OK);
+    }
+
     // The members of a controller that only a caller uses.
     void Reset() override {}
     bool Failed() const override { return m_Failed; }
@@ -114,21 +161,21 @@ private:
             refuse(grpc::StatusCode::UNAUTHENTICATED, reason);
             return;
         }
-        handOver(&m_Queue);
+        expect();
         m_Stream.Read(&m_Buffer, &m_Received);
     }
 
     void received(bool ok)
     {
-        if (!ok) {
-            refuse(grpc::StatusCode::INTERNAL, "no request arrived");
-            return;
-        }
         try {
-            runMethod();
+            if (ok)
+                runMethod();
+            else
+                refuse(grpc::StatusCode::INTERNAL, "no request arrived");
         } catch (const std::exception& exception) {
             refuse(grpc::StatusCode::INTERNAL, exception.what());
         }
+        release();
     }
 
     bool isAuthentic(std::string& reason) const
@@ -145,12 +192,23 @@ private:
     {
         m_Request.reset(m_Method->service->GetRequestPrototype(m_Method->descriptor).New());
         m_Response.reset(m_Method->service->GetResponsePrototype(m_Method->descriptor).New());
-        grpc::ProtoBufferReader reader(&m_Buffer);
-        if (!m_Request->ParseFromZeroCopyStream(&reader)) {
+        if (!parseRequest()) {
             refuse(grpc::StatusCode::INVALID_ARGUMENT, "the request can't be parsed");
             return;
         }
         m_Method->service->CallMethod(m_Method->descriptor, this, m_Request.get(), m_Response.get(), this);
+        if (m_Messages)
+            m_Messages->work();
+    }
+
+    bool parseRequest()
+    {
+        if (m_Method->descriptor->client_streaming()) {
+            Payload data; // the stream will take it
+            return takeApart(m_Buffer, *m_Request, data);
+        }
+        grpc::ProtoBufferReader reader(&m_Buffer);
+        return m_Request->ParseFromZeroCopyStream(&reader);
     }
 
     /// Sends the method's answer; called on any thread.
@@ -174,12 +232,33 @@ private:
         m_Stream.WriteAndFinish(answer, grpc::WriteOptions(), grpc::Status::OK, &m_Answered);
     }
 
-    void refuse(grpc::StatusCode code, const std::string& text)
+    void refuse(grpc::StatusCode code, const std::string& text) { conclude(grpc::Status(code, text)); }
+
+    void conclude(const grpc::Status& status)
     {
         if (m_Concluded.exchange(true))
             return;
         handOver(&m_Queue);
-        m_Stream.Finish(grpc::Status(code, text), &m_Answered);
+        m_Stream.Finish(status, &m_Answered);
+    }
+
+    void requireStream(bool declared) const
+    {
+        if (!declared || m_Messages)
+            throw std::logic_error(method() + " can't have this stream");
+    }
+
+    /// Another event will come.
+    void expect()
+    {
+        ++m_EventsLeft;
+        handOver(&m_Queue);
+    }
+
+    void stepEnded(bool ok)
+    {
+        m_Messages->stepEnded(ok);
+        release();
     }
 
     void answered(bool) { release(); }
@@ -212,13 +291,14 @@ private:
     grpc::ServerCompletionQueue& m_Queue;
     grpc::GenericServerContext m_Context;
     grpc::GenericServerAsyncReaderWriter m_Stream;
-    MemberEvent<Call> m_Arrived, m_Received, m_Answered, m_Done;
-    std::atomic<int> m_EventsLeft{2};
+    MemberEvent<Call> m_Arrived, m_Received, m_StepEnded, m_Answered, m_Done;
+    std::atomic<int> m_EventsLeft{2}; ///< that it is answered and done, and others that will come
 
     const Method* m_Method = nullptr;
     grpc::ByteBuffer m_Buffer;
     std::unique_ptr<Message> m_Request;
     std::unique_ptr<Message> m_Response;
+    std::unique_ptr<ServerStream> m_Messages; ///< of a method with a stream
     bool m_Failed = false;
     std::string m_FailureText;
     std::atomic<bool> m_Concluded{false}; ///< an answer or a refusal is being sent
@@ -238,7 +318,8 @@ void ServerCalls::add(google::protobuf::Service* service)
     const google::protobuf::ServiceDescriptor* descriptor = service->GetDescriptor();
     for (int i = 0; i < descriptor->method_count(); ++i) {
         const google::protobuf::MethodDescriptor* method = descriptor->method(i);
-        m_Methods["/" + descriptor->full_name() + "/" + method->name()] = Method{service, method};
+        if (!method->client_streaming() || !method->server_streaming()) // both at once is not supported
+            m_Methods["/" + descriptor->full_name() + "/" + method->name()] = Method{service, method};
     }
 }
 

@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include <sys/uio.h>
@@ -23,21 +24,22 @@ namespace wirecall {
 class LUMO_EXPORT Payload
 {
 public:
+    struct Memory; ///< what holds the pieces
+
     Payload();
     ~Payload();
     Payload(Payload&& other) noexcept;
     Payload& operator=(Payload&& other) noexcept;
+    /// For the runtime.
+    Payload(std::unique_ptr<Memory> memory, std::vector<iovec> pieces);
 
     const std::vector<iovec>& pieces() const { return m_Pieces; }
     /// The length of all pieces together, in bytes.
-    std::size_t size() const { return m_Size; }
+    std::size_t size() const;
 
 private:
-    friend class MessageParser;
-    struct Memory;
     std::unique_ptr<Memory> m_Memory;
     std::vector<iovec> m_Pieces;
-    std::size_t m_Size = 0;
 };
 
 /// The data of a message that will be sent: memory that the sender fills. Empty: a message without data.
@@ -46,20 +48,18 @@ class LUMO_EXPORT OutgoingBuffer
 public:
     static constexpr std::size_t kLargest = std::size_t(1024) * 1024;
 
-    OutgoingBuffer();
+    OutgoingBuffer() = default;
     /// Takes `size` bytes, not initialised. Throws std::length_error above kLargest.
     explicit OutgoingBuffer(std::size_t size);
-    ~OutgoingBuffer();
-    OutgoingBuffer(OutgoingBuffer&& other) noexcept;
-    OutgoingBuffer& operator=(OutgoingBuffer&& other) noexcept;
 
-    char* data();
-    std::size_t size() const;
+    char* data() { return m_Data.get(); }
+    std::size_t size() const { return m_Data ? m_Size : 0; }
+    /// Gives the memory away, for the runtime; the buffer is empty then.
+    std::unique_ptr<char[]> release() { return std::move(m_Data); }
 
 private:
-    friend class MessageWriter;
-    struct Memory;
-    std::unique_ptr<Memory> m_Memory;
+    std::unique_ptr<char[]> m_Data;
+    std::size_t m_Size = 0;
 };
 
 /// The client's side of a call with a stream of answers.
