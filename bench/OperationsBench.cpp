@@ -18,6 +18,7 @@
 #include <deque>
 #include <iostream>
 #include <mutex>
+#include <optional>
 #include <sstream>
 
 namespace {
@@ -165,14 +166,16 @@ void analyzing(benchmark::State& state, const World& world)
 int main(int argc, char** argv)
 try {
     const QTemporaryDir images;
-    const World world([&](centre::Store& store) { fill(store, images); });
-    benchmark::RegisterBenchmark("registering", registering, std::cref(world))->Iterations(2);
-    benchmark::RegisterBenchmark("analyzing", analyzing, std::cref(world))->Iterations(4);
     rows::add("10,000 registrations in batches of 500, ns: stub", "registering:ours_p50",
               "registering:bare_p50", rows::Aim::kAtMost, 1.1);
     rows::add("1,000 analyses outstanding at once, ns: stub", "analyzing:ours_p50", "analyzing:bare_p50",
               rows::Aim::kAtMost, 1.1);
-    return rows::run(argc, argv);
+    std::optional<World> world;
+    return rows::run(argc, argv, [&] {
+        world.emplace([&](centre::Store& store) { fill(store, images); });
+        benchmark::RegisterBenchmark("registering", registering, std::cref(*world))->Iterations(2);
+        benchmark::RegisterBenchmark("analyzing", analyzing, std::cref(*world))->Iterations(4);
+    });
 } catch (const std::exception& error) {
     std::cerr << "operations_bench: " << error.what() << '\n';
     return 1;

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <map>
+#include <regex>
 #include <vector>
 
 namespace rows {
@@ -83,6 +84,21 @@ void print(const Row& row, double ours, double baseline)
                 row.aim == Aim::kAtMost ? "<=" : ">=", row.limit, met ? "met" : "missed");
 }
 
+constexpr char kRowsOption[] = "--rows=";
+
+/// Keeps the rows whose names have a match; returns a pattern for the benchmarks that they need.
+std::string select(const std::string& pattern)
+{
+    const std::regex wanted(pattern, std::regex::extended | std::regex::icase);
+    const auto unwanted = [&](const Row& row) { return !std::regex_search(row.name, wanted); };
+    table().erase(std::remove_if(table().begin(), table().end(), unwanted), table().end());
+    std::string benchmarks;
+    for (const Row& row : table())
+        for (const std::string& figure : {row.ours, row.baseline})
+            benchmarks += (benchmarks.empty() ? "^(" : "|") + figure.substr(0, figure.find(':'));
+    return benchmarks + ")(/|$)";
+}
+
 } // namespace
 
 void add(const std::string& row, const std::string& ours, const std::string& baseline, Aim aim, double limit)
@@ -90,12 +106,19 @@ void add(const std::string& row, const std::string& ours, const std::string& bas
     table().push_back({row, ours, baseline, aim, limit});
 }
 
-int run(int argc, char** argv)
+int run(int argc, char** argv, const std::function<void()>& setUp)
 {
     // Given first, so that the command line can override them.
     std::vector<std::string> options = {argv[0], "--benchmark_repetitions=15", "--benchmark_min_time=0.02",
                                         "--benchmark_enable_random_interleaving=true"};
-    options.insert(options.end(), argv + 1, argv + argc);
+    for (int i = 1; i < argc; ++i)
+        if (const std::string option = argv[i]; option.rfind(kRowsOption, 0) == 0)
+            options.push_back("--benchmark_filter=" + select(option.substr(sizeof kRowsOption - 1)));
+        else
+            options.push_back(option);
+    if (table().empty())
+        return EXIT_SUCCESS;
+    setUp();
     std::vector<char*> arguments;
     arguments.reserve(options.size());
     for (std::string& option : options)

@@ -1,6 +1,7 @@
 #ifndef LUMO_BENCH_ROWS_H
 #define LUMO_BENCH_ROWS_H
 
+#include <functional>
 #include <string>
 
 /// The rows of a benchmark program: each puts one figure of ours beside its baseline from the same run.
@@ -17,10 +18,13 @@ enum class Aim
 /// "benchmark:counter", for a counter of it.
 void add(const std::string& row, const std::string& ours, const std::string& baseline, Aim aim, double limit);
 
-/// Runs the registered benchmarks, repetitions interleaved, and prints the rows: a time is that
-/// of its fastest repetition, a counter the median of all.
-/// The process's exit status: 0, or 1 when a benchmark failed or a figure is missing.
-int run(int argc, char** argv);
+/// Calls `setUp`, runs the registered benchmarks, repetitions interleaved, and prints the rows: a time is
+/// that of its fastest repetition, a counter the median of all. `--rows=PATTERN`, an extended regular
+/// expression, keeps the rows whose names have a match; without any left nothing happens. The other arguments
+/// are the benchmark library's. Returns the process's exit status: 0, or 1 when a benchmark failed or a
+/// figure is missing.
+int run(
+    int argc, char** argv, const std::function<void()>& setUp = [] {});
 
 } // namespace rows
 
