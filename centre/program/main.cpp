@@ -1,5 +1,6 @@
 #include "centre/base/Text.h"
 #include "centre/program/Commands.h"
+#include "centre/program/ConfigFile.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -67,6 +68,7 @@ int main(int argc, char** argv)
     centre::addAdministration(app, arguments, result);
     centre::addContent(app, arguments, result);
     centre::addServing(app, arguments, result);
+    centre::ConfigFile::addTo(app);
     app.footer("To begin: lumo-centre init DATA --token-file FILE\n"
                "          lumo-centre serve DATA --listen 127.0.0.1:0\n"
                "Help on a command: lumo-centre COMMAND --help");
