@@ -4,6 +4,7 @@
 
 #include "lumo/client/Session.h"
 #include "lumo/components/bulkhaul/Bulkhaul.h"
+#include "lumo/components/wirecall/LockChecks.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -47,6 +48,7 @@ int main(int argc, char** argv)
     // A file that reaches the limit of its size is a failed write, not the end of the process.
     static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
     bulkhaul::keepFreedMemory();
+    wirecall::endDeadlockSearch();
     try {
         execute(argc, argv);
         return 0;

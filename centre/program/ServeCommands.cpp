@@ -4,6 +4,7 @@
 #include "centre/box/Box.h"
 #include "centre/endpoint/FaultyService.h"
 #include "lumo/components/bulkhaul/Bulkhaul.h"
+#include "lumo/components/wirecall/LockChecks.h"
 
 #include <csignal>
 #include <iostream>
@@ -74,6 +75,7 @@ ExitCode serve(const Arguments& arguments)
     const StopSignals stopSignals;
     raiseDescriptorLimit();
     bulkhaul::keepFreedMemory();
+    wirecall::endDeadlockSearch();
     ServeOptions options = arguments.serve;
     for (const std::string& box : arguments.boxes)
         options.boxes.push_back(parseBox(box));
@@ -94,6 +96,7 @@ ExitCode serveBox(const Arguments& arguments)
     const StopSignals stopSignals;
     raiseDescriptorLimit();
     bulkhaul::keepFreedMemory();
+    wirecall::endDeadlockSearch();
     Faults faults;
     addFaults(faults, arguments.serve.faults, Box::services());
     ListenOptions listen = arguments.serve;

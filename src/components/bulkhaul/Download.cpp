@@ -59,10 +59,8 @@ private:
         if (first.size() > kChunkSize)
             return moveLargeFile(folder, name, m_BoxPath, first.size(), first.version());
         requireChunk(first, first.size(), 0, m_BoxPath);
-        IncomingSmallFiles file(folder, IncomingSmallFiles::Names::Given, m_Transfer.existing);
-        file.add(name, first.data());
+        m_Tally.filesKept += putFile(folder, name, first.data(), m_Transfer.existing) ? 0 : 1;
         m_Tally.bytesMoved += first.data().size();
-        m_Tally.filesKept += file.finish();
     }
 
     static Digest requireChunk(const haulbox::ReadRsp& response, std::uint64_t size, std::uint64_t chunk,

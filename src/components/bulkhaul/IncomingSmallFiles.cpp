@@ -7,6 +7,25 @@
 
 namespace bulkhaul {
 
+namespace {
+
+void writeWhole(const PartialFile& partial, const std::string& data)
+{
+    partial.resize(data.size());
+    partial.write(piecesOf(data), 0);
+}
+
+} // namespace
+
+bool putFile(const Folder& folder, const std::string& name, const std::string& data, Existing existing)
+{
+    struct stat status;
+    findFile(folder, name, status);
+    const PartialFile partial(folder, name, PartialFile::Missing::Make);
+    writeWhole(partial, data);
+    return partial.giveName(folder, existing);
+}
+
 bool IncomingSmallFiles::keeps(const std::string& below)
 {
     std::string name;
@@ -40,14 +59,8 @@ void IncomingSmallFiles::add(const std::string& below, const std::string& data)
     const Folder& folder = m_Folders.parentOf(below, name);
     struct stat status;
     findFile(folder, name, status);
-    write(PartialFile(folder, name, PartialFile::Missing::Make), data);
+    writeWhole(PartialFile(folder, name, PartialFile::Missing::Make), data);
     m_Files.push_back({below, &data, digestOf(data)});
-}
-
-void IncomingSmallFiles::write(const PartialFile& partial, const std::string& data)
-{
-    partial.resize(data.size());
-    partial.write(piecesOf(data), 0);
 }
 
 /// Returns false where an existing file was kept instead.
@@ -64,7 +77,7 @@ bool IncomingSmallFiles::finish(const File& file)
     }
     if (partial.size() != file.data->size() ||
         digestAt(partial.get(), 0, file.data->size(), name) != file.digest)
-        write(partial, *file.data);
+        writeWhole(partial, *file.data);
     return partial.giveName(folder, m_Existing);
 }
 

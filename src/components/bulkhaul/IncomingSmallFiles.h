@@ -11,6 +11,10 @@
 
 namespace bulkhaul {
 
+/// Writes, flushes and names one file, whose data has arrived as a whole. Returns false where an existing
+/// file or link was kept instead. Throws FileFailure.
+bool putFile(const Folder& folder, const std::string& name, const std::string& data, Existing existing);
+
 /// Arriving files of at most one chunk each. They are flushed together, which is much cheaper than one by
 /// one.
 class IncomingSmallFiles
@@ -50,7 +54,6 @@ private:
         Digest digest;
     };
 
-    static void write(const PartialFile& partial, const std::string& data);
     bool finish(const File& file);
 
     FolderCache m_Folders;
