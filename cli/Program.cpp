@@ -56,15 +56,25 @@ Exit codes: 0 success, 1 any other failure, 2 wrong use, 3 centre not reached,
 arrive, was not registered, did not pass or was not copied, 130 or 143 interrupted
 while files moved or records were registered)";
 
-/// What is wrong with the value of a flag, in words; from "Could not convert: --json = maybe".
-std::string flagText(const std::string& error)
+/// What is wrong with what was typed, where CLI11's own words are hard to read.
+std::string textOf(const CLI::ParseError& error)
 {
-    const std::size_t colon = error.find(": ");
-    const std::size_t sign = error.find(" = ");
-    if (colon == std::string::npos || sign == std::string::npos || sign < colon)
-        return error;
-    return error.substr(colon + 2, sign - colon - 2) + ": '" + error.substr(sign + 3) +
-           "' is neither true nor false";
+    const std::string text = error.what();
+    const std::size_t colon = text.find(": ");
+    // "--timeout: 1 required TEXT missing"
+    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr && colon != std::string::npos)
+        return text.substr(0, colon) +
+               (text.find(" missing") != std::string::npos ? " needs a value" : " is given more than once");
+    // "--keep excludes --overwrite"
+    const std::size_t excludes = text.find(" excludes ");
+    if (dynamic_cast<const CLI::ExcludesError*>(&error) != nullptr && excludes != std::string::npos)
+        return text.substr(0, excludes) + " contradicts " + text.substr(excludes + 10);
+    // "Could not convert: --json = maybe"
+    const std::size_t sign = text.find(" = ");
+    if (dynamic_cast<const CLI::ConversionError*>(&error) != nullptr && sign > colon)
+        return text.substr(colon + 2, sign - colon - 2) + ": '" + text.substr(sign + 3) +
+               "' is neither true nor false";
+    return text;
 }
 
 std::string commandList(const CLI::App& app)
@@ -83,7 +93,10 @@ std::string commandList(const CLI::App& app)
 
 Program::Program() : m_App("lumo: the catalogues of a geospatial data centre, and its files", "lumo")
 {
-    m_App.set_version_flag("--version", "lumo " LUMO_VERSION);
+    m_App.set_version_flag("--version", "lumo " LUMO_VERSION, "Print the version and exit");
+    m_App.set_help_flag("-h,--help", "Print this help and exit");
+    m_App.get_formatter()->label("SUBCOMMAND", "COMMAND");
+    m_App.get_formatter()->label("Positionals", "Arguments");
     m_App.require_subcommand(1);
     m_App.footer(std::string(kPlaceHelp) + kFooter);
     m_App.get_formatter()->column_width(24);
@@ -104,9 +117,7 @@ Failure Program::wrongUse(const CLI::ParseError& error) const
     }
     const bool group = !command->get_subcommands([](const CLI::App*) { return true; }).empty();
     const auto extras = m_App.remaining(true);
-    std::string message = error.what();
-    if (const auto* const flag = dynamic_cast<const CLI::ConversionError*>(&error))
-        message = flagText(flag->what());
+    std::string message = textOf(error);
     if (!extras.empty() && extras.front().rfind('-', 0) == 0) {
         const std::string& name = extras.front();
         const bool late = command->get_option_no_throw(name) != nullptr;

@@ -10,8 +10,8 @@ namespace centre {
 CLI::App* command(CLI::App& app, Arguments& arguments, ExitCode& result, const std::string& name,
                   const std::string& description, ExitCode (*run)(const Arguments&))
 {
-    CLI::App* command = app.add_subcommand(name, description);
-    command->add_option("DATA", arguments.data, "the centre's data folder")->type_name("")->required();
+    CLI::App* command = app.add_subcommand(name, description)->group("Commands");
+    command->add_option("DATA", arguments.data, "The centre's data folder")->type_name("")->required();
     command->callback([&arguments, &result, run] { result = run(arguments); });
     return command;
 }
@@ -75,7 +75,7 @@ void addTokenFile(CLI::App* command, Arguments& arguments)
 {
     command
         ->add_option("--token-file", arguments.tokenFile,
-                     "the file to write the user's token to, instead of showing it")
+                     "The file to write the user's token to, instead of showing it")
         ->type_name("FILE");
 }
 
@@ -84,37 +84,37 @@ void addTokenFile(CLI::App* command, Arguments& arguments)
 void addAdministration(CLI::App& app, Arguments& arguments, ExitCode& result)
 {
     CLI::App* each =
-        command(app, arguments, result, "init", "make a data folder with a company and a user", init);
-    each->add_option("--company", arguments.companyNo, "the company's number")
+        command(app, arguments, result, "init", "Make a data folder with a company and a user", init);
+    each->add_option("--company", arguments.companyNo, "The company's number")
         ->type_name("NO")
         ->capture_default_str();
-    each->add_option("--user", arguments.userName, "the user's name")
+    each->add_option("--user", arguments.userName, "The user's name")
         ->type_name("NAME")
         ->capture_default_str();
     addTokenFile(each, arguments);
 
-    each = command(app, arguments, result, "add-company", "add a company", addCompany);
-    each->add_option("NO", arguments.companyNo, "the company's number")->type_name("")->required();
+    each = command(app, arguments, result, "add-company", "Add a company", addCompany);
+    each->add_option("NO", arguments.companyNo, "The company's number")->type_name("")->required();
 
-    each = command(app, arguments, result, "add-user", "add a user of a company", addUser);
-    each->add_option("NAME", arguments.userName, "the user's name")->type_name("")->required();
-    each->add_option("--company", arguments.companyNo, "the company's number")->type_name("NO")->required();
+    each = command(app, arguments, result, "add-user", "Add a user of a company", addUser);
+    each->add_option("NAME", arguments.userName, "The user's name")->type_name("")->required();
+    each->add_option("--company", arguments.companyNo, "The company's number")->type_name("NO")->required();
     each->add_flag("--read-only", arguments.readOnly,
-                   "the user may read and download, but not change or upload anything");
+                   "The user may read and download, but not change or upload anything");
     addTokenFile(each, arguments);
 
-    each = command(app, arguments, result, "add-box", "add a storage box and its address", addBox);
-    each->add_option("CODE", arguments.boxCode, "the box's code")->type_name("")->required();
-    each->add_option("ADDRESS", arguments.boxAddress, "the box's address, HOST:PORT")
+    each = command(app, arguments, result, "add-box", "Add a storage box and its address", addBox);
+    each->add_option("CODE", arguments.boxCode, "The box's code")->type_name("")->required();
+    each->add_option("ADDRESS", arguments.boxAddress, "The box's address, HOST:PORT")
         ->type_name("")
         ->required();
 
-    each = command(app, arguments, result, "add-area", "add a national area", addArea);
-    each->add_option("ID", arguments.areaId, "the area's identifier, a number from 1 to 4294967294")
+    each = command(app, arguments, result, "add-area", "Add a national area", addArea);
+    each->add_option("ID", arguments.areaId, "The area's identifier, a number from 1 to 4294967294")
         ->type_name("")
         ->required();
-    each->add_option("NAME", arguments.areaName, "the area's name")->type_name("")->required();
-    each->add_option("--parent", arguments.areaParent, "the identifier of the area that it is part of")
+    each->add_option("NAME", arguments.areaName, "The area's name")->type_name("")->required();
+    each->add_option("--parent", arguments.areaParent, "The identifier of the area that it is part of")
         ->type_name("ID");
 }
 

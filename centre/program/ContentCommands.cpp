@@ -116,21 +116,21 @@ ExitCode sample(const Arguments& arguments)
 void addRecordCommands(CLI::App& app, Arguments& arguments, ExitCode& result)
 {
     CLI::App* each =
-        command(app, arguments, result, "load", "add records of the image catalogue from JSON lines", load);
+        command(app, arguments, result, "load", "Add records of the image catalogue from JSON lines", load);
     each->add_option("FILE", arguments.recordFile,
-                     "the file, a JSON object on each line; - for standard input")
+                     "The file, a JSON object on each line; - for standard input")
         ->type_name("")
         ->required();
 
-    each = command(app, arguments, result, "sample", "add a made-up image catalogue for trials", sample);
-    each->add_option("--images", arguments.sampleImages, "how many images and products, up to 100000000")
+    each = command(app, arguments, result, "sample", "Add a made-up image catalogue for trials", sample);
+    each->add_option("--images", arguments.sampleImages, "How many images and products, up to 100000000")
         ->required()
-        ->check(CLI::Range(0, 100000000))
+        ->check(CLI::Range(0, 100000000).description(""))
         ->type_name("N");
-    each->add_option("--seed", arguments.sampleSeed, "a number; another seed makes another catalogue")
+    each->add_option("--seed", arguments.sampleSeed, "A number; another seed makes another catalogue")
         ->type_name("N")
         ->capture_default_str();
-    each->add_option("--company", arguments.companyNo, "the number of the company that owns the projects")
+    each->add_option("--company", arguments.companyNo, "The number of the company that owns the projects")
         ->type_name("NO")
         ->capture_default_str();
 }
@@ -140,36 +140,36 @@ void addRecordCommands(CLI::App& app, Arguments& arguments, ExitCode& result)
 void addContent(CLI::App& app, Arguments& arguments, ExitCode& result)
 {
     CLI::App* each = command(app, arguments, result, "import",
-                             "register the content of a real folder as a disk", importTree);
-    each->add_option("DIR", arguments.import.folder, "the folder")->type_name("")->required();
-    each->add_option("--disk", arguments.import.diskName, "the disk's name; the first import makes the disk")
+                             "Register the content of a real folder as a disk", importTree);
+    each->add_option("DIR", arguments.import.folder, "The folder")->type_name("")->required();
+    each->add_option("--disk", arguments.import.diskName, "The disk's name; the first import makes the disk")
         ->type_name("NAME")
         ->required();
-    each->add_option("--company", arguments.companyNo, "the number of the company that owns the disk")
+    each->add_option("--company", arguments.companyNo, "The number of the company that owns the disk")
         ->type_name("NO")
         ->capture_default_str();
-    each->add_option("--box", arguments.import.boxCode, "the code of the storage box that holds the disk")
+    each->add_option("--box", arguments.import.boxCode, "The code of the storage box that holds the disk")
         ->type_name("CODE");
 
     each =
-        command(app, arguments, result, "add-version", "add a version of a program or a module", addVersion);
+        command(app, arguments, result, "add-version", "Add a version of a program or a module", addVersion);
     CLI::Option* program =
-        each->add_option("--program", arguments.programNo, "the program's number")->type_name("NO");
-    each->add_option("--module", arguments.moduleNo, "the module's number, if it is a version of a module")
+        each->add_option("--program", arguments.programNo, "The program's number")->type_name("NO");
+    each->add_option("--module", arguments.moduleNo, "The module's number, if it is a version of a module")
         ->type_name("NO")
         ->excludes(program);
     Version& version = arguments.version;
-    each->add_option("--version", version.version, "the version number")->type_name("V")->required();
-    each->add_option("--path", version.path, "the package, a file or a folder")
+    each->add_option("--version", version.version, "The version number")->type_name("V")->required();
+    each->add_option("--path", version.path, "The package, a file or a folder")
         ->type_name("PATH")
         ->required();
-    each->add_option("--box", version.boxCode, "the code of the storage box that holds the package")
+    each->add_option("--box", version.boxCode, "The code of the storage box that holds the package")
         ->type_name("CODE")
         ->required();
-    each->add_option("--name", version.name, "a name; without it the number of the program or module");
-    each->add_option("--date", version.released, "the day of the release; without it today")
+    each->add_option("--name", version.name, "A name; without it the number of the program or module");
+    each->add_option("--date", version.released, "The day of the release; without it today")
         ->type_name("YYYY-MM-DD");
-    each->add_option("--notes", version.notes, "the release notes");
+    each->add_option("--notes", version.notes, "The release notes");
     addRecordCommands(app, arguments, result);
 }
 

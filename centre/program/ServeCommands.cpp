@@ -112,20 +112,20 @@ ExitCode serveBox(const Arguments& arguments)
 void addListening(CLI::App* command, Arguments& arguments)
 {
     CLI::Option* certificate =
-        command->add_option("--tls-cert", arguments.serve.tlsCertificate, "the certificate, a PEM file")
+        command->add_option("--tls-cert", arguments.serve.tlsCertificate, "The certificate, a PEM file")
             ->type_name("FILE");
     CLI::Option* key =
-        command->add_option("--tls-key", arguments.serve.tlsKey, "the certificate's key, a PEM file")
+        command->add_option("--tls-key", arguments.serve.tlsKey, "The certificate's key, a PEM file")
             ->type_name("FILE");
     certificate->needs(key);
     key->needs(certificate);
     command
         ->add_flag("--plain-text", arguments.serve.plainText,
-                   "serve other machines without TLS: everyone on the network may read it")
+                   "Serve other machines without TLS: everyone on the network may read it")
         ->excludes(certificate);
     command
         ->add_option("--fault", arguments.serve.faults,
-                     "a fault for tests: OPERATION[@N]=stall|exit|refuse|result:R|corrupt or"
+                     "A fault for tests: OPERATION[@N]=stall|exit|refuse|result:R|corrupt or"
                      " OPERATION=break:BYTES; may be repeated")
         ->type_name("FAULT")
         ->take_all();
@@ -136,26 +136,26 @@ void addListening(CLI::App* command, Arguments& arguments)
 void addServing(CLI::App& app, Arguments& arguments, ExitCode& result)
 {
     CLI::App* each =
-        command(app, arguments, result, "serve", "serve a data folder until SIGTERM or SIGINT", serve);
+        command(app, arguments, result, "serve", "Serve a data folder until SIGTERM or SIGINT", serve);
     each->add_option("--listen", arguments.serve.address,
-                     "the address to listen on; port 0 takes a free port")
+                     "The address to listen on; port 0 takes a free port")
         ->type_name("HOST:PORT")
         ->required();
     each->add_option("--box", arguments.boxes,
-                     "a storage box to serve as well, at its last address if none is given; may be repeated")
+                     "A storage box to serve as well, at its last address if none is given; may be repeated")
         ->type_name("CODE[=HOST:PORT]")
         ->take_all();
     each->add_option("--copy-root", arguments.serve.copyRoots,
-                     "a folder of this machine that users may copy files from and to; may be repeated")
+                     "A folder of this machine that users may copy files from and to; may be repeated")
         ->type_name("DIR")
         ->take_all();
     addListening(each, arguments);
 
     each =
-        command(app, arguments, result, "serve-box", "serve a storage box until SIGTERM or SIGINT", serveBox);
-    each->add_option("CODE", arguments.boxCode, "the box's code")->type_name("")->required();
+        command(app, arguments, result, "serve-box", "Serve a storage box until SIGTERM or SIGINT", serveBox);
+    each->add_option("CODE", arguments.boxCode, "The box's code")->type_name("")->required();
     each->add_option("--listen", arguments.boxAddress,
-                     "the address to listen on, without it the last one; port 0 takes a free port")
+                     "The address to listen on, without it the last one; port 0 takes a free port")
         ->type_name("HOST:PORT");
     addListening(each, arguments);
 }

@@ -36,6 +36,10 @@ ExitCode reportWrongUse(const CLI::App& app, const CLI::ParseError& error)
     std::string message = error.what();
     if (error.get_name() == "ConversionError") // "Could not convert: ID = x"
         message = "not a valid number" + message.substr(message.find(':'));
+    if (error.get_name() == "ArgumentMismatch" && message.find(": ") != std::string::npos)
+        message =
+            message.substr(0, message.find(": ")) + // "--user: 1 required NAME missing"
+            (message.find(" missing") != std::string::npos ? " needs a value" : " is given more than once");
     if (!extras.empty() && extras.front().rfind('-', 0) == 0)
         message = "there is no option '" + extras.front() + "'";
     else if (!extras.empty() && !chosen.empty())
@@ -58,11 +62,16 @@ int main(int argc, char** argv)
     // A write beyond the limit of a file's size must fail, not end the process.
     static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
     CLI::App app("A geospatial data centre for development and tests: serves a catalogue of real folders and "
-                 "files from one"
-                 " data folder.",
+                 "files from one data folder.",
                  "lumo-centre");
     app.require_subcommand(1);
-    app.set_version_flag("--version", "lumo-centre " LUMO_VERSION);
+    app.set_version_flag("--version", "lumo-centre " LUMO_VERSION, "Print the version and exit");
+    app.set_help_flag("-h,--help", "Print this help and exit");
+    app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+    app.get_formatter()->label("Positionals", "Arguments");
+    app.get_formatter()->label("REQUIRED", "(required)");
+    app.get_formatter()->label("Needs", "with");
+    app.get_formatter()->label("Excludes", "not with");
     centre::Arguments arguments;
     ExitCode result = ExitCode::Success;
     centre::addAdministration(app, arguments, result);

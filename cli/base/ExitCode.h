@@ -3,8 +3,10 @@
 
 #include "lumo/client/Error.h"
 
+#include <cstddef>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace cli {
 
@@ -42,29 +44,30 @@ private:
     throw Failure(ExitCode::WrongUse, message);
 }
 
+/// Ends the command when some of several failed. Prints nothing about a single one, whose failure was
+/// printed.
+inline void requireAll(ExitCode code, std::size_t failed, std::size_t all, const std::string& whatFailed)
+{
+    if (failed > 0)
+        throw Failure(code, all == 1
+                                ? std::string()
+                                : std::to_string(failed) + " of " + std::to_string(all) + " " + whatFailed);
+}
+
 /// The exit code of an error of the client layer that ends the command.
 inline ExitCode exitCodeOf(lumo::Error::Kind kind)
 {
     using Kind = lumo::Error::Kind;
-    switch (kind) {
-    case Kind::WrongUse:
-        return ExitCode::WrongUse;
-    case Kind::NotReached:
-        return ExitCode::CentreNotReached;
-    case Kind::TokenRefused:
-        return ExitCode::TokenRefused;
-    case Kind::UnknownCompany:
-        return ExitCode::UnknownCompany;
-    case Kind::UnknownUser:
-        return ExitCode::UnknownUser;
-    case Kind::NotFound:
-        return ExitCode::NotFound;
-    case Kind::NoAnswer:
-    case Kind::Refused:
-        return ExitCode::CentreFailed;
-    default:
-        return ExitCode::Other;
-    }
+    static constexpr std::pair<Kind, ExitCode> kCodes[] = {
+        {Kind::WrongUse, ExitCode::WrongUse},         {Kind::NotReached, ExitCode::CentreNotReached},
+        {Kind::TokenRefused, ExitCode::TokenRefused}, {Kind::UnknownCompany, ExitCode::UnknownCompany},
+        {Kind::UnknownUser, ExitCode::UnknownUser},   {Kind::NotFound, ExitCode::NotFound},
+        {Kind::NoAnswer, ExitCode::CentreFailed},     {Kind::Refused, ExitCode::CentreFailed},
+    };
+    for (const auto& [known, code] : kCodes)
+        if (known == kind)
+            return code;
+    return ExitCode::Other;
 }
 
 } // namespace cli

@@ -70,6 +70,15 @@ LocalSource localSource(const std::string& path)
     return source;
 }
 
+std::ifstream openedFile(const std::string& path, const std::string& name)
+{
+    std::ifstream file(path, std::ios::binary);
+    const std::string reason = std::strerror(errno);
+    if (!file || isFolder(path))
+        refuse("can't read " + name + ": " + (file ? "it is a folder" : reason));
+    return file;
+}
+
 void makeFolder(const std::string& path)
 {
     requireUtf8(path);

@@ -2,6 +2,7 @@
 #define LUMO_CLI_BASE_LOCALFILES_H
 
 #include <cstdint>
+#include <fstream>
 #include <string>
 
 namespace cli {
@@ -17,6 +18,9 @@ struct LocalSource
 
 /// Throws Failure (WrongUse) when there is no such file or folder, or it can't be sent.
 LocalSource localSource(const std::string& path);
+
+/// Opens a file to read; `name` names it in the message of the Failure (WrongUse) when it can't be read.
+std::ifstream openedFile(const std::string& path, const std::string& name);
 
 /// Makes a local folder where there is none, with those above it; throws Failure (WrongUse).
 void makeFolder(const std::string& path);

@@ -1,16 +1,14 @@
 #include "cli/base/Options.h"
 
 #include "cli/base/ExitCode.h"
+#include "cli/base/LocalFiles.h"
 
-#include <filesystem>
+#include <algorithm>
 #include <fstream>
 
 namespace cli {
 
 namespace {
-
-constexpr const char* kConnection = "Connection";
-constexpr const char* kOutput = "Output";
 
 void require(const std::string& value, const char* option, const char* variable, const char* example)
 {
@@ -48,45 +46,50 @@ void applySetting(CLI::App& app, const std::string& path, const CLI::ConfigItem&
 
 } // namespace
 
+std::string oneOf(const std::vector<std::string>& words, const std::string& value)
+{
+    std::string list;
+    for (const std::string& word : words)
+        list += (list.empty() ? "" : ", ") + word;
+    return std::count(words.begin(), words.end(), value) > 0 ? "" : "'" + value + "' is not one of " + list;
+}
+
 void addOptions(CLI::App& app, Options& options)
 {
-    const auto add = [&app](const char* name, auto& value, const char* environment, const char* group,
-                            const char* description) {
-        return app.add_option(name, value, description)->envname(environment)->group(group);
+    const char* group = "Connection";
+    const auto add = [&](const char* name, auto& value, const char* environment, const char* text,
+                         const char* description) {
+        return app.add_option(name, value, description)
+            ->option_text(text)
+            ->envname(environment)
+            ->group(group);
     };
-    const auto flag = [&app](const char* name, bool& value, const char* environment, const char* group,
-                             const char* description) {
+    const auto flag = [&](const char* name, bool& value, const char* environment, const char* description) {
         // A blank in place of the name of the variable, which is in the footer.
-        return app.add_flag(name, value, description)->envname(environment)->group(group)->option_text(" ");
+        app.add_flag(name, value, description)->option_text(" ")->envname(environment)->group(group);
     };
-    add("--centre", options.settings.centre, "LUMO_CENTRE", kConnection, "The centre's address")
-        ->option_text("HOST:PORT");
-    add("--token-file", options.settings.tokenFile, "LUMO_TOKEN_FILE", kConnection,
-        "File that holds the user's token")
-        ->option_text("FILE");
-    add("--user", options.settings.user, "LUMO_USER", kConnection, "User name")->option_text("NAME");
-    add("--company", options.settings.company, "LUMO_COMPANY", kConnection, "Company number")
-        ->option_text("NUMBER");
-    add("--timeout", options.timeout, "LUMO_TIMEOUT", kConnection,
-        "Time limit of each call: 500ms, 10s, 2m; 0 for none (default 10s)")
-        ->option_text("TIME");
-    add("--tls-ca", options.settings.tlsCa, "LUMO_TLS_CA", kConnection, "Certificate authority to trust, PEM")
-        ->option_text("FILE");
-    flag("--tls", options.settings.tls, "LUMO_TLS", kConnection,
-         "TLS to this machine too (other hosts always get it)");
-    flag("--plain-text", options.settings.plainText, "LUMO_PLAIN_TEXT", kConnection,
+    lumo::Session::Settings& settings = options.settings;
+    add("--centre", settings.centre, "LUMO_CENTRE", "HOST:PORT", "The centre's address");
+    add("--token-file", settings.tokenFile, "LUMO_TOKEN_FILE", "FILE", "File that holds the user's token");
+    add("--user", settings.user, "LUMO_USER", "NAME", "User name");
+    add("--company", settings.company, "LUMO_COMPANY", "NUMBER", "Company number");
+    add("--timeout", options.timeout, "LUMO_TIMEOUT", "TIME",
+        "Time limit of each call: 500ms, 10s, 2m; 0 for none (default 10s)");
+    add("--tls-ca", settings.tlsCa, "LUMO_TLS_CA", "FILE", "Certificate authority to trust, PEM");
+    flag("--tls", settings.tls, "LUMO_TLS", "TLS to this machine too (other hosts always get it)");
+    flag("--plain-text", settings.plainText, "LUMO_PLAIN_TEXT",
          "Plain text to another host too; never with a token");
-    add("--profile", options.profile, "LUMO_PROFILE", kConnection,
-        "Settings file (default ~/.config/lumo/profile.ini)")
-        ->option_text("FILE");
-    flag("--json", options.json, "LUMO_JSON", kOutput,
-         "JSON instead of text: a document, or events of transfers");
-    add("--log", options.log, "LUMO_LOG", kOutput, "Append the library's log to this file")
-        ->option_text("FILE");
-    add("--code-page", options.codePage, "LUMO_CODE_PAGE", kOutput,
-        "Code page of the records inside: utf8 or gbk")
-        ->option_text("NAME")
-        ->check(CLI::IsMember({"utf8", "gbk"}));
+    add("--profile", options.profile, "LUMO_PROFILE", "FILE",
+        "Settings file (default ~/.config/lumo/profile.ini)");
+    group = "Output";
+    flag("--json", options.json, "LUMO_JSON",
+         "JSON instead of text: one document; transfers and registrations print events");
+    add("--log", options.log, "LUMO_LOG", "FILE", "Append the library's log to this file");
+    add("--code-page", options.codePage, "LUMO_CODE_PAGE", "NAME",
+        "Code page of the library's records: utf8 or gbk")
+        ->check([](const std::string& name) {
+            return oneOf({"utf8", "gbk"}, name);
+        });
 }
 
 void applyProfile(CLI::App& app, Options& options)
@@ -95,10 +98,7 @@ void applyProfile(CLI::App& app, Options& options)
         options.profile.empty() ? lumo::Session::Settings::defaultProfile() : options.profile;
     if (path.empty())
         return;
-    std::ifstream file(path);
-    std::error_code ignored;
-    if (!file || std::filesystem::is_directory(path, ignored))
-        refuse("can't read the profile '" + path + "'");
+    std::ifstream file = openedFile(path, "the profile '" + path + "'");
     // A value is all that follows the '=', blanks, commas and '#' too.
     CLI::ConfigINI ini;
     ini.comment('\n')->arrayBounds('\n', '\n')->arrayDelimiter('\n');

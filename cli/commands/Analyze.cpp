@@ -15,9 +15,9 @@ class AnalyzeCommand : public Command
 public:
     explicit AnalyzeCommand(CLI::App& app)
     {
-        addArgument(app, "FILE", m_Typed, "Files of the catalogue, each an image");
-        app.add_option("--sensor", m_Sensor, "The sensor that made them")->option_text("NAME");
-        addFlag(app, "--note", m_Note, "Note what is found in the files' records");
+        addArgument(app, "FILE", m_Typed, "An image file of the catalogue");
+        addOption(app, "--sensor", m_Sensor, "NAME", "The sensor that made them");
+        addFlag(app, "--note", m_Note, "Write what is found into the files' records");
         explain(app, "FILE is a path such as /disk/folder/file or an identifier such as file:33.\n"
                      "--timeout is the limit for all of them together.");
     }
@@ -38,12 +38,7 @@ public:
         show(catalogue, files, verdicts, json);
         const auto failed = std::count_if(verdicts.begin(), verdicts.end(),
                                           [](const auto& verdict) { return !verdict.passed; });
-        if (failed > 0) {
-            throw Failure(ExitCode::TransferFailed, files.size() == 1
-                                                        ? std::string()
-                                                        : std::to_string(failed) + " of " +
-                                                              std::to_string(files.size()) + " did not pass");
-        }
+        requireAll(ExitCode::TransferFailed, static_cast<std::size_t>(failed), files.size(), "did not pass");
     }
 
 private:

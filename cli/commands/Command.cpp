@@ -4,10 +4,10 @@
 
 namespace cli {
 
-CLI::App& CommandSet::declare(const char* name, const char* description)
+CLI::App& CommandSet::declare(const char* name, const std::string& description)
 {
     CLI::App* const app = m_App.add_subcommand(name, description)->fallthrough();
-    app->footer(kCommandFooter);
+    app->footer(kCommandFooter)->group("Commands");
     return *app;
 }
 

@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include <memory>
+#include <string>
 
 namespace cli {
 
@@ -39,7 +40,7 @@ public:
 
     /// Adds a command of type `Made`, which is constructed from its CLI::App and `arguments`.
     template <class Made, class... Arguments>
-    void add(const char* name, const char* description, Arguments... arguments)
+    void add(const char* name, const std::string& description, Arguments... arguments)
     {
         CLI::App& app = declare(name, description);
         app.callback([&given = m_Given, made = std::make_shared<Made>(app, arguments...)] { given = made; });
@@ -49,7 +50,7 @@ public:
     CommandSet addGroup(const char* name, const char* description);
 
 private:
-    CLI::App& declare(const char* name, const char* description);
+    CLI::App& declare(const char* name, const std::string& description);
 
     CLI::App& m_App;
     std::shared_ptr<Command>& m_Given;

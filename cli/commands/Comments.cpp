@@ -29,11 +29,6 @@ std::string kindHelp(const CommentTable& table)
                          : std::string(kKindHelp) + "\nIt can be disk, folder or file, too.";
 }
 
-Json commentJson(const Comments::Comment& comment)
-{
-    return {{"id", comment.id.number()}, {"content", comment.content}, {"state", comment.state}};
-}
-
 /// A kind whose records can be linked to the comments of a table.
 Kind parseLinkedKind(const CommentTable& table, const std::string& word)
 {
@@ -71,16 +66,11 @@ public:
 
     void run(lumo::Session& session, bool json) override
     {
-        Json list = Json::array();
-        Table table({"ID", "CONTENT", "STATE"});
-        for (const Comments::Comment& comment : open(session).all()) {
-            list.push_back(commentJson(comment));
-            table.add(
-                {std::to_string(comment.id.number()), shownText(comment.content), shownText(comment.state)});
-        }
-        print(json           ? jsonText(list)
-              : list.empty() ? std::string("(there are no ") + m_Table.word + "s)\n"
-                             : table.text(listWidth()));
+        std::vector<std::vector<Json>> rows;
+        for (const Comments::Comment& comment : open(session).all())
+            rows.push_back({comment.id.number(), comment.content, comment.state});
+        printList({{"id", "ID"}, {"content", "CONTENT"}, {"state", "STATE"}}, rows,
+                  std::string("(there are no ") + m_Table.word + "s)", json);
     }
 };
 
@@ -97,11 +87,10 @@ public:
     void run(lumo::Session& session, bool json) override
     {
         const Comments::Comment comment = open(session).get(m_ID);
-        Table table({"", ""});
-        table.add({"Identifier", std::to_string(m_ID.number())});
-        table.add({"Content", shownText(comment.content)});
-        table.add({"State", shownText(comment.state)});
-        print(json ? jsonText(commentJson(comment)) : table.text());
+        printFields({{{"id", "Identifier"}, m_ID.number()},
+                     {{"content", "Content"}, comment.content},
+                     {{"state", "State"}, comment.state}},
+                    json);
     }
 
 private:
@@ -219,7 +208,7 @@ private:
     /// Marks are set one by one, and one that fails does not stop the others.
     void linkMarks(const Comments& marks) const
     {
-        int failed = 0;
+        std::size_t failed = 0;
         ExitCode code = ExitCode::NotFound;
         for (const lumo::RecordId record : m_Records) {
             try {
@@ -236,11 +225,7 @@ private:
                                       error.what());
             }
         }
-        if (failed > 0) {
-            throw Failure(code, m_Records.size() == 1 ? std::string()
-                                                      : std::to_string(failed) + " of " +
-                                                            std::to_string(m_Records.size()) + " failed");
-        }
+        requireAll(code, failed, m_Records.size(), "failed");
     }
 
     bool m_Link;
@@ -301,10 +286,11 @@ private:
 
 void addCommon(CommandSet& commands, const CommentTable& table)
 {
-    commands.add<ListCommentsCommand>("list", "List all", &table);
-    commands.add<ShowCommentCommand>("show", "Show one", &table);
-    commands.add<FindCommentCommand>("find", "Find the identifier of a content and a state", &table);
-    commands.add<LinkCommentCommand>("link", "Link records to one", &table, true);
+    const std::string word = table.word;
+    commands.add<ListCommentsCommand>("list", "List all " + word + "s", &table);
+    commands.add<ShowCommentCommand>("show", "Show a " + word, &table);
+    commands.add<FindCommentCommand>("find", "Find the " + word + " with a content and a state", &table);
+    commands.add<LinkCommentCommand>("link", "Link records to a " + word, &table, true);
 }
 
 } // namespace
@@ -313,15 +299,15 @@ void addComments(CommandSet& commands)
 {
     CommandSet comments = commands.addGroup("comment", "List, add and link comments");
     addCommon(comments, kComments);
-    comments.add<AddCommentCommand>("add", "Add one, and link a record to it", &kComments);
+    comments.add<AddCommentCommand>("add", "Add a comment, and link a record to it", &kComments);
     comments.add<CommentTextsCommand>("texts", "List every content once, or the states of a content");
-    comments.add<CommentPlacesCommand>("places",
-                                       "List the folders and files of a project that are linked to one");
+    comments.add<CommentPlacesCommand>(
+        "places", "List the folders and files of a project that are linked to a comment");
 
     CommandSet marks = commands.addGroup("mark", "List, add and set the marks of images");
     addCommon(marks, kMarks);
-    marks.add<AddCommentCommand>("add", "Add one", &kMarks);
-    marks.add<LinkCommentCommand>("unlink", "Remove it from records", &kMarks, false);
+    marks.add<AddCommentCommand>("add", "Add a mark", &kMarks);
+    marks.add<LinkCommentCommand>("unlink", "Remove a mark from records", &kMarks, false);
 }
 
 } // namespace cli

@@ -68,9 +68,7 @@ public:
     {
         CopyCommand::check(options);
         requireAbsolute(m_Source);
-        m_Place = lumo::Place(m_Target);
-        if (m_Place.isRoot())
-            refuse("'/' means all disks: name a disk or a folder");
+        m_Place = parsePlace(m_Target);
     }
 
     void run(lumo::Session& session, bool json) override
@@ -96,7 +94,7 @@ public:
     explicit CopyOutCommand(CLI::App& app) : CopyCommand(app)
     {
         addArgument(app, "PLACE", m_Source, "A file of the catalogue");
-        addArgument(app, "DIST", m_Target, "The folder or the new file on the centre's machine");
+        addArgument(app, "TARGET", m_Target, "The folder or the new file on the centre's machine");
     }
 
     void check(Options& options) override
@@ -120,9 +118,10 @@ private:
 
 void addCopies(CommandSet& commands)
 {
-    commands.add<CopyInCommand>("copy-in", "Have the centre copy a file of its machine to a place");
+    commands.add<CopyInCommand>("copy-in",
+                                "Have the centre copy a file of its own machine to a disk or folder");
     commands.add<CopyOutCommand>("copy-out",
-                                 "Have the centre copy the file of a place to a path of its machine");
+                                 "Have the centre copy a file of the catalogue to a path of its own machine");
 }
 
 } // namespace cli

@@ -4,6 +4,8 @@
 #include "cli/commands/SharedOptions.h"
 #include "cli/progress/Transfer.h"
 
+#include <algorithm>
+#include <iterator>
 #include <set>
 
 namespace cli {
@@ -74,8 +76,7 @@ public:
         m_Moving.add(app);
         addArgument(app, "PLACE", m_Typed,
                     "What to fetch; the last of several arguments is the local folder");
-        app.add_option("--to", m_Folder, "The local folder; all arguments are places then")
-            ->option_text("DIR")
+        addOption(app, "--to", m_Folder, "DIR", "The local folder; all arguments are places then")
             ->check(someName);
         explain(app, std::string(kPlaceHelp) +
                          " The local folder is made if need be; without\none, files go to the current "
@@ -87,10 +88,7 @@ public:
         MovingOptions::apply(options);
         if (m_Folder.empty())
             m_Folder = takeFolder(m_Typed);
-        m_Places.assign(m_Typed.begin(), m_Typed.end());
-        for (const lumo::Place& place : m_Places)
-            if (place.isRoot())
-                refuse("'/' means all disks: name a disk, a folder or a file; 'lumo disks' lists the disks");
+        std::transform(m_Typed.begin(), m_Typed.end(), std::back_inserter(m_Places), parsePlace);
     }
 
     void run(lumo::Session& session, bool json) override
@@ -120,9 +118,9 @@ private:
         transfer.target = below(m_Folder, source.name);
         transfer.folder = m_Folder;
         transfer.overwrite = m_Moving.overwrite;
-        transfer.start = [transfers = session.transfers(), entry = source.entry, folder = m_Folder,
-                          overwrite = m_Moving.overwrite](const lumo::Transfer::Observer& observer) {
-            return transfers.get(entry, folder, {overwrite, observer});
+        transfer.start = [this, transfers = session.transfers(),
+                          entry = source.entry](const lumo::Transfers::Options& options) {
+            return transfers.get(entry, m_Folder, options);
         };
         return transfer;
     }

@@ -71,9 +71,8 @@ public:
     {
         addArgument(app, "TYPE", m_Name,
                     "A type's identifier, or PROJECT/TYPENAME as in north/DEM; with --kind a PROJECT");
-        app.add_option("--kind", m_KindWord, "All records of this kind in the project")->option_text("KIND");
-        app.add_option("--mark", m_Mark, "Only records that have this mark, its identifier")
-            ->option_text("MARK");
+        addOption(app, "--kind", m_KindWord, "KIND", "List all records of this kind in the project");
+        addOption(app, "--mark", m_Mark, "MARK", "List only records that have the mark of this identifier");
     }
 
     void check(Options& options) override

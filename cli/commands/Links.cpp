@@ -8,13 +8,17 @@ namespace {
 
 constexpr const char* kLinkedHelp = "A disk, a folder or a file";
 
-/// A place that can be linked: not all disks at once.
-lumo::Place parseLinked(const std::string& text)
+/// Calls `ask` about a link, and reports one that does not exist by the names that were typed.
+template <class Ask>
+void askForLink(const std::string& whenMissing, Ask ask)
 {
-    lumo::Place place = text;
-    if (place.isRoot())
-        refuse("'/' means all disks, which have no project in common: name a disk, a folder or a file");
-    return place;
+    try {
+        ask();
+    } catch (const lumo::Error& error) {
+        if (error.kind() != lumo::Error::Kind::NotFound)
+            throw;
+        throw Failure(ExitCode::NotFound, whenMissing);
+    }
 }
 
 /// link and unlink.
@@ -28,25 +32,17 @@ public:
         explain(app, std::string(kPlaceHelp) + " A disk is its top folder.");
     }
 
-    void check(Options& /*options*/) override { m_Place = parseLinked(m_Typed); }
+    void check(Options& /*options*/) override { m_Place = parsePlace(m_Typed); }
 
     void run(lumo::Session& session, bool /*json*/) override
     {
         const lumo::Images images = session.images();
         const lumo::ProjectId project = images.project(m_Project).projectId();
         const lumo::Entry entry = session.catalogue().find(m_Place);
-        if (m_Links) {
-            images.link(project, entry);
-            return;
-        }
-        try {
-            images.unlink(project, entry);
-        } catch (const lumo::Error& error) {
-            if (error.kind() != lumo::Error::Kind::NotFound)
-                throw;
-            throw Failure(ExitCode::NotFound,
-                          "'" + m_Typed + "' is not linked to project '" + m_Project + "'");
-        }
+        if (m_Links)
+            return images.link(project, entry);
+        askForLink("'" + m_Typed + "' is not linked to project '" + m_Project + "'",
+                   [&] { images.unlink(project, entry); });
     }
 
 private:
@@ -69,13 +65,14 @@ public:
     void check(Options& options) override
     {
         m_Records.apply(options);
-        m_Place = parseLinked(m_Typed);
+        m_Place = parsePlace(m_Typed);
     }
 
     void run(lumo::Session& session, bool /*json*/) override
     {
         const lumo::Entry entry = session.catalogue().find(m_Place);
-        printRecord(session.images().projectOf(entry), m_Records.form);
+        askForLink("'" + m_Typed + "' is not linked to a project",
+                   [&] { printRecord(session.images().projectOf(entry), m_Records.form); });
     }
 
 private:
@@ -88,9 +85,10 @@ private:
 
 void addLinks(CommandSet& commands)
 {
-    commands.add<LinkCommand>("link", "Link a project and a folder or file", true);
-    commands.add<LinkCommand>("unlink", "Remove such a link", false);
-    commands.add<ProjectCommand>("project", "Show the project that a folder or file is linked to");
+    commands.add<LinkCommand>("link", "Link a project and a disk, folder or file", true);
+    commands.add<LinkCommand>("unlink", "Remove the link between a project and a disk, folder or file",
+                              false);
+    commands.add<ProjectCommand>("project", "Show the project that a disk, folder or file is linked to");
 }
 
 } // namespace cli

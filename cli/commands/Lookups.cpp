@@ -1,6 +1,5 @@
 #include "cli/commands/Command.h"
 #include "cli/commands/SharedOptions.h"
-#include "cli/output/DisplayText.h"
 #include "cli/output/Records.h"
 
 namespace cli {
@@ -15,14 +14,10 @@ public:
     void run(lumo::Session& session, bool json) override
     {
         const lumo::Centre centre = session.centre();
-        const std::string user = centre.user();
-        const std::string company = centre.companyNumber();
-        const unsigned int id = centre.company().number();
-        Table table({"", ""});
-        table.add({"User", shownText(user)});
-        table.add({"Company", shownText(company)});
-        table.add({"Identifier", std::to_string(id)});
-        print(json ? jsonText({{"user", user}, {"companyNo", company}, {"companyID", id}}) : table.text());
+        printFields({{{"user", "User"}, centre.user()},
+                     {{"companyNo", "Company"}, centre.companyNumber()},
+                     {{"companyID", "Identifier"}, centre.company().number()}},
+                    json);
     }
 };
 
@@ -33,15 +28,11 @@ public:
 
     void run(lumo::Session& session, bool json) override
     {
-        Json list = Json::array();
-        Table table({"BOX", "ADDRESS"});
-        for (const auto& [code, address] : session.centre().boxes()) {
-            list.push_back({{"code", code}, {"address", address}});
-            table.add({code, shownText(address)});
-        }
-        print(json           ? jsonText(list)
-              : list.empty() ? "(the company has no storage boxes)\n"
-                             : table.text(listWidth()));
+        std::vector<std::vector<Json>> rows;
+        for (const auto& [code, address] : session.centre().boxes())
+            rows.push_back({code, address});
+        printList({{"code", "BOX"}, {"address", "ADDRESS"}}, rows, "(the company has no storage boxes)",
+                  json);
     }
 };
 
@@ -50,21 +41,15 @@ class AreasCommand : public Command
 public:
     explicit AreasCommand(CLI::App& app)
     {
-        app.add_option("ID", m_Area, "The area's identifier")
-            ->option_text(" ")
-            ->check(wholeNumber)
-            ->required();
+        addOption(app, "ID", m_Area, " ", "The area's identifier")->check(wholeNumber)->required();
     }
 
     void run(lumo::Session& session, bool json) override
     {
-        Json list = Json::array();
-        Table table({"AREA", "NAME"});
-        for (const auto& [id, name] : session.centre().areas(lumo::AreaId(m_Area))) {
-            list.push_back({{"areaID", id.number()}, {"areaName", name}});
-            table.add({std::to_string(id.number()), shownText(name)});
-        }
-        print(json ? jsonText(list) : list.empty() ? "(no areas)\n" : table.text(listWidth()));
+        std::vector<std::vector<Json>> rows;
+        for (const auto& [id, name] : session.centre().areas(lumo::AreaId(m_Area)))
+            rows.push_back({id.number(), name});
+        printList({{"areaID", "AREA"}, {"areaName", "NAME"}}, rows, "(no areas)", json);
     }
 
 private:
@@ -75,7 +60,7 @@ private:
 
 void addLookups(CommandSet& commands)
 {
-    commands.add<WhoamiCommand>("whoami", "Show who you are to the centre, and your company");
+    commands.add<WhoamiCommand>("whoami", "Show your user name and your company, as the centre knows them");
     commands.add<BoxesCommand>("boxes", "List the storage boxes of your company");
     commands.add<AreasCommand>("areas", "List the national areas that the centre gives for an area");
 }

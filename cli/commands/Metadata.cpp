@@ -39,10 +39,11 @@ class MetadataCommand : public Command
 public:
     explicit MetadataCommand(CLI::App& app)
     {
-        app.add_option("FORMAT", m_Format, "spot5, spot6, alos or ads")
-            ->option_text(" ")
+        addOption(app, "FORMAT", m_Format, " ", "spot5, spot6, alos or ads")
             ->required()
-            ->check(CLI::IsMember({"spot5", "spot6", "alos", "ads"}));
+            ->check([](const std::string& name) {
+                return oneOf({"spot5", "spot6", "alos", "ads"}, name);
+            });
         addArgument(app, "ID", m_File, "The metadata file: its identifier, or its place");
         explain(app, kPlaceHelp);
     }

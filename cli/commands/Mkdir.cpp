@@ -14,7 +14,7 @@ public:
     {
         addArgument(app, "PLACE", m_Typed, "The new folder's path");
         addFlag(app, "--parents", m_Parents,
-                "Make the missing folders on the way to it too; succeed when it exists already");
+                "Make the missing folders above it, too; succeed when it exists already");
     }
 
     void check(Options& /*options*/) override

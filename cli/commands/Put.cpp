@@ -27,9 +27,7 @@ public:
             refuse("put takes what to send and where to: lumo put PATH... PLACE");
         m_Typed = m_Paths.back();
         m_Paths.pop_back();
-        m_Place = lumo::Place(m_Typed);
-        if (m_Place.isRoot())
-            refuse("'/' means all disks: name the disk to put files on, as in /disk");
+        m_Place = parsePlace(m_Typed);
         std::set<std::string> names;
         for (const std::string& path : m_Paths) {
             m_Sources.push_back(localSource(path));
@@ -64,9 +62,9 @@ private:
         transfer.overwrite = m_Moving.overwrite;
         transfer.bytes = source.bytes;
         transfer.movesFile = !source.folder;
-        transfer.start = [transfers = session.transfers(), path = source.path, target,
-                          overwrite = m_Moving.overwrite](const lumo::Transfer::Observer& observer) {
-            return transfers.put(path, target, {overwrite, observer});
+        transfer.start = [transfers = session.transfers(), path = source.path,
+                          target](const lumo::Transfers::Options& options) {
+            return transfers.put(path, target, options);
         };
         return transfer;
     }

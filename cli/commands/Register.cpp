@@ -1,4 +1,5 @@
 #include "cli/base/ExitCode.h"
+#include "cli/base/LocalFiles.h"
 #include "cli/commands/Command.h"
 #include "cli/commands/ImageNames.h"
 #include "cli/commands/SharedOptions.h"
@@ -8,10 +9,7 @@
 #include "cli/progress/RegisterReport.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <csignal>
-#include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <set>
@@ -33,12 +31,7 @@ struct NewRecord
 
 std::string readWhole(const std::string& path)
 {
-    std::ifstream file(path == "-" ? "/dev/stdin" : path, std::ios::binary);
-    if (!file)
-        refuse("can't read '" + path + "': " + std::strerror(errno));
-    std::error_code ignored;
-    if (std::filesystem::is_directory(path, ignored))
-        refuse("can't read '" + path + "': it is a folder");
+    std::ifstream file = openedFile(path == "-" ? "/dev/stdin" : path, "'" + path + "'");
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
@@ -70,11 +63,8 @@ std::vector<NewRecord> readRecords(const std::string& path)
     std::set<std::string> known;
     for (const std::string& name : names) {
         Images::check(Images::Fields{{name, {}}});
-        if (!known.insert(name).second) {
-            std::string message = path;
-            message += ": two columns are named " + name;
-            refuse(message);
-        }
+        if (!known.insert(name).second)
+            refuse(path + ": two columns are named '" + name + "'");
     }
     std::vector<NewRecord> records;
     records.reserve(rows.size() - 1);
@@ -182,20 +172,18 @@ public:
     explicit RegisterCommand(CLI::App& app)
     {
         addArgument(app, "KIND", m_KindWord, "The kind of the record");
-        app.add_option("KEY=VALUE", m_Assignments,
-                       "Its fields, as in typeID=2 mainFileID=33 imageName=scene-1")
-            ->option_text(" ");
-        app.add_option("--from", m_File,
-                       "Register the records of this CSV file, whose first line has the fields' names; - "
-                       "reads standard input")
-            ->option_text("FILE");
+        addOption(app, "KEY=VALUE", m_Assignments, " ",
+                  "Its fields, as in typeID=2 mainFileID=33 imageName=scene-1");
+        addOption(app, "--from", m_File, "FILE",
+                  "Register the records of this CSV file, whose first line has the fields' names; - reads "
+                  "standard input");
         explain(app, kKindHelp);
     }
 
     void check(Options& /*options*/) override
     {
         if (m_File.empty() == m_Assignments.empty())
-            refuse("register takes either KEY=VALUE... or --from FILE");
+            refuse("give either KEY=VALUE... or --from FILE");
         m_Kind = parseImageKind(m_KindWord);
         if (!m_File.empty())
             m_FileRecords = readRecords(m_File);

@@ -65,18 +65,15 @@ class SearchCommand : public Command
 public:
     explicit SearchCommand(CLI::App& app)
     {
-        const auto condition = [&app](const char* name, std::string& value, const char* text,
-                                      const char* description) {
-            app.add_option(name, value, description)->option_text(text);
-        };
         m_Records.addCsvAndLimit(app);
-        condition("--project", m_Search.project, "PROJECT", "In this project: its identifier or its name");
-        condition("--type", m_Search.type, "TYPENAME", "In types of this name");
-        condition("--sensor", m_Search.sensor, "NAME", "Made by this sensor");
-        condition("--from", m_Search.from, "DATE", "Not before this day: 2024-07-31, 20240731, 2024/07/31");
-        condition("--to", m_Search.to, "DATE", "Not after this day");
-        condition("--bounds", m_Bounds, "WEST,SOUTH,EAST,NORTH", "Touching these bounds, in degrees");
-        condition("--mark", m_Mark, "MARK", "With this mark, its identifier");
+        addOption(app, "--project", m_Search.project, "PROJECT", "In the project of this identifier or name");
+        addOption(app, "--type", m_Search.type, "TYPENAME", "In types of this name");
+        addOption(app, "--sensor", m_Search.sensor, "NAME", "Made by this sensor");
+        addOption(app, "--from", m_Search.from, "DATE",
+                  "Not before this day: 2024-07-31, 20240731, 2024/07/31");
+        addOption(app, "--to", m_Search.to, "DATE", "Not after this day");
+        addOption(app, "--bounds", m_Bounds, "WEST,SOUTH,EAST,NORTH", "Touching these bounds, in degrees");
+        addOption(app, "--mark", m_Mark, "MARK", "With the mark of this identifier");
         explain(app, "A record is found when it fits all conditions that are given.");
     }
 

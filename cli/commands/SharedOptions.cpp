@@ -4,7 +4,7 @@
 
 namespace cli {
 
-void addArgument(CLI::App& app, const char* name, std::string& value, const char* description)
+void addArgument(CLI::App& app, const char* name, std::string& value, const std::string& description)
 {
     app.add_option(name, value, description)->option_text(" ")->required();
 }
@@ -27,6 +27,14 @@ CLI::Option* addFlag(CLI::App& app, const char* name, bool& value, const char* d
 void explain(CLI::App& app, const std::string& text)
 {
     app.footer(text + "\n\n" + kCommandFooter);
+}
+
+lumo::Place parsePlace(const std::string& text)
+{
+    lumo::Place place(text);
+    if (place.isRoot())
+        refuse("'/' means all disks: name one, as in /disk; 'lumo disks' lists them");
+    return place;
 }
 
 lumo::Entry findFile(const lumo::Catalogue& catalogue, const lumo::Place& place, const std::string& typed)
@@ -61,10 +69,8 @@ void RecordOptions::addCsv(CLI::App& app)
 void RecordOptions::addCsvAndLimit(CLI::App& app)
 {
     addCsv(app);
-    app.add_option("--limit", limit,
-                   "Number of records to show in total (default: all); the centre sends all of them in any "
-                   "case")
-        ->option_text("N")
+    addOption(app, "--limit", limit, "N",
+              "Number of records to show in total (default: all); the centre sends all of them in any case")
         ->check(positiveNumber);
 }
 
@@ -83,7 +89,8 @@ void MovingOptions::add(CLI::App& app)
 {
     CLI::Option* const replace =
         addFlag(app, "--overwrite", overwrite, "Replace files that exist at the target");
-    addFlag(app, "--keep", keep, "Keep them and count them as done (the default)")->excludes(replace);
+    addFlag(app, "--keep", keep, "Keep files that exist there and count them as done (the default)")
+        ->excludes(replace);
 }
 
 void MovingOptions::apply(Options& options)

@@ -30,15 +30,25 @@ constexpr const char* kCommandFooter =
     "Options of connection and output, which every command takes: lumo --help";
 
 /// An argument that must be given.
-void addArgument(CLI::App& app, const char* name, std::string& value, const char* description);
+void addArgument(CLI::App& app, const char* name, std::string& value, const std::string& description);
 /// One argument or more.
 void addArgument(CLI::App& app, const char* name, std::vector<std::string>& values, const char* description);
 /// An argument that may be left out.
 void addOptionalArgument(CLI::App& app, const char* name, std::string& value, const char* description);
+/// An option whose value is shown as `text` in the help.
+template <class Value>
+CLI::Option* addOption(CLI::App& app, const char* name, Value& value, const char* text,
+                       const std::string& description)
+{
+    return app.add_option(name, value, description)->option_text(text);
+}
 CLI::Option* addFlag(CLI::App& app, const char* name, bool& value, const char* description);
 
 /// Adds a text below the options in the help of a command.
 void explain(CLI::App& app, const std::string& text);
+
+/// A place that was typed; refuses "/", all disks.
+lumo::Place parsePlace(const std::string& text);
 
 /// The file of a place that was typed as `typed`; refuses a disk or a folder.
 lumo::Entry findFile(const lumo::Catalogue& catalogue, const lumo::Place& place, const std::string& typed);

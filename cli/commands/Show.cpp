@@ -68,11 +68,7 @@ public:
             refuse("--csv is for records of the image catalogue, as in: lumo show sat 7 --csv");
         if (isImageKind(m_Typed))
             refuse("which " + m_Typed + "? write its identifier too: lumo show " + m_Typed + " ID");
-        m_Place = lumo::Place(m_Typed);
-        if (m_Place.isRoot()) {
-            refuse("'/' means all disks and has no record: name a disk, a folder or a file; 'lumo disks' "
-                   "lists the disks");
-        }
+        m_Place = parsePlace(m_Typed);
     }
 
     void run(lumo::Session& session, bool json) override

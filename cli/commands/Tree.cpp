@@ -161,7 +161,8 @@ public:
     explicit TreeCommand(CLI::App& app)
     {
         addArgument(app, "PLACE", m_Typed, "A path, or an identifier with its kind");
-        app.add_option("--depth", m_Depth, "Levels to show")->option_text("N")->check(wholeNumber);
+        addOption(app, "--depth", m_Depth, "N", "Number of levels to show (default: all)")
+            ->check(wholeNumber);
         explain(app, std::string(kPlaceHelp) + " \"/\" means all disks.");
     }
 

@@ -17,15 +17,15 @@ class VersionsCommand : public Command
 public:
     explicit VersionsCommand(CLI::App& app)
     {
-        app.add_option("--program", m_Program, "The program's number")->option_text("NO");
-        app.add_option("--module", m_Module, "The module's number")->option_text("NO");
+        addOption(app, "--program", m_Program, "NO", "The program's number");
+        addOption(app, "--module", m_Module, "NO", "The module's number");
         addOptionalArgument(app, "VERSION", m_Version, "The version's number");
     }
 
     void check(Options& /*options*/) override
     {
         if (m_Program.empty() == m_Module.empty())
-            refuse("versions takes either --program NO or --module NO, and a VERSION or none");
+            refuse("give either --program NO or --module NO");
         m_Product = m_Module.empty() ? Product{Product::Kind::Program, m_Program}
                                      : Product{Product::Kind::Module, m_Module};
     }
@@ -33,23 +33,12 @@ public:
     void run(lumo::Session& session, bool json) override
     {
         const lumo::Centre::Version version = session.centre().version(m_Product, m_Version);
-        const struct
-        {
-            const char* key;
-            const char* heading;
-            const std::string& text;
-        } kTexts[] = {{"text1", "Name", version.name},
-                      {"text2", "Version", version.number},
-                      {"text3", "Released", version.released},
-                      {"text4", "Storage box", version.box},
-                      {"text5", "Notes", version.notes}};
-        Json record;
-        Table table({"", ""});
-        for (const auto& one : kTexts) {
-            record[one.key] = one.text;
-            table.add({one.heading, shownText(one.text)});
-        }
-        print(json ? jsonText(record) : table.text());
+        printFields({{{"text1", "Name"}, version.name},
+                     {{"text2", "Version"}, version.number},
+                     {{"text3", "Released"}, version.released},
+                     {{"text4", "Storage box"}, version.box},
+                     {{"text5", "Notes"}, version.notes}},
+                    json);
     }
 
 private:
@@ -63,16 +52,15 @@ private:
 class PackageCommand : public Command
 {
 public:
-    PackageCommand(CLI::App& app, Product::Kind kind, const char* number) : m_Product{kind, {}}
+    PackageCommand(CLI::App& app, Product::Kind kind) : m_Product{kind, {}}
     {
         m_Moving.add(app);
-        addArgument(app, number, m_Product.number, "Its number");
+        addArgument(app, "NO", m_Product.number, std::string("The ") + word() + "'s number");
         addArgument(app, "VERSION", m_Version, "The version's number");
         addOptionalArgument(app, "DIR", m_Folder, "The local folder for it (default: the current one)");
-        app.add_option("--box", m_Box,
-                       "The storage box that has it (default: the one that the version names, or your "
-                       "company's only one)")
-            ->option_text("CODE");
+        addOption(app, "--box", m_Box, "CODE",
+                  "The storage box that has it (default: the one that the version names, or your company's "
+                  "only one)");
     }
 
     void check(Options& options) override { MovingOptions::apply(options); }
@@ -82,21 +70,21 @@ public:
         static_cast<void>(session.centre().version(m_Product, m_Version)); // throws when there is none
         makeFolder(m_Folder);
         Transfer transfer;
-        transfer.source = (m_Product.kind == Product::Kind::Program ? "program " : "module ") +
-                          m_Product.number + " " + m_Version;
+        transfer.source = word() + (" " + m_Product.number) + " " + m_Version;
         transfer.target = m_Folder;
         transfer.folder = m_Folder;
         transfer.reportsProgress = true;
         transfer.overwrite = m_Moving.overwrite;
         transfer.mustStart = true;
-        transfer.start = [&](const lumo::Transfer::Observer& observer) {
-            return session.transfers().getPackage(m_Product, m_Version, m_Box, m_Folder,
-                                                  {m_Moving.overwrite, observer});
+        transfer.start = [&](const lumo::Transfers::Options& options) {
+            return session.transfers().getPackage(m_Product, m_Version, m_Box, m_Folder, options);
         };
         runTransfers({transfer}, json);
     }
 
 private:
+    const char* word() const { return m_Product.kind == Product::Kind::Program ? "program" : "module"; }
+
     MovingOptions m_Moving;
     Product m_Product;
     std::string m_Version;
@@ -109,9 +97,9 @@ private:
 void addVersions(CommandSet& commands)
 {
     commands.add<PackageCommand>("get-program", "Fetch the package of a version of a program",
-                                 Product::Kind::Program, "SOFT");
+                                 Product::Kind::Program);
     commands.add<PackageCommand>("get-module", "Fetch the package of a version of a module",
-                                 Product::Kind::Module, "APP");
+                                 Product::Kind::Module);
     commands.add<VersionsCommand>("versions",
                                   "Show a version of a program or a module (without VERSION: the latest)");
 }

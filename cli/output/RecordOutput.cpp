@@ -244,13 +244,9 @@ void printRecord(const Record& record, Form form)
 
 std::string shown(const Record::Value& value)
 {
-    return std::visit(
-        Overloaded{[](Record::Absent) { return std::string("-"); },
-                   [](Record::TooLong) { return shownText({}); },
-                   [](const std::string& text) { return shownText(text); },
-                   [](const Record::Code& code) { return digits(code.number) + " (" + code.meaning + ")"; },
-                   [](auto number) { return digits(number); }},
-        value);
+    if (const auto* const code = std::get_if<Record::Code>(&value))
+        return digits(code->number) + " (" + code->meaning + ")";
+    return shownText(std::holds_alternative<Record::TooLong>(value) ? lumo::Entry::Text() : plain(value));
 }
 
 Json jsonOf(const Record::Value& value)

@@ -13,6 +13,12 @@ Json identifierJson(unsigned int id)
     return id == kNoIdentifier ? Json(nullptr) : Json(id);
 }
 
+/// A field for people.
+std::string shownValue(const Json& value)
+{
+    return value.is_string() ? shownText(value.get<std::string>()) : value.dump();
+}
+
 } // namespace
 
 std::string shownName(const lumo::Entry::Text& name)
@@ -86,6 +92,37 @@ Json wholeJson(const lumo::Entry& entry)
         json["longText"] = textJson(entry.longText);
     }
     return json;
+}
+
+void printFields(const std::vector<std::pair<NamedField, Json>>& fields, bool json)
+{
+    Json record = Json::object();
+    Table table({"", ""});
+    for (const auto& [field, value] : fields) {
+        record[field.key] = value;
+        table.add({field.heading, shownValue(value)});
+    }
+    print(json ? jsonText(record) : table.text());
+}
+
+void printList(const std::vector<NamedField>& fields, const std::vector<std::vector<Json>>& rows,
+               const std::string& whenEmpty, bool json)
+{
+    Json list = Json::array();
+    std::vector<std::string> headings;
+    for (const NamedField& field : fields)
+        headings.emplace_back(field.heading);
+    Table table(headings);
+    for (const std::vector<Json>& row : rows) {
+        Json& record = list.emplace_back(Json::object());
+        std::vector<std::string> cells;
+        for (std::size_t i = 0; i < fields.size(); ++i) {
+            record[fields[i].key] = row[i];
+            cells.push_back(shownValue(row[i]));
+        }
+        table.add(std::move(cells));
+    }
+    print(json ? jsonText(list) : rows.empty() ? whenEmpty + "\n" : table.text(listWidth()));
 }
 
 void printListing(const std::vector<lumo::Entry>& folders, const std::vector<lumo::Entry>& files, bool json)

@@ -6,6 +6,7 @@
 #include "lumo/client/Entry.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace cli {
@@ -29,6 +30,19 @@ Json listedJson(const std::vector<lumo::Entry>& entries);
 Json wholeJson(const lumo::Entry& entry);
 
 Json textJson(const lumo::Entry::Text& text);
+
+/// A field of what is shown: its key in JSON, and its heading for people.
+struct NamedField
+{
+    const char* key;
+    const char* heading;
+};
+
+/// Prints the fields of one thing, in their order.
+void printFields(const std::vector<std::pair<NamedField, Json>>& fields, bool json);
+/// Prints things with the same fields as a list.
+void printList(const std::vector<NamedField>& fields, const std::vector<std::vector<Json>>& rows,
+               const std::string& whenEmpty, bool json);
 
 /// Prints folders and files as one list.
 void printListing(const std::vector<lumo::Entry>& folders, const std::vector<lumo::Entry>& files, bool json);

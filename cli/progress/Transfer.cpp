@@ -153,8 +153,8 @@ void Run::start(Transfer& transfer)
     try {
         // One observer for all copies that the library makes of the function.
         const auto listener = std::make_shared<Listener>(m_Queue, transfer);
-        m_Started.push_back(
-            transfer.start([listener](const lumo::Transfer::Progress& progress) { (*listener)(progress); }));
+        const auto observer = [listener](const lumo::Transfer::Progress& progress) { (*listener)(progress); };
+        m_Started.push_back(transfer.start({transfer.overwrite, observer}));
     } catch (const lumo::Error& error) {
         if (transfer.mustStart)
             throw;
@@ -259,15 +259,10 @@ void runTransfers(std::vector<Transfer> transfers, bool json)
     }
     const auto failed = std::count_if(transfers.begin(), transfers.end(),
                                       [](const Transfer& one) { return one.phase == Phase::Failed; });
-    if (failed > 0) {
-        if (outputFailure)
-            complain(outputFailure->what());
-        // The failure of a single transfer has been printed.
-        throw Failure(ExitCode::TransferFailed, transfers.size() == 1 ? std::string()
-                                                                      : std::to_string(failed) + " of " +
-                                                                            std::to_string(transfers.size()) +
-                                                                            " did not arrive");
-    }
+    if (failed > 0 && outputFailure)
+        complain(outputFailure->what());
+    requireAll(ExitCode::TransferFailed, static_cast<std::size_t>(failed), transfers.size(),
+               "did not arrive");
     if (outputFailure)
         throw Failure(*outputFailure);
 }

@@ -36,7 +36,7 @@ struct Transfer
     /// Whether a transfer that is not started ends the command; otherwise it counts as failed.
     bool mustStart = false;
     /// Throws lumo::Error when nothing was started.
-    std::function<lumo::Transfer(const lumo::Transfer::Observer&)> start;
+    std::function<lumo::Transfer(const lumo::Transfers::Options&)> start;
 
     std::size_t number = 0; ///< from 1
     Phase phase = Phase::Waiting;

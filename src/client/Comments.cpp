@@ -52,7 +52,7 @@ void requireTable(bool right, const char* message)
 void requireMarkable(Record::Kind kind)
 {
     if (!Images::canBeMarked(kind))
-        internal::refuse(std::string("a ") + Record::word(kind) + " can't have a mark");
+        internal::refuse(std::string("a ") + internal::kindOf(kind).name + " can't have a mark");
 }
 
 } // namespace
@@ -103,7 +103,7 @@ CommentId Comments::find(const std::string& content, const std::string& state) c
 
 CommentId Comments::add(const std::string& content, const std::string& state) const
 {
-    requireTable(!content.empty(), "without content a text says nothing; only the state may be empty");
+    requireTable(!content.empty(), "the content is empty; only the state may be");
     const Call call(*m_Link);
     const CommentId id((call.manager().*operationsOf(m_Table).add)(QString::fromStdString(content),
                                                                    QString::fromStdString(state)));
@@ -137,7 +137,7 @@ void Comments::unlink(Record::Kind kind, RecordId record, CommentId mark) const
     const bool done = call->unlinkImageComment(internal::kindOf(kind).number, record.number(), mark.number());
     // The library returns the same for an error of the centre and a mark that is not there.
     if (!done && Call::refused()) {
-        notFound(std::string(Record::word(kind)) + " " + std::to_string(record.number()) +
+        notFound(std::string(internal::kindOf(kind).name) + " " + std::to_string(record.number()) +
                  " does not have mark " + std::to_string(mark.number()));
     }
     call.require(done);

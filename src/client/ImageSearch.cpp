@@ -118,7 +118,7 @@ std::vector<Record> Images::search(const Search& search, const Record& type) con
     check(search);
     const auto kind = kindOfType(type);
     if (!kind)
-        refuse("a type named '" + type.get<std::string>("dataType").value_or("") +
+        refuse("the name '" + type.get<std::string>("dataType").value_or("") +
                "' decides no kind of records");
     // Control files and their points can't be asked for by a mark.
     if (search.mark.isSet() && !canBeMarked(*kind))

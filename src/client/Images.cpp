@@ -103,10 +103,10 @@ Record Images::record(Kind kind, RecordId id) const
 {
     const internal::RecordKind& known = internal::kindOf(kind);
     if (!known.one)
-        internal::refuse(std::string("a ") + known.word + " is not a record of the image catalogue");
+        internal::refuse(std::string("a ") + known.name + " is not a record of the image catalogue");
     auto record = known.one(Call(*m_Link), id.number());
     if (!record)
-        notFound(std::string("the catalogue has no ") + known.word + " " + std::to_string(id.number()));
+        notFound(std::string("the catalogue has no ") + known.name + " " + std::to_string(id.number()));
     return *std::move(record);
 }
 
@@ -114,7 +114,7 @@ std::vector<Record> Images::records(const Record& type) const
 {
     const auto kind = kindOfType(type);
     if (!kind)
-        internal::refuse("a type named '" + nameOf(type, "dataType") + "' decides no kind of records");
+        internal::refuse("the name '" + nameOf(type, "dataType") + "' decides no kind of records");
     return internal::kindOf(*kind).below(Call(*m_Link), type.typeId().number());
 }
 

@@ -79,7 +79,7 @@ std::string describe(const Reason& reason)
     case Reason::Kind::FileFailed:
         return reason.text;
     case Reason::Kind::KeyMissing:
-        return reason.text + " is missing, or no value for it";
+        return reason.text + " is missing or has no value";
     case Reason::Kind::ErrorResult:
         return reason.operation + ": the centre reported an error";
     case Reason::Kind::NullResult:

@@ -56,12 +56,13 @@ RecordKind::MarkedList listBy(GetMarked<Source> get)
 }
 
 template <class Source>
-RecordKind kind(Record::Kind kind, const char* word, ENUM_DATA_TYPE number, const char* typeName,
-                GetOne<Source> one, GetList<Source> list = nullptr, GetList<Source> inProject = nullptr,
-                GetMarked<Source> marked = nullptr)
+RecordKind kind(Record::Kind kind, const char* word, const char* name, ENUM_DATA_TYPE number,
+                const char* typeName, GetOne<Source> one, GetList<Source> list = nullptr,
+                GetList<Source> inProject = nullptr, GetMarked<Source> marked = nullptr)
 {
     return {kind,
             word,
+            name,
             number,
             typeName,
             oneBy<Source>(one),
@@ -79,30 +80,30 @@ const std::vector<RecordKind>& recordKinds()
     // clang-format off
     // Never destroyed: a call may run while the process ends.
     static const auto* const kKinds = new std::vector<RecordKind>{
-        kind<tagDataTable>(Kind::Project, "project", DATA_TYPE_DATA, nullptr, &Manager::getData),
-        kind<tagTypeTable>(Kind::Type, "type", DATA_TYPE_TYPE, nullptr, &Manager::getDataType,
+        kind<tagDataTable>(Kind::Project, "project", "project", DATA_TYPE_DATA, nullptr, &Manager::getData),
+        kind<tagTypeTable>(Kind::Type, "type", "type", DATA_TYPE_TYPE, nullptr, &Manager::getDataType,
             &Manager::getDataTypeByDataID),
-        kind<tagKFImageTable>(Kind::Photo, "photo", DATA_TYPE_KF_IMAGE, "框幅式影像", &Manager::getKFImage,
+        kind<tagKFImageTable>(Kind::Photo, "photo", "frame photograph", DATA_TYPE_KF_IMAGE, "框幅式影像", &Manager::getKFImage,
             &Manager::getKFImageByTypeID, &Manager::getKFImageByDataID, &Manager::getKFImageByDataAndMark),
-        kind<tagSatTable>(Kind::Satellite, "sat", DATA_TYPE_SAT_IMAGE, "卫星影像", &Manager::getSatImage,
+        kind<tagSatTable>(Kind::Satellite, "sat", "satellite image", DATA_TYPE_SAT_IMAGE, "卫星影像", &Manager::getSatImage,
             &Manager::getSatImageByTypeID, &Manager::getSatImageByDataID, &Manager::getSatByDataAndMark),
-        kind<tagAdsTable>(Kind::Ads, "ads", DATA_TYPE_ADS_IMAGE, "航空三线阵影像", &Manager::getAdsImage,
+        kind<tagAdsTable>(Kind::Ads, "ads", "three-line image", DATA_TYPE_ADS_IMAGE, "航空三线阵影像", &Manager::getAdsImage,
             &Manager::getAdsImageByTypeID, &Manager::getAdsImageByDataID, &Manager::getAdsByDataAndMark),
-        kind<tagCtrlFileTable>(Kind::Control, "control", DATA_TYPE_CTRL_FILE, "控制点属性", &Manager::getCtrlFile,
+        kind<tagCtrlFileTable>(Kind::Control, "control", "control file", DATA_TYPE_CTRL_FILE, "控制点属性", &Manager::getCtrlFile,
             &Manager::getCtrlFileByTypeID, &Manager::getCtrlFileByDataID),
-        kind<tagCtrlPointTable>(Kind::Point, "point", DATA_TYPE_CTRL_POINT, nullptr, &Manager::getCtrlPoint,
+        kind<tagCtrlPointTable>(Kind::Point, "point", "control point", DATA_TYPE_CTRL_POINT, nullptr, &Manager::getCtrlPoint,
             &Manager::getCtrlPoint),
-        kind<tagDemTable>(Kind::Dem, "dem", DATA_TYPE_DEM, "DEM", &Manager::getDem,
+        kind<tagDemTable>(Kind::Dem, "dem", "DEM", DATA_TYPE_DEM, "DEM", &Manager::getDem,
             &Manager::getDemByTypeID, &Manager::getDemByDataID, &Manager::getDemByDataAndMark),
-        kind<tagDsmTable>(Kind::Dsm, "dsm", DATA_TYPE_DSM, "DSM", &Manager::getDsm,
+        kind<tagDsmTable>(Kind::Dsm, "dsm", "DSM", DATA_TYPE_DSM, "DSM", &Manager::getDsm,
             &Manager::getDsmByTypeID, &Manager::getDsmByDataID, &Manager::getDsmByDataAndMark),
-        kind<tagDomTable>(Kind::Dom, "dom", DATA_TYPE_DOM, "DOM", &Manager::getDom,
+        kind<tagDomTable>(Kind::Dom, "dom", "DOM", DATA_TYPE_DOM, "DOM", &Manager::getDom,
             &Manager::getDomByTypeID, &Manager::getDomByDataID, &Manager::getDomByDataAndMark),
-        kind<tagDlgTable>(Kind::Dlg, "dlg", DATA_TYPE_DLG, "DLG", &Manager::getDlg,
+        kind<tagDlgTable>(Kind::Dlg, "dlg", "DLG", DATA_TYPE_DLG, "DLG", &Manager::getDlg,
             &Manager::getDlgByTypeID, &Manager::getDlgByDataID, &Manager::getDlgByDataAndMark),
-        {Kind::Disk, "disk", DATA_TYPE_DISK},
-        {Kind::Folder, "folder", DATA_TYPE_FOLDER},
-        {Kind::File, "file", DATA_TYPE_FILE},
+        {Kind::Disk, "disk", "disk", DATA_TYPE_DISK},
+        {Kind::Folder, "folder", "folder", DATA_TYPE_FOLDER},
+        {Kind::File, "file", "file", DATA_TYPE_FILE},
     };
     // clang-format on
     return *kKinds;

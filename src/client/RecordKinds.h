@@ -20,7 +20,8 @@ struct RecordKind
     using MarkedList = std::function<std::vector<Record>(const Call&, unsigned int, unsigned int)>;
 
     Record::Kind kind;
-    const char* word;
+    const char* word; ///< as a user types it
+    const char* name; ///< in messages
     ENUM_DATA_TYPE number;
     const char* typeName = nullptr; ///< of the types whose records are of this kind
     One one{};

@@ -37,12 +37,12 @@ QString assignmentsOf(const Call& call, const internal::RecordKind& kind, const 
     return QString::fromStdString(text);
 }
 
-[[noreturn]] void failed(const Call& call, const char* word)
+[[noreturn]] void failed(const Call& call, const char* name)
 {
     const internal::Reason reason = Call::reason();
     if (reason.kind != internal::Reason::Kind::KeyMissing)
         call.fail();
-    throw Error(Error::Kind::WrongUse, std::string("a ") + word + " needs more: " + describe(reason), {},
+    throw Error(Error::Kind::WrongUse, std::string("a ") + name + " needs more: " + describe(reason), {},
                 describe(reason));
 }
 
@@ -76,7 +76,7 @@ RecordId Images::add(Kind kind, const Fields& fields) const
     const internal::RecordKind& known = internal::kindOf(kind);
     const RecordId id(call->addImage(known.number, assignmentsOf(call, known, fields)));
     if (!id.isSet())
-        failed(call, known.word);
+        failed(call, known.name);
     return id;
 }
 
@@ -89,7 +89,7 @@ std::vector<RecordId> Images::addAll(Kind kind, const std::vector<Fields>& recor
         texts.append(assignmentsOf(call, known, fields));
     QList<unsigned int> numbers;
     if (!call->addImage(known.number, texts, numbers))
-        failed(call, known.word);
+        failed(call, known.name);
     if (numbers.size() != texts.size()) {
         throw Error(Error::Kind::Other, "the centre returned " + std::to_string(numbers.size()) +
                                             " identifiers for " + std::to_string(texts.size()) + " records");

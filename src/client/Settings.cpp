@@ -3,8 +3,10 @@
 #include "client/Link.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <limits>
@@ -30,14 +32,26 @@ void checkAddress(const std::string& address)
         refuse("'" + address + "' is not the address of a centre: write HOST:PORT, as in localhost:7400");
 }
 
+/// Opens a file to read; `what` names it in the message when that fails.
+std::ifstream opened(const std::string& what, const std::string& path)
+{
+    std::ifstream file(path);
+    const std::string reason = std::strerror(errno);
+    std::error_code ignored;
+    const bool folder = std::filesystem::is_directory(path, ignored);
+    if (!file || folder)
+        refuse("can't read the " + what + " '" + path + "': " + (folder ? "it is a folder" : reason));
+    return file;
+}
+
 void checkCertificate(const std::string& path)
 {
     if (path.empty())
         return;
+    std::ifstream file = opened("certificate file", path);
     std::error_code ignored;
-    std::ifstream file(path);
-    if (!file || !std::filesystem::is_regular_file(path, ignored))
-        refuse("can't read the certificate file '" + path + "'");
+    if (!std::filesystem::is_regular_file(path, ignored)) // it is read more than once
+        refuse("can't read the certificate file '" + path + "': it is not a regular file");
     for (std::string line; std::getline(file, line);)
         if (line.find("BEGIN CERTIFICATE") != std::string::npos)
             return;
@@ -66,10 +80,7 @@ std::string trimmed(const std::string& text)
 /// The lines "key = value" of a file.
 std::map<std::string, std::string> readProfile(const std::string& path)
 {
-    std::ifstream file(path);
-    std::error_code ignored;
-    if (!file || std::filesystem::is_directory(path, ignored))
-        refuse("can't read the profile '" + path + "'");
+    std::ifstream file = opened("profile", path);
     std::map<std::string, std::string> values;
     for (std::string line; std::getline(file, line);) {
         line = trimmed(line);
@@ -180,12 +191,9 @@ std::string tokenOf(const Session::Settings& settings)
     const std::string& path = settings.tokenFile;
     if (!settings.token.empty() || path.empty())
         return settings.token;
-    std::ifstream file(path);
+    std::ifstream file = opened("token file", path);
     std::string token;
     std::string rest;
-    std::error_code ignored;
-    if (!file || std::filesystem::is_directory(path, ignored))
-        refuse("can't read the token file '" + path + "'");
     std::getline(file, token);
     if (!token.empty() && token.back() == '\r')
         token.pop_back();

@@ -1,5 +1,7 @@
 #include "components/wirecall/PemFile.h"
 
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 #include <iterator>
 
@@ -9,7 +11,7 @@ bool readPemFile(const std::string& path, std::string& content, std::string& err
 {
     std::ifstream file(path, std::ios::binary);
     if (!file) {
-        error = "can't read " + path;
+        error = "can't read " + path + ": " + std::strerror(errno);
         return false;
     }
     content.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());

@@ -270,7 +270,7 @@ TEST(Rpc, WhatCanNotBeOpenedSaysWhy)
          "the token can't be sent: it has blanks, line ends, control characters or characters that are not "
          "ASCII"},
         {"192.0.2.1:1", "t0ken", nullptr, "a token may not travel to 192.0.2.1:1 in plain text"},
-        {"localhost:1", "", "/nonexistent.pem", "can't read /nonexistent.pem"},
+        {"localhost:1", "", "/nonexistent.pem", "can't read /nonexistent.pem: No such file or directory"},
         {"localhost:1", "", "/proc/self/status", "/proc/self/status has no PEM block"},
     };
     for (const auto& c : cases) {
