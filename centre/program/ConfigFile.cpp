@@ -76,7 +76,7 @@ std::vector<std::string> asArguments(const toml::node& value)
 
 void ConfigFile::addTo(CLI::App& app)
 {
-    app.set_config("--config", "", "a TOML file with options of the commands")->type_name("FILE");
+    app.set_config("--config", "", "A TOML file with options of the commands")->type_name("FILE");
     app.config_formatter(std::shared_ptr<CLI::Config>(new ConfigFile(app)));
     for (CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
         command->fallthrough(); // so that --config may come after the command
