@@ -22,8 +22,6 @@ using BareStub = World::BareStub;
 constexpr int kFiles = 100000;
 constexpr int kThreads = 16;
 constexpr int kCallsPerThread = 100;
-constexpr int kLookUps = 1000; // in a turn
-constexpr int kLookUpTurns = 20;
 
 unsigned int topFolder = 0; ///< of a disk of many files
 unsigned int disk = 0;
@@ -62,44 +60,10 @@ bool listBare(const World& world)
                            &ledgerserver::FileTableUtilBeanRsp::filetabs_size) == kFiles;
 }
 
-struct PathOfFile : CLumoDataMgr
-{
-    static constexpr auto find = &PathOfFile::getFileFullPath; ///< protected
-};
-
-/// The look-ups of a catalogue walk, file after file. Made-up files have the identifiers from 1 on.
-bool lookUpOurs()
-{
-    for (int id = 1; id <= kLookUps; ++id) {
-        QString box;
-        if ((World::manager().*PathOfFile::find)(static_cast<unsigned int>(id), box).isEmpty())
-            return false;
-    }
-    return true;
-}
-
-bool lookUpBare(const World& world)
-{
-    for (int id = 1; id <= kLookUps; ++id) {
-        DataUtilBeanReq request;
-        request.set_file_id(static_cast<unsigned int>(id));
-        ledgerserver::DataUtilBeanRsp response;
-        if (!world.bare(&BareStub::getFileFullPath, request, response) || response.full_path().empty())
-            return false;
-    }
-    return true;
-}
-
 void blockingCall(benchmark::State& state, const World& world)
 {
     takeTurns(
         state, [&] { return callOurs(); }, [&] { return callBare(world); });
-}
-
-void lookUps(benchmark::State& state, const World& world)
-{
-    takeTurns(
-        state, [&] { return lookUpOurs(); }, [&] { return lookUpBare(world); });
 }
 
 template <class Call>
@@ -146,16 +110,11 @@ try {
         throw std::runtime_error("there is no disk");
     disk = record.diskID;
     benchmark::RegisterBenchmark("call", blockingCall, std::cref(world))->Iterations(2000);
-    benchmark::RegisterBenchmark("lookups", lookUps, std::cref(world))
-        ->Iterations(kLookUpTurns)
-        ->Repetitions(1);
     benchmark::RegisterBenchmark("threads", manyThreads, std::cref(world))->Iterations(10);
     benchmark::RegisterBenchmark("paging", paging, std::cref(world))->Iterations(2);
     using rows::Aim;
     rows::add("blocking call p50, ns: bare stub", "call:ours_p50", "call:bare_p50", Aim::kAtMost, 1.1);
     rows::add("blocking call p99, ns: bare stub", "call:ours_p99", "call:bare_p99", Aim::kAtMost, 1.1);
-    rows::add("20,000 look-ups of a walk, ns for 1,000: bare stub", "lookups:ours_p50", "lookups:bare_p50",
-              Aim::kAtMost, 1.15);
     rows::add("16 threads calling, calls/s: bare stubs", "threads:ours_rate", "threads:bare_rate",
               Aim::kAtLeast, 0.95);
     rows::add("100,000 files in pages, ns: bare stub", "paging:ours_p50", "paging:bare_p50", Aim::kAtMost,
