@@ -1,9 +1,9 @@
 #include "lumo/components/wirecall/RpcServer.h"
 
 #include "components/wirecall/Address.h"
-#include "components/wirecall/HandOver.h"
 #include "components/wirecall/PemFile.h"
 #include "components/wirecall/ServerCalls.h"
+#include "components/wirecall/ServerThreads.h"
 #include "components/wirecall/WireLimits.h"
 
 #include <grpcpp/security/server_credentials.h>
@@ -49,17 +49,19 @@ struct RpcServer::Impl
     std::optional<grpc::AsyncGenericService> generic;
     std::unique_ptr<grpc::ServerCompletionQueue> queue;
     std::unique_ptr<grpc::Server> server;
-    std::vector<std::thread> threads;
+    std::unique_ptr<ServerThreads> threads;
     int port = 0;
 
-    void serve()
+    void endQueue()
     {
+        queue->Shutdown();
+        threads.reset();
         void* tag = nullptr;
         bool ok = false;
         while (queue->Next(&tag, &ok)) {
-            takeOver(queue.get());
-            static_cast<Event*>(tag)->happened(ok);
         }
+        server.reset();
+        queue.reset();
     }
 };
 
@@ -108,10 +110,7 @@ bool RpcServer::start(const Options& options, std::string& error)
     if (!m_Impl->server || port == 0) {
         if (m_Impl->server)
             m_Impl->server->Shutdown();
-        m_Impl->queue->Shutdown();
-        m_Impl->serve();
-        m_Impl->server.reset();
-        m_Impl->queue.reset();
+        m_Impl->endQueue();
         error = "can't listen on " + options.address + ": is the port in use, or the host not this machine?";
         if (!options.tlsKey.empty())
             error += " Does the certificate fit its key?";
@@ -123,11 +122,10 @@ bool RpcServer::start(const Options& options, std::string& error)
         m_Impl->calls->add(service);
     for (int i = 0; i < kCallsRequestedAhead; ++i)
         m_Impl->calls->takeNext(*m_Impl->generic, *m_Impl->queue);
-    const int threads = options.threads > 0
+    const int methods = options.threads > 0
                             ? options.threads
                             : 4 * static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
-    for (int i = 0; i < threads; ++i)
-        m_Impl->threads.emplace_back([this] { m_Impl->serve(); });
+    m_Impl->threads = std::make_unique<ServerThreads>(*m_Impl->queue, methods + 1);
     return true;
 }
 
@@ -142,12 +140,7 @@ void RpcServer::stop(int graceMilliseconds)
         return;
     m_Impl->server->Shutdown(std::chrono::system_clock::now() + std::chrono::milliseconds(graceMilliseconds));
     m_Impl->calls->waitForEnd();
-    m_Impl->queue->Shutdown();
-    for (std::thread& thread : m_Impl->threads)
-        thread.join();
-    m_Impl->threads.clear();
-    m_Impl->server.reset();
-    m_Impl->queue.reset();
+    m_Impl->endQueue();
     m_Impl->port = 0;
 }
 

@@ -2,11 +2,13 @@
 
 #include "components/wirecall/HandOver.h"
 #include "components/wirecall/ServerStreams.h"
+#include "components/wirecall/ServerThreads.h"
 #include "components/wirecall/StreamMessages.h"
 
 #include <google/protobuf/descriptor.h>
 #include <grpcpp/impl/codegen/proto_utils.h>
 
+#include <chrono>
 #include <exception>
 #include <memory>
 #include <stdexcept>
@@ -23,20 +25,49 @@ namespace {
 constexpr char kBearer[] = "Bearer ";
 constexpr std::size_t kLongestReason = 4096; // it is sent in a header
 
+/// How long a method usually takes, in nanoseconds, to be run beside others: even if none is there now, and
+/// if one is. To wake another thread costs about as much as the shorter time.
+constexpr std::int64_t kLongTime = 250000;
+constexpr std::int64_t kLongTimeForOthers = 30000;
+
 /// Passes one kind of event of a call to a member function.
 template <class Owner>
 class MemberEvent final : public Event
 {
 public:
-    MemberEvent(Owner& owner, void (Owner::*step)(bool)) : m_Owner(owner), m_Step(step) {}
+    MemberEvent(Owner& owner, void (Owner::*step)(bool), bool (Owner::*takesLong)() const = nullptr)
+        : m_Owner(owner), m_Step(step), m_TakesLong(takesLong)
+    {
+    }
     void happened(bool ok) override { (m_Owner.*m_Step)(ok); }
+    bool mayTakeLong() const override { return m_TakesLong != nullptr && (m_Owner.*m_TakesLong)(); }
 
 private:
     Owner& m_Owner;
     void (Owner::*m_Step)(bool);
+    bool (Owner::*m_TakesLong)() const;
 };
 
 } // namespace
+
+/// Measures a run of a method.
+class ServerCalls::Timed
+{
+public:
+    explicit Timed(Method& method) : m_Method(method), m_Begin(Clock::now()) {}
+    ~Timed()
+    {
+        const std::int64_t time = std::chrono::nanoseconds(Clock::now() - m_Begin).count();
+        const std::int64_t usual = m_Method.usualTime;
+        m_Method.usualTime = usual + (time - usual) / 4; // what another thread measures now may be lost
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    Method& m_Method;
+    const Clock::time_point m_Begin;
+};
 
 /// One call from its arrival to its end. It lives until all of its events have come: at least, that its
 /// answer was sent, and that gRPC has finished with it (which comes at once for a cancelled call).
@@ -49,8 +80,8 @@ public:
           m_Queue(queue),
           m_Stream(&m_Context),
           m_Arrived(*this, &Call::arrived),
-          m_Received(*this, &Call::received),
-          m_StepEnded(*this, &Call::stepEnded),
+          m_Received(*this, &Call::received, &Call::isRunLong),
+          m_StepEnded(*this, &Call::stepEnded, &Call::isMethodLong),
           m_Answered(*this, &Call::answered),
           m_Done(*this, &Call::done)
     {
@@ -161,12 +192,21 @@ private:
             refuse(grpc::StatusCode::UNAUTHENTICATED, reason);
             return;
         }
+        ++m_Calls.m_Arriving;
         expect();
         m_Stream.Read(&m_Buffer, &m_Received);
     }
 
+    bool isMethodLong() const { return m_Method->usualTime >= kLongTime; }
+    bool isRunLong() const
+    {
+        const bool othersWait = m_Calls.m_Arriving > 1;
+        return m_Method->usualTime >= (othersWait ? kLongTimeForOthers : kLongTime);
+    }
+
     void received(bool ok)
     {
+        --m_Calls.m_Arriving;
         try {
             if (ok)
                 runMethod();
@@ -196,6 +236,7 @@ private:
             refuse(grpc::StatusCode::INVALID_ARGUMENT, "the request can't be parsed");
             return;
         }
+        const Timed timed(*m_Method);
         m_Method->service->CallMethod(m_Method->descriptor, this, m_Request.get(), m_Response.get(), this);
         if (m_Messages)
             m_Messages->work();
@@ -257,7 +298,10 @@ private:
 
     void stepEnded(bool ok)
     {
-        m_Messages->stepEnded(ok);
+        {
+            const Timed timed(*m_Method);
+            m_Messages->stepEnded(ok);
+        }
         release();
     }
 
@@ -294,7 +338,7 @@ private:
     MemberEvent<Call> m_Arrived, m_Received, m_StepEnded, m_Answered, m_Done;
     std::atomic<int> m_EventsLeft{2}; ///< that it is answered and done, and others that will come
 
-    const Method* m_Method = nullptr;
+    Method* m_Method = nullptr;
     grpc::ByteBuffer m_Buffer;
     std::unique_ptr<Message> m_Request;
     std::unique_ptr<Message> m_Response;
@@ -319,7 +363,11 @@ void ServerCalls::add(google::protobuf::Service* service)
     for (int i = 0; i < descriptor->method_count(); ++i) {
         const google::protobuf::MethodDescriptor* method = descriptor->method(i);
         if (!method->client_streaming() || !method->server_streaming()) // both at once is not supported
-            m_Methods["/" + descriptor->full_name() + "/" + method->name()] = Method{service, method};
+        {
+            Method& added = m_Methods["/" + descriptor->full_name() + "/" + method->name()];
+            added.service = service;
+            added.descriptor = method;
+        }
     }
 }
 

@@ -10,18 +10,12 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <cstdint>
 #include <mutex>
+#include <string>
 #include <unordered_map>
 
 namespace wirecall {
-
-/// An event on the completion queue that a step of a call waits for.
-class Event
-{
-public:
-    virtual ~Event() = default;
-    virtual void happened(bool ok) = 0;
-};
 
 /// The calls of one server: answers them and counts those that run.
 class ServerCalls
@@ -40,15 +34,18 @@ private:
 
     struct Method
     {
-        google::protobuf::Service* service;
-        const google::protobuf::MethodDescriptor* descriptor;
+        google::protobuf::Service* service = nullptr;
+        const google::protobuf::MethodDescriptor* descriptor = nullptr;
+        std::atomic<std::int64_t> usualTime{0}; ///< in nanoseconds; of the latest runs most
     };
+    class Timed;
 
     void began();
     void ended();
 
     RpcServer::Authenticate m_Authenticate;
     std::unordered_map<std::string, Method> m_Methods; ///< by path, "/package.Service/Method"
+    std::atomic<int> m_Arriving{0};                    ///< calls whose request has not been taken yet
     std::mutex m_Mutex;
     std::condition_variable m_NoneLeft;
     int m_Calls = 0;

@@ -1,6 +1,7 @@
 #include "lumo/components/wirecall/Closures.h"
 #include "lumo/components/wirecall/RpcChannel.h"
 #include "lumo/components/wirecall/RpcController.h"
+#include "tests/support/Awaited.h"
 #include "tests/support/TestService.h"
 
 #include <gtest/gtest.h>
@@ -254,6 +255,29 @@ TEST(Rpc, AThousandAsynchronousCallsEndOnceEach)
     countdown.wait();
     for (const PendingCall& each : calls)
         ASSERT_EQ(each.response.server(), "test") << each.controller.ErrorText();
+}
+
+TEST(Rpc, AsManyMethodsAsThreadsWaitAtOnceAndTheOthersFollow)
+{
+    constexpr int kThreads = 4; // of a TestServer
+    Awaited<int> arrived;
+    TestService service([&](ServerCall&, const HelloReq&, HelloRsp&, Closure* done) {
+        arrived.change([](int& count) { ++count; });
+        arrived.wait([](int count) { return count >= kThreads; });
+        done->Run();
+    });
+    TestServer server(service);
+    const auto channel = channelTo(server.address());
+    for (int round = 0; round < 3; ++round) { // the server learns that the method takes long
+        arrived.exchange(0);
+        std::vector<PendingCall> calls(3 * kThreads);
+        Countdown countdown(3 * kThreads);
+        for (PendingCall& each : calls)
+            each.start(*channel, HelloReq::default_instance(), countdown);
+        countdown.wait();
+        for (const PendingCall& each : calls)
+            EXPECT_FALSE(each.controller.Failed()) << each.controller.ErrorText();
+    }
 }
 
 TEST(Rpc, WhatCanNotBeOpenedSaysWhy)

@@ -1,0 +1,146 @@
+#include "components/wirecall/ServerThreads.h"
+
+#include "components/wirecall/HandOver.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace wirecall {
+
+namespace {
+
+constexpr std::chrono::milliseconds kTick(2);
+constexpr int kTicksToSleep = 20; ///< without an event
+
+} // namespace
+
+ServerThreads::ServerThreads(grpc::ServerCompletionQueue& queue, int count) : m_Queue(queue)
+{
+    for (int i = 0; i < std::max(2, count); ++i)
+        m_Threads.emplace_back([this] { run(); });
+}
+
+ServerThreads::~ServerThreads()
+{
+    for (std::thread& thread : m_Threads)
+        thread.join();
+}
+
+void ServerThreads::run()
+{
+    std::unique_lock<std::mutex> lock(m_Mutex);
+    for (;;) {
+        if (!m_Waiting.empty()) {
+            const auto [event, ok] = m_Waiting.front();
+            m_Waiting.pop_front();
+            lock.unlock();
+            event->happened(ok);
+            lock.lock();
+        } else if (m_AtEnd) {
+            return;
+        } else if (!m_IsLed) {
+            lead(lock);
+        } else {
+            rest(lock);
+        }
+    }
+}
+
+void ServerThreads::lead(std::unique_lock<std::mutex>& lock)
+{
+    m_IsLed = true;
+    const std::uint64_t term = ++m_Term;
+    lock.unlock();
+    void* tag = nullptr;
+    bool ok = false;
+    while (m_Term == term) {
+        if (!m_Queue.Next(&tag, &ok)) {
+            lock.lock();
+            m_AtEnd = true;
+            m_ForDeputy.notify_all();
+            m_ForOthers.notify_all();
+            return;
+        }
+        takeOver(&m_Queue);
+        handle(*static_cast<Event*>(tag), ok);
+    }
+    lock.lock();
+}
+
+void ServerThreads::handle(Event& event, bool ok)
+{
+    const bool takesLong = event.mayTakeLong();
+    if (takesLong ? !giveLeadAway() : m_Free == 0) {
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        m_Waiting.emplace_back(&event, ok);
+        // A thread that has become free meanwhile would not see it.
+        m_ForDeputy.notify_one();
+        return;
+    }
+    if (takesLong) {
+        event.happened(ok);
+        return;
+    }
+    std::uint64_t number = ++m_Handled;
+    m_Current = number;
+    if (m_DeputySleeps)
+        callDeputy();
+    event.happened(ok);
+    m_Current.compare_exchange_strong(number, 0); // unless another leads and handles one by now
+}
+
+bool ServerThreads::giveLeadAway()
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    if (m_Free == 0)
+        return false;
+    ++m_Term;
+    m_IsLed = false;
+    // The deputy goes on watching if another can lead.
+    (m_HasDeputy && m_Free == 1 ? m_ForDeputy : m_ForOthers).notify_one();
+    return true;
+}
+
+void ServerThreads::callDeputy()
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    m_ForDeputy.notify_one();
+}
+
+void ServerThreads::rest(std::unique_lock<std::mutex>& lock)
+{
+    ++m_Free;
+    if (m_HasDeputy)
+        m_ForOthers.wait(lock, [this] { return isWanted() || !m_HasDeputy; });
+    else
+        watch(lock);
+    --m_Free;
+}
+
+void ServerThreads::watch(std::unique_lock<std::mutex>& lock)
+{
+    m_HasDeputy = true;
+    std::uint64_t handled = m_Handled, current = 0;
+    for (int idle = 0; !isWanted();) {
+        if (idle < kTicksToSleep) {
+            m_ForDeputy.wait_for(lock, kTick);
+        } else {
+            m_DeputySleeps = true;
+            if (m_Handled == handled)
+                m_ForDeputy.wait(lock);
+            m_DeputySleeps = false;
+        }
+        const std::uint64_t handledBefore = std::exchange(handled, m_Handled);
+        const std::uint64_t currentBefore = std::exchange(current, m_Current);
+        idle = handled == handledBefore ? idle + 1 : 0;
+        if (current != 0 && current == currentBefore && !isWanted()) {
+            ++m_Term; // the leader has been at it for a tick
+            m_Current = 0;
+            m_IsLed = false;
+        }
+    }
+    m_HasDeputy = false;
+    m_ForOthers.notify_one(); // another one may watch
+}
+
+} // namespace wirecall

@@ -1,0 +1,69 @@
+#ifndef LUMO_WIRECALL_SERVERTHREADS_H
+#define LUMO_WIRECALL_SERVERTHREADS_H
+
+#include <grpcpp/completion_queue.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <mutex>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace wirecall {
+
+/// An event on the completion queue that a step of a call waits for.
+class Event
+{
+public:
+    virtual ~Event() = default;
+    virtual void happened(bool ok) = 0;
+    /// Whether what follows may take long, or others wait meanwhile.
+    virtual bool mayTakeLong() const = 0;
+};
+
+/// The threads of a server. One of them, the leader, waits for events; more would wake each other. It handles
+/// quick ones itself and gives the lead away before others, so that pings and further calls never wait. If a
+/// quick one takes long after all, the deputy notices within two ticks and takes the lead. Without a thread
+/// that could be leader or deputy the leader handles nothing itself; events wait in a list.
+class ServerThreads
+{
+public:
+    /// Starts `count` threads, at least two, which handle the events of `queue`.
+    ServerThreads(grpc::ServerCompletionQueue& queue, int count);
+    /// Waits until the queue, which must be shut down before, is empty.
+    ~ServerThreads();
+
+private:
+    void run();
+    void lead(std::unique_lock<std::mutex>& lock);
+    void handle(Event& event, bool ok);
+    void watch(std::unique_lock<std::mutex>& lock);
+    void rest(std::unique_lock<std::mutex>& lock);
+    bool isWanted() const { return m_AtEnd || !m_IsLed || !m_Waiting.empty(); }
+    bool giveLeadAway();
+    void callDeputy();
+
+    grpc::ServerCompletionQueue& m_Queue;
+    std::vector<std::thread> m_Threads;
+
+    std::atomic<std::uint64_t> m_Term{0};    ///< changes when the leader does
+    std::atomic<std::uint64_t> m_Handled{0}; ///< how many events the leaders began to handle themselves
+    std::atomic<std::uint64_t> m_Current{0}; ///< the number of the one that is being handled; 0: none
+    std::atomic<int> m_Free{0};              ///< threads that neither lead nor work
+    std::atomic<bool> m_DeputySleeps{false};
+
+    std::mutex m_Mutex; ///< guards what follows
+    std::condition_variable m_ForDeputy;
+    std::condition_variable m_ForOthers;
+    bool m_HasDeputy = false;
+    bool m_IsLed = false;
+    bool m_AtEnd = false;
+    std::deque<std::pair<Event*, bool>> m_Waiting;
+};
+
+} // namespace wirecall
+
+#endif
