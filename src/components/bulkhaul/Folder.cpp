@@ -170,17 +170,21 @@ void Folder::flush() const
 
 const Folder& FolderCache::parentOf(const std::string& below, std::string& name)
 {
+    const std::size_t slash = below.rfind('/');
+    const std::size_t length = slash == std::string::npos ? 0 : slash;
+    name = below.substr(length == 0 ? 0 : slash + 1);
+    // The folder of the last path, whose components were checked then.
+    if (m_Last && length > 0 && below.compare(0, length, m_Path) == 0 && below.size() < PATH_MAX &&
+        isMovableName(name))
+        return *m_Last;
     std::vector<std::string> path = splitBelow(below);
     if (path.empty())
         throw FileFailure(haulbox::UNSAFE_NAME, "a file without a name");
-    name = std::move(path.back());
     path.pop_back();
     if (path.empty())
         return m_Root;
-    if (!m_Last || path != m_Path) {
-        m_Last = m_Root.below(path, m_Missing);
-        m_Path = std::move(path);
-    }
+    m_Last = m_Root.below(path, m_Missing);
+    m_Path = below.substr(0, length);
     return *m_Last;
 }
 

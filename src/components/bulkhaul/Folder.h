@@ -100,7 +100,7 @@ public:
 private:
     const Folder& m_Root;
     const Folder::Missing m_Missing;
-    std::vector<std::string> m_Path;
+    std::string m_Path; ///< of m_Last
     std::optional<Folder> m_Last;
 };
 

@@ -11,7 +11,8 @@ namespace {
 
 void writeWhole(const PartialFile& partial, const std::string& data)
 {
-    partial.resize(data.size());
+    if (partial.size() > data.size()) // an earlier attempt was longer
+        partial.resize(data.size());
     partial.write(piecesOf(data), 0);
 }
 

@@ -99,12 +99,16 @@ PartialFile::PartialFile(const Folder& folder, const std::string& target, Missin
         m_File = FileHandle(::openat(folder.get(), name.c_str(), flags, kFileMode));
         if (!m_File && errno == ENOENT && missing == Missing::None)
             return;
+        if (!m_File)
+            throwErrno(haulbox::NOT_WRITABLE, name);
+        lock();
         struct stat status;
-        if (!m_File || ::fstat(m_File.get(), &status) != 0)
+        if (::fstat(m_File.get(), &status) != 0)
             throwErrno(haulbox::NOT_WRITABLE, name);
         if (!S_ISREG(status.st_mode) || status.st_nlink > 1)
             throw FileFailure(haulbox::WRONG_KIND, name + ": not a partial file");
-        lock();
+        m_Inode = status.st_ino;
+        m_Size = static_cast<std::uint64_t>(status.st_size);
     } while (!isCurrent(folder));
 }
 
@@ -126,17 +130,7 @@ void PartialFile::lock() const
 bool PartialFile::isCurrent(const Folder& folder) const
 {
     struct stat named;
-    struct stat opened;
-    return folder.find(partialName(m_Target), named) && ::fstat(m_File.get(), &opened) == 0 &&
-           named.st_ino == opened.st_ino;
-}
-
-std::uint64_t PartialFile::size() const
-{
-    struct stat status;
-    if (::fstat(m_File.get(), &status) != 0)
-        throwErrno(haulbox::NOT_WRITABLE, m_Target);
-    return static_cast<std::uint64_t>(status.st_size);
+    return folder.find(partialName(m_Target), named) && named.st_ino == m_Inode;
 }
 
 void PartialFile::resize(std::uint64_t size) const

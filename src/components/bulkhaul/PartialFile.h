@@ -5,6 +5,7 @@
 #include "components/bulkhaul/Folder.h"
 
 #include <sys/stat.h>
+#include <sys/types.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -51,7 +52,8 @@ public:
 
     explicit operator bool() const { return static_cast<bool>(m_File); }
     int get() const { return m_File.get(); }
-    std::uint64_t size() const;
+    /// Returns the size that it had when it was opened.
+    std::uint64_t size() const { return m_Size; }
     void resize(std::uint64_t size) const;
     void write(Pieces pieces, std::uint64_t offset) const;
     /// Flushes the file and gives it the target's name. Returns false where an existing file or link was kept
@@ -67,6 +69,8 @@ private:
 
     std::string m_Target; ///< the target's name
     FileHandle m_File;
+    ino_t m_Inode = 0;
+    std::uint64_t m_Size = 0;
 };
 
 } // namespace bulkhaul

@@ -7,7 +7,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
+#include <charconv>
+#include <cstdint>
 
 namespace bulkhaul {
 
@@ -25,14 +26,19 @@ struct stat statusOf(const FileHandle& file, const std::string& name)
 
 std::string versionOf(const struct stat& status)
 {
-    char version[128];
-    static_cast<void>(std::snprintf(version, sizeof version, "%llx-%llx-%llx.%lx-%llx.%lx",
-                                    static_cast<unsigned long long>(status.st_ino),
-                                    static_cast<unsigned long long>(status.st_size),
-                                    static_cast<unsigned long long>(status.st_mtim.tv_sec),
-                                    static_cast<unsigned long>(status.st_mtim.tv_nsec),
-                                    static_cast<unsigned long long>(status.st_ctim.tv_sec),
-                                    static_cast<unsigned long>(status.st_ctim.tv_nsec)));
+    std::string version;
+    const auto append = [&version](auto number, const char* end) {
+        char hex[16];
+        const auto unsignedNumber = static_cast<std::uint64_t>(number);
+        version.append(hex, std::to_chars(hex, hex + sizeof hex, unsignedNumber, 16).ptr).append(end);
+    };
+    version.reserve(80);
+    append(status.st_ino, "-");
+    append(status.st_size, "-");
+    append(status.st_mtim.tv_sec, ".");
+    append(status.st_mtim.tv_nsec, "-");
+    append(status.st_ctim.tv_sec, ".");
+    append(status.st_ctim.tv_nsec, "");
     return version;
 }
 
