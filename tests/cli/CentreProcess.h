@@ -25,6 +25,8 @@ public:
     /// Ends it in good order; its exit code.
     int stop();
     void kill() { m_Process.reset(); }
+    const std::string& address() const { return m_Address; }
+    const Process& process() const { return *m_Process; }
 
     /// A command line with lumo and lumo-centre on its path and in the environment what lumo takes to log in.
     std::vector<std::string> command(const std::vector<std::string>& words) const;

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -31,11 +32,14 @@ std::vector<char*> pointers(const std::vector<std::string>& command)
     _exit(127);
 }
 
-int await(pid_t pid)
+int await(pid_t pid, long* peakKiB = nullptr)
 {
     int status = 0;
-    if (waitpid(pid, &status, 0) != pid)
-        throw std::runtime_error("waitpid failed");
+    rusage usage{};
+    if (wait4(pid, &status, 0, &usage) != pid)
+        throw std::runtime_error("wait4 failed");
+    if (peakKiB != nullptr)
+        *peakKiB = usage.ru_maxrss;
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
@@ -73,8 +77,9 @@ Outcome run(const std::vector<std::string>& command, const std::vector<std::stri
             putenv(const_cast<char*>(variable.c_str()));
         execute(arguments);
     }
-    const int exitCode = await(pid);
-    return {exitCode, contentOf(output), contentOf(errors)};
+    long peakKiB = 0;
+    const int exitCode = await(pid, &peakKiB);
+    return {exitCode, contentOf(output), contentOf(errors), peakKiB};
 }
 
 Process::Process(const std::vector<std::string>& command)
@@ -112,6 +117,15 @@ std::string Process::readLine()
 void Process::signal(int number) const
 {
     kill(m_Pid, number);
+}
+
+long Process::peakKiB() const
+{
+    std::ifstream status("/proc/" + std::to_string(m_Pid) + "/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.rfind("VmHWM:", 0) == 0)
+            return std::stol(line.substr(6));
+    throw std::runtime_error("no peak of memory");
 }
 
 int Process::wait()

@@ -13,6 +13,7 @@ struct Outcome
     int exitCode; ///< 128 + N when signal N ended it
     std::string output;
     std::string errors;
+    long peakKiB; ///< the most memory that it, or a program that it ran, had at once
 };
 
 /// A program with arguments and additional environment variables ("NAME=value"), run to its end.
@@ -31,6 +32,8 @@ public:
     /// The next line without its end; empty at the end of the output.
     std::string readLine();
     void signal(int number) const;
+    /// The most memory that it had at once so far, as in Outcome.
+    long peakKiB() const;
     /// Its exit code, as in Outcome.
     int wait();
 

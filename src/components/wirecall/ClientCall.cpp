@@ -18,6 +18,7 @@ namespace {
 using google::protobuf::MethodDescriptor;
 using Clock = std::chrono::system_clock; // gRPC's deadlines are of this clock
 
+constexpr char kQuotaIsUsedUp[] = "Buffers full"; // gRPC's words
 constexpr long long kLongestTimeLimit = 1000LL * 60 * 60 * 24 * 365;
 
 Failure failureOf(grpc::StatusCode code)
@@ -92,8 +93,10 @@ void ClientCall::conclude(RpcController& controller, const grpc::Status& status)
     }
     // A call that began without a connection may have got one. Until then gRPC names the target as its peer.
     const bool sent = m_WasConnected || m_Context.peer() != m_Connection->target || isConnected();
-    const std::string& text = status.error_message();
-    controller.setOutcome(failureOf(status.error_code()), text.empty() ? "unknown failure" : text, sent);
+    std::string text = status.error_message().empty() ? "unknown failure" : status.error_message();
+    if (status.error_code() == grpc::StatusCode::RESOURCE_EXHAUSTED && text == kQuotaIsUsedUp)
+        text = "what arrives takes more memory than it may";
+    controller.setOutcome(failureOf(status.error_code()), text, sent);
 }
 
 WaitingCall::WaitingCall(std::shared_ptr<const Connection> connection, const MethodDescriptor& method,

@@ -1,7 +1,9 @@
+#include "components/wirecall/BoundedMessage.h"
 #include "components/wirecall/ClientCall.h"
 #include "components/wirecall/GrpcChannel.h"
 #include "components/wirecall/StreamMessages.h"
 #include "components/wirecall/Streams.h"
+#include "components/wirecall/WireLimits.h"
 
 #include <google/protobuf/descriptor.h>
 #include <google/protobuf/message.h>
@@ -177,11 +179,10 @@ bool StreamWriter::finish(Message& response)
     m_Impl->call->conclude(m_Impl->status);
     if (m_Impl->controller.Failed())
         return false;
-    grpc::ProtoBufferReader reader(&m_Impl->answer);
-    if (m_Impl->answer.Valid() && response.ParseFromZeroCopyStream(&reader))
-        return true;
-    m_Impl->controller.setOutcome(Failure::Other, kNotParsed, true);
-    return false;
+    const grpc::Status parsed = parseBounded(m_Impl->answer, response, kMostAnswerMemory);
+    if (!parsed.ok())
+        m_Impl->controller.setOutcome(Failure::Other, parsed.error_message(), true);
+    return parsed.ok();
 }
 
 void StreamWriter::cancel()

@@ -1,11 +1,13 @@
 #include "lumo/components/wirecall/RpcServer.h"
 
 #include "components/wirecall/Address.h"
+#include "components/wirecall/BoundedMessage.h"
 #include "components/wirecall/PemFile.h"
 #include "components/wirecall/ServerCalls.h"
 #include "components/wirecall/ServerThreads.h"
 #include "components/wirecall/WireLimits.h"
 
+#include <grpcpp/resource_quota.h>
 #include <grpcpp/security/server_credentials.h>
 #include <grpcpp/server_builder.h>
 
@@ -37,6 +39,14 @@ bool makeCredentials(const RpcServer::Options& options, std::shared_ptr<grpc::Se
     tls.pem_key_cert_pairs.push_back(pair);
     credentials = grpc::SslServerCredentials(tls);
     return true;
+}
+
+/// Bounds what arrives at all servers of the process together; never destroyed, as a client's quota.
+const grpc::ResourceQuota& arrivingRequests()
+{
+    static const auto* const quota =
+        &(new grpc::ResourceQuota("requests"))->Resize(mayArrive(kMostArrivingRequests));
+    return *quota;
 }
 
 } // namespace
@@ -98,7 +108,11 @@ bool RpcServer::start(const Options& options, std::string& error)
     int port = 0;
     builder.AddListeningPort(options.address, credentials, &port);
     builder.RegisterAsyncGenericService(&m_Impl->generic.emplace());
-    builder.SetMaxReceiveMessageSize(kLargestMessage);
+    builder.SetResourceQuota(arrivingRequests());
+    builder.AddChannelArgument(GRPC_COMPRESSION_CHANNEL_ENABLED_ALGORITHMS_BITSET, 1 << GRPC_COMPRESS_NONE);
+    builder.AddChannelArgument(GRPC_ARG_ENABLE_PER_MESSAGE_DECOMPRESSION, 0);
+    builder.AddChannelArgument(GRPC_ARG_MAX_CONCURRENT_STREAMS, kMostCalls);
+    builder.SetMaxReceiveMessageSize(kLargestRequest);
     builder.SetMaxSendMessageSize(kLargestMessage);
     builder.AddChannelArgument(GRPC_ARG_ALLOW_REUSEPORT, 0);
     builder.AddChannelArgument(GRPC_ARG_HTTP2_BDP_PROBE, 0);

@@ -1,9 +1,11 @@
 #include "components/wirecall/ServerCalls.h"
 
+#include "components/wirecall/BoundedMessage.h"
 #include "components/wirecall/HandOver.h"
 #include "components/wirecall/ServerStreams.h"
 #include "components/wirecall/ServerThreads.h"
 #include "components/wirecall/StreamMessages.h"
+#include "components/wirecall/WireLimits.h"
 
 #include <google/protobuf/descriptor.h>
 #include <grpcpp/impl/codegen/proto_utils.h>
@@ -232,8 +234,9 @@ private:
     {
         m_Request.reset(m_Method->service->GetRequestPrototype(m_Method->descriptor).New());
         m_Response.reset(m_Method->service->GetResponsePrototype(m_Method->descriptor).New());
-        if (!parseRequest()) {
-            refuse(grpc::StatusCode::INVALID_ARGUMENT, "the request can't be parsed");
+        const grpc::Status parsed = parseRequest();
+        if (!parsed.ok()) {
+            refuse(parsed.error_code(), parsed.error_message());
             return;
         }
         const Timed timed(*m_Method);
@@ -242,14 +245,12 @@ private:
             m_Messages->work();
     }
 
-    bool parseRequest()
+    grpc::Status parseRequest()
     {
-        if (m_Method->descriptor->client_streaming()) {
-            Payload data; // the stream will take it
-            return takeApart(m_Buffer, *m_Request, data);
-        }
-        grpc::ProtoBufferReader reader(&m_Buffer);
-        return m_Request->ParseFromZeroCopyStream(&reader);
+        if (!m_Method->descriptor->client_streaming())
+            return parseBounded(m_Buffer, *m_Request, kMostRequestMemory);
+        Payload data; // the stream will take it
+        return takeApart(m_Buffer, *m_Request, data) ? grpc::Status::OK : notParsed();
     }
 
     /// Sends the method's answer; called on any thread.

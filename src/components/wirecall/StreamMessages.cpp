@@ -56,6 +56,7 @@ OutgoingBuffer::OutgoingBuffer(std::size_t size) : m_Size(size)
 
 namespace {
 
+constexpr std::size_t kLargestStreamMessage = 2 * OutgoingBuffer::kLargest;
 constexpr int kDataField = 15;
 constexpr std::uint32_t kDataTag =
     WireFormatLite::MakeTag(kDataField, WireFormatLite::WIRETYPE_LENGTH_DELIMITED);
@@ -134,7 +135,7 @@ grpc::ByteBuffer assemble(const Message& head, OutgoingBuffer data)
 bool takeApart(grpc::ByteBuffer message, Message& head, Payload& data)
 {
     data = Payload();
-    if (!message.Valid())
+    if (!message.Valid() || message.Length() > kLargestStreamMessage)
         return false;
     grpc::ProtoBufferReader reader(&message);
     const auto division = divide(message);
