@@ -137,8 +137,7 @@ void WaitingCall::conclude(const grpc::Status& status)
 void WaitingCall::end()
 {
     cancel();
-    if (!std::exchange(m_Ended, true))
-        m_Queue.Shutdown();
+    m_Queue.Shutdown();
     void* tag = nullptr;
     bool ok = false;
     while (m_Queue.Next(&tag, &ok)) {

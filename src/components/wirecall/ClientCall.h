@@ -41,17 +41,14 @@ private:
     grpc::ClientContext m_Context;
 };
 
-/// A call whose caller waits for its events. After a stall the call is cancelled.
+/// A call whose caller waits for its events. After a stall the call is cancelled; a call that is destroyed
+/// while it runs, too.
 class WaitingCall
 {
 public:
     WaitingCall(std::shared_ptr<const Connection> connection,
                 const google::protobuf::MethodDescriptor& method, grpc::internal::RpcMethod::RpcType type,
                 RpcController& controller);
-    ~WaitingCall() { end(); }
-
-    WaitingCall(const WaitingCall&) = delete;
-    WaitingCall& operator=(const WaitingCall&) = delete;
 
     grpc::Channel& channel() const { return m_Call.channel(); }
     const grpc::internal::RpcMethod& method() const { return m_Call.method(); }
@@ -64,7 +61,7 @@ public:
     void cancel() { m_Call.context().TryCancel(); }
     /// Sets the outcome.
     void conclude(const grpc::Status& status);
-    /// Cancels what still runs. No event comes after that.
+    /// Cancels what still runs and waits for all events that have not come yet. None can be awaited any more.
     void end();
 
 private:
@@ -72,7 +69,6 @@ private:
     ClientCall m_Call;
     grpc::CompletionQueue m_Queue;
     bool m_Stalled = false;
-    bool m_Ended = false;
 };
 
 } // namespace wirecall
