@@ -1,4 +1,3 @@
-#include "cli/LogFile.h"
 #include "cli/Program.h"
 #include "cli/output/Output.h"
 
@@ -6,13 +5,37 @@
 #include "lumo/components/bulkhaul/Bulkhaul.h"
 #include "lumo/components/wirecall/LockChecks.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
+#include <fstream>
 #include <optional>
 
 namespace {
 
 using cli::ExitCode;
+
+/// The file that --log names, which the library's log is appended to.
+class LogFile
+{
+public:
+    explicit LogFile(const std::string& path) : m_File(path, std::ios::app)
+    {
+        if (!m_File)
+            cli::refuse("can't write the log file '" + path + "': " + std::strerror(errno));
+    }
+
+    /// Appends an entry at once. Complains when that fails for the first time, and writes nothing after that.
+    void write(const std::string& entry)
+    {
+        if (m_File && !(m_File << entry << std::flush))
+            cli::complain(std::string("the log is not whole: ") + std::strerror(errno));
+    }
+
+private:
+    std::ofstream m_File;
+};
 
 void execute(int argc, char** argv)
 {
@@ -20,7 +43,7 @@ void execute(int argc, char** argv)
     if (const auto command = program.parse(argc, argv)) {
         const cli::Options& options = program.options();
         lumo::Session::Settings settings = options.settings;
-        std::optional<cli::LogFile> log;
+        std::optional<LogFile> log;
         if (!options.log.empty()) {
             log.emplace(options.log);
             settings.log = [&log](const std::string& entry) { log->write(entry); };

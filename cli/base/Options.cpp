@@ -3,7 +3,6 @@
 #include "cli/base/ExitCode.h"
 #include "cli/base/LocalFiles.h"
 
-#include <algorithm>
 #include <fstream>
 
 namespace cli {
@@ -16,6 +15,11 @@ void require(const std::string& value, const char* option, const char* variable,
         refuse(std::string("--") + option + " is missing: give --" + option + " " + example + ", set " +
                variable + ", or write '" + option + " = " + example + "' in ~/.config/lumo/profile.ini");
     }
+}
+
+std::string knownCodePage(const std::string& name)
+{
+    return name == "utf8" || name == "gbk" ? "" : "'" + name + "' is neither utf8 nor gbk";
 }
 
 void applySetting(CLI::App& app, const std::string& path, const CLI::ConfigItem& item)
@@ -45,14 +49,6 @@ void applySetting(CLI::App& app, const std::string& path, const CLI::ConfigItem&
 }
 
 } // namespace
-
-std::string oneOf(const std::vector<std::string>& words, const std::string& value)
-{
-    std::string list;
-    for (const std::string& word : words)
-        list += (list.empty() ? "" : ", ") + word;
-    return std::count(words.begin(), words.end(), value) > 0 ? "" : "'" + value + "' is not one of " + list;
-}
 
 void addOptions(CLI::App& app, Options& options)
 {
@@ -87,9 +83,7 @@ void addOptions(CLI::App& app, Options& options)
     add("--log", options.log, "LUMO_LOG", "FILE", "Append the library's log to this file");
     add("--code-page", options.codePage, "LUMO_CODE_PAGE", "NAME",
         "Code page of the library's records: utf8 or gbk")
-        ->check([](const std::string& name) {
-            return oneOf({"utf8", "gbk"}, name);
-        });
+        ->check(knownCodePage);
 }
 
 void applyProfile(CLI::App& app, Options& options)
@@ -115,8 +109,6 @@ void finishOptions(Options& options)
     settings.timeout = lumo::Session::Settings::milliseconds(options.timeout);
     if (!options.codePage.empty())
         settings.codePage = options.codePage;
-    if (settings.plainText && (settings.tls || !settings.tlsCa.empty()))
-        refuse("--plain-text contradicts --tls and --tls-ca: give one or the other");
 }
 
 } // namespace cli

@@ -6,7 +6,6 @@
 #include <CLI/CLI.hpp>
 
 #include <string>
-#include <vector>
 
 namespace cli {
 
@@ -20,9 +19,6 @@ struct Options
     bool json = false;
     std::string profile;
 };
-
-/// A validator for CLI11: returns an empty text, or what is wrong with a value that is none of the words.
-std::string oneOf(const std::vector<std::string>& words, const std::string& value);
 
 /// Adds the options to the program; each is read from its environment variable too.
 void addOptions(CLI::App& app, Options& options);

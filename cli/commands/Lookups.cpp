@@ -41,7 +41,7 @@ class AreasCommand : public Command
 public:
     explicit AreasCommand(CLI::App& app)
     {
-        addOption(app, "ID", m_Area, " ", "The area's identifier")->check(wholeNumber)->required();
+        addArgument(app, "ID", m_Area, "The area's identifier")->check(wholeNumber);
     }
 
     void run(lumo::Session& session, bool json) override

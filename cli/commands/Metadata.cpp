@@ -34,16 +34,18 @@ std::string sceneText(const lumo::Centre::Scene& scene)
     return table.text();
 }
 
+std::string knownFormat(const std::string& name)
+{
+    const bool known = name == "spot5" || name == "spot6" || name == "alos" || name == "ads";
+    return known ? "" : "'" + name + "' is none of spot5, spot6, alos and ads";
+}
+
 class MetadataCommand : public Command
 {
 public:
     explicit MetadataCommand(CLI::App& app)
     {
-        addOption(app, "FORMAT", m_Format, " ", "spot5, spot6, alos or ads")
-            ->required()
-            ->check([](const std::string& name) {
-                return oneOf({"spot5", "spot6", "alos", "ads"}, name);
-            });
+        addArgument(app, "FORMAT", m_Format, "spot5, spot6, alos or ads")->check(knownFormat);
         addArgument(app, "ID", m_File, "The metadata file: its identifier, or its place");
         explain(app, kPlaceHelp);
     }

@@ -87,9 +87,10 @@ public:
     /// A signal ends it after the batch under way, whose result is reported.
     void run(const std::vector<NewRecord>& records)
     {
-        const NotedInterrupt interrupt;
+        const Interrupt interrupt(
+            Interrupt::Then::FinishWork); // without an event: a line may be half written
         auto begin = records.begin();
-        while (begin != records.end() && NotedInterrupt::signal() == 0) {
+        while (begin != records.end() && Interrupt::signal() == 0) {
             const auto end = begin + std::min<std::ptrdiff_t>(kBatch, records.end() - begin);
             begin = registerBatch(begin, end);
             m_Report.refresh();
@@ -109,7 +110,7 @@ private:
                                      : std::to_string(m_Report.registeredRecords()) + " registered, " +
                                            std::to_string(m_Report.failedRecords()) + " failed" +
                                            linesText(begin, end) + "; no later line was sent";
-        throw Failure(NotedInterrupt::signal() == SIGINT ? ExitCode::Interrupted : ExitCode::Terminated,
+        throw Failure(Interrupt::signal() == SIGINT ? ExitCode::Interrupted : ExitCode::Terminated,
                       "interrupted; " + sent);
     }
 
@@ -125,7 +126,7 @@ private:
         } catch (const lumo::Error& error) {
             requireRefusal(error, begin, end);
             // The centre takes all or none of a batch: sent one by one, the records that fail show.
-            while (begin != end && NotedInterrupt::signal() == 0)
+            while (begin != end && Interrupt::signal() == 0)
                 registerOne(begin++);
             return begin;
         }
@@ -172,8 +173,8 @@ public:
     explicit RegisterCommand(CLI::App& app)
     {
         addArgument(app, "KIND", m_KindWord, "The kind of the record");
-        addOption(app, "KEY=VALUE", m_Assignments, " ",
-                  "Its fields, as in typeID=2 mainFileID=33 imageName=scene-1");
+        addOptionalArgument(app, "KEY=VALUE", m_Assignments,
+                            "Its fields, as in typeID=2 mainFileID=33 imageName=scene-1");
         addOption(app, "--from", m_File, "FILE",
                   "Register the records of this CSV file, whose first line has the fields' names; - reads "
                   "standard input");

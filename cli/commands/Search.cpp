@@ -5,7 +5,6 @@
 #include "cli/output/Records.h"
 
 #include <charconv>
-#include <map>
 
 namespace cli {
 
@@ -29,36 +28,17 @@ lumo::Images::Search::Bounds parseBounds(const std::string& text)
     return {bounds[0], bounds[1], bounds[2], bounds[3]};
 }
 
-/// Finds the names of projects, each once.
-class ProjectNames
+/// The name of a type's project: its own, since the copy in the record of a type may be cut short.
+lumo::Entry::Text projectName(const lumo::Images& images, const lumo::Record& type)
 {
-public:
-    explicit ProjectNames(lumo::Images images) : m_Images(std::move(images)) {}
-
-    const lumo::Entry::Text& of(const lumo::Record& type)
-    {
-        const auto [place, isNew] = m_Names.try_emplace(type.projectId());
-        if (isNew)
-            place->second = nameFor(type);
-        return place->second;
+    try {
+        return images.project(type.projectId()).get<std::string>("projectName");
+    } catch (const lumo::Error& error) {
+        if (error.kind() != lumo::Error::Kind::NotFound)
+            throw;
+        return type.get<std::string>("projectName");
     }
-
-private:
-    /// The project's own name, since the copy in the record of a type may be cut short.
-    lumo::Entry::Text nameFor(const lumo::Record& type) const
-    {
-        try {
-            return m_Images.project(type.projectId()).get<std::string>("projectName");
-        } catch (const lumo::Error& error) {
-            if (error.kind() != lumo::Error::Kind::NotFound)
-                throw;
-            return type.get<std::string>("projectName");
-        }
-    }
-
-    lumo::Images m_Images;
-    std::map<lumo::ProjectId, lumo::Entry::Text> m_Names;
-};
+}
 
 class SearchCommand : public Command
 {
@@ -94,12 +74,11 @@ public:
         RecordLists found;
         found.commonNames = {"kind", "project", "type"};
         found.whenEmpty = "(nothing found)";
-        ProjectNames projects(images);
         std::size_t count = 0;
         for (const lumo::Record& type : images.types(m_Search)) {
             if (count > m_Records.limit)
                 break;
-            RecordList list = searchType(images, type, projects);
+            RecordList list = searchType(images, type);
             count += list.records.size();
             if (!list.records.empty())
                 found.lists.push_back(std::move(list));
@@ -109,19 +88,22 @@ public:
     }
 
 private:
-    RecordList searchType(const lumo::Images& images, const lumo::Record& type, ProjectNames& projects) const
+    RecordList searchType(const lumo::Images& images, const lumo::Record& type) const
     {
+        const bool hasKind = lumo::Images::kindOfType(type).has_value();
+        std::vector<lumo::Record> hits;
+        if (hasKind)
+            hits = images.search(m_Search, type);
+        if (hasKind && hits.empty())
+            return {};
         const auto name = type.get<std::string>("dataType");
-        const lumo::Entry::Text& project = projects.of(type);
+        const lumo::Entry::Text project = projectName(images, type);
         const std::string heading = shownName(project) + "/" + shownName(name);
-        if (!lumo::Images::kindOfType(type)) {
+        if (!hasKind) {
             complain("not searched: " + heading + " (type " + std::to_string(type.typeId().number()) +
                      "): its name does not decide the kind of its records");
             return {};
         }
-        std::vector<lumo::Record> hits = images.search(m_Search, type);
-        if (hits.empty())
-            return {};
         const lumo::Record::Kind kind = hits.front().kind();
         RecordList list = listOf(kind, std::move(hits));
         list.common = {lumo::Record::word(kind), project.value_or(""), *name};

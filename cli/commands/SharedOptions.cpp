@@ -4,21 +4,6 @@
 
 namespace cli {
 
-void addArgument(CLI::App& app, const char* name, std::string& value, const std::string& description)
-{
-    app.add_option(name, value, description)->option_text(" ")->required();
-}
-
-void addArgument(CLI::App& app, const char* name, std::vector<std::string>& values, const char* description)
-{
-    app.add_option(name, values, description)->option_text(" ")->required();
-}
-
-void addOptionalArgument(CLI::App& app, const char* name, std::string& value, const char* description)
-{
-    app.add_option(name, value, description)->option_text(" ");
-}
-
 CLI::Option* addFlag(CLI::App& app, const char* name, bool& value, const char* description)
 {
     return app.add_flag(name, value, description)->option_text(" ");

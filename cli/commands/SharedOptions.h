@@ -29,18 +29,25 @@ constexpr const char* kProjectHelp = "A project's identifier or name";
 constexpr const char* kCommandFooter =
     "Options of connection and output, which every command takes: lumo --help";
 
-/// An argument that must be given.
-void addArgument(CLI::App& app, const char* name, std::string& value, const std::string& description);
-/// One argument or more.
-void addArgument(CLI::App& app, const char* name, std::vector<std::string>& values, const char* description);
-/// An argument that may be left out.
-void addOptionalArgument(CLI::App& app, const char* name, std::string& value, const char* description);
 /// An option whose value is shown as `text` in the help.
 template <class Value>
 CLI::Option* addOption(CLI::App& app, const char* name, Value& value, const char* text,
                        const std::string& description)
 {
     return app.add_option(name, value, description)->option_text(text);
+}
+/// An argument that may be left out.
+template <class Value>
+CLI::Option* addOptionalArgument(CLI::App& app, const char* name, Value& value,
+                                 const std::string& description)
+{
+    return addOption(app, name, value, " ", description);
+}
+/// An argument that must be given, once or, for a list, at least once.
+template <class Value>
+CLI::Option* addArgument(CLI::App& app, const char* name, Value& value, const std::string& description)
+{
+    return addOptionalArgument(app, name, value, description)->required();
 }
 CLI::Option* addFlag(CLI::App& app, const char* name, bool& value, const char* description);
 

@@ -13,30 +13,6 @@ namespace {
 /// More than any real tree is deep; folders that contain each other end the walk here.
 constexpr unsigned int kDeepest = 1024;
 
-/// Walks down from a place, one query for the folders and one for the files of each folder.
-class Walk
-{
-public:
-    Walk(lumo::Catalogue catalogue, unsigned int depth) : m_Catalogue(std::move(catalogue)), m_Depth(depth) {}
-
-    void print(const lumo::Place& start);
-    Json json(const lumo::Place& start);
-
-private:
-    /// Whether the contents of a folder at this level below the start are shown.
-    bool enters(unsigned int level) const;
-    void printBelow(lumo::FolderId folder, const std::string& prefix, unsigned int level);
-    void printDisks(const std::vector<lumo::Entry>& disks);
-    void addBelow(Json& record, lumo::FolderId folder, unsigned int level);
-    Json entryJson(const lumo::Entry& entry, unsigned int level);
-    std::string counts() const;
-
-    lumo::Catalogue m_Catalogue;
-    unsigned int m_Depth;
-    std::size_t m_Folders = 0;
-    std::size_t m_Files = 0;
-};
-
 const char* branch(bool last)
 {
     return last ? "└── " : "├── ";
@@ -47,12 +23,13 @@ const char* trunk(bool last)
     return last ? "    " : "│   ";
 }
 
-void printLine(const std::string& prefix, bool last, const lumo::Entry::Text& name, const std::string& tag)
+void printLine(const std::string& prefix, bool last, const lumo::Entry& entry)
 {
+    const bool folder = entry.kind != lumo::Entry::Kind::File;
     std::string line = prefix;
     line += branch(last);
-    line += escaped(shownName(name));
-    line += tag;
+    line += escaped(shownName(entry.name));
+    line += !entry.name ? "  " + identifierText(entry) : folder ? "/" : "";
     line += '\n';
     print(line);
 }
@@ -62,98 +39,101 @@ std::string counted(std::size_t count, const char* what)
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
-bool Walk::enters(unsigned int level) const
+/// Walks down from a place, one query for the folders and one for the files of each folder.
+class Walk
 {
-    if (level >= kDeepest && level < m_Depth) {
-        throw Failure(ExitCode::CentreFailed, "folders are nested more than " + std::to_string(kDeepest) +
-                                                  " deep: begin further down, or limit the tree by --depth");
+public:
+    Walk(lumo::Catalogue catalogue, unsigned int depth) : m_Catalogue(std::move(catalogue)), m_Depth(depth) {}
+
+    void print(const lumo::Place& start)
+    {
+        if (start.isRoot()) {
+            const std::vector<lumo::Entry> disks = m_Catalogue.disks();
+            cli::print("/\n");
+            if (enters(0))
+                printFolders(disks, true, "", 0);
+            cli::print("\n" + counted(disks.size(), "disk") + ", " + counts());
+            return;
+        }
+        const lumo::Entry entry = m_Catalogue.find(start);
+        const bool file = entry.kind == lumo::Entry::Kind::File;
+        cli::print(escaped(shownName(entry.name)) + (file ? "\n" : "/\n"));
+        if (!file) {
+            printBelow(entry, "", 0);
+            cli::print("\n" + counts());
+        }
     }
-    return level < m_Depth;
-}
 
-void Walk::printBelow(lumo::FolderId parent, const std::string& prefix, unsigned int level)
-{
-    if (!enters(level))
-        return;
-    const std::vector<lumo::Entry> folders = m_Catalogue.folders(parent);
-    const std::vector<lumo::Entry> files = m_Catalogue.files(parent);
-    m_Folders += folders.size();
-    m_Files += files.size();
-    for (const lumo::Entry& folder : folders) {
-        const bool last = files.empty() && &folder == &folders.back();
-        printLine(prefix, last, folder.name, folder.name ? "/" : "  " + identifierText(folder));
-        printBelow(folder.folder, prefix + trunk(last), level + 1);
+    Json json(const lumo::Place& start) const
+    {
+        if (!start.isRoot())
+            return entryJson(m_Catalogue.find(start), 0);
+        Json disks = Json::array();
+        for (const lumo::Entry& disk : m_Catalogue.disks())
+            disks.push_back(entryJson(disk, 1));
+        return disks;
     }
-    for (const lumo::Entry& file : files)
-        printLine(prefix, &file == &files.back(), file.name, file.name ? "" : "  " + identifierText(file));
-}
 
-void Walk::printDisks(const std::vector<lumo::Entry>& disks)
-{
-    if (!enters(0))
-        return;
-    for (const lumo::Entry& disk : disks) {
-        const bool last = &disk == &disks.back();
-        printLine("", last, disk.name, disk.name ? "/" : "  " + identifierText(disk));
-        if (enters(1))
-            printBelow(m_Catalogue.folderOf(disk), trunk(last), 1);
+private:
+    /// Whether the contents of a folder at this level below the start are shown.
+    bool enters(unsigned int level) const
+    {
+        if (level >= kDeepest && level < m_Depth) {
+            throw Failure(ExitCode::CentreFailed,
+                          "folders are nested more than " + std::to_string(kDeepest) +
+                              " deep: begin further down, or limit the tree by --depth");
+        }
+        return level < m_Depth;
     }
-}
 
-std::string Walk::counts() const
-{
-    return counted(m_Folders, "folder") + ", " + counted(m_Files, "file") + "\n";
-}
-
-void Walk::print(const lumo::Place& start)
-{
-    if (start.isRoot()) {
-        const std::vector<lumo::Entry> disks = m_Catalogue.disks();
-        cli::print("/\n");
-        printDisks(disks);
-        cli::print("\n" + counted(disks.size(), "disk") + ", " + counts());
-        return;
+    void printFolders(const std::vector<lumo::Entry>& folders, bool nothingFollows, const std::string& prefix,
+                      unsigned int level)
+    {
+        for (const lumo::Entry& folder : folders) {
+            const bool last = nothingFollows && &folder == &folders.back();
+            printLine(prefix, last, folder);
+            printBelow(folder, prefix + trunk(last), level + 1);
+        }
     }
-    const lumo::Entry entry = m_Catalogue.find(start);
-    const bool file = entry.kind == lumo::Entry::Kind::File;
-    cli::print(escaped(shownName(entry.name)) + (file ? "\n" : "/\n"));
-    if (!file) {
-        printBelow(m_Catalogue.folderOf(entry), "", 0);
-        cli::print("\n" + counts());
+
+    void printBelow(const lumo::Entry& parent, const std::string& prefix, unsigned int level)
+    {
+        if (!enters(level))
+            return;
+        const lumo::FolderId folder = m_Catalogue.folderOf(parent);
+        const std::vector<lumo::Entry> folders = m_Catalogue.folders(folder);
+        const std::vector<lumo::Entry> files = m_Catalogue.files(folder);
+        m_Folders += folders.size();
+        m_Files += files.size();
+        printFolders(folders, files.empty(), prefix, level);
+        for (const lumo::Entry& file : files)
+            printLine(prefix, &file == &files.back(), file);
     }
-}
 
-void Walk::addBelow(Json& record, lumo::FolderId parent, unsigned int level)
-{
-    if (!enters(level))
-        return;
-    Json folders = Json::array();
-    for (const lumo::Entry& folder : m_Catalogue.folders(parent)) {
-        Json below = listedJson(folder);
-        addBelow(below, folder.folder, level + 1);
-        folders.push_back(std::move(below));
+    Json entryJson(const lumo::Entry& entry, unsigned int level) const
+    {
+        Json record = listedJson(entry);
+        if (entry.kind == lumo::Entry::Kind::File || !enters(level))
+            return record;
+        const lumo::FolderId folder = m_Catalogue.folderOf(entry);
+        Json folders = Json::array();
+        for (const lumo::Entry& child : m_Catalogue.folders(folder))
+            folders.push_back(entryJson(child, level + 1));
+        record["folders"] = std::move(folders);
+        record["files"] = listedJson(m_Catalogue.files(folder));
+        return record;
     }
-    record["folders"] = std::move(folders);
-    record["files"] = listedJson(m_Catalogue.files(parent));
-}
 
-Json Walk::entryJson(const lumo::Entry& entry, unsigned int level)
-{
-    Json record = listedJson(entry);
-    if (entry.kind != lumo::Entry::Kind::File && enters(level))
-        addBelow(record, m_Catalogue.folderOf(entry), level);
-    return record;
-}
+    std::string counts() const
+    {
+        return counted(m_Folders, "folder") + ", " + counted(m_Files, "file") + "\n";
+    }
 
-Json Walk::json(const lumo::Place& start)
-{
-    if (!start.isRoot())
-        return entryJson(m_Catalogue.find(start), 0);
-    Json disks = Json::array();
-    for (const lumo::Entry& disk : m_Catalogue.disks())
-        disks.push_back(entryJson(disk, 1));
-    return disks;
-}
+    lumo::Catalogue m_Catalogue;
+    unsigned int m_Depth;
+    std::size_t m_Folders = 0;
+    std::size_t m_Files = 0;
+};
 
 class TreeCommand : public Command
 {

@@ -193,10 +193,7 @@ void printTables(const RecordLists& lists, std::size_t width, bool clipNames)
 
 RecordList listOf(Record::Kind kind, std::vector<Record> records)
 {
-    RecordList list;
-    list.names = Record::fieldNames(kind);
-    list.records = std::move(records);
-    return list;
+    return {Record::fieldNames(kind), std::move(records), {}, {}};
 }
 
 void limit(RecordLists& lists, std::size_t records)
@@ -211,14 +208,12 @@ void limit(RecordLists& lists, std::size_t records)
 
 void printRecords(const RecordLists& lists, Form form, std::size_t width, bool clipNames)
 {
-    switch (form) {
-    case Form::AsJson:
-        return printJson(lists);
-    case Form::AsCsv:
-        return printCsv(lists);
-    case Form::AsTable:
-        return printTables(lists, width, clipNames);
-    }
+    if (form == Form::AsJson)
+        printJson(lists);
+    else if (form == Form::AsCsv)
+        printCsv(lists);
+    else
+        printTables(lists, width, clipNames);
 }
 
 void printRecords(const RecordLists& lists, Form form)

@@ -64,32 +64,20 @@ void handleAll(void (*from)(int), void (*to)(int))
 
 } // namespace
 
-Interrupt::Interrupt(bool json)
+Interrupt::Interrupt(Then then, bool event) : m_Handler(then == Then::EndTransfers ? endTransfers : note)
 {
     clearsLine = isatty(STDERR_FILENO);
-    printsEvent = json ? 1 : 0;
-    handleAll(SIG_DFL, endTransfers);
+    printsEvent = event ? 1 : 0;
+    noted = 0;
+    handleAll(SIG_DFL, m_Handler);
 }
 
 Interrupt::~Interrupt()
 {
-    handleAll(endTransfers, SIG_DFL);
+    handleAll(m_Handler, SIG_DFL);
 }
 
-NotedInterrupt::NotedInterrupt()
-{
-    clearsLine = isatty(STDERR_FILENO);
-    printsEvent = 0; // a line of the output may be half written
-    noted = 0;
-    handleAll(SIG_DFL, note);
-}
-
-NotedInterrupt::~NotedInterrupt()
-{
-    handleAll(note, SIG_DFL);
-}
-
-int NotedInterrupt::signal()
+int Interrupt::signal()
 {
     return noted;
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iostream>
 
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -29,6 +30,19 @@ std::string progressLine(const std::string& head, double fraction, const std::st
     if (displayWidth(name + bar + percent + figures) + 2 > width)
         bar.clear();
     return clipped(name + "  " + bar + percent + figures, width);
+}
+
+void StatusLine::show(const std::string& line)
+{
+    std::cerr << "\r" + line + "\x1b[K" << std::flush;
+    m_Shown = true;
+}
+
+void StatusLine::clear()
+{
+    if (m_Shown)
+        std::cerr << "\r\x1b[K" << std::flush;
+    m_Shown = false;
 }
 
 } // namespace cli

@@ -13,6 +13,23 @@ std::size_t progressColumns();
 std::string progressLine(const std::string& head, double fraction, const std::string& figures,
                          std::size_t width);
 
+/// A line at the bottom of that terminal, which disappears with the object.
+class StatusLine
+{
+public:
+    StatusLine() = default;
+    StatusLine(const StatusLine&) = delete;
+    StatusLine& operator=(const StatusLine&) = delete;
+    ~StatusLine() { clear(); }
+
+    /// Replaces what it shows.
+    void show(const std::string& line);
+    void clear();
+
+private:
+    bool m_Shown = false;
+};
+
 } // namespace cli
 
 #endif

@@ -42,11 +42,6 @@ void printResult(const Transfer& transfer)
     flushOutput();
 }
 
-std::string rateText(double bytesPerSecond)
-{
-    return bytesText(bytesPerSecond) + "/s";
-}
-
 class EventView : public ProgressView
 {
 public:
@@ -86,8 +81,6 @@ public:
         write(event);
     }
 
-    void refresh(const Totals&) override {}
-
     void finished(const Totals& totals) override
     {
         std::size_t failed = 0;
@@ -110,8 +103,6 @@ private:
 class LineView : public ProgressView
 {
 public:
-    void began(const Transfer&) override {}
-
     /// Prints a line for every tenth of a transfer that takes a while.
     void advanced(const Transfer& transfer, const Totals& totals) override
     {
@@ -124,8 +115,6 @@ public:
     }
 
     void ended(const Transfer& transfer) override { printResult(transfer); }
-    void refresh(const Totals&) override {}
-    void finished(const Totals&) override {}
 
 private:
     /// Decides by the size or, where that is not known, by the time so far.
@@ -142,87 +131,64 @@ private:
 class BarView : public ProgressView
 {
 public:
-    ~BarView() override { clear(); }
-
-    void began(const Transfer&) override {}
-    void advanced(const Transfer&, const Totals&) override {}
-
     void ended(const Transfer& transfer) override
     {
-        clear();
+        m_Line.clear();
         printResult(transfer);
     }
 
     void refresh(const Totals& totals) override
     {
-        if (totals.ended() < totals.transfers().size()) {
-            std::cerr << "\r" + line(totals, progressColumns()) + "\x1b[K" << std::flush;
-            m_Shown = true;
-        }
+        if (totals.ended() < totals.transfers().size())
+            m_Line.show(lineOf(totals, progressColumns()));
     }
 
-    void finished(const Totals&) override { clear(); }
+    void finished(const Totals& /*totals*/) override { m_Line.clear(); }
 
     std::chrono::milliseconds interval() const override { return std::chrono::milliseconds(100); }
 
 private:
-    void clear()
+    /// The transfer that runs.
+    static std::string headOf(const Totals& totals)
     {
-        if (m_Shown) {
-            std::cerr << "\r\x1b[K" << std::flush;
-            m_Shown = false;
+        const auto& transfers = totals.transfers();
+        const auto running = std::find_if(transfers.begin(), transfers.end(), [](const Transfer& one) {
+            return one.phase == Transfer::Phase::Running;
+        });
+        std::string head = running == transfers.end() ? "" : escaped(running->source);
+        if (transfers.size() > 1) {
+            head.insert(0, std::to_string(totals.ended()) + " of " + std::to_string(transfers.size()) +
+                               (head.empty() ? "" : "  "));
         }
+        return head;
     }
 
-    static std::string headOf(const Totals& totals);
-    static std::string figuresOf(const Totals& totals);
-    static std::string line(const Totals& totals, std::size_t width);
+    static std::string figuresOf(const Totals& totals)
+    {
+        const auto moved = totals.movedBytes();
+        const auto all = totals.bytes();
+        const auto rate = totals.bytesPerSecond();
+        const auto left = totals.secondsLeft();
+        std::string figures;
+        if (moved)
+            figures += "  " + bytesText(*moved) + (all ? " of " + bytesText(*all) : "");
+        if (rate)
+            figures += "  " + bytesText(*rate) + "/s";
+        return figures + "  " + (left ? clockText(*left) + " left" : clockText(totals.seconds()));
+    }
 
-    bool m_Shown = false;
+    static std::string lineOf(const Totals& totals, std::size_t width)
+    {
+        const std::string figures = figuresOf(totals);
+        const std::string head = headOf(totals);
+        if (const auto fraction = totals.fraction())
+            return progressLine(head, *fraction, figures, width);
+        const std::size_t rest = width - std::min(width, displayWidth(figures));
+        return clipped(clipped(head, std::max(width / 3, rest)) + figures, width);
+    }
+
+    StatusLine m_Line;
 };
-
-/// The transfer that runs.
-std::string BarView::headOf(const Totals& totals)
-{
-    const auto& transfers = totals.transfers();
-    const auto running = std::find_if(transfers.begin(), transfers.end(), [](const Transfer& one) {
-        return one.phase == Transfer::Phase::Running;
-    });
-    std::string head = running == transfers.end() ? "" : escaped(running->source);
-    if (transfers.size() > 1) {
-        head.insert(0, std::to_string(totals.ended()) + " of " + std::to_string(transfers.size()) +
-                           (head.empty() ? "" : "  "));
-    }
-    return head;
-}
-
-std::string BarView::figuresOf(const Totals& totals)
-{
-    const auto moved = totals.movedBytes();
-    const auto all = totals.bytes();
-    const auto rate = totals.bytesPerSecond();
-    const auto left = totals.secondsLeft();
-    std::string figures;
-    if (moved)
-        figures += "  " + bytesText(*moved) + (all ? " of " + bytesText(*all) : "");
-    if (rate)
-        figures += "  " + rateText(*rate);
-    return figures + "  " + (left ? clockText(*left) + " left" : clockText(totals.seconds()));
-}
-
-std::string BarView::line(const Totals& totals, std::size_t width)
-{
-    const std::string figures = figuresOf(totals);
-    const std::string head = headOf(totals);
-    const auto fraction = totals.fraction();
-    if (!fraction) {
-        return clipped(
-            clipped(head, std::max<std::size_t>(width / 3, width - std::min(width, displayWidth(figures)))) +
-                figures,
-            width);
-    }
-    return progressLine(head, *fraction, figures, width);
-}
 
 } // namespace
 

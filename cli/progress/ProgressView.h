@@ -53,13 +53,13 @@ public:
 
     virtual ~ProgressView() = default;
 
-    virtual void began(const Transfer& transfer) = 0;
-    virtual void advanced(const Transfer& transfer, const Totals& totals) = 0;
+    virtual void began(const Transfer& /*transfer*/) {}
+    virtual void advanced(const Transfer& /*transfer*/, const Totals& /*totals*/) {}
     virtual void ended(const Transfer& transfer) = 0;
     /// Time has passed.
-    virtual void refresh(const Totals& totals) = 0;
+    virtual void refresh(const Totals& /*totals*/) {}
     /// All have ended.
-    virtual void finished(const Totals& totals) = 0;
+    virtual void finished(const Totals& /*totals*/) {}
     /// How often to refresh.
     virtual std::chrono::milliseconds interval() const { return std::chrono::milliseconds(1000); }
 };

@@ -3,7 +3,6 @@
 #include "cli/output/DisplayText.h"
 #include "cli/output/Output.h"
 #include "cli/progress/Measure.h"
-#include "cli/progress/ProgressLine.h"
 
 #include <iostream>
 
@@ -16,15 +15,10 @@ RegisterReport::RegisterReport(std::string source, std::size_t records, bool jso
 {
 }
 
-RegisterReport::~RegisterReport()
-{
-    clear();
-}
-
 void RegisterReport::registered(std::size_t line, unsigned int id)
 {
     ++m_Registered;
-    clear();
+    m_Line.clear();
     print(m_Json ? jsonLine({{"event", "registered"}, {"line", line}, {"id", id}})
                  : std::to_string(id) + "\n");
 }
@@ -32,7 +26,7 @@ void RegisterReport::registered(std::size_t line, unsigned int id)
 void RegisterReport::failed(std::size_t line, const std::string& reason)
 {
     ++m_Failed;
-    clear();
+    m_Line.clear();
     complain(m_Source + ":" + std::to_string(line) + ": " + reason);
     if (m_Json)
         print(jsonLine({{"event", "failed"}, {"line", line}, {"message", reason}}));
@@ -50,9 +44,7 @@ void RegisterReport::refresh()
         std::string figures = "  " + std::to_string(done) + " of " + std::to_string(m_Records);
         figures += (m_Failed > 0 ? "  " + std::to_string(m_Failed) + " failed" : "") + "  " +
                    clockText(seconds() / fraction * (1 - fraction)) + " left";
-        std::cerr << "\r" + progressLine(escaped(m_Source), fraction, figures, progressColumns()) + "\x1b[K"
-                  << std::flush;
-        m_Shown = true;
+        m_Line.show(progressLine(escaped(m_Source), fraction, figures, progressColumns()));
     } else if (!m_Terminal && done < m_Records && done * 10 / m_Records > m_Tenths) {
         m_Tenths = done * 10 / m_Records;
         std::cerr << escaped(m_Source) + ": " + std::to_string(m_Tenths * 10) + " %\n";
@@ -61,20 +53,12 @@ void RegisterReport::refresh()
 
 void RegisterReport::finish(bool interrupted)
 {
-    clear();
+    m_Line.clear();
     if (m_Json) {
         print(jsonLine({{"event", interrupted ? "interrupted" : "finished"},
                         {"registered", m_Registered},
                         {"failed", m_Failed},
                         {"seconds", seconds()}}));
-    }
-}
-
-void RegisterReport::clear()
-{
-    if (m_Shown) {
-        std::cerr << "\r\x1b[K" << std::flush;
-        m_Shown = false;
     }
 }
 

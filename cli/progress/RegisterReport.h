@@ -1,6 +1,8 @@
 #ifndef LUMO_CLI_PROGRESS_REGISTERREPORT_H
 #define LUMO_CLI_PROGRESS_REGISTERREPORT_H
 
+#include "cli/progress/ProgressLine.h"
+
 #include <chrono>
 #include <cstddef>
 #include <string>
@@ -14,9 +16,6 @@ class RegisterReport
 {
 public:
     RegisterReport(std::string source, std::size_t records, bool json);
-    ~RegisterReport();
-    RegisterReport(const RegisterReport&) = delete;
-    RegisterReport& operator=(const RegisterReport&) = delete;
 
     void registered(std::size_t line, unsigned int id);
     void failed(std::size_t line, const std::string& reason);
@@ -29,7 +28,6 @@ public:
     std::size_t failedRecords() const { return m_Failed; }
 
 private:
-    void clear();
     double seconds() const;
 
     const std::string m_Source;
@@ -40,7 +38,7 @@ private:
     std::size_t m_Registered = 0;
     std::size_t m_Failed = 0;
     std::size_t m_Tenths = 0;
-    bool m_Shown = false;
+    StatusLine m_Line;
 };
 
 } // namespace cli

@@ -1,7 +1,6 @@
 #include "cli/progress/ProgressView.h"
 
 #include <algorithm>
-#include <numeric>
 
 namespace cli {
 
@@ -17,16 +16,18 @@ double Totals::weight(const Transfer& transfer) const
 
 double Totals::total() const
 {
-    return std::accumulate(m_Transfers.begin(), m_Transfers.end(), 0.0,
-                           [this](double sum, const Transfer& one) { return sum + weight(one); });
+    double sum = 0;
+    for (const Transfer& one : m_Transfers)
+        sum += weight(one);
+    return sum;
 }
 
 double Totals::through() const
 {
-    return std::accumulate(m_Transfers.begin(), m_Transfers.end(), 0.0,
-                           [this](double sum, const Transfer& one) {
-                               return sum + weight(one) * (one.ended() ? 100 : one.percent) / 100;
-                           });
+    double sum = 0;
+    for (const Transfer& one : m_Transfers)
+        sum += weight(one) * (one.ended() ? 100 : one.percent) / 100;
+    return sum;
 }
 
 void Totals::sample()

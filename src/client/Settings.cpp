@@ -181,7 +181,7 @@ void checkSettings(const Session::Settings& settings)
     if (settings.codePage != "utf8" && settings.codePage != "gbk")
         refuse("'" + settings.codePage + "' is not a code page of records: they are utf8 and gbk");
     if ((settings.tls || !settings.tlsCa.empty()) && settings.plainText)
-        refuse("plain text contradicts TLS and its certificate: ask for one or the other");
+        refuse("plain text contradicts TLS and its certificate: give one or the other");
     checkCertificate(settings.tlsCa);
     tokenOf(settings);
 }
