@@ -31,14 +31,14 @@ using google::protobuf::internal::WireFormatLite;
 using google::protobuf::io::CodedInputStream;
 
 /// A message of no more bytes takes at most some 30 MiB, and is not estimated.
-constexpr int kSmall = 64 * 1024;
+constexpr std::size_t kSmall = std::size_t(64) * 1024;
 constexpr int kDeepest = 100; // as protobuf's own limit
 constexpr std::size_t kAllocation = 16;
 constexpr std::size_t kText = 32 + kAllocation;
 constexpr std::size_t kTextInside = 15; // bytes that need no memory beside the text's own
 /// An array has up to twice as many places as elements.
 constexpr std::size_t kPlace = 2 * sizeof(void*);
-constexpr std::size_t kUnknownField = 2 * 16;
+constexpr std::size_t kUnknownField = 32;
 /// The least that an element of a list counts for, since its receiver makes a record of some KiB of it.
 constexpr std::size_t kLeastElement = 2048;
 /// The part of what is left of the address space that may arrive; threads and the heap need the rest.
@@ -106,6 +106,7 @@ public:
     bool read() { return addFields(*m_Message.GetDescriptor(), 0) && !isAbove(); }
 
     bool isAbove() const { return m_Memory > m_Most; }
+    std::size_t memory() const { return m_Memory; }
 
 private:
     bool addFields(const Descriptor& type, int depth)
@@ -223,12 +224,14 @@ std::size_t mayArrive(std::size_t most)
     return std::clamp(left / kShareOfAddressSpace, kLeastArriving, most);
 }
 
-grpc::Status parseBounded(grpc::ByteBuffer& buffer, Message& message, std::size_t memory)
+grpc::Status parseBounded(grpc::ByteBuffer& buffer, Message& message, std::size_t memory,
+                          const std::function<bool(std::size_t)>& admit)
 {
     std::vector<grpc::Slice> slices;
     if (!buffer.Valid() || !buffer.Dump(&slices).ok())
         return notParsed();
     const std::size_t size = buffer.Length();
+    std::size_t estimated = size;
     buffer.Clear();
     if (size > kSmall) {
         SliceStream stream(slices, false);
@@ -240,9 +243,17 @@ grpc::Status parseBounded(grpc::ByteBuffer& buffer, Message& message, std::size_
                                           " bytes would take more than the " + std::to_string(memory) +
                                           " bytes of memory that it may take")
                        : notParsed();
+        estimated = estimate.memory();
     }
+    if (admit && !admit(estimated))
+        return heldTooMuch();
     SliceStream stream(slices, true);
     return message.ParseFromZeroCopyStream(&stream) ? grpc::Status::OK : notParsed();
+}
+
+grpc::Status heldTooMuch()
+{
+    return {grpc::StatusCode::RESOURCE_EXHAUSTED, "the calls of this user hold too much memory"};
 }
 
 grpc::Status notParsed()

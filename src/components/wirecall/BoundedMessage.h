@@ -7,6 +7,7 @@
 #include <grpcpp/support/status.h>
 
 #include <cstddef>
+#include <functional>
 
 namespace wirecall {
 
@@ -15,9 +16,14 @@ namespace wirecall {
 std::size_t mayArrive(std::size_t most);
 
 /// Parses what has arrived in `buffer`, which is released meanwhile, unless it would take more than `memory`
-/// bytes as `message`: a message without content has two bytes on the wire, but hundreds in memory. Returns
-/// notParsed() for bytes that are no such message, RESOURCE_EXHAUSTED above `memory`.
-grpc::Status parseBounded(grpc::ByteBuffer& buffer, google::protobuf::Message& message, std::size_t memory);
+/// bytes as `message`: a message without content has two bytes on the wire, but hundreds in memory. `admit`
+/// judges what it would take, in bytes. Returns notParsed() for bytes that are no such message, and
+/// RESOURCE_EXHAUSTED above `memory` or when `admit` returns false.
+grpc::Status parseBounded(grpc::ByteBuffer& buffer, google::protobuf::Message& message, std::size_t memory,
+                          const std::function<bool(std::size_t)>& admit = nullptr);
+
+/// The failure of a call whose user holds too much already.
+grpc::Status heldTooMuch();
 
 /// The failure of a message that is malformed.
 grpc::Status notParsed();

@@ -18,7 +18,9 @@ namespace {
 using google::protobuf::MethodDescriptor;
 using Clock = std::chrono::system_clock; // gRPC's deadlines are of this clock
 
-constexpr char kQuotaIsUsedUp[] = "Buffers full"; // gRPC's words
+/// gRPC's words for a quota that is used up, of this side and of the other.
+constexpr char kQuotaIsUsedUp[] = "Buffers full";
+constexpr char kTheirQuotaIsUsedUp[] = "Received RST_STREAM with error code 11";
 constexpr long long kLongestTimeLimit = 1000LL * 60 * 60 * 24 * 365;
 
 Failure failureOf(grpc::StatusCode code)
@@ -94,8 +96,10 @@ void ClientCall::conclude(RpcController& controller, const grpc::Status& status)
     // A call that began without a connection may have got one. Until then gRPC names the target as its peer.
     const bool sent = m_WasConnected || m_Context.peer() != m_Connection->target || isConnected();
     std::string text = status.error_message().empty() ? "unknown failure" : status.error_message();
-    if (status.error_code() == grpc::StatusCode::RESOURCE_EXHAUSTED && text == kQuotaIsUsedUp)
+    if (text == kQuotaIsUsedUp)
         text = "what arrives takes more memory than it may";
+    else if (text == kTheirQuotaIsUsedUp)
+        text = "what arrives at the server takes more memory than it may";
     controller.setOutcome(failureOf(status.error_code()), text, sent);
 }
 

@@ -236,21 +236,50 @@ private:
         m_Response.reset(m_Method->service->GetResponsePrototype(m_Method->descriptor).New());
         const grpc::Status parsed = parseRequest();
         if (!parsed.ok()) {
-            refuse(parsed.error_code(), parsed.error_message());
+            conclude(parsed);
+            return;
+        }
+        const bool isStream =
+            m_Method->descriptor->client_streaming() || m_Method->descriptor->server_streaming();
+        if (isStream && !hold(kOfStream)) {
+            conclude(heldTooMuch());
             return;
         }
         const Timed timed(*m_Method);
         m_Method->service->CallMethod(m_Method->descriptor, this, m_Request.get(), m_Response.get(), this);
         if (m_Messages)
             m_Messages->work();
+        else if (!isStream)
+            stepPassed();
     }
 
     grpc::Status parseRequest()
     {
         if (!m_Method->descriptor->client_streaming())
-            return parseBounded(m_Buffer, *m_Request, kMostRequestMemory);
+            return parseBounded(m_Buffer, *m_Request, kMostRequestMemory,
+                                [this](std::size_t bytes) { return hold(bytes); });
         Payload data; // the stream will take it
         return takeApart(m_Buffer, *m_Request, data) ? grpc::Status::OK : notParsed();
+    }
+
+    /// Counts `bytes` for the caller until the call has ended. Returns false if that is too much.
+    bool hold(std::size_t bytes)
+    {
+        if (bytes < kSmallest)
+            return true;
+        if (!m_Calls.m_Memory.take(token(), bytes, kMostOfUser))
+            return false;
+        m_Held += bytes;
+        return true;
+    }
+
+    /// Called when the method has returned, and when its answer has been serialized.
+    void stepPassed()
+    {
+        if (m_StepsPassed.fetch_add(1) == 0)
+            return;
+        m_Request.reset();
+        m_Response.reset();
     }
 
     /// Sends the method's answer; called on any thread.
@@ -266,6 +295,12 @@ private:
             grpc::GenericSerialize<grpc::ProtoBufferWriter, Message>(*m_Response, &answer, &own);
         if (!status.ok()) {
             refuse(status.error_code(), status.error_message());
+            return;
+        }
+        if (!m_Messages)
+            stepPassed();
+        if (!hold(answer.Length())) {
+            conclude(heldTooMuch());
             return;
         }
         if (m_Concluded.exchange(true))
@@ -327,6 +362,8 @@ private:
         if (--m_EventsLeft > 0)
             return;
         ServerCalls& calls = m_Calls;
+        if (m_Held > 0)
+            calls.m_Memory.give(token(), m_Held);
         delete this;
         calls.ended();
     }
@@ -343,6 +380,8 @@ private:
     grpc::ByteBuffer m_Buffer;
     std::unique_ptr<Message> m_Request;
     std::unique_ptr<Message> m_Response;
+    std::size_t m_Held = 0;
+    std::atomic<int> m_StepsPassed{0};
     std::unique_ptr<ServerStream> m_Messages; ///< of a method with a stream
     bool m_Failed = false;
     std::string m_FailureText;

@@ -1,6 +1,7 @@
 #ifndef LUMO_WIRECALL_SERVERCALLS_H
 #define LUMO_WIRECALL_SERVERCALLS_H
 
+#include "components/wirecall/UserMemory.h"
 #include "lumo/components/wirecall/RpcServer.h"
 
 #include <google/protobuf/message.h>
@@ -44,6 +45,7 @@ private:
     void ended();
 
     RpcServer::Authenticate m_Authenticate;
+    UserMemory m_Memory;
     std::unordered_map<std::string, Method> m_Methods; ///< by path, "/package.Service/Method"
     std::atomic<int> m_Arriving{0};                    ///< calls whose request has not been taken yet
     std::mutex m_Mutex;

@@ -26,6 +26,11 @@ constexpr int kLargestRequest = 32 * kMebibyte;
 constexpr std::size_t kMostRequestMemory = 64 * kMebibyte;
 /// Of all addresses that a process serves together.
 constexpr std::size_t kMostArrivingRequests = 128 * kMebibyte;
+/// What the calls of one user of a server may hold, in bytes: requests until they are answered, answers until
+/// they are sent. What a call holds is counted from kSmallest bytes on; a stream holds kOfStream.
+constexpr std::size_t kMostOfUser = 128 * kMebibyte;
+constexpr std::size_t kSmallest = kMebibyte / 64;
+constexpr std::size_t kOfStream = 2 * kMebibyte;
 /// The calls of one connection at once; further ones wait on the caller's side.
 constexpr int kMostCalls = 1000;
 

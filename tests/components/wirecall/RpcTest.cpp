@@ -237,6 +237,57 @@ TEST(Rpc, AConnectionThatBreaksDuringACallFailsIt)
     EXPECT_TRUE(controller.IsRequestSent());
 }
 
+TEST(Rpc, WhatTheCallsOfAUserHoldIsBounded)
+{
+    constexpr int kHeld = 15; // of 8 MiB each; 128 MiB may be held
+    const std::string large(8U << 20, 'x');
+    Countdown arrived(kHeld);
+    std::mutex mutex;
+    std::vector<Closure*> held;
+    TestService service(
+        [&](ServerCall& serverCall, const HelloReq& request, HelloRsp& response, Closure* done) {
+            if (request.client() == "answer")
+                response.set_server(large + large);
+            if (request.client().size() < large.size() || serverCall.token() == "other") {
+                done->Run();
+                return;
+            }
+            const std::lock_guard<std::mutex> lock(mutex);
+            held.push_back(done);
+            arrived.tick();
+        });
+    TestServer server(service);
+    const auto channel = channelTo(server.address(), "token");
+    std::vector<PendingCall> calls(kHeld);
+    HelloReq request;
+    request.set_client(large);
+    Countdown ended(kHeld);
+    for (PendingCall& each : calls)
+        each.start(*channel, request, ended);
+    arrived.wait();
+
+    const auto outcomeOf = [&](const std::string& client, const std::string& token) {
+        HelloReq oneMore;
+        oneMore.set_client(client);
+        HelloRsp response;
+        RpcController controller;
+        const auto other = channelTo(server.address(), token);
+        hubline::HubServices_Stub(other.get()).hello(&controller, &oneMore, &response, nullptr);
+        return controller.ErrorText();
+    };
+    EXPECT_EQ(outcomeOf(large, "token"), "the calls of this user hold too much memory");
+    EXPECT_EQ(outcomeOf("answer", "token"), "the calls of this user hold too much memory");
+    EXPECT_EQ(outcomeOf("small", "token"), "");
+    EXPECT_EQ(outcomeOf(large, "other"), "");
+    for (Closure* done : held)
+        done->Run();
+    ended.wait();
+    for (const PendingCall& each : calls)
+        EXPECT_FALSE(each.controller.Failed()) << each.controller.ErrorText();
+    while (!outcomeOf("answer", "token").empty()) { // until the server has seen that all were sent
+    }
+}
+
 TEST(Rpc, AThousandAsynchronousCallsEndOnceEach)
 {
     TestService service([](ServerCall&, const HelloReq& request, HelloRsp& response, Closure* done) {
