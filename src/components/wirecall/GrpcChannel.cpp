@@ -12,8 +12,6 @@
 #include <google/protobuf/message.h>
 #include <grpcpp/alarm.h>
 #include <grpcpp/create_channel.h>
-#include <grpcpp/generic/generic_stub.h>
-#include <grpcpp/impl/client_unary_call.h>
 #include <grpcpp/impl/codegen/proto_utils.h>
 #include <grpcpp/resource_quota.h>
 #include <grpcpp/security/credentials.h>
@@ -122,18 +120,6 @@ void GrpcChannel::CallMethod(const MethodDescriptor* method, google::protobuf::R
 
 void GrpcChannel::callAndWait(const MethodDescriptor& method, RpcController& controller,
                               const Message& request, Message& response) const
-{
-    if (controller.stallLimit() > 0)
-        return callAndWatch(method, controller, request, response);
-    ClientCall call(m_Connection, method, RpcMethod::NORMAL_RPC, controller);
-    BoundedAnswer answer(response);
-    const grpc::Status status =
-        grpc::internal::BlockingUnaryCall(&call.channel(), call.method(), &call.context(), request, &answer);
-    call.conclude(controller, answer.outcome(status));
-}
-
-void GrpcChannel::callAndWatch(const MethodDescriptor& method, RpcController& controller,
-                               const Message& request, Message& response) const
 {
     WaitingCall call(m_Connection, method, RpcMethod::NORMAL_RPC, controller);
     BoundedAnswer answer(response);

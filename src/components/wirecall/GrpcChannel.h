@@ -36,9 +36,6 @@ public:
 private:
     void callAndWait(const google::protobuf::MethodDescriptor& method, RpcController& controller,
                      const google::protobuf::Message& request, google::protobuf::Message& response) const;
-    /// The same with a stall limit.
-    void callAndWatch(const google::protobuf::MethodDescriptor& method, RpcController& controller,
-                      const google::protobuf::Message& request, google::protobuf::Message& response) const;
     void callAndReturn(const google::protobuf::MethodDescriptor& method, RpcController& controller,
                        const google::protobuf::Message& request, google::protobuf::Message& response,
                        google::protobuf::Closure& done) const;

@@ -68,8 +68,8 @@ struct RpcServer::Impl
         threads.reset();
         void* tag = nullptr;
         bool ok = false;
-        while (queue->Next(&tag, &ok)) {
-        }
+        while (queue->Next(&tag, &ok))
+            static_cast<Event*>(tag)->happened(ok);
         server.reset();
         queue.reset();
     }
@@ -140,6 +140,11 @@ bool RpcServer::start(const Options& options, std::string& error)
                             ? options.threads
                             : 4 * static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
     m_Impl->threads = std::make_unique<ServerThreads>(*m_Impl->queue, methods + 1);
+    if (!m_Impl->threads->areEnough()) {
+        stop(0);
+        error = "can't start the threads that serve " + options.address;
+        return false;
+    }
     return true;
 }
 

@@ -2,8 +2,9 @@
 
 #include "components/wirecall/HandOver.h"
 
-#include <algorithm>
 #include <chrono>
+#include <cstddef>
+#include <system_error>
 
 namespace wirecall {
 
@@ -16,8 +17,13 @@ constexpr int kTicksToSleep = 20; ///< without an event
 
 ServerThreads::ServerThreads(grpc::ServerCompletionQueue& queue, int count) : m_Queue(queue)
 {
-    for (int i = 0; i < std::max(2, count); ++i)
-        m_Threads.emplace_back([this] { run(); });
+    m_Threads.reserve(static_cast<std::size_t>(count));
+    try {
+        for (int i = 0; i < count; ++i)
+            m_Threads.emplace_back([this] { run(); });
+    } catch (const std::system_error&) {
+        // Fewer threads do the same work.
+    }
 }
 
 ServerThreads::~ServerThreads()

@@ -31,10 +31,15 @@ public:
 class ServerThreads
 {
 public:
-    /// Starts `count` threads, at least two, which handle the events of `queue`.
+    static constexpr int kLeast = 2;
+
+    /// Starts threads, which handle the events of `queue`: `count`, or as many as the system has.
     ServerThreads(grpc::ServerCompletionQueue& queue, int count);
     /// Waits until the queue, which must be shut down before, is empty.
     ~ServerThreads();
+
+    /// Whether there are as many as events need.
+    bool areEnough() const { return m_Threads.size() >= kLeast; }
 
 private:
     void run();
