@@ -2,6 +2,7 @@
 
 #include "lumo/components/platform/CodePage.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <new>
@@ -62,8 +63,7 @@ bool convertToMultibyte(const std::string& text, char* buffer, int size)
     // The terminator and one byte more stay free.
     const std::size_t capacity = static_cast<std::size_t>(size) - 2;
     if (text.size() <= capacity && isPlain(text)) {
-        std::memcpy(buffer, text.data(), text.size());
-        std::memset(buffer + text.size(), 0, static_cast<std::size_t>(size) - text.size());
+        std::fill(std::copy(text.begin(), text.end(), buffer), buffer + size, '\0');
         return true;
     }
     const std::size_t length = std::strlen(text.c_str());

@@ -4,7 +4,7 @@
 
 #include <QtEndian>
 
-#include <cstring>
+#include <algorithm>
 #include <limits>
 #include <stdexcept>
 
@@ -58,11 +58,9 @@ bool CLumoDataMgr::PackProtobufMessage(const google::protobuf::Message* message,
     const std::string body = message->SerializeAsString();
     const std::size_t following = lengthSize + typeName.size() + body.size();
     packed.resize(static_cast<int>(lengthSize + following));
-    char* place = packed.data();
+    char* const place = packed.data();
     qToBigEndian(static_cast<quint32>(following), place);
     qToBigEndian(static_cast<quint32>(typeName.size()), place + lengthSize);
-    place += 2 * lengthSize;
-    std::memcpy(place, typeName.data(), typeName.size());
-    std::memcpy(place + typeName.size(), body.data(), body.size());
+    std::copy(body.begin(), body.end(), std::copy(typeName.begin(), typeName.end(), place + 2 * lengthSize));
     return true;
 }

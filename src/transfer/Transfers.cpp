@@ -7,6 +7,8 @@
 
 // Transfers
 
+// NOLINTBEGIN(performance-unnecessary-value-param): the interface passes callbacks by value.
+
 bool CLumoDataMgr::upload(const QString& localPath, const QPair<int, unsigned int>& dest,
                           unsigned int extraID, bool overwrite, TransferCallback callback)
 {
@@ -42,6 +44,8 @@ bool CLumoDataMgr::downloadByAppID(const char* localDir, const char* address, co
         getAppFullPathByAppID(CLumoCStringCodec::fromAscii(appID), CLumoCStringCodec::fromAscii(versionNo));
     return downloadPath(localDir, address, path, overwrite, callback);
 }
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 bool CLumoDataMgr::downloadPath(const char* localDir, const char* address, const QString& path,
                                 bool overwrite, const TransferCallback& callback)

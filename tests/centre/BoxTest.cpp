@@ -4,6 +4,7 @@
 #include "components/bulkhaul/FileFailure.h"
 #include "kestaserver.pb.h"
 #include "lumo/components/bulkhaul/Bulkhaul.h"
+#include "tests/centre/CentreProgram.h"
 #include "tests/centre/CentreSupport.h"
 #include "tests/support/Certificate.h"
 

@@ -9,11 +9,10 @@
 #include "forgeserver.pb.h"
 #include "haulbox.pb.h"
 #include "ledgerserver.pb.h"
-#include "lumo/components/wirecall/RpcChannel.h"
 #include "lumo/components/wirecall/RpcController.h"
 #include "tavrel.pb.h"
+#include "tests/support/Channel.h"
 #include "tests/support/Files.h"
-#include "tests/support/Process.h"
 
 #include <QTemporaryDir>
 
@@ -52,20 +51,6 @@ private:
     QTemporaryDir m_Folder;
     std::string m_Token;
 };
-
-inline boost::shared_ptr<wirecall::RpcChannel> channelTo(const std::string& address, const std::string& token,
-                                                         const std::string& rootCertificate = {})
-{
-    wirecall::ChannelOptions options;
-    options.address = address;
-    options.token = token;
-    options.tls = !rootCertificate.empty();
-    options.rootCertificate = rootCertificate;
-    std::string error;
-    auto channel = wirecall::openChannel(options, error);
-    EXPECT_TRUE(channel) << error;
-    return channel;
-}
 
 /// The operation of that name, of whatever service of a centre or a box has one.
 inline const google::protobuf::MethodDescriptor& findOperation(const std::string& name)
@@ -192,20 +177,6 @@ void expectError(centre::ExitCode code, const std::string& reason, Function func
         EXPECT_EQ(error.code(), code);
         EXPECT_THAT(error.what(), testing::HasSubstr(reason));
     }
-}
-
-/// The real program with arguments.
-inline std::vector<std::string> centreCommand(std::vector<std::string> arguments)
-{
-    arguments.insert(arguments.begin(), LUMO_CENTRE_PROGRAM);
-    return arguments;
-}
-
-/// Waits for a line that ends with an address; empty when the program ended instead.
-inline std::string servingAddress(Process& process)
-{
-    const std::string line = process.readLine();
-    return line.substr(line.rfind(' ') + 1);
 }
 
 #endif

@@ -37,11 +37,12 @@ protected:
     {
         std::string rest = replaced(line);
         const std::string verb = cut(rest, " ");
-        const auto setUp = m_SetUps.find(verb);
-        if (setUp != m_SetUps.end())
-            setUp->second(rest);
-        else
-            exchange(verb, rest);
+        if (m_SetUps.count(verb) != 0)
+            return m_SetUps.at(verb)(rest);
+        if (m_NamedSetUps.count(verb) == 0)
+            return exchange(verb, rest);
+        const std::string name = cut(rest, " ");
+        m_NamedSetUps.at(verb)(name, rest);
     }
 
 private:
@@ -151,61 +152,48 @@ private:
 
     std::map<std::string, std::string> m_Texts{{"data", fs::canonical(m_Data.below("")).string()}};
     std::map<std::string, std::string> m_Tokens{{"demo", m_Data.token()}};
-    const std::map<std::string, std::function<void(std::string)>> m_SetUps = {
-        {"let",
-         [this](std::string rest) {
-             const std::string name = cut(rest, " ");
-             m_Texts[name] = rest;
+    using NamedSetUp = std::function<void(const std::string&, const std::string&)>;
+    /// Statements of a name and the rest of the line.
+    const std::map<std::string, NamedSetUp> m_NamedSetUps = {
+        {"let", [this](auto& name, auto& rest) { m_Texts[name] = rest; }},
+        {"file",
+         [this](auto& name, auto& rest) {
+             m_Data.makeFile(name, google::protobuf::UnescapeCEscapeString(rest));
          }},
-        {"add", [this](const std::string& rest) { add(wordsOf(rest)); }},
-        {"sql", [this](const std::string& rest) { m_Store.database().exec(rest); }},
-        {"load", [this](const std::string& rest) { load(rest); }},
-        {"refuse", [this](const std::string& rest) { refuse(rest); }},
-        {"search", [this](const std::string& rest) { search(rest); }},
+        {"size", [this](auto& name, auto& rest) { fs::resize_file(m_Data.below(name), std::stoull(rest)); }},
+        {"sample",
+         [this](auto& name, auto& rest) {
+             fs::create_directories(fs::path(m_Data.below(rest)).parent_path());
+             fs::copy(LUMO_SAMPLES "/" + name, m_Data.below(rest), fs::copy_options::recursive);
+         }},
+        {"link",
+         [this](auto& name, auto& rest) {
+             fs::remove(m_Data.below(name));
+             fs::create_symlink(rest, m_Data.below(name));
+         }},
+        {"content",
+         [this](auto& name, auto& rest) {
+             EXPECT_EQ(fs::exists(m_Data.below(name)) ? readFile(m_Data.below(name)) : "none", rest);
+         }},
+        {"same",
+         [this](auto& name, auto& rest) {
+             EXPECT_EQ(summaryOf(m_Data.below(name)), summaryOf(m_Data.below(rest)));
+         }},
+        {"import", [this](auto& folder, auto& company) { import(folder, folder, company); }},
+    };
+    const std::map<std::string, std::function<void(const std::string&)>> m_SetUps = {
+        {"add", [this](auto& rest) { add(wordsOf(rest)); }},
+        {"sql", [this](auto& rest) { m_Store.database().exec(rest); }},
+        {"load", [this](auto& rest) { load(rest); }},
+        {"refuse", [this](auto& rest) { refuse(rest); }},
+        {"search", [this](auto& rest) { search(rest); }},
         {"value",
          [this](std::string rest) {
              const std::string sql = cut(rest, "->");
              EXPECT_EQ(value(sql), rest);
          }},
-        {"file",
-         [this](std::string rest) {
-             const std::string name = cut(rest, " ");
-             m_Data.makeFile(name, google::protobuf::UnescapeCEscapeString(rest));
-         }},
-        {"size",
-         [this](std::string rest) {
-             const std::string name = cut(rest, " ");
-             fs::resize_file(m_Data.below(name), std::stoull(rest));
-         }},
-        {"sample",
-         [this](std::string rest) {
-             const std::string name = cut(rest, " ");
-             fs::create_directories(fs::path(m_Data.below(rest)).parent_path());
-             fs::copy(LUMO_SAMPLES "/" + name, m_Data.below(rest), fs::copy_options::recursive);
-         }},
-        {"link",
-         [this](std::string rest) {
-             const std::string name = cut(rest, " ");
-             fs::remove(m_Data.below(name));
-             fs::create_symlink(rest, m_Data.below(name));
-         }},
-        {"content",
-         [this](std::string rest) {
-             const std::string name = cut(rest, " ");
-             EXPECT_EQ(fs::exists(m_Data.below(name)) ? readFile(m_Data.below(name)) : "none", rest);
-         }},
-        {"same",
-         [this](std::string rest) {
-             const std::string name = cut(rest, " ");
-             EXPECT_EQ(summaryOf(m_Data.below(name)), summaryOf(m_Data.below(rest)));
-         }},
-        {"import",
-         [this](const std::string& rest) {
-             const Words words = wordsOf(rest);
-             import(words.at(0), words.at(0), words.at(1));
-         }},
-        {"serve", [this](const std::string& rest) { serveAs(wordsOf(rest)); }},
-        {"as", [this](const std::string& rest) { callWith(m_Tokens.at(rest)); }},
+        {"serve", [this](auto& rest) { serveAs(wordsOf(rest)); }},
+        {"as", [this](auto& rest) { callWith(m_Tokens.at(rest)); }},
     };
 };
 

@@ -41,7 +41,7 @@ TEST_F(Import, DoesNotFollowLinksAndTellsNamesThatAreNotUtf8)
     EXPECT_EQ(report.skipped, 2u);
     EXPECT_EQ(report.problems, 2u);
     EXPECT_THAT(m_Problems,
-                testing::UnorderedElementsAre(HasSubstr("tree/bad\\xff\\x0aname"), HasSubstr("tree/\\xc3(")));
+                testing::UnorderedElementsAre(HasSubstr("tree/bad\\xFF\\nname"), HasSubstr("tree/\\xC3(")));
     EXPECT_THAT(catalogueOf(m_Store), ElementsAre(Pair("disk/", 1), Pair("disk/good", 1)));
 }
 
@@ -84,7 +84,7 @@ TEST_F(Import, RefusesWhatCannotBeADisk)
         {{m_Data.below("other"), "new", "LUMO", "B9"}, "no box B9", centre::ExitCode::Failed},
         {{m_Data.below("other"), "", "LUMO", ""}, "must not be empty"},
         {{m_Data.below("other"), "a/b", "LUMO", ""}, "can't be a/b"},
-        {{m_Data.below("other"), "n\xff", "LUMO", ""}, "n\\xff"},
+        {{m_Data.below("other"), "n\xff", "LUMO", ""}, "n\\xFF"},
         {{m_Data.path(), "new", "LUMO", ""}, "the data folder"},
         {{m_Data.path() + "/inside", "new", "LUMO", ""}, "the data folder"},
         {{m_Data.below("."), "new", "LUMO", ""}, "the data folder"},

@@ -1,9 +1,9 @@
+#include "tests/centre/CentreProgram.h"
 #include "tests/centre/CentreSupport.h"
 
 #include <signal.h>
 
 using testing::HasSubstr;
-using testing::StartsWith;
 
 namespace {
 
@@ -12,23 +12,16 @@ std::vector<std::string> serve(const DataFolder& data, const std::string& fault 
     return centreCommand({"serve", data.path(), "--listen", "127.0.0.1:0", "--fault", fault});
 }
 
-constexpr char kKnown[] = "result: 0 bean { id: 1 companyno: \"LUMO\" }";
-
-std::string askCompany(const std::string& address, const std::string& token)
-{
-    return ask(*channelTo(address, token), "queryCompanyTableByCompanyNo", "companyno: 'LUMO'");
-}
-
-TEST(Process, EndsCleanlyOnASignalAndTellsItsFaults)
+TEST(Process, EndsCleanlyOnASignalAndReportsItsFaults)
 {
     DataFolder data;
-    Process process(serve(data, "queryCompanyTableByCompanyNo@2=refuse"));
-    const std::string address = servingAddress(process);
-    EXPECT_EQ(askCompany(address, data.token()), kKnown);
-    EXPECT_THAT(askCompany(address, data.token()), HasSubstr("fault switch"));
+    Process process(serve(data, "queryDataAddress@2=refuse"));
+    const auto channel = channelTo(servingAddress(process), data.token());
+    for (const char* answer : {"result: -1", "failed: refused by a fault switch", "result: -1"})
+        EXPECT_EQ(ask(*channel, "queryDataAddress", ""), answer);
     process.signal(SIGTERM);
     EXPECT_EQ(process.wait(), 0);
-    EXPECT_THAT(process.readLine(), HasSubstr("queryCompanyTableByCompanyNo@2=refuse fired 1 time"));
+    EXPECT_THAT(process.readLine(), HasSubstr("queryDataAddress@2=refuse fired 1 time"));
 }
 
 TEST(Process, ASecondSignalEndsItAtOnce)

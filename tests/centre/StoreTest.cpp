@@ -1,6 +1,7 @@
 #include "centre/base/Token.h"
 #include "centre/content/Version.h"
 #include "centre/store/Connection.h"
+#include "tests/centre/CentreProgram.h"
 #include "tests/centre/CentreSupport.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -37,7 +38,7 @@ TEST_F(Store, RefusesNamesThatAreTakenOrCannotBe)
     expectError(ExitCode::Failed, "no company X", [&] { m_Store.addUser("other", "X"); });
     expectError(ExitCode::WrongUse, "HOST:PORT", [&] { m_Store.addBox("B2", "host"); });
     expectError(ExitCode::WrongUse, "must not be empty", [&] { m_Store.addCompany(""); });
-    expectError(ExitCode::WrongUse, "a\\x0ab", [&] { m_Store.addUser("a\nb", "LUMO"); });
+    expectError(ExitCode::WrongUse, "a\\nb", [&] { m_Store.addUser("a\nb", "LUMO"); });
 }
 
 TEST_F(Store, IsMadeOnceAndWholeAndOpenedOnlyByItsOwnProgram)
@@ -123,7 +124,7 @@ TEST_F(Store, RefusesVersionsThatCannotBe)
         {&centre::Version::version, "1.00", "or an equal one, exists already", ExitCode::Failed},
         {&centre::Version::version, "", "must not be empty"},
         {&centre::Version::version, std::string(201, '1'), "too long"},
-        {&centre::Version::number, "\n", "\\x0a"},
+        {&centre::Version::number, "\n", "\\n"},
         {&centre::Version::path, m_Data.below("missing"), "No such file", ExitCode::Failed},
         {&centre::Version::path, "/dev/null", "a file or a folder"},
         {&centre::Version::path, "/", "not a valid path"},

@@ -3,6 +3,10 @@
 #include <gmock/gmock.h>
 
 #include <functional>
+#include <map>
+#include <regex>
+#include <sstream>
+#include <type_traits>
 
 namespace {
 
@@ -11,14 +15,96 @@ using lumo::Record;
 using lumo::Session;
 using Kind = lumo::Error::Kind;
 
+/// A kind with the number of its record's fields, and the name of its types; null: it belongs to no type.
+const struct
+{
+    Record::Kind kind;
+    std::size_t fields;
+    const char* typeName;
+} kKinds[] = {{Record::Kind::Photo, 46, "框幅式影像"},
+              {Record::Kind::Satellite, 43, "卫星影像"},
+              {Record::Kind::Ads, 38, "航空三线阵影像"},
+              {Record::Kind::Control, 32, "控制点属性"},
+              {Record::Kind::Point, 7, nullptr},
+              {Record::Kind::Dem, 58, "DEM"},
+              {Record::Kind::Dsm, 46, "DSM"},
+              {Record::Kind::Dom, 58, "DOM"},
+              {Record::Kind::Dlg, 59, "Dlg"}};
+
+using Texts = std::map<std::string, std::string>;
+
+/// The values of a record by the names of its fields.
+Texts shown(const Record& record)
+{
+    Texts texts;
+    for (const Record::Field& field : record.fields()) {
+        std::ostringstream text;
+        std::visit(
+            [&text](const auto& value) {
+                using Value = std::decay_t<decltype(value)>;
+                if constexpr (std::is_same_v<Value, Record::Code>)
+                    text << "code " << value.number;
+                else if constexpr (std::is_same_v<Value, Record::Absent>)
+                    text << "absent";
+                else if constexpr (std::is_same_v<Value, Record::TooLong>)
+                    text << "too long";
+                else
+                    text << value;
+            },
+            field.value);
+        texts[field.name] = text.str();
+    }
+    return texts;
+}
+
+/// A line to load a record from, with a value of its own in each field, and what is to be shown of it. The
+/// second record has every other optional number, the third has none.
+struct Sample
+{
+    Sample(Record::Kind kind, int id, int type) : line(std::string("{\"kind\":\"") + Record::word(kind) + '"')
+    {
+        static const std::map<std::string, std::pair<const char*, const char*>> kCodes = {
+            {"datum", {"中国2000", "code 3"}},
+            {"projection", {"高斯投影", "code 2"}},
+            {"hemisphere", {"北半球", "code 1"}}};
+        static const std::regex optionals("count.*|value.*|point[^T].*"), numbers("coord(Param|Extra).*");
+        int optional = 0, number = 0;
+        for (const std::string name : Record::fieldNames(kind)) {
+            ++number;
+            std::string value = std::to_string(number) + (name.find("count") == 0 ? "" : ".5"),
+                        loaded = value;
+            if (number == 1 || name == "dqConID")
+                loaded = value = std::to_string(number == 1 ? id : 1);
+            else if (kCodes.count(name) != 0)
+                loaded = '"' + std::string(kCodes.at(name).first) + '"', value = kCodes.at(name).second;
+            else if (name == "mainFileID" ||
+                     (std::regex_match(name, optionals) && (id == 3 || (id == 2 && optional++ % 2 == 0))))
+                value = "absent";
+            else if (!std::regex_match(name, optionals) && !std::regex_match(name, numbers))
+                loaded = "\"文" + std::to_string(number) + '"', value = "文" + std::to_string(number);
+            texts[name] = value;
+            if (value != "absent" && name != "coordParam8")
+                line += ",\"" + name + "\":" + loaded;
+        }
+        if (texts.count("coordParam8") != 0) // one place for both
+            texts["coordParam8"] = texts["coordExtra7"];
+        line += type == 0 ? "}\n" : ",\"typeID\":" + std::to_string(type) + "}\n";
+    }
+
+    std::string line;
+    Texts texts;
+};
+
 /// A session with a project, "north", and a type for satellite images in it.
 class ClientImages : public ClientCentre
 {
 protected:
-    void open(const std::vector<std::string>& faults = {})
+    void open(const std::vector<std::string>& faults = {}, const std::string& codePage = "utf8")
     {
         serve({"a.tif", "b.tif"}, faults);
-        m_Session.emplace(settings());
+        Session::Settings chosen = settings();
+        chosen.codePage = codePage;
+        m_Session.emplace(chosen);
         const Images images = m_Session->images();
         m_Project = lumo::ProjectId(images.add(Record::Kind::Project, {{"projectName", "north"}}).number());
         m_Type = images.add(Record::Kind::Type,
@@ -61,6 +147,34 @@ TEST_F(ClientImages, FieldsAreAbsentUnlessTheCentreHasThem)
     EXPECT_EQ(record.find("presence"), nullptr);
     EXPECT_EQ(images.project("north").projectId(), m_Project);
     EXPECT_EQ(images.project(m_Project).get<std::string>("projectName"), "north");
+}
+
+TEST_F(ClientImages, EveryFieldOfEveryKindIsTheOneThatWasLoaded)
+{
+    open({}, "gbk"); // else there are no codes
+    const Images images = m_Session->images();
+    load("{\"kind\":\"project\",\"projectID\":2,\"projectName\":\"all\"}");
+    int type = 10;
+    for (const auto& [kind, fields, typeName] : kKinds) {
+        SCOPED_TRACE(Record::word(kind));
+        const int owner = typeName == nullptr ? 0 : ++type;
+        std::vector<Sample> samples;
+        std::string lines;
+        if (typeName != nullptr)
+            lines = "{\"kind\":\"type\",\"projectID\":2,\"typeID\":" + std::to_string(type) +
+                    ",\"dataType\":\"" + typeName + "\"}\n";
+        for (const int id : {1, 2, 3})
+            lines += samples.emplace_back(kind, id, owner).line;
+        load(lines);
+        const std::vector<Record> records =
+            owner == 0 ? images.points(lumo::RecordId(1))
+                       : images.records(images.record(Record::Kind::Type, lumo::RecordId(unsigned(owner))));
+        ASSERT_EQ(records.size(), samples.size());
+        for (std::size_t i = 0; i < records.size(); ++i)
+            EXPECT_EQ(shown(records[i]), samples[i].texts);
+        EXPECT_EQ(records[0].fields().size(), fields);
+        EXPECT_EQ(shown(images.record(kind, lumo::RecordId(2))), samples[1].texts);
+    }
 }
 
 TEST_F(ClientImages, SearchKeepsToItsConditions)

@@ -1,27 +1,20 @@
-#include "centre/content/Import.h"
-#include "centre/server/Centre.h"
-#include "centre/store/Store.h"
 #include "lumo/components/hubline/Hubline.h"
+#include "tests/centre/CentreSupport.h"
 #include "tests/support/Awaited.h"
 #include "tests/support/Certificate.h"
-#include "tests/support/Files.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TestManager.h"
 
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QTextCodec>
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
-#include <memory>
 #include <string>
 
 namespace {
 
 /// A centre with the disk "盘" of a small tree, and a manager that is logged in there.
-class EndToEnd : public ::testing::Test
+class EndToEnd : public CentreTest
 {
 protected:
     EndToEnd() { QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8")); } // for local names
@@ -30,21 +23,14 @@ protected:
     void makeTree()
     {
         for (const char* name : {"影像/一.tif", "影像/sub/deep.txt", "readme.txt"})
-            writeFile(below(std::string("tree/") + name), "content");
+            m_Data.makeFile(std::string("tree/") + name, "content");
         std::filesystem::create_directories(below("tree/empty"));
-        centre::Store store(below("data"));
-        centre::ImportOptions options;
-        options.folder = below("tree");
-        options.diskName = "盘";
-        options.companyNo = "LUMO";
-        store.addBox("box-1", "127.0.0.1:1");
-        options.boxCode = "box-1";
-        centre::importTree(store, options, [](const std::string& problem) { ADD_FAILURE() << problem; });
+        m_Store.addBox("box-1", "127.0.0.1:1");
+        import("tree", "盘", "LUMO", "box-1");
     }
 
-    void serve(const centre::ServeOptions& given, const Certificate* certificate = nullptr)
+    void serve(centre::ServeOptions options, const Certificate* certificate = nullptr)
     {
-        centre::ServeOptions options = given;
         hubline::Options hub;
         if (certificate != nullptr) {
             options.tlsCertificate = certificate->certificate();
@@ -52,18 +38,18 @@ protected:
             hub.security = hubline::Security::Tls;
             hub.rootCertificate = certificate->certificate();
         }
-        m_Centre = std::make_unique<centre::Centre>(below("data"), options);
+        CentreTest::serve(options);
         hub.address = m_Centre->address();
-        hub.token = m_Token;
+        hub.token = m_Data.token();
         std::string reason;
         ASSERT_EQ(hubline::StartHubline(hub, reason), hubline::kOpened) << reason;
         m_Channel = hubline::GetCurrentChannelExt();
         ASSERT_EQ(
-            m_Manager.initDataMgr(m_Channel.get(), m_Channel.get(), m_Token.c_str(), "demo", "LUMO", 30000),
+            m_Manager.initDataMgr(m_Channel.get(), m_Channel.get(), hub.token.c_str(), "demo", "LUMO", 30000),
             INIT_SUCCESS);
     }
 
-    std::string below(const std::string& name) const { return m_Folder.path().toStdString() + "/" + name; }
+    std::string below(const std::string& name) const { return m_Data.below(name); }
 
     /// Runs the program that ends while work is under way; it must end cleanly.
     void endingProgram(const QStringList& arguments)
@@ -71,18 +57,14 @@ protected:
         QProcess program;
         program.setProcessChannelMode(QProcess::MergedChannels);
         program.start(ENDING_PROGRAM, QStringList{QString::fromStdString(m_Centre->address()),
-                                                  QString::fromStdString(m_Token), "demo", "LUMO"} +
+                                                  QString::fromStdString(m_Data.token()), "demo", "LUMO"} +
                                           arguments);
         ASSERT_TRUE(program.waitForFinished(60000));
         EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
         EXPECT_EQ(program.exitCode(), 0) << program.readAll().toStdString();
     }
 
-    QTemporaryDir m_Folder;
     LogCapture m_Log; ///< keeps the lines out of the output
-    const std::string m_Token = centre::Store::create(below("data"), "LUMO", "demo");
-    std::unique_ptr<centre::Centre> m_Centre;
-    boost::shared_ptr<wirecall::RpcChannel> m_Channel;
     struct Instance
     {
         ~Instance() { TestManager::m_Instance = nullptr; }
@@ -102,12 +84,8 @@ TEST_F(EndToEnd, AFolderOfManyPagesArrivesWholeOverTls)
 {
     const Certificate certificate;
     ASSERT_TRUE(certificate.made());
-    unsigned int top = 0;
-    {
-        centre::Store store(below("data"));
-        top = store.addDisk("large", "/large", "LUMO");
-        store.addMadeUpFiles(top, 25000);
-    }
+    const unsigned int top = m_Store.addDisk("large", "/large", "LUMO");
+    m_Store.addMadeUpFiles(top, 25000);
     serve({}, &certificate);
     QList<tagFileTable> files;
     ASSERT_EQ(m_Manager.getFileByParentID(top, files), RET_SUCCESS);

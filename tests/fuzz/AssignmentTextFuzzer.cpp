@@ -3,27 +3,14 @@
 
 #include "registration/AssignmentText.h"
 #include "tests/fuzz/Require.h"
-
-#include <QRegExp>
-#include <QStringList>
+#include "tests/registration/AssignmentExpression.h"
 
 #include <cstddef>
 #include <cstdint>
 
 namespace {
 
-constexpr int kShort = 200; ///< QRegExp takes the square of the length
-
-bool readByExpression(const QString& text, QMap<QString, QString>& values)
-{
-    for (const QString& piece : text.split(",", Qt::KeepEmptyParts, Qt::CaseSensitive)) {
-        QRegExp expression("(.*)='(.*)'", Qt::CaseInsensitive);
-        if (piece.indexOf(expression, 0) == -1)
-            return false;
-        values[expression.cap(1)] = expression.cap(2);
-    }
-    return true;
-}
+constexpr int kShort = 200; ///< reading by expression takes the square of the length
 
 } // namespace
 

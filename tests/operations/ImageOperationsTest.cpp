@@ -1,9 +1,10 @@
 #include "forgeserver.pb.h"
 #include "lumo/components/wirecall/Closures.h"
-#include "lumo/components/wirecall/RpcServer.h"
 #include "tests/support/Awaited.h"
+#include "tests/support/Channel.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TestManager.h"
+#include "tests/support/TestService.h"
 
 #include <QMetaMethod>
 
@@ -228,19 +229,7 @@ constexpr long kCalls = 300;
 class HeldAnalyses : public ForgeServices
 {
 public:
-    HeldAnalyses()
-    {
-        m_Server.add(this);
-        std::string error;
-        wirecall::RpcServer::Options options;
-        options.address = "127.0.0.1:0";
-        EXPECT_TRUE(m_Server.start(options, error)) << error;
-        wirecall::ChannelOptions client;
-        client.address = "127.0.0.1:" + std::to_string(m_Server.port());
-        m_Channel = wirecall::openChannel(client, error);
-        EXPECT_TRUE(m_Channel) << error;
-        managerOver(*m_Channel);
-    }
+    HeldAnalyses() { managerOver(*m_Channel); }
 
     void AnalyzeImage(google::protobuf::RpcController*, const AnalyzeImageReq* request,
                       AnalyzeImageRsp* response, google::protobuf::Closure* done) override
@@ -268,8 +257,8 @@ public:
 
 private:
     Awaited<std::vector<google::protobuf::Closure*>> m_Held;
-    wirecall::RpcServer m_Server;
-    boost::shared_ptr<wirecall::RpcChannel> m_Channel;
+    TestServer m_Server{*this};
+    const boost::shared_ptr<wirecall::RpcChannel> m_Channel = channelTo(m_Server.address());
 };
 
 /// A channel that throws: at once, or after it ran the closure.

@@ -1,7 +1,6 @@
 #include "registration/AssignmentText.h"
+#include "tests/registration/AssignmentExpression.h"
 #include "tests/support/MethodTable.h"
-
-#include <QRegExp>
 
 #include <fstream>
 #include <random>
@@ -97,13 +96,7 @@ TEST(AssignmentText, AgreesWithTheRegularExpressionThatDefinesIt)
         for (auto length = random() % 12; text.size() < static_cast<int>(length);)
             text += letters[static_cast<int>(random() % static_cast<unsigned>(letters.size()))];
         QMap<QString, QString> expected, values;
-        bool good = true;
-        for (const QString& piece : text.split(",", Qt::KeepEmptyParts, Qt::CaseSensitive)) {
-            QRegExp expression("(.*)='(.*)'", Qt::CaseInsensitive);
-            good = good && piece.indexOf(expression, 0) != -1;
-            if (good)
-                expected[expression.cap(1)] = expression.cap(2);
-        }
+        const bool good = readByExpression(text, expected);
         EXPECT_EQ(assignmenttext::parse(text, values), good) << text.toStdString();
         EXPECT_EQ(values, expected) << text.toStdString();
     }

@@ -3,6 +3,7 @@
 
 #include "lumo/core/TextEncoding.h"
 #include "tests/support/FakeComponents.h"
+#include "tests/support/Files.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TestManager.h"
 
@@ -93,17 +94,13 @@ protected:
 
     void write(const QString& name, const QByteArray& content) const
     {
-        QDir(m_Folder.path()).mkpath(QFileInfo(path(name)).path());
-        QFile file(path(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(content);
+        writeFile(text(name), content.toStdString());
     }
 
     /// What the file holds, "none" without one.
     QByteArray read(const QString& name) const
     {
-        QFile file(path(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("none");
+        return std::filesystem::exists(text(name)) ? readFile(text(name)).c_str() : "none";
     }
 
     /// The tasks' log lines, each "message Func:function", with the temporary folder as DIR.

@@ -88,7 +88,7 @@ bool StreamReader::read(Message& head, Payload& payload)
         m_Impl->end();
         return false;
     }
-    if (takeApart(std::move(message), head, payload))
+    if (takeApart(message, head, payload))
         return true;
     cancel();
     m_Impl->end();

@@ -95,7 +95,7 @@ std::uint64_t bytesMoved(const std::string& peer)
     std::error_code error;
     for (std::filesystem::directory_iterator each("/proc/self/fd", error), end; !error && each != end;
          each.increment(error)) {
-        const int socket = std::atoi(each->path().filename().c_str());
+        const int socket = static_cast<int>(std::strtol(each->path().filename().c_str(), nullptr, 10));
         tcp_info info{};
         socklen_t length = sizeof info;
         if (peerOf(socket) == endpoint && ::getsockopt(socket, IPPROTO_TCP, TCP_INFO, &info, &length) == 0)

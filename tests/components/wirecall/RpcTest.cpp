@@ -1,14 +1,12 @@
 #include "lumo/components/wirecall/Closures.h"
-#include "lumo/components/wirecall/RpcChannel.h"
 #include "lumo/components/wirecall/RpcController.h"
 #include "tests/support/Awaited.h"
+#include "tests/support/Channel.h"
 #include "tests/support/TestService.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <condition_variable>
-#include <mutex>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -22,15 +20,6 @@ using wirecall::RpcController;
 using wirecall::ServerCall;
 
 namespace {
-
-boost::shared_ptr<wirecall::RpcChannel> channelTo(const std::string& address, const std::string& token = {})
-{
-    wirecall::ChannelOptions options;
-    options.address = address;
-    options.token = token;
-    std::string error;
-    return wirecall::openChannel(options, error);
-}
 
 /// Makes one call over a channel of its own.
 HelloRsp call(const std::string& address, RpcController& controller, const std::string& token = {})
@@ -56,26 +45,19 @@ void answerOnCancel(ServerCall& serverCall, const HelloReq&, HelloRsp&, Closure*
     serverCall.NotifyOnCancel(NewCallback(&hold, done, static_cast<const ServerCall*>(&serverCall)));
 }
 
-class Countdown
+/// A number of calls that have not ended.
+class Countdown : public Awaited<int>
 {
 public:
-    explicit Countdown(int count) : m_Left(count) {}
+    using Awaited::Awaited;
     void tick()
     {
-        const std::lock_guard<std::mutex> lock(m_Mutex);
-        if (--m_Left == 0)
-            m_Zero.notify_all();
+        change([](int& left) { --left; });
     }
     void wait()
     {
-        std::unique_lock<std::mutex> lock(m_Mutex);
-        m_Zero.wait(lock, [this] { return m_Left <= 0; });
+        Awaited::wait([](int left) { return left == 0; });
     }
-
-private:
-    std::mutex m_Mutex;
-    std::condition_variable m_Zero;
-    int m_Left;
 };
 
 /// An asynchronous call, which ends on another thread.

@@ -1,6 +1,7 @@
 #include "components/wirecall/Streams.h"
 #include "streamtest.pb.h"
 #include "tests/support/Awaited.h"
+#include "tests/support/Channel.h"
 #include "tests/support/CuttingProxy.h"
 #include "tests/support/TestService.h"
 
@@ -92,54 +93,48 @@ public:
     {
         if (answersItself(*call, *request, *response, done))
             return;
-        struct Source : wirecall::StreamSource
+        struct Source : End<wirecall::StreamSource>
         {
-            StreamService* service;
-            Controller* call;
-            const Part* request;
-            Part* head;
-            ~Source() override
-            {
-                service->live.change([](int& count) { --count; });
-            }
-            bool next(OutgoingBuffer& data) override { return service->next(*call, *request, *head, data); }
+            using End::End;
+            bool next(OutgoingBuffer& data) override { return service.next(*call, request, response, data); }
         };
-        auto source = std::make_unique<Source>();
-        source->service = this;
-        live.change([](int& count) { ++count; });
-        source->call = call;
-        source->request = request;
-        source->head = response;
-        wirecall::sendStream(call, std::move(source));
+        wirecall::sendStream(call, std::make_unique<Source>(*this, call, *request, *response));
     }
 
     void receive(Controller* call, const Part* request, Part* response, Closure* done) override
     {
         if (answersItself(*call, *request, *response, done))
             return;
-        struct Sink : wirecall::StreamSink
+        struct Sink : End<wirecall::StreamSink>
         {
-            StreamService* service;
-            Controller* call;
-            const Part* head;
-            Part* response;
-            ~Sink() override
-            {
-                service->live.change([](int& count) { --count; });
-            }
-            bool take(const Payload& data) override { return service->take(*call, *head, data, *response); }
-            void finish() override { service->finish(*response); }
+            using End::End;
+            bool take(const Payload& data) override { return service.take(*call, request, data, response); }
+            void finish() override { service.finish(response); }
         };
-        auto sink = std::make_unique<Sink>();
-        sink->service = this;
-        live.change([](int& count) { ++count; });
-        sink->call = call;
-        sink->head = request;
-        sink->response = response;
-        wirecall::receiveStream(call, std::move(sink));
+        wirecall::receiveStream(call, std::make_unique<Sink>(*this, call, *request, *response));
     }
 
 private:
+    /// A source or a sink, counted while it lives.
+    template <class Base>
+    struct End : Base
+    {
+        End(StreamService& streams, Controller* controller, const Part& asked, Part& answered)
+            : service(streams), call(controller), request(asked), response(answered)
+        {
+            service.live.change([](int& count) { ++count; });
+        }
+        ~End() override
+        {
+            service.live.change([](int& count) { --count; });
+        }
+
+        StreamService& service;
+        Controller* const call;
+        const Part& request;
+        Part& response;
+    };
+
     Next next;
     Take take;
     Finish finish;
@@ -165,21 +160,12 @@ const google::protobuf::MethodDescriptor& method(const std::string& name)
     return *streamtest::Streams::descriptor()->FindMethodByName(name);
 }
 
-boost::shared_ptr<wirecall::RpcChannel> channelTo(int port)
-{
-    wirecall::ChannelOptions options;
-    options.address = "127.0.0.1:" + std::to_string(port);
-    std::string error;
-    return wirecall::openChannel(options, error);
-}
-
 class Streams : public ::testing::Test
 {
 protected:
     StreamService service;
     TestServer server{service};
-    int port = std::stoi(server.address().substr(server.address().rfind(':') + 1));
-    boost::shared_ptr<wirecall::RpcChannel> channel = channelTo(port);
+    boost::shared_ptr<wirecall::RpcChannel> channel = channelTo(server.address());
     RpcController controller;
     Part head;
     Payload data;
@@ -400,8 +386,9 @@ TEST_F(Streams, AStallEndsACallAndBytesThatTrickleInAreNone)
         streamtest::Streams::Stub(channel.get()).receive(&controller, &request, &head, nullptr);
         EXPECT_EQ(outcome(), "2 nothing moved for 200 ms");
     }
+    const int port = std::stoi(server.address().substr(server.address().rfind(':') + 1));
     CuttingProxy proxy(port, std::numeric_limits<std::uint64_t>::max(), std::chrono::milliseconds(30));
-    const auto slow = channelTo(proxy.port());
+    const auto slow = channelTo("127.0.0.1:" + std::to_string(proxy.port()));
     controller.SetStallLimit(1000); // a MiB takes 2 s
     service.onSend([sent = false](auto&, auto&, auto&, OutgoingBuffer& buffer) mutable {
         buffer = OutgoingBuffer(kMiB);
