@@ -237,9 +237,9 @@ try {
     std::optional<World> world;
     return rows::run(argc, argv, [&] {
         world.emplace(addImages);
-        benchmark::RegisterBenchmark("paging", paging, std::cref(*world))->Iterations(2);
-        benchmark::RegisterBenchmark("memory", memory, std::cref(*world))->Iterations(1);
-        benchmark::RegisterBenchmark("search", search, std::cref(*world))->Iterations(2);
+        benchmark::RegisterBenchmark("paging", paging, std::cref(*world))->Iterations(2)->Repetitions(5);
+        benchmark::RegisterBenchmark("memory", memory, std::cref(*world))->Iterations(1)->Repetitions(3);
+        benchmark::RegisterBenchmark("search", search, std::cref(*world))->Iterations(2)->Repetitions(5);
     });
 } catch (const std::exception& error) {
     std::cerr << "record_bench: " << error.what() << '\n';
