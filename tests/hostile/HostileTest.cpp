@@ -22,8 +22,8 @@ constexpr bool kMeasured = false;
 #else
 constexpr bool kMeasured = true;
 #endif
-constexpr long kMostKiB = 256 * 1024;
-constexpr std::size_t kManyBeans = 30 * 1000 * 1000;
+constexpr long kMostKiB = 262144;
+constexpr std::size_t kManyBeans = 30000000;
 constexpr char kTooMuch[] = "what arrives takes more memory than it may";
 constexpr char kTooMuchParsed[] = "bytes of memory that it may take";
 constexpr char kCompressed[] = "Compression algorithm 'gzip' is disabled";
