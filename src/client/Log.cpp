@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <string_view>
 
 namespace lumo::internal {
 
@@ -13,10 +14,20 @@ namespace {
 
 constexpr int kErrorLevel = 2; // of hubline's lines
 
+constexpr std::string_view kLevel = " [INFO] ";
+
+/// Whether the entry is the first or the last of a method, as most are.
+bool isFirstOrLast(const std::string& entry)
+{
+    constexpr std::string_view kFirst = "Enter Function : ", kLast = "Leave Function : ";
+    const std::size_t level = entry.find(kLevel);
+    return level != std::string::npos && (entry.compare(level + kLevel.size(), kFirst.size(), kFirst) == 0 ||
+                                          entry.compare(level + kLevel.size(), kLast.size(), kLast) == 0);
+}
+
 /// What is between the level and the place in the code.
 std::string messageOf(const std::string& entry)
 {
-    static const std::string kLevel = " [INFO] ";
     const std::size_t level = entry.find(kLevel);
     if (level == std::string::npos)
         return {};
@@ -38,9 +49,9 @@ std::string after(const std::string& text, const std::string& before)
 Reason reasonOf(const std::string& entry)
 {
     static const std::string kError = "Error : ";
+    if (isFirstOrLast(entry))
+        return {};
     const std::string message = messageOf(entry);
-    if (message.compare(0, 17, "Enter Function : ") == 0 || message.compare(0, 17, "Leave Function : ") == 0)
-        return {}; // most entries
     const std::string missing = after(message, "Can't Find Field : ");
     if (!missing.empty())
         return {Reason::Kind::KeyMissing, {}, missing.substr(0, missing.find('\n'))};
