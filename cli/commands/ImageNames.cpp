@@ -4,28 +4,17 @@
 
 #include <algorithm>
 #include <charconv>
-#include <optional>
 
 namespace cli {
 
-namespace {
-
-std::optional<unsigned int> identifierOf(const std::string& text)
+unsigned int parseIdentifier(const std::string& text, const std::string& what)
 {
     unsigned int id = kNoIdentifier;
     const char* const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, id);
-    return error == std::errc() && stop == end && id != kNoIdentifier ? std::optional(id) : std::nullopt;
-}
-
-} // namespace
-
-unsigned int parseIdentifier(const std::string& text, const std::string& what)
-{
-    const auto id = identifierOf(text);
-    if (!id)
+    if (error != std::errc() || stop != end || id == kNoIdentifier)
         refuse("'" + text + "' is not a " + what + " identifier: write its number");
-    return *id;
+    return id;
 }
 
 bool isImageKind(const std::string& word)
@@ -49,27 +38,6 @@ std::string imageKindWords(bool marked)
         if (!marked || lumo::Images::canBeMarked(kind))
             words += (words.empty() ? "" : ", ") + std::string(lumo::Record::word(kind));
     return words;
-}
-
-TypeName parseType(const std::string& text)
-{
-    TypeName type;
-    const std::size_t slash = text.rfind('/');
-    if (slash != std::string::npos) {
-        type.project = text.substr(0, slash);
-        type.name = text.substr(slash + 1);
-    } else if (const auto id = identifierOf(text)) {
-        type.id = lumo::TypeId(*id);
-    } else {
-        refuse("'" + text + "' is not a type: write its number, or PROJECT/TYPENAME as in north/DEM");
-    }
-    return type;
-}
-
-lumo::Record findType(const lumo::Images& images, const TypeName& type)
-{
-    return type.id.isSet() ? images.type(type.id)
-                           : images.type(images.project(type.project).projectId(), type.name);
 }
 
 } // namespace cli

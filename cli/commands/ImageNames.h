@@ -17,19 +17,6 @@ lumo::Record::Kind parseImageKind(const std::string& word);
 /// The words for these kinds; with `marked` only the kinds whose records can have marks.
 std::string imageKindWords(bool marked = false);
 
-/// A type by its identifier, or by its project and its name.
-struct TypeName
-{
-    lumo::TypeId id;
-    std::string project;
-    std::string name;
-};
-
-/// "12" or "PROJECT/TYPENAME".
-TypeName parseType(const std::string& text);
-/// Throws lumo::Error (NotFound).
-lumo::Record findType(const lumo::Images& images, const TypeName& type);
-
 } // namespace cli
 
 #endif

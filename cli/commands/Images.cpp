@@ -81,16 +81,11 @@ public:
         if (m_KindWord.empty() && !m_Mark.empty())
             refuse("--mark takes a project and --kind, as in: lumo images north --kind sat --mark 1");
         if (m_KindWord.empty()) {
-            m_Type = parseType(m_Name);
+            lumo::Images::checkTypeName(m_Name);
             return;
         }
         m_Kind = parseImageKind(m_KindWord);
-        const bool listed =
-            m_Mark.empty() ? lumo::Images::canList(*m_Kind) : lumo::Images::canBeMarked(*m_Kind);
-        if (!listed) {
-            refuse("there is no list of the " + m_KindWord + " records of a project" +
-                   (m_Mark.empty() ? "" : " that have a mark"));
-        }
+        lumo::Images::checkList(*m_Kind, !m_Mark.empty());
         if (!m_Mark.empty())
             m_MarkID = lumo::CommentId(parseIdentifier(m_Mark, "mark"));
     }
@@ -99,7 +94,9 @@ public:
     {
         const lumo::Images images = session.images();
         if (!m_Kind) {
-            listType(images);
+            const lumo::Record type = images.type(m_Name);
+            std::vector<lumo::Record> records = images.records(type); // throws for a type of no kind
+            printList(*lumo::Images::kindOfType(type), std::move(records), "(the type has no records)");
             return;
         }
         printList(*m_Kind, images.records(*m_Kind, images.project(m_Name).projectId(), m_MarkID),
@@ -107,25 +104,10 @@ public:
     }
 
 private:
-    void listType(const lumo::Images& images) const
-    {
-        const lumo::Record type = findType(images, m_Type);
-        const auto kind = lumo::Images::kindOfType(type);
-        if (!kind) {
-            std::string names;
-            for (const std::string& name : lumo::Images::decidingNames())
-                names += (names.empty() ? "" : ", ") + name;
-            refuse("type '" + m_Name + "' is named '" + type.get<std::string>("dataType").value_or("") +
-                   "', which is not a name that decides the kind of its records; those names are " + names);
-        }
-        printList(*kind, images.records(type), "(the type has no records)");
-    }
-
     std::string m_Name;
     std::string m_KindWord;
     std::string m_Mark;
-    TypeName m_Type;
-    std::optional<Kind> m_Kind; ///< none: the records of m_Type
+    std::optional<Kind> m_Kind; ///< none: the records of a type
     lumo::CommentId m_MarkID;
 };
 

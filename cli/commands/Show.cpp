@@ -59,7 +59,7 @@ public:
             m_Kind = parseImageKind(m_Typed);
             m_Records.apply(options);
             if (*m_Kind == Kind::Type)
-                m_Type = parseType(m_ID);
+                lumo::Images::checkTypeName(m_ID);
             else if (*m_Kind != Kind::Project)
                 m_Record = lumo::RecordId(parseIdentifier(m_ID, m_Typed));
             return;
@@ -86,7 +86,7 @@ private:
     {
         if (*m_Kind == Kind::Project)
             return images.project(m_ID);
-        return *m_Kind == Kind::Type ? findType(images, m_Type) : images.record(*m_Kind, m_Record);
+        return *m_Kind == Kind::Type ? images.type(m_ID) : images.record(*m_Kind, m_Record);
     }
 
     void showPlace(const lumo::Catalogue& catalogue, bool json) const
@@ -106,7 +106,6 @@ private:
     std::string m_ID;
     RecordOptions m_Records;
     std::optional<Kind> m_Kind; ///< of a record of the image catalogue; none: a place
-    TypeName m_Type;
     lumo::RecordId m_Record;
     lumo::Place m_Place = "/";
 };

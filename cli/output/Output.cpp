@@ -72,6 +72,12 @@ void flushOutput()
         failToWrite();
 }
 
+std::size_t terminalColumns(int descriptor)
+{
+    winsize size = {};
+    return ioctl(descriptor, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
+
 std::size_t terminalWidth()
 {
     std::size_t columns = 0;
@@ -79,11 +85,8 @@ std::size_t terminalWidth()
     if (wanted != nullptr)
         std::from_chars(wanted, wanted + std::strlen(wanted), columns);
     // A pager or head shows the table on the terminal that also receives the errors.
-    for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
-        winsize size = {};
-        if (columns == 0 && ioctl(stream, TIOCGWINSZ, &size) == 0)
-            columns = size.ws_col;
-    }
+    for (const int stream : {STDOUT_FILENO, STDERR_FILENO})
+        columns = columns == 0 ? terminalColumns(stream) : columns;
     return columns > 1 ? columns : 80;
 }
 

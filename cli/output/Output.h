@@ -22,6 +22,9 @@ void print(const std::string& text);
 /// Writes out what is still buffered; throws as print does.
 void flushOutput();
 
+/// Columns of the terminal that a file descriptor is; 0 when it is none.
+std::size_t terminalColumns(int descriptor);
+
 /// Columns of the terminal that shows the output, or as many as COLUMNS says.
 std::size_t terminalWidth();
 

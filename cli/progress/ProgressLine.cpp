@@ -1,21 +1,20 @@
 #include "cli/progress/ProgressLine.h"
 
 #include "cli/output/DisplayText.h"
+#include "cli/output/Output.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <iostream>
 
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace cli {
 
 std::size_t progressColumns()
 {
-    winsize size = {};
-    const bool known = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
-    return (known ? size.ws_col : 80U) - 1;
+    const std::size_t columns = terminalColumns(STDERR_FILENO);
+    return (columns > 1 ? columns : 80) - 1;
 }
 
 std::string progressLine(const std::string& head, double fraction, const std::string& figures,

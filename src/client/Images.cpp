@@ -81,6 +81,23 @@ Record Images::type(ProjectId project, const std::string& name) const
     return internal::recordFrom(source);
 }
 
+Record Images::type(const std::string& name) const
+{
+    checkTypeName(name);
+    const std::size_t slash = name.rfind('/');
+    return slash == std::string::npos
+               ? type(TypeId(*numberOf(name)))
+               : type(project(name.substr(0, slash)).projectId(), name.substr(slash + 1));
+}
+
+void Images::checkTypeName(const std::string& name)
+{
+    if (name.find('/') == std::string::npos && !numberOf(name)) {
+        internal::refuse("'" + name +
+                         "' is not a type: write its number, or PROJECT/TYPENAME as in north/DEM");
+    }
+}
+
 std::optional<Record::Kind> Images::kindOfType(const Record& type)
 {
     const std::string name = nameOf(type, "dataType");
@@ -113,18 +130,20 @@ Record Images::record(Kind kind, RecordId id) const
 std::vector<Record> Images::records(const Record& type) const
 {
     const auto kind = kindOfType(type);
-    if (!kind)
-        internal::refuse("the name '" + nameOf(type, "dataType") + "' decides no kind of records");
+    if (!kind) {
+        std::string names;
+        for (const std::string& name : decidingNames())
+            names += (names.empty() ? "" : ", ") + name;
+        internal::refuse("the type is named '" + nameOf(type, "dataType") +
+                         "', which does not decide the kind of its records; the names that do are " + names);
+    }
     return internal::kindOf(*kind).below(Call(*m_Link), type.typeId().number());
 }
 
 std::vector<Record> Images::records(Kind kind, ProjectId project, CommentId mark) const
 {
+    checkList(kind, mark.isSet());
     const internal::RecordKind& known = internal::kindOf(kind);
-    if (mark.isSet() ? !canBeMarked(kind) : !canList(kind)) {
-        internal::refuse(std::string("there is no list of the ") + known.word + " records of a project" +
-                         (mark.isSet() ? " that have a mark" : ""));
-    }
     const Call call(*m_Link);
     return mark.isSet() ? known.markedInProject(call, project.number(), mark.number())
                         : known.inProject(call, project.number());
@@ -138,6 +157,14 @@ bool Images::canList(Kind kind)
 bool Images::canBeMarked(Kind kind)
 {
     return internal::kindOf(kind).markedInProject != nullptr;
+}
+
+void Images::checkList(Kind kind, bool marked)
+{
+    if (marked ? !canBeMarked(kind) : !canList(kind)) {
+        internal::refuse(std::string("there is no list of the ") + Record::word(kind) +
+                         " records of a project" + (marked ? " that have a mark" : ""));
+    }
 }
 
 std::vector<Record> Images::points(RecordId control) const

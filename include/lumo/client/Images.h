@@ -37,6 +37,10 @@ public:
     std::vector<Record> types(ProjectId project) const;
     Record type(TypeId id) const;
     Record type(ProjectId project, const std::string& name) const;
+    /// The type of a text: its identifier, or its project and its name as in "north/DEM".
+    Record type(const std::string& name) const;
+    /// Throws Error (WrongUse) for a text of another form; asks nobody.
+    static void checkTypeName(const std::string& name);
     /// The kind of the records of a type, which its name decides; none when it does not.
     static std::optional<Kind> kindOfType(const Record& type);
     /// The names of types that decide a kind.
@@ -51,6 +55,8 @@ public:
     std::vector<Record> records(Kind kind, ProjectId project, CommentId mark = {}) const;
     static bool canList(Kind kind);
     static bool canBeMarked(Kind kind);
+    /// Throws Error (WrongUse) for a kind of which there is no list in a project; asks nobody.
+    static void checkList(Kind kind, bool marked);
     std::vector<Record> points(RecordId control) const;
 
     /// What a search asks for; what is empty asks for nothing.
