@@ -21,6 +21,8 @@ public:
     {
         std::string root;  ///< a folder that the box serves, absolute
         std::string below; ///< relative to it, with "/"; empty: the root itself
+        std::vector<std::string> readOnly =
+            {}; ///< of Use::Write: paths of the box below it where nothing may be written
     };
 
     enum class Use
@@ -38,8 +40,8 @@ public:
 
     virtual ~BoxCatalogue() = default;
 
-    /// Returns the place of `path` if the user of `token` may use it so and the message in the request
-    /// agrees. Otherwise returns nothing and a `reason` for the user.
+    /// Returns the place of `path` if the user of `token` may use it, and everything below it, so and the
+    /// message in the request agrees. Otherwise returns nothing and a `reason` for the user.
     virtual std::optional<Place> admit(const std::string& token, const haulbox::Carried& carried,
                                        const std::string& path, Use use, std::string& reason) = 0;
 

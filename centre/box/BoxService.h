@@ -1,10 +1,10 @@
 #ifndef LUMO_CENTRE_BOX_BOXSERVICE_H
 #define LUMO_CENTRE_BOX_BOXSERVICE_H
 
-#include "centre/box/BoxCatalogue.h"
-#include "centre/box/DigestCache.h"
+#include "centre/box/Admissions.h"
+#include "centre/box/BoxFaults.h"
+#include "centre/box/Downloads.h"
 #include "centre/box/Uploads.h"
-#include "centre/endpoint/Faults.h"
 #include "haulbox.pb.h"
 
 namespace centre {
@@ -14,13 +14,20 @@ namespace centre {
 class BoxService : public haulbox::BoxServices
 {
 public:
-    /// Both must outlive the service.
-    BoxService(BoxCatalogue& catalogue, Faults& faults) : m_Catalogue(catalogue), m_Faults(faults) {}
+    /// The first two must outlive the service. `pause`: how long after its last call an upload is busy.
+    BoxService(BoxCatalogue& catalogue, Faults& faults,
+               OpenUploads::Pause pause = std::chrono::milliseconds(1000))
+        : m_Admissions(catalogue),
+          m_Faults(faults),
+          m_Downloads(m_Admissions, m_Faults),
+          m_Uploads(m_Admissions, catalogue, m_Faults, pause)
+    {
+    }
 
     typedef google::protobuf::RpcController Controller;
     typedef google::protobuf::Closure Closure;
 
-    void read(Controller* call, const haulbox::ReadReq* request, haulbox::ReadRsp* response,
+    void open(Controller* call, const haulbox::OpenReq* request, haulbox::OpenRsp* response,
               Closure* done) override;
     void list(Controller* call, const haulbox::ListReq* request, haulbox::ListRsp* response,
               Closure* done) override;
@@ -28,9 +35,11 @@ public:
                Closure* done) override;
     void digests(Controller* call, const haulbox::DigestsReq* request, haulbox::DigestsRsp* response,
                  Closure* done) override;
+    void read(Controller* call, const haulbox::RunReq* request, haulbox::Chunk* chunk,
+              Closure* done) override;
     void begin(Controller* call, const haulbox::BeginReq* request, haulbox::BeginRsp* response,
                Closure* done) override;
-    void write(Controller* call, const haulbox::WriteReq* request, haulbox::WriteRsp* response,
+    void write(Controller* call, const haulbox::Chunk* chunk, haulbox::WriteRsp* response,
                Closure* done) override;
     void finish(Controller* call, const haulbox::FinishReq* request, haulbox::FinishRsp* response,
                 Closure* done) override;
@@ -38,24 +47,9 @@ public:
                Closure* done) override;
 
 private:
-    BoxCatalogue::Place admit(Controller* call, const haulbox::Carried& carried, const std::string& path,
-                              BoxCatalogue::Use use);
-    void readFile(const bulkhaul::Folder& folder, const std::string& name, const haulbox::ReadReq& request,
-                  haulbox::ReadRsp& response);
-    void fileDigests(const Controller& call, const bulkhaul::Folder& folder, const std::string& name,
-                     const haulbox::DigestsReq& request, haulbox::DigestsRsp& response);
-    void storeItems(const bulkhaul::Folder& target, const std::string& targetName,
-                    const haulbox::StoreReq& request, haulbox::StoreRsp& response);
-
-    // The data that a call moves passes through these functions, which apply the fault switches.
-    bool isSpoiled(const std::string& operation, std::size_t size);
-    void send(const std::string& operation, std::string& data);
-    /// Returns the data that arrived: `data`, or after a fault `spoiled`, a changed copy.
-    const std::string& arrived(const std::string& operation, const std::string& data, std::string& spoiled);
-
-    BoxCatalogue& m_Catalogue;
-    Faults& m_Faults;
-    DigestCache m_Digests;
+    Admissions m_Admissions;
+    BoxFaults m_Faults;
+    Downloads m_Downloads;
     Uploads m_Uploads;
 };
 

@@ -16,6 +16,7 @@ namespace centre {
 
 namespace {
 
+constexpr char kPackages[] = "SELECT app_full_path FROM version WHERE kesta_code = ?";
 constexpr char kDisksAt[] = "SELECT id FROM disk WHERE root_path = ? AND kesta_code = ?";
 
 template <class AuthMsg>
@@ -78,6 +79,20 @@ bool mayWrite(Connection& connection, const User& user, const Claim& claim, cons
         reason =
             "folder " + std::to_string(*claim.folderId) + " of the catalogue does not hold " + escaped(path);
     return reason.empty();
+}
+
+/// Returns the packages of versions on the box that are below a path.
+std::vector<std::string> packagesBelow(Connection& connection, const std::string& boxCode,
+                                       const std::string& path)
+{
+    SQLite::Statement& packages = connection.statement(kPackages);
+    const ResetAtEnd resetAtEnd(packages);
+    SQLite::bind(packages, boxCode);
+    std::vector<std::string> found;
+    while (packages.executeStep())
+        if (std::string package = packages.getColumn(0).getString(); isAtOrBelow(path, package))
+            found.push_back(std::move(package));
+    return found;
 }
 
 /// Registers entries on the disks of a box, inside one transaction.
@@ -167,8 +182,10 @@ std::optional<BoxCatalogue::Place> DataFolderCatalogue::admit(const std::string&
             escaped(path) + " is not on a disk of box " + m_BoxCode + " that user " + user->name + " may use";
     else if (overlap(m_Pool.dataFolder(), path)) // also above it: a request may go on below its path
         reason = escaped(path) + " is in the centre's data folder or holds it";
-    else if (use == Use::Read || mayWrite(*connection, *user, *claim, m_BoxCode, *root, path, reason))
+    else if (use == Use::Read)
         return Place{root->path, pathBelow(root->path, path)};
+    else if (mayWrite(*connection, *user, *claim, m_BoxCode, *root, path, reason))
+        return Place{root->path, pathBelow(root->path, path), packagesBelow(*connection, m_BoxCode, path)};
     return std::nullopt;
 }
 

@@ -1,128 +1,207 @@
 #include "centre/box/Uploads.h"
 
-#include "centre/base/Token.h"
+#include "centre/box/Answer.h"
 #include "components/bulkhaul/FileFailure.h"
+
+#include <vector>
 
 namespace centre {
 
+using namespace bulkhaul;
+
 namespace {
 
-constexpr std::chrono::minutes kLongestPause(10);
-constexpr int kUploadsOfUser = 64;
+constexpr auto kWrite = BoxCatalogue::Use::Write;
 
-/// Waits for the calls that use it.
-void abandon(Upload& upload)
+Existing existingOf(bool keep)
 {
-    const std::unique_lock<std::shared_mutex> alone(upload.inUse);
-    upload.file.reset();
+    return keep ? Existing::Keep : Existing::Replace;
 }
 
-template <class ByName>
-void abandonAll(const ByName& uploads)
+void requireName(const std::string& name)
 {
-    for (const auto& [name, kept] : uploads)
-        abandon(*kept.upload);
-}
-
-[[noreturn]] void throwEnded()
-{
-    throw bulkhaul::FileFailure(haulbox::BUSY, "this upload has ended, or another has taken its place");
+    if (name.empty())
+        throw FileFailure(haulbox::WRONG_KIND, "the root of a disk can't be a file");
 }
 
 } // namespace
 
-std::string Uploads::begin(const std::string& token, const std::string& path, std::uint64_t size,
-                           const std::function<std::unique_ptr<bulkhaul::IncomingFile>()>& open)
+template <class Request>
+Admission Uploads::admissionOf(const std::string& token, const Request& request)
 {
-    giveUp(path);
-    const auto upload = std::make_shared<Upload>();
-    upload->token = token;
-    upload->path = path;
-    upload->size = size;
-    upload->file = open();
-    std::string name = newToken();
-    ByName taken;
+    if (request.has_transfer())
+        return *m_Admissions.find(token, request.transfer(), kWrite);
+    return m_Admissions.admit(token, request.carried(), request.path(), kWrite);
+}
+
+void Uploads::begin(const std::string& token, const haulbox::BeginReq& request, haulbox::BeginRsp& response)
+{
+    const Admission admission = admissionOf(token, request);
+    const std::string path = admission.pathOf(request.below());
+    Located located = locate(admission.placeOf(request.below()), Folder::Missing::MakeFlushed);
+    requireName(located.name);
+    if (request.keep_existing() && isFileOrLink(located.folder, located.name)) {
+        m_Catalogue.record({{path, false}});
+        response.set_status(haulbox::KEPT);
+        return;
+    }
+    std::uint64_t otherBytes = 0;
+    const auto open = [&] {
+        auto file = std::make_unique<IncomingFile>(std::move(located.folder), located.name, request.size(),
+                                                   existingOf(request.keep_existing()));
+        response.set_found_size(file->foundSize());
+        response.set_found_whole(file->found() == IncomingFile::Found::Target);
+        return file;
+    };
+    try {
+        response.set_upload(m_Open.begin(token, path, request.size(), otherBytes, open));
+    } catch (const FileFailure&) {
+        response.set_other_bytes(otherBytes);
+        throw;
+    }
+}
+
+void Uploads::digests(const std::string& token, const haulbox::DigestsReq& request,
+                      haulbox::DigestsRsp& response)
+{
+    m_Open.use(request.upload(), token, [&](Upload& upload) {
+        requireChunks(request.first_chunk(), request.chunks(), kMostDigests, upload.file->foundSize());
+        for (std::uint32_t i = 0; i < request.chunks(); ++i) {
+            const std::uint64_t chunk = request.first_chunk() + i;
+            const Digest digest = upload.file->foundDigest(chunk);
+            upload.file->keep(chunk, digest); // unless the client sends the chunk again
+            upload.arrived += kChunkSize;
+            response.mutable_digests()->append(digest.data(), digest.size());
+        }
+    });
+}
+
+/// Takes the chunks of a stream.
+class Uploads::Run : public wirecall::StreamSink
+{
+public:
+    Run(Uploads& uploads, google::protobuf::RpcController* call, const std::string& token,
+        const haulbox::Chunk& chunk, haulbox::WriteRsp& response)
+        : m_Uploads(uploads),
+          m_Call(call),
+          m_Token(token),
+          m_Handle(chunk.upload()),
+          m_Upload(uploads.m_Open.find(m_Handle, token)),
+          m_Chunk(chunk),
+          m_Response(response)
     {
-        const std::lock_guard<std::mutex> lock(m_Mutex);
-        taken = takeStale(path); // again: another may have begun meanwhile
-        takeSurplus(token, taken);
-        m_Uploads[name] = {upload, std::chrono::steady_clock::now()};
     }
-    abandonAll(taken);
-    return name;
-}
 
-void Uploads::giveUp(const std::string& path)
-{
-    ByName stale;
+    bool take(const wirecall::Payload& data) override
     {
-        const std::lock_guard<std::mutex> lock(m_Mutex);
-        stale = takeStale(path);
+        return judge(m_Call, m_Response, [&] { write(data.pieces()); });
     }
-    abandonAll(stale);
-}
 
-/// Takes the uploads to the same path and those that have been idle for long.
-Uploads::ByName Uploads::takeStale(const std::string& path)
-{
-    ByName stale;
-    const auto now = std::chrono::steady_clock::now();
-    for (auto each = m_Uploads.begin(); each != m_Uploads.end();) {
-        const auto next = std::next(each);
-        if (each->second.upload->path == path || now - each->second.lastUse > kLongestPause)
-            stale.insert(m_Uploads.extract(each));
-        each = next;
-    }
-    return stale;
-}
+    void finish() override {}
 
-void Uploads::takeSurplus(const std::string& token, ByName& taken)
-{
-    auto oldest = m_Uploads.end();
-    int count = 0;
-    for (auto each = m_Uploads.begin(); each != m_Uploads.end(); ++each) {
-        if (each->second.upload->token != token)
-            continue;
-        ++count;
-        if (oldest == m_Uploads.end() || each->second.lastUse < oldest->second.lastUse)
-            oldest = each;
-    }
-    if (count >= kUploadsOfUser)
-        taken.insert(m_Uploads.extract(oldest));
-}
-
-std::shared_ptr<Upload> Uploads::find(const std::string& name, const std::string& token)
-{
-    const std::lock_guard<std::mutex> lock(m_Mutex);
-    const auto found = m_Uploads.find(name);
-    if (found == m_Uploads.end() || found->second.upload->token != token)
-        throwEnded();
-    found->second.lastUse = std::chrono::steady_clock::now();
-    return found->second.upload;
-}
-
-void Uploads::use(const std::string& name, const std::string& token, const std::function<void(Upload&)>& work)
-{
-    const std::shared_ptr<Upload> upload = find(name, token);
-    const std::shared_lock<std::shared_mutex> shared(upload->inUse);
-    if (!upload->file)
-        throwEnded();
-    work(*upload);
-}
-
-void Uploads::finish(const std::string& name, const std::string& token,
-                     const std::function<void(Upload&)>& work)
-{
-    const std::shared_ptr<Upload> upload = find(name, token);
+private:
+    void write(const Pieces& arrived)
     {
-        const std::lock_guard<std::mutex> lock(m_Mutex);
-        m_Uploads.erase(name);
+        m_Uploads.m_Faults.passMessage("write", m_Call);
+        if (++m_Chunks > kMostChunksInStream)
+            throw FileFailure(haulbox::FAILED, "too many chunks in one stream");
+        std::string spoiled;
+        const Pieces data = m_Uploads.m_Faults.arrived("write", arrived, spoiled);
+        const std::uint64_t chunk = chunkAt(m_Chunk.offset(), m_Upload->size);
+        if (sizeOf(data) != chunkLength(m_Upload->size, chunk))
+            throw FileFailure(haulbox::CORRUPTED, m_Upload->path + ": a chunk came with another length");
+        const Digest digest = requireDigest(data, m_Chunk.digest(), m_Upload->path);
+        m_Uploads.m_Open.use(m_Handle, m_Token, [&](Upload& upload) {
+            upload.file->write(chunk, data, digest);
+            upload.arrived += sizeOf(data);
+        });
     }
-    const std::unique_lock<std::shared_mutex> alone(upload->inUse);
-    if (!upload->file)
-        throwEnded();
-    work(*upload);
-    upload->file.reset();
+
+    Uploads& m_Uploads;
+    google::protobuf::RpcController* const m_Call;
+    const std::string m_Token;
+    const std::string m_Handle;
+    const std::shared_ptr<Upload> m_Upload; ///< in use, so busy
+    const haulbox::Chunk& m_Chunk;
+    haulbox::WriteRsp& m_Response;
+    std::uint32_t m_Chunks = 0;
+};
+
+std::unique_ptr<wirecall::StreamSink> Uploads::write(google::protobuf::RpcController* call,
+                                                     const std::string& token, const haulbox::Chunk& chunk,
+                                                     haulbox::WriteRsp& response)
+{
+    return std::make_unique<Run>(*this, call, token, chunk, response);
+}
+
+void Uploads::finish(const std::string& token, const haulbox::FinishReq& request,
+                     haulbox::FinishRsp& response)
+{
+    m_Open.finish(request.upload(), token, [&](Upload& upload) {
+        if (!isDigest(request.digest(), upload.file->wholeDigest()))
+            throw FileFailure(haulbox::CORRUPTED,
+                              upload.path + ": as a whole, what arrived is not what was sent");
+        response.set_kept(!upload.file->finish());
+        upload.file->folder().flush();
+        m_Catalogue.record({{upload.path, false}});
+    });
+}
+
+void Uploads::store(const std::string& token, const haulbox::StoreReq& request, haulbox::StoreRsp& response)
+{
+    if (request.items_size() > kLargestBatch)
+        throw FileFailure(haulbox::FAILED, "too many files at once");
+    Admission admission = admissionOf(token, request);
+    for (const haulbox::Item& item : request.items())
+        admission.placeOf(item.below()); // throws for one that is not valid, before anything is made
+    const Located target = locate(admission.placeOf(std::string()), Folder::Missing::MakeFlushed);
+    if (request.items_size() > 0 && request.items(0).below().empty()) {
+        struct stat status;
+        response.set_existed(target.name.empty() || target.folder.find(target.name, status));
+    }
+    IncomingSmallFiles files(target.folder, IncomingSmallFiles::Names::Flushed,
+                             existingOf(request.keep_existing()));
+    std::vector<BoxCatalogue::Entry> entries;
+    for (int i = 0; i < request.items_size(); ++i) {
+        const haulbox::Item& item = request.items(i);
+        if (storeItem(admission, target, item, files, response))
+            entries.push_back({admission.pathOf(item.below()), item.folder()});
+        else
+            response.add_wanted(static_cast<std::uint32_t>(i));
+    }
+    response.set_kept(response.kept() + static_cast<std::uint32_t>(files.finish()));
+    m_Catalogue.record(entries);
+    if (!request.has_transfer() && !entries.empty() && entries.front().folder &&
+        request.items(0).below().empty())
+        response.set_transfer(m_Admissions.keep(token, std::move(admission)));
+}
+
+/// Returns false if the box needs the item's data.
+bool Uploads::storeItem(const Admission& admission, const Located& target, const haulbox::Item& item,
+                        IncomingSmallFiles& files, haulbox::StoreRsp& response)
+{
+    const std::string below = target.name.empty() || item.below().empty() ? target.name + item.below()
+                                                                          : target.name + "/" + item.below();
+    if (item.folder()) {
+        target.folder.below(splitBelow(below), Folder::Missing::MakeFlushed);
+        return true;
+    }
+    requireName(below);
+    if (files.keeps(below)) {
+        response.set_kept(response.kept() + 1);
+        return true;
+    }
+    if (!item.has_data()) {
+        const auto digest = files.existingDigest(below, item.size());
+        return digest && isDigest(item.digest(), *digest);
+    }
+    std::string spoiled;
+    requireDigest(m_Faults.arrived("store", piecesOf(item.data()), spoiled), item.digest(), below);
+    if (item.data().size() > kChunkSize)
+        throw FileFailure(haulbox::FAILED, below + ": larger than a chunk");
+    m_Open.giveUp(admission.pathOf(item.below()));
+    files.add(below, item.data());
+    return true;
 }
 
 } // namespace centre

@@ -1,67 +1,51 @@
 #ifndef LUMO_CENTRE_BOX_UPLOADS_H
 #define LUMO_CENTRE_BOX_UPLOADS_H
 
-#include "components/bulkhaul/IncomingFile.h"
+#include "centre/box/Admissions.h"
+#include "centre/box/BoxFaults.h"
+#include "centre/box/BoxFiles.h"
+#include "centre/box/OpenUploads.h"
+#include "components/bulkhaul/IncomingSmallFiles.h"
+#include "components/wirecall/Streams.h"
+#include "haulbox.pb.h"
 
-#include <chrono>
-#include <cstdint>
-#include <functional>
-#include <map>
 #include <memory>
-#include <mutex>
-#include <shared_mutex>
 #include <string>
 
 namespace centre {
 
-/// One large file on its way into a box.
-struct Upload
-{
-    std::string token;  ///< of the user who began the upload
-    std::string path;   ///< on the box
-    std::uint64_t size; ///< of the whole file, in bytes
-
-    std::shared_mutex inUse;                      ///< shared by calls, exclusive when it is given up
-    std::unique_ptr<bulkhaul::IncomingFile> file; ///< empty once it is given up
-};
-
-/// The uploads of large files that are under way. Safe from any thread; functions throw FileFailure.
+/// The requests of uploads. Safe from any thread; functions throw FileFailure and BoxFaults::Broken.
 class Uploads
 {
 public:
-    /// Begins an upload to `path` and returns its new name. Gives up any other upload to that path, whose
-    /// partial file stays for the next. A user has a limited number of uploads; the one that is idle for
-    /// longest is given up.
-    std::string begin(const std::string& token, const std::string& path, std::uint64_t size,
-                      const std::function<std::unique_ptr<bulkhaul::IncomingFile>()>& open);
+    /// The first three must outlive the object.
+    Uploads(Admissions& admissions, BoxCatalogue& catalogue, BoxFaults& faults, OpenUploads::Pause pause)
+        : m_Admissions(admissions), m_Catalogue(catalogue), m_Faults(faults), m_Open(pause)
+    {
+    }
 
-    /// Calls `work` with the upload. Throws if it belongs to another user, has ended, or another has taken
-    /// its place.
-    void use(const std::string& name, const std::string& token, const std::function<void(Upload&)>& work);
-
-    /// The same for the last time: no other call uses the upload meanwhile or afterwards.
-    void finish(const std::string& name, const std::string& token, const std::function<void(Upload&)>& work);
-
-    /// Gives up an upload to `path`, because another file is written there.
-    void giveUp(const std::string& path);
+    void begin(const std::string& token, const haulbox::BeginReq& request, haulbox::BeginRsp& response);
+    void digests(const std::string& token, const haulbox::DigestsReq& request, haulbox::DigestsRsp& response);
+    /// Returns what takes the chunks of a stream, of which each has its head in `chunk`.
+    std::unique_ptr<wirecall::StreamSink> write(google::protobuf::RpcController* call,
+                                                const std::string& token, const haulbox::Chunk& chunk,
+                                                haulbox::WriteRsp& response);
+    void finish(const std::string& token, const haulbox::FinishReq& request, haulbox::FinishRsp& response);
+    void store(const std::string& token, const haulbox::StoreReq& request, haulbox::StoreRsp& response);
 
 private:
-    struct Kept
-    {
-        std::shared_ptr<Upload> upload;
-        std::chrono::steady_clock::time_point lastUse;
-    };
+    class Run;
 
-    typedef std::map<std::string, Kept> ByName;
+    /// Of a request that has either a transfer's handle or message and path.
+    template <class Request>
+    Admission admissionOf(const std::string& token, const Request& request);
+    bool storeItem(const Admission& admission, const Located& target, const haulbox::Item& item,
+                   bulkhaul::IncomingSmallFiles& files, haulbox::StoreRsp& response);
 
-    // Each removes uploads from the list. The caller holds the mutex.
-    ByName takeStale(const std::string& path);
-    void takeSurplus(const std::string& token, ByName& taken);
-
-    std::shared_ptr<Upload> find(const std::string& name, const std::string& token);
-
-    std::mutex m_Mutex;
-    ByName m_Uploads;
+    Admissions& m_Admissions;
+    BoxCatalogue& m_Catalogue;
+    BoxFaults& m_Faults;
+    OpenUploads m_Open;
 };
 
 } // namespace centre

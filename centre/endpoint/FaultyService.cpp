@@ -18,8 +18,9 @@ using google::protobuf::MethodDescriptor;
 using google::protobuf::ServiceDescriptor;
 
 constexpr int kKilled = 137;
-constexpr const char* kDataMovers[] = {"haulbox.BoxServices.read", "haulbox.BoxServices.fetch",
-                                       "haulbox.BoxServices.write", "haulbox.BoxServices.store"};
+constexpr const char* kDataMovers[] = {"haulbox.BoxServices.open", "haulbox.BoxServices.fetch",
+                                       "haulbox.BoxServices.read", "haulbox.BoxServices.write",
+                                       "haulbox.BoxServices.store"};
 
 const MethodDescriptor& findOperation(const std::vector<const ServiceDescriptor*>& services,
                                       const std::string& name)
@@ -45,18 +46,24 @@ bool movesData(const MethodDescriptor& method)
 void FaultyService::CallMethod(const MethodDescriptor* method, google::protobuf::RpcController* controller,
                                const Message* request, Message* response, google::protobuf::Closure* done)
 {
-    const std::optional<Fault> fault = m_Faults.fires(method->name());
+    const bool isStream = method->client_streaming() || method->server_streaming();
+    const std::optional<Fault> fault = isStream ? std::nullopt : m_Faults.fires(method->name());
     if (!fault)
         return m_Service.CallMethod(method, controller, request, response, done);
     if (fault->kind == Fault::Kind::Stall)
         return controller->NotifyOnCancel(done); // the caller has gone, or the server stops
     if (fault->kind == Fault::Kind::Exit)
-        ::_exit(kKilled);
+        exitAsIfKilled();
     if (fault->kind == Fault::Kind::Refuse)
         controller->SetFailed("refused by a fault switch");
     else
         setResult(*response, fault->result);
     done->Run();
+}
+
+void exitAsIfKilled()
+{
+    ::_exit(kKilled);
 }
 
 void addFaults(Faults& faults, const std::vector<std::string>& texts,
@@ -71,8 +78,8 @@ void addFaults(Faults& faults, const std::vector<std::string>& texts,
                             " has no result that a fault could set; it can stall, exit or refuse");
         if (isOnData(added.fault) && !movesData(method))
             throw Error(ExitCode::WrongUse, added.operation +
-                                                " moves no data; only read, fetch, write and store of a"
-                                                " storage box do");
+                                                " moves no data; only open, fetch, read, write and store"
+                                                " of a storage box do");
     }
 }
 

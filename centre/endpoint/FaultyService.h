@@ -12,7 +12,7 @@
 namespace centre {
 
 /// Passes calls to a service. When a fault switch fires for a call, the call fails instead. The service
-/// itself handles faults of the data.
+/// itself handles faults of the data, and all faults of streams, whose messages count as calls.
 class FaultyService : public google::protobuf::Service
 {
 public:
@@ -40,6 +40,9 @@ private:
     google::protobuf::Service& m_Service;
     Faults& m_Faults;
 };
+
+/// What a fault of Kind::Exit does.
+[[noreturn]] void exitAsIfKilled();
 
 /// Adds fault switches for the operations of these services. Throws Error(WrongUse) for a text that is not a
 /// switch, and for an operation that no service has or that can't fail in that way.

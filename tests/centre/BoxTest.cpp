@@ -235,10 +235,10 @@ protected:
 
     std::string read(const std::string& address, const std::string& token)
     {
-        haulbox::ReadReq request;
+        haulbox::OpenReq request;
         *request.mutable_carried() = download("demo");
         request.set_path(root + "/file");
-        return ::ask(*channelTo(address, token), "read", request.ShortDebugString());
+        return ::ask(*channelTo(address, token), "open", request.ShortDebugString());
     }
 
     std::string addressByCentre(const centre::Centre& centre)
@@ -273,14 +273,14 @@ TEST_F(ServedBox, IsFoundWhereverItWasServedLast)
         Process again(serveBox({}));
         EXPECT_EQ(servingAddress(again), first);
     }
-    Process moved(serveBox({"--listen", "127.0.0.1:0", "--fault", "read@1=corrupt"}));
+    Process moved(serveBox({"--listen", "127.0.0.1:0", "--fault", "open@1=corrupt"}));
     const std::string second = servingAddress(moved);
     EXPECT_THAT(addressByCentre(alone), HasSubstr("\"" + second + "\""));
     EXPECT_THAT(read(second, m_Data.token()), testing::Not(HasSubstr("\"content\"")));
     EXPECT_THAT(read(second, m_Data.token()), HasSubstr("\"content\""));
     moved.signal(SIGTERM);
     EXPECT_EQ(moved.wait(), 0);
-    EXPECT_THAT(moved.readLine(), HasSubstr("read@1=corrupt fired 1 time"));
+    EXPECT_THAT(moved.readLine(), HasSubstr("open@1=corrupt fired 1 time"));
 }
 
 TEST_F(ServedBox, AndItsCentreSpeakTlsAlone)

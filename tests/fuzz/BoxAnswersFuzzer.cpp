@@ -30,16 +30,15 @@ class BoxChannel : public ScriptedChannel
     void complete(const fuzz::Answer& answer, const google::protobuf::Message& request,
                   google::protobuf::Message& response) override
     {
-        if (auto* read = dynamic_cast<haulbox::ReadRsp*>(&response)) {
-            complete(answer, *read);
-            m_Chunks[static_cast<const haulbox::ReadReq&>(request).offset()] =
-                bulkhaul::digestOf(read->data());
+        if (auto* opened = dynamic_cast<haulbox::OpenRsp*>(&response)) {
+            complete(answer, *opened);
         } else if (auto* fetch = dynamic_cast<haulbox::FetchRsp*>(&response)) {
             for (haulbox::Content& content : *fetch->mutable_contents())
                 complete(answer, content);
         } else if (auto* digests = dynamic_cast<haulbox::DigestsRsp*>(&response)) {
             if (answer.right_digests())
-                complete(static_cast<const haulbox::DigestsReq&>(request), *digests);
+                digests->mutable_digests()->resize(static_cast<const haulbox::DigestsReq&>(request).chunks() *
+                                                   sizeof(bulkhaul::Digest));
         } else if (auto* list = dynamic_cast<haulbox::ListRsp*>(&response)) {
             for (haulbox::Entry& entry : *list->mutable_entries())
                 if (entry.below()[0] == '@')
@@ -55,19 +54,6 @@ class BoxChannel : public ScriptedChannel
         if (answer.right_digests())
             piece.set_digest(bulkhaul::toBytes(bulkhaul::digestOf(piece.data())));
     }
-
-    /// The whole file's digest is that of the chunks that were read.
-    void complete(const haulbox::DigestsReq& request, haulbox::DigestsRsp& response) const
-    {
-        if (!request.whole())
-            return response.mutable_digests()->resize(request.chunks() * sizeof(bulkhaul::Digest));
-        std::vector<bulkhaul::Digest> digests;
-        for (const auto& chunk : m_Chunks)
-            digests.push_back(chunk.second);
-        response.set_digests(bulkhaul::toBytes(bulkhaul::digestOf(digests)));
-    }
-
-    std::map<std::uint64_t, bulkhaul::Digest> m_Chunks;
 };
 
 /// What a transfer finds at its local path, by its first three bits.

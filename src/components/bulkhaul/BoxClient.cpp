@@ -59,6 +59,19 @@ std::vector<Digest> BoxClient::digests(const haulbox::DigestsReq& request)
     return digests;
 }
 
+const google::protobuf::MethodDescriptor& BoxClient::method(const char* name)
+{
+    return *haulbox::BoxServices::descriptor()->FindMethodByName(name);
+}
+
+void BoxClient::fail(haulbox::Status status, const std::string& given)
+{
+    const std::string reason = given.empty() ? "the box gives no reason" : given;
+    if (status == haulbox::ENDED)
+        throw HandleEnded(codeOf(status), reason);
+    throw TransferFailure(codeOf(status), reason);
+}
+
 void BoxClient::fail(const wirecall::RpcController& controller)
 {
     const std::string text = controller.ErrorText();
@@ -76,7 +89,7 @@ void BoxClient::fail(const wirecall::RpcController& controller)
     }
 }
 
-Digest verified(const std::string& data, const std::string& digest, const std::string& name)
+Digest verified(const Pieces& data, const std::string& digest, const std::string& name)
 {
     const Digest actual = digestOf(data);
     if (!isDigest(digest, actual))

@@ -24,6 +24,13 @@ private:
     Code m_Code;
 };
 
+/// The box does not know the handle of a request any more.
+class HandleEnded : public TransferFailure
+{
+public:
+    using TransferFailure::TransferFailure;
+};
+
 /// The code of a failure; kNotUnderstood for a status that is none.
 Code codeOf(haulbox::Status status);
 
@@ -35,6 +42,11 @@ public:
     BoxClient(wirecall::RpcChannel& channel, const google::protobuf::Message* message, long long stallLimit);
 
     const haulbox::Carried& carried() const { return m_Carried; }
+    wirecall::RpcChannel& channel() { return m_Channel; }
+    long long stallLimit() const { return m_StallLimit; }
+
+    /// Returns the operation of a box that has this name.
+    static const google::protobuf::MethodDescriptor& method(const char* name);
 
     /// Asks and waits. Throws TransferFailure when no answer comes. The caller judges the answer's status.
     template <class Request, class Response>
@@ -44,15 +56,14 @@ public:
     {
         haulbox::BoxServices_Stub stub(&m_Channel);
         wirecall::RpcController controller;
-        controller.SetTimeout(m_StallLimit);
+        controller.SetStallLimit(m_StallLimit);
         (stub.*operation)(&controller, &request, &response, nullptr);
         if (controller.Failed())
             fail(controller);
-        if (!response.has_status()) // or one that this client does not know
-            throw TransferFailure(kNotUnderstood, "the box answered without a status");
+        requireStatus(response);
     }
 
-    /// The same, and throws TransferFailure for any status but DONE.
+    /// The same, and throws what `require` throws.
     template <class Request, class Response>
     void askForSure(void (haulbox::BoxServices_Stub::*operation)(google::protobuf::RpcController*,
                                                                  const Request*, Response*,
@@ -63,19 +74,28 @@ public:
         require(response);
     }
 
+    /// Throws TransferFailure for any status but DONE, of the class HandleEnded for ENDED.
     template <class Response>
     static void require(const Response& response)
     {
+        requireStatus(response);
         if (response.status() != haulbox::DONE)
-            throw TransferFailure(codeOf(response.status()),
-                                  response.reason().empty() ? "the box gives no reason" : response.reason());
+            fail(response.status(), response.reason());
     }
+    /// Throws the failure of a call.
+    [[noreturn]] static void fail(const wirecall::RpcController& controller);
 
     /// Returns the digests that `request` asks for.
     std::vector<Digest> digests(const haulbox::DigestsReq& request);
 
 private:
-    [[noreturn]] static void fail(const wirecall::RpcController& controller);
+    template <class Response>
+    static void requireStatus(const Response& response)
+    {
+        if (!response.has_status()) // or one that this client does not know
+            throw TransferFailure(kNotUnderstood, "the box answered without a status");
+    }
+    [[noreturn]] static void fail(haulbox::Status status, const std::string& reason);
 
     wirecall::RpcChannel& m_Channel;
     haulbox::Carried m_Carried;
@@ -84,7 +104,7 @@ private:
 
 /// Returns the digest of `data`. Throws TransferFailure (kCorrupted) unless it equals `digest`, which came
 /// with the data.
-Digest verified(const std::string& data, const std::string& digest, const std::string& name);
+Digest verified(const Pieces& data, const std::string& digest, const std::string& name);
 
 } // namespace bulkhaul
 

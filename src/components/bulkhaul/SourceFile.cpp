@@ -60,8 +60,14 @@ SourceFile::SourceFile(const Folder& folder, const std::string& name, Links link
 void SourceFile::read(std::uint64_t chunk, std::string& data) const
 {
     data.resize(chunkLength(m_Size, chunk));
-    for (std::size_t filled = 0; filled < data.size();) {
-        const ssize_t count = ::pread(m_File.get(), &data[filled], data.size() - filled,
+    read(chunk, data.data());
+}
+
+void SourceFile::read(std::uint64_t chunk, char* data) const
+{
+    const std::size_t length = chunkLength(m_Size, chunk);
+    for (std::size_t filled = 0; filled < length;) {
+        const ssize_t count = ::pread(m_File.get(), data + filled, length - filled,
                                       static_cast<off_t>(chunk * kChunkSize + filled));
         if (count < 0 && errno == EINTR)
             continue;

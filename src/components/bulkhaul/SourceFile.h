@@ -28,6 +28,8 @@ public:
     /// Reads the whole of chunk `chunk`. Throws FileFailure: CHANGED when the file has changed since it was
     /// opened.
     void read(std::uint64_t chunk, std::string& data) const;
+    /// The same into memory of the chunk's length.
+    void read(std::uint64_t chunk, char* data) const;
     /// Throws FileFailure (CHANGED) when the file has changed since it was opened.
     void requireUnchanged() const;
 

@@ -36,4 +36,17 @@ std::vector<bool> differingChunks(const Comparison& comparison, std::uint64_t al
     return differing;
 }
 
+void forEachRun(const std::vector<bool>& chunks,
+                const std::function<void(std::uint64_t first, std::uint32_t count)>& move)
+{
+    for (std::uint64_t first = 0; first < chunks.size();) {
+        std::uint32_t count = 0;
+        while (first + count < chunks.size() && chunks[first + count] && count < kMostChunksInRun)
+            ++count;
+        if (count > 0)
+            move(first, count);
+        first += std::max(1U, count);
+    }
+}
+
 } // namespace bulkhaul

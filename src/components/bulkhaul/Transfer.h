@@ -33,6 +33,13 @@ struct Transfer
     bool sourceIsFile; ///< the caller knows it
 };
 
+/// How many large files of a folder move at once. Each has chunks in memory.
+inline int largeFilesInFlight(const Transfer& transfer)
+{
+    constexpr int kMost = 2;
+    return std::min(kMost, transfer.filesInFlight);
+}
+
 /// Both throw TransferFailure or FileFailure.
 void download(const Transfer& transfer, const std::string& boxPath, const std::string& localPath);
 void upload(const Transfer& transfer, const std::string& boxPath, const std::string& localPath);
@@ -58,6 +65,13 @@ struct Comparison
 
 /// Returns, for each of `all` chunks, whether it has to move: it differs, or was not compared.
 std::vector<bool> differingChunks(const Comparison& comparison, std::uint64_t all, int threads);
+
+/// The longest run of chunks that a box moves in one stream.
+constexpr std::uint32_t kMostChunksInRun = 1024;
+
+/// Calls `move` for each run of chunks that are marked, from the first on.
+void forEachRun(const std::vector<bool>& chunks,
+                const std::function<void(std::uint64_t first, std::uint32_t count)>& move);
 
 inline bool isAny(const std::vector<bool>& chunks)
 {

@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -102,14 +103,17 @@ class TestBox
 {
 public:
     explicit TestBox(centre::BoxCatalogue& catalogue, const std::vector<std::string>& faults = {},
-                     google::protobuf::Service* instead = nullptr)
-        : m_Service(catalogue, m_Faults), m_Faulty(instead ? *instead : m_Service, m_Faults)
+                     google::protobuf::Service* instead = nullptr,
+                     std::chrono::milliseconds pause = std::chrono::milliseconds(1000))
+        : m_Service(catalogue, m_Faults, pause), m_Faulty(instead ? *instead : m_Service, m_Faults)
     {
         centre::addFaults(m_Faults, faults, {haulbox::BoxServices::descriptor()});
         wirecall::RpcServer::Options options;
         options.address = "127.0.0.1:0";
         options.threads = 4;
-        options.authenticate = [](const wirecall::ServerCall& call, std::string& reason) {
+        options.authenticate = [this](const wirecall::ServerCall& call, std::string& reason) {
+            if (onCall)
+                onCall(call.method());
             reason = "wrong token";
             return call.token() == "right";
         };
@@ -131,6 +135,7 @@ public:
     boost::shared_ptr<wirecall::RpcChannel> channel() const { return channel(port()); }
 
     void stop() { m_Server.stop(0); }
+    std::function<void(const std::string&)> onCall; ///< called with the name of each method before it runs
     centre::Faults& faults() { return m_Faults; }
 
 private:

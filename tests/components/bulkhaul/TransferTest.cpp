@@ -128,9 +128,9 @@ TEST_F(TransferTest, EachFaultFailsWithItsCodeLeavesTheOldTargetAndIsMendedByThe
         int code;
     };
     const Row rows[] = {
-        {Way::Down, "small", "read=refuse", kBoxFailed},
-        {Way::Down, "small", "read=corrupt", kCorrupted},
-        {Way::Down, "small", "read=stall", kStalled},
+        {Way::Down, "small", "open=refuse", kBoxFailed},
+        {Way::Down, "small", "open=corrupt", kCorrupted},
+        {Way::Down, "small", "open=stall", kStalled},
         {Way::Down, "large", "read@3=refuse", kBoxFailed},
         {Way::Down, "large", "read@4=corrupt", kCorrupted},
         {Way::Down, "large", "read=break:2500000", kBoxFailed},
@@ -220,13 +220,16 @@ TEST_F(TransferTest, ACutConnectionCostsOnlyWhatHadNotMoved)
 TEST_F(TransferTest, ASourceThatChangesWhileItIsReadIsAFailureThatSaysSo)
 {
     TestBox testBox(*catalogue);
-    writeFile(box() / "down", content(8 * kMiB, 1));
-    catalogue->onAdmit([this](int request) {
-        if (request == 3)
-            std::ofstream(box() / "down", std::ios::app) << "more";
-    });
-    EXPECT_EQ(move(Way::Down, testBox, "down"), kSourceChanged);
-    EXPECT_FALSE(fs::exists(here() / "down"));
+    for (const std::string call : {"read", "digests"}) {
+        writeFile(box() / "down", content(8 * kMiB, 1));
+        testBox.onCall = [&](const std::string& method) {
+            if (method == "haulbox.BoxServices." + call)
+                std::ofstream(box() / "down", std::ios::app) << "more";
+        };
+        EXPECT_EQ(move(Way::Down, testBox, "down"), kSourceChanged) << call;
+        EXPECT_FALSE(fs::exists(here() / "down"));
+    }
+    testBox.onCall = nullptr;
 
     writeFile(here() / "up", content(8 * kMiB, 1));
     catalogue->onAdmit([this](int) { fs::resize_file(here() / "up", 3 * kMiB); });

@@ -36,7 +36,7 @@ enum Code
     kCorrupted = 209,     ///< the data that arrived is not the data that was sent
     kUnsafeName = 210,    ///< a name that is not a single path component, or not UTF-8
     kWrongKind = 211,     ///< a folder where a file is needed or the reverse; a link or a special file
-    kBusy = 212,          ///< another transfer writes to the target
+    kBusy = 212,          ///< another transfer writes to the target, and does not get on
     kBoxFailed = 213,     ///< the box failed for a reason of its own
     kNotUnderstood = 214, ///< the other side does not follow the protocol
     kFailedHere = 215     ///< this machine failed for another reason: no memory, no threads
@@ -57,8 +57,9 @@ typedef boost::function<void(int, const std::string&)> StatusFunction;
 typedef boost::function<void(const std::string&, int, int)> ProgressFunction;
 
 /// Starts the client, or, when it is running, replaces its settings. `chunksInFlight` is the number of chunks
-/// of one transfer that may be under way at once, `filesInFlight` the number of requests for small files of
-/// one folder. Returns false and changes nothing when either is less than 1, when no thread can be started,
+/// of one large file that may wait between the connection and the disk, at most four whatever is given, and of
+/// requests that compare chunks at once; `filesInFlight` the number of requests for small files of one folder at
+/// once, up to two large files beside them. Returns false and changes nothing when either is less than 1, when no thread can be started,
 /// or when called by the status function. A status function that is replaced may still be running. What it
 /// throws is dropped. Safe from any thread.
 LUMO_EXPORT bool StartBulkhaul(int chunksInFlight, int filesInFlight, StatusFunction status);

@@ -1,0 +1,205 @@
+#include "components/bulkhaul/TreeDownload.h"
+
+#include "components/bulkhaul/IncomingSmallFiles.h"
+#include "components/bulkhaul/LargeDownload.h"
+#include "components/bulkhaul/Parallel.h"
+#include "components/bulkhaul/TreeWalk.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+namespace bulkhaul {
+
+namespace {
+
+using haulbox::BoxServices_Stub;
+
+/// A box that lists more does not end.
+constexpr std::uint64_t kMostEntries = std::uint64_t(1) << 24;
+constexpr std::uint64_t kMostPages = std::uint64_t(1) << 16;
+
+/// The pages of a folder's listing, one after the other.
+class Listing
+{
+public:
+    Listing(BoxClient& box, const std::string& transfer) : m_Box(&box), m_Transfer(transfer) {}
+
+    /// Gets the next page. Returns false after the last.
+    bool next(haulbox::ListRsp& page)
+    {
+        if (m_Ended)
+            return false;
+        haulbox::ListReq request;
+        request.set_transfer(m_Transfer);
+        if (!m_Last.empty())
+            request.set_after(m_Last);
+        m_Box->askForSure(&BoxServices_Stub::list, request, page);
+        for (const haulbox::Entry& entry : page.entries()) {
+            splitBelow(entry.below()); // throws for one that is not valid, too long or too deep
+            // A list in any other order might never end.
+            if (!m_Last.empty() && !comesBefore(m_Last, entry.below()))
+                throw TransferFailure(kNotUnderstood, "the box listed entries out of order");
+            m_Last = entry.below();
+        }
+        if (page.more() && page.entries().empty())
+            throw TransferFailure(kNotUnderstood, "the box announced more entries but sent none");
+        m_Entries += static_cast<std::uint64_t>(page.entries_size());
+        if (++m_Pages > kMostPages || m_Entries > kMostEntries)
+            throw TransferFailure(kNotUnderstood, "the box lists more entries than a folder may have");
+        m_Ended = !page.more();
+        return true;
+    }
+
+private:
+    BoxClient* m_Box;
+    std::string m_Transfer;
+    std::string m_Last; ///< entry of the page before
+    std::uint64_t m_Entries = 0;
+    std::uint64_t m_Pages = 0;
+    bool m_Ended = false;
+};
+
+std::uint64_t weightOfAll(const haulbox::ListRsp& page)
+{
+    std::uint64_t weight = 0;
+    for (const haulbox::Entry& entry : page.entries())
+        weight += weightOf(entry.size());
+    return weight;
+}
+
+class TreeDownload
+{
+public:
+    TreeDownload(const Transfer& transfer, const std::string& handle, const std::string& boxPath,
+                 const Folder& root)
+        : m_Transfer(transfer),
+          m_Box(transfer.box),
+          m_Tally(transfer.tally),
+          m_Handle(handle),
+          m_BoxPath(boxPath),
+          m_Root(root)
+    {
+    }
+
+    void run()
+    {
+        Listing listing(m_Box, m_Handle);
+        haulbox::ListRsp page;
+        listing.next(page);
+        m_Transfer.progress.setTotal(weightOfAll(page) + weightOfRest(listing));
+        do
+            moveEntries(page);
+        while (listing.next(page));
+    }
+
+private:
+    typedef std::vector<const haulbox::Entry*> Batch;
+
+    static std::uint64_t weightOfRest(Listing listing)
+    {
+        std::uint64_t weight = 0;
+        for (haulbox::ListRsp page; listing.next(page);)
+            weight += weightOfAll(page);
+        return weight;
+    }
+
+    void moveEntries(const haulbox::ListRsp& page)
+    {
+        std::vector<Batch> batches;
+        Batch large;
+        std::uint64_t bytes = 0;
+        for (const haulbox::Entry& entry : page.entries()) {
+            if (entry.folder()) {
+                m_Root.below(splitBelow(entry.below()), Folder::Missing::Make);
+                m_Transfer.progress.add(weightOf(0));
+            } else if (entry.size() > kChunkSize) {
+                large.push_back(&entry);
+            } else {
+                if (batches.empty() || batches.back().size() >= kFilesInBatch ||
+                    bytes + entry.size() > kBytesInBatch) {
+                    batches.emplace_back();
+                    bytes = 0;
+                }
+                batches.back().push_back(&entry);
+                bytes += entry.size();
+            }
+        }
+        inParallel(
+            {{m_Transfer.filesInFlight, batches.size(), [&](std::uint64_t i) { moveBatch(batches[i]); }},
+             {largeFilesInFlight(m_Transfer), large.size(), [&](std::uint64_t i) { moveLarge(*large[i]); }}});
+    }
+
+    void moveBatch(const Batch& batch)
+    {
+        IncomingSmallFiles files(m_Root, IncomingSmallFiles::Names::Given, m_Transfer.existing);
+        haulbox::FetchReq request;
+        request.set_transfer(m_Handle);
+        for (const haulbox::Entry* entry : batch) {
+            if (files.keeps(entry->below())) {
+                m_Transfer.progress.add(weightOf(entry->size()));
+                ++m_Tally.filesKept;
+                continue;
+            }
+            haulbox::Entry& wanted = *request.add_entries();
+            wanted = *entry;
+            if (const auto digest = files.existingDigest(entry->below(), entry->size()))
+                wanted.set_digest(toBytes(*digest));
+        }
+        if (request.entries().empty())
+            return;
+        haulbox::FetchRsp response;
+        m_Box.ask(&BoxServices_Stub::fetch, request, response);
+        if (response.status() == haulbox::DONE && response.contents_size() != request.entries_size())
+            throw TransferFailure(kNotUnderstood, "the box did not send as many files as asked for");
+        for (int i = 0; i < std::min(response.contents_size(), request.entries_size()); ++i)
+            take(files, request.entries(i), response.contents(i));
+        m_Tally.filesKept += files.finish(); // those that arrived are kept, also when the next one failed
+        BoxClient::require(response);
+    }
+
+    void take(IncomingSmallFiles& files, const haulbox::Entry& wanted, const haulbox::Content& content)
+    {
+        m_Transfer.progress.add(weightOf(wanted.size()));
+        if (!content.has_data() && wanted.has_digest() && content.digest() == wanted.digest())
+            return; // the client has the file already
+        if (content.data().size() != wanted.size())
+            throw TransferFailure(kCorrupted, wanted.below() + ": the size is not the one that was listed");
+        verified(piecesOf(content.data()), content.digest(), wanted.below());
+        files.add(wanted.below(), content.data());
+        m_Tally.bytesMoved += content.data().size();
+    }
+
+    void moveLarge(const haulbox::Entry& entry)
+    {
+        FolderCache folders(m_Root, Folder::Missing::Make);
+        std::string name;
+        const Folder& folder = folders.parentOf(entry.below(), name);
+        if (m_Transfer.existing == Existing::Keep && isFileOrLink(folder, name)) {
+            ++m_Tally.filesKept;
+            return m_Transfer.progress.add(weightOf(entry.size()));
+        }
+        downloadLarge(
+            m_Transfer,
+            {m_Handle, entry.below(), entry.size(), entry.version(), m_BoxPath + "/" + entry.below()}, folder,
+            name);
+        m_Transfer.progress.add(weightOf(0));
+    }
+
+    const Transfer& m_Transfer;
+    BoxClient& m_Box;
+    Tally& m_Tally;
+    const std::string m_Handle;
+    const std::string m_BoxPath;
+    const Folder& m_Root;
+};
+
+} // namespace
+
+void downloadTree(const Transfer& transfer, const std::string& handle, const std::string& boxPath,
+                  const Folder& target)
+{
+    TreeDownload(transfer, handle, boxPath, target).run();
+}
+
+} // namespace bulkhaul

@@ -1,0 +1,18 @@
+#ifndef LUMO_BULKHAUL_TREEDOWNLOAD_H
+#define LUMO_BULKHAUL_TREEDOWNLOAD_H
+
+#include "components/bulkhaul/Folder.h"
+#include "components/bulkhaul/Transfer.h"
+
+#include <string>
+
+namespace bulkhaul {
+
+/// Moves what is in the folder `boxPath` of a box to `target`. `handle` is that of the transfer. Throws
+/// TransferFailure or FileFailure.
+void downloadTree(const Transfer& transfer, const std::string& handle, const std::string& boxPath,
+                  const Folder& target);
+
+} // namespace bulkhaul
+
+#endif
