@@ -200,8 +200,8 @@ void serveTcp()
     const int listener = ::socket(AF_INET, SOCK_STREAM, 0);
     sockaddr_in address = loopback(0);
     socklen_t length = sizeof address;
-    ::bind(listener, reinterpret_cast<sockaddr*>(&address), length);
-    ::listen(listener, 1);
+    if (::bind(listener, reinterpret_cast<sockaddr*>(&address), length) != 0 || ::listen(listener, 1) != 0)
+        throw std::runtime_error("can't listen");
     ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length);
     std::thread([listener] {
         const int socket = ::accept(listener, nullptr, nullptr);
@@ -288,7 +288,8 @@ private:
         if (m_Kind == "tcp") {
             const int socket = ::socket(AF_INET, SOCK_STREAM, 0);
             const sockaddr_in address = loopback(port);
-            ::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+            if (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+                throw std::runtime_error("can't connect");
             sendAtOnce(socket);
             m_Call = [socket] {
                 std::array<char, kPingBytes> bytes{};
