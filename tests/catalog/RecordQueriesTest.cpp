@@ -7,6 +7,7 @@ using Images = QList<tagImageData>;
 
 /// The queries of a kind of image: by identifier, by type in two sorts of lists, by project, by project and
 /// mark.
+// NOLINTBEGIN(bugprone-macro-parentheses): a type can't have parentheses.
 #define TEST_IMAGE_KIND(Record, one, byType, byProject, byMark)                                              \
     {#one, on<Record>([](auto& m, auto& record) { return m.one(0xFFFFFFFE, record); })},                     \
         {#byType, on<QList<Record>>([](auto& m, auto& list) { return m.byType(3, list); })},                 \
@@ -15,6 +16,7 @@ using Images = QList<tagImageData>;
     {                                                                                                        \
 #byMark, on < QList < Record>>([](auto& m, auto& list) { return m.byMark(3, 4, list); })             \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 
 const QString kName = QString::fromUtf8("北");
 

@@ -47,7 +47,7 @@ std::vector<std::string> CentreProcess::command(const std::vector<std::string>& 
                                       "LUMO_TOKEN_FILE=" + (folder() / "token").string(),
                                       "LUMO_USER=demo",
                                       "LUMO_COMPANY=LUMO",
-                                      "SAMPLES=" LUMO_SAMPLES};
+                                      std::string("SAMPLES=") + LUMO_SAMPLES};
     whole.insert(whole.end(), words.begin(), words.end());
     return whole;
 }

@@ -66,6 +66,10 @@ TEST(Log, EachCallHasItsOwnAnswerThoughTheNextBeginsAtOnce)
     EXPECT_FALSE(log.await(second, 1).ended);
     write("Leave Function : fileCopy");
     EXPECT_TRUE(log.await(second, 1).ended);
+    EXPECT_TRUE(log.expect("fileCopy"));
+    log.expectNothing();
+    EXPECT_TRUE(log.expect("fileCopy")) << "the call was not made";
+    log.expectNothing();
     log.close();
 }
 

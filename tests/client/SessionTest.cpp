@@ -59,6 +59,8 @@ TEST_F(ClientCentre, HasOneSessionAtATimeAndHandlesThatOutliveIt)
 TEST_F(ClientCentre, FindsPlacesAndSaysWhatIsMissing)
 {
     serve({"a.txt", "影像/deep/b.tif"});
+    for (const std::string table : {"folder", "file"})
+        m_Store.database().exec("UPDATE " + table + " SET short_text = 'short', long_text = 'long'");
     const Session session(settings());
     const lumo::Catalogue catalogue = session.catalogue();
     const lumo::Entry disk = catalogue.find("/earth");
@@ -68,6 +70,8 @@ TEST_F(ClientCentre, FindsPlacesAndSaysWhatIsMissing)
     EXPECT_EQ(disk.box, "B1");
     EXPECT_EQ(deep.kind, lumo::Entry::Kind::Folder);
     EXPECT_EQ(file.kind, lumo::Entry::Kind::File);
+    for (const lumo::Entry& entry : {deep, file})
+        EXPECT_EQ(entry.shortText.value_or("") + " " + entry.longText.value_or(""), "short long");
     EXPECT_EQ(catalogue.find(file.file).name, "b.tif");
     EXPECT_EQ(catalogue.find("folder:" + std::to_string(deep.folder.number())).name, "deep");
     EXPECT_EQ(catalogue.pathOf(file), "/earth/影像/deep/b.tif");

@@ -6,8 +6,8 @@
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstdlib>
+#include <iostream>
 
 namespace {
 
@@ -109,8 +109,8 @@ TEST_F(StartUp, TheEndOfTheProcessEndsTheTransferClientBeforeTheObjectIsForgotte
     EXPECT_EXIT(
         {
             components().onEnd = [] {
-                std::fprintf(stderr, "ended while the object was %s",
-                             TestManager::m_Instance != nullptr ? "known" : "forgotten");
+                std::cerr << "ended while the object was "
+                          << (TestManager::m_Instance != nullptr ? "known" : "forgotten");
             };
             CLumoDataMgr::GetSinglePton();
             std::exit(0);

@@ -90,11 +90,8 @@ TEST_F(EndToEnd, AFolderOfManyPagesArrivesWholeOverTls)
     QList<tagFileTable> files;
     ASSERT_EQ(m_Manager.getFileByParentID(top, files), RET_SUCCESS);
     ASSERT_EQ(files.size(), 25000);
-    for (int i = 0; i < files.size(); ++i) {
-        char expected[32];
-        std::snprintf(expected, sizeof expected, "file-%06d.dat", i);
-        ASSERT_STREQ(files[i].fileName, expected);
-    }
+    for (int i = 0; i < files.size(); ++i)
+        ASSERT_EQ(files[i].fileName, QString::asprintf("file-%06d.dat", i).toStdString());
 }
 
 TEST_F(EndToEnd, AProcessThatEndsWhileCallsRunEndsCleanly)

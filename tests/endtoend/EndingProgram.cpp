@@ -63,7 +63,7 @@ int main(int count, char** arguments)
     options.token = arguments[2];
     std::string reason;
     if (hubline::StartHubline(options, reason) != hubline::kOpened) {
-        std::fprintf(stderr, "%s\n", reason.c_str());
+        static_cast<void>(std::fprintf(stderr, "%s\n", reason.c_str()));
         return 3;
     }
     wirecall::RpcChannel* channel = hubline::GetCurrentChannelExt().get();
