@@ -356,7 +356,8 @@ TEST_F(TransferTest, TransfersToOneTargetNeverMix)
                 const auto channel = testBox.channel();
                 const int code = way == Way::Down ? Download(channel, from, to, false, {}, nullptr, nullptr)
                                                   : Upload(channel, to, from, false, {}, nullptr, nullptr);
-                EXPECT_TRUE(code == kDone || code == kBusy || code == kCorrupted) << code;
+                EXPECT_TRUE(code == kDone || (way == Way::Down && code == kBusy))
+                    << code; // a box lets one wait
                 done += code == kDone;
             });
         for (std::thread& thread : threads)
