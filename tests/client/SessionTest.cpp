@@ -58,9 +58,10 @@ TEST_F(ClientCentre, HasOneSessionAtATimeAndHandlesThatOutliveIt)
 
 TEST_F(ClientCentre, FindsPlacesAndSaysWhatIsMissing)
 {
-    serve({"a.txt", "影像/deep/b.tif"});
+    serve({"a.txt", "z.txt", "影像/deep/b.tif"});
     for (const std::string table : {"folder", "file"})
         m_Store.database().exec("UPDATE " + table + " SET short_text = 'short', long_text = 'long'");
+    m_Store.database().exec("UPDATE file SET name = 'cut' || char(0) || 'off' WHERE name = 'z.txt'");
     const Session session(settings());
     const lumo::Catalogue catalogue = session.catalogue();
     const lumo::Entry disk = catalogue.find("/earth");
@@ -78,6 +79,7 @@ TEST_F(ClientCentre, FindsPlacesAndSaysWhatIsMissing)
     EXPECT_EQ(catalogue.diskOf(file).disk, disk.disk);
     EXPECT_EQ(catalogue.folders(catalogue.folderOf(disk)).front().name, "影像");
     EXPECT_EQ(catalogue.files(catalogue.folderOf(disk)).front().name, "a.txt");
+    EXPECT_EQ(catalogue.files(catalogue.folderOf(disk)).back().name, "cut") << "a name ends at a NUL";
     EXPECT_EQ(catalogue.findPart("/earth/影像/x/y").missing, "x/y");
 
     const lumo::FolderId made = catalogue.makeFolder(deep, "new/er");
