@@ -136,7 +136,10 @@ TEST_F(HostileTest, AHostileBoxTakesLittleMemoryAlsoOfALimitedAddressSpace)
     } rows[] = {
         {{zeros(15, 1024)}, false, {"unlimited", "4000000", "400000"}, kTooMuch},
         {{zeros(15, 64), true}, false, {"unlimited"}, kCompressed},
-        {{emptyMessages(3, kManyBeans)}, true, {"unlimited", "4000000"}, kTooMuchParsed},
+        {{emptyMessages(haulbox::ListRsp::kEntriesFieldNumber, kManyBeans)},
+         true,
+         {"unlimited", "4000000"},
+         kTooMuchParsed},
     };
     for (const auto& row : rows) {
         next.set(row.answer);
@@ -166,9 +169,9 @@ TEST_F(HostileTest, AHostileClientTakesLittleMemoryOfACentreAndItsBoxes)
         bool gzip;
         const char* error;
     } rows[] = {
-        {box, store, 16, emptyMessages(4, 1 << 19), false, kTooMuchParsed},
+        {box, store, 16, emptyMessages(haulbox::StoreReq::kItemsFieldNumber, 1 << 19), false, kTooMuchParsed},
         {centre.address(), save, 16, emptyMessages(42, 1 << 19), false, kTooMuchParsed},
-        {box, store, 16, zeros(15, 32), true, kCompressed},
+        {box, store, 16, zeros(15, 16), true, kCompressed},
         {centre.address(), save, 1, zeros(15, 40), false, "larger than max"},
         {box, store, 4, zeros(15, 1024), false, "RST_STREAM with error code 11"},
     };
