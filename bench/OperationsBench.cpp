@@ -173,8 +173,12 @@ try {
     std::optional<World> world;
     return rows::run(argc, argv, [&] {
         world.emplace([&](centre::Store& store) { fill(store, images); });
-        benchmark::RegisterBenchmark("registering", registering, std::cref(*world))->Iterations(2)->Repetitions(5);
-        benchmark::RegisterBenchmark("analyzing", analyzing, std::cref(*world))->Iterations(4)->Repetitions(5);
+        benchmark::RegisterBenchmark("registering", registering, std::cref(*world))
+            ->Iterations(2)
+            ->Repetitions(5);
+        benchmark::RegisterBenchmark("analyzing", analyzing, std::cref(*world))
+            ->Iterations(4)
+            ->Repetitions(5);
     });
 } catch (const std::exception& error) {
     std::cerr << "operations_bench: " << error.what() << '\n';

@@ -57,11 +57,11 @@ typedef boost::function<void(int, const std::string&)> StatusFunction;
 typedef boost::function<void(const std::string&, int, int)> ProgressFunction;
 
 /// Starts the client, or, when it is running, replaces its settings. `chunksInFlight` is the number of chunks
-/// of one large file that may wait between the connection and the disk, at most four whatever is given, and of
-/// requests that compare chunks at once; `filesInFlight` the number of requests for small files of one folder at
-/// once, up to two large files beside them. Returns false and changes nothing when either is less than 1, when no thread can be started,
-/// or when called by the status function. A status function that is replaced may still be running. What it
-/// throws is dropped. Safe from any thread.
+/// of one large file that may wait between the connection and the disk, at most four whatever is given, and
+/// of requests that compare chunks at once; `filesInFlight` the number of requests for small files of one
+/// folder at once, up to two large files beside them. Returns false and changes nothing when either is less
+/// than 1, when no thread can be started, or when called by the status function. A status function that is
+/// replaced may still be running. What it throws is dropped. Safe from any thread.
 LUMO_EXPORT bool StartBulkhaul(int chunksInFlight, int filesInFlight, StatusFunction status);
 
 /// Ends the client: the status function is not called after this has returned. Does nothing when the client
