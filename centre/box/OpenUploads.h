@@ -24,6 +24,8 @@ struct Upload
     const std::uint64_t size;              ///< of the whole file, in bytes
     std::atomic<std::uint64_t> arrived{0}; ///< bytes that were written or compared
 
+    std::shared_ptr<const void> transfer; ///< of the folder that the file is in: in use, so not idle
+
     std::shared_mutex inUse;                      ///< shared by calls, exclusive when it is given up
     std::unique_ptr<bulkhaul::IncomingFile> file; ///< empty once it is given up
 };

@@ -55,6 +55,9 @@ void Uploads::begin(const std::string& token, const haulbox::BeginReq& request, 
     };
     try {
         response.set_upload(m_Open.begin(token, path, request.size(), otherBytes, open));
+        if (request.has_transfer())
+            m_Open.find(response.upload(), token)->transfer =
+                m_Admissions.find(token, request.transfer(), kWrite);
     } catch (const FileFailure&) {
         response.set_other_bytes(otherBytes);
         throw;
