@@ -127,6 +127,12 @@ TEST_F(HostileTest, AHostileBoxTakesLittleMemoryAlsoOfALimitedAddressSpace)
     const std::string notFound("\x08\2", 2);
     next.set({repeated(notFound, 1)});
     const Outcome idle = get();
+    haulbox::ListRsp deep;
+    deep.set_status(haulbox::DONE);
+    haulbox::Entry& file = *deep.add_entries();
+    for (int i = 0; i < 300; ++i)
+        file.mutable_below()->append("d/");
+    file.mutable_below()->append("file");
     const struct
     {
         Answer answer;
@@ -140,6 +146,7 @@ TEST_F(HostileTest, AHostileBoxTakesLittleMemoryAlsoOfALimitedAddressSpace)
          true,
          {"unlimited", "4000000"},
          kTooMuchParsed},
+        {{repeated(deep.SerializeAsString(), 1)}, true, {"unlimited"}, "nested folders"},
     };
     for (const auto& row : rows) {
         next.set(row.answer);
