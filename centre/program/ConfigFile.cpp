@@ -94,7 +94,8 @@ std::vector<CLI::ConfigItem> ConfigFile::from_config(std::istream& input) const
         for (const auto& [key, value] : *node.as_table()) {
             const std::string keyName(key.str());
             if (findOption(*command, keyName) == nullptr)
-                refuse(file, key.source(), commandName + " has no option '" + keyName + "'");
+                refuse(file, key.source(),
+                       std::string(commandName).append(" has no option '").append(keyName) + "'");
             std::vector<std::string> arguments = asArguments(value);
             for (const std::string& argument : arguments)
                 if (argument.empty())
