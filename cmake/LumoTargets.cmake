@@ -55,7 +55,7 @@ function(lumo_protobuf_sources OUT)
     endif()
     set(SOURCES)
     foreach(PROTO IN LISTS ARGN)
-        cmake_path(GET PROTO STEM STEM)
+        cmake_path(REMOVE_EXTENSION PROTO OUTPUT_VARIABLE STEM)
         set(BASE ${CMAKE_CURRENT_BINARY_DIR}/${STEM}.pb)
         add_custom_command(
             OUTPUT ${BASE}.cc ${BASE}.h

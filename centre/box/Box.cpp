@@ -73,10 +73,10 @@ Box::Box(const std::string& dataFolder, const std::string& code, const ListenOpt
     const std::string known = store.boxAddress(code);
     if (options.address.empty())
         options.address = known;
-    requireOneHost(options.address);
+    requireOneHost(options.announced.empty() ? options.address : options.announced);
     m_Impl = std::make_unique<Impl>(dataFolder, code, faults);
     m_Impl->endpoint.start(options);
-    store.setBoxAddress(code, address());
+    store.setBoxAddress(code, options.announced.empty() ? address() : options.announced);
 }
 
 Box::~Box() = default;
@@ -94,6 +94,11 @@ const std::string& Box::code() const
 const std::string& Box::address() const
 {
     return m_Impl->endpoint.address();
+}
+
+void Box::reloadCertificate()
+{
+    m_Impl->endpoint.reloadCertificate();
 }
 
 void Box::stop()

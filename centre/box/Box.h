@@ -20,9 +20,9 @@ class Box
 {
 public:
     /// Serves from the return of the constructor on, at `listen.address` or, if that is empty, at the address
-    /// in the data folder, and writes its real address there. `faults` must outlive it. Throws Error for a
-    /// folder that is not a data folder, a box that does not exist or that another process serves, and an
-    /// address such as 0.0.0.0, and throws what Endpoint throws.
+    /// in the data folder, and writes there its real address or the announced one. `faults` must outlive it.
+    /// Throws Error for a folder that is not a data folder, a box that does not exist or that another process
+    /// serves, and an address such as 0.0.0.0, and throws what Endpoint throws.
     Box(const std::string& dataFolder, const std::string& code, const ListenOptions& listen, Faults& faults);
     ~Box();
 
@@ -34,6 +34,8 @@ public:
 
     const std::string& code() const;
     const std::string& address() const;
+    /// Reads the TLS certificate again, as Endpoint does.
+    void reloadCertificate();
     /// Ends running calls, then releases the box. May be called again.
     void stop();
 

@@ -1,13 +1,17 @@
 #include "centre/endpoint/Endpoint.h"
 
 #include "centre/base/Error.h"
+#include "centre/endpoint/EndpointObserver.h"
 #include "components/wirecall/Address.h"
 
 #include <iostream>
+#include <utility>
 
 namespace centre {
 
 namespace {
+
+constexpr char kHealthCheck[] = "grpc.health.v1.Health.Check";
 
 void requireSafe(const ListenOptions& options)
 {
@@ -31,14 +35,16 @@ void Endpoint::Hub::hello(google::protobuf::RpcController*, const hubline::Hello
     done->Run();
 }
 
-Endpoint::Endpoint(ConnectionPool& pool, Faults& faults) : m_Pool(pool), m_Faults(faults)
+Endpoint::Endpoint(ConnectionPool& pool, Faults& faults) : m_Pool(pool), m_Faults(faults), m_Health(pool)
 {
     add(m_Hub);
+    add(m_Health);
 }
 
 void Endpoint::add(google::protobuf::Service& service)
 {
     m_Server.add(&m_Services.emplace_back(service, m_Faults));
+    m_Health.add(service.GetDescriptor()->full_name());
 }
 
 void Endpoint::start(const ListenOptions& options)
@@ -51,15 +57,44 @@ void Endpoint::start(const ListenOptions& options)
     serverOptions.authenticate = [this](const wirecall::ServerCall& call, std::string& reason) {
         return authenticate(call, reason);
     };
+    if (options.observer != nullptr)
+        serverOptions.observe = [this, observer = options.observer](const wirecall::ServerCall& call,
+                                                                    const wirecall::CallReport& report) {
+            observer->ended(*this, call, report);
+        };
     std::string error;
     if (!m_Server.start(serverOptions, error))
         throw Error(ExitCode::Failed, error);
     const std::string hostAndColon = options.address.substr(0, options.address.rfind(':') + 1);
     m_Address = hostAndColon + std::to_string(m_Server.port());
+    m_Options = options;
+    if (m_Options.observer != nullptr)
+        m_Options.observer->started(*this);
+}
+
+Endpoint::~Endpoint()
+{
+    stop();
+}
+
+void Endpoint::stop()
+{
+    m_Server.stop(m_Options.graceMilliseconds);
+    if (EndpointObserver* observer = std::exchange(m_Options.observer, nullptr))
+        observer->stopped(*this);
+}
+
+void Endpoint::reloadCertificate()
+{
+    std::string error;
+    if (!m_Server.reloadCertificate(error))
+        throw Error(ExitCode::Failed, error);
 }
 
 bool Endpoint::authenticate(const wirecall::ServerCall& call, std::string& reason)
 {
+    if (call.method() == kHealthCheck)
+        return true;
     const std::string token = call.token();
     try {
         if (token.empty()) {

@@ -2,6 +2,7 @@
 #define LUMO_CENTRE_ENDPOINT_ENDPOINT_H
 
 #include "centre/endpoint/FaultyService.h"
+#include "centre/endpoint/HealthService.h"
 #include "centre/endpoint/ListenOptions.h"
 #include "centre/store/ConnectionPool.h"
 #include "hubline.pb.h"
@@ -13,18 +14,28 @@
 namespace centre {
 
 /// Serves services at an address, to users of the data folder only, with fault switches before the services,
-/// and with the service that says hello.
+/// with the service that says hello, and to anyone the one that says whether it is healthy.
 class Endpoint
 {
 public:
     Endpoint(ConnectionPool& pool, Faults& faults);
+    ~Endpoint(); ///< stops
+
+    Endpoint(const Endpoint&) = delete;
+    Endpoint& operator=(const Endpoint&) = delete;
 
     /// To be called before `start`; the service must outlive `stop`.
     void add(google::protobuf::Service& service);
     /// Throws Error for an address that it can't listen on, or plain text beyond this machine.
     void start(const ListenOptions& options);
-    void stop() { m_Server.stop(); }
+    /// Takes no new calls, gives running ones the grace time of the options, then cancels them.
+    void stop();
+    /// Reads the files of the TLS certificate again, for new connections. Throws Error, and keeps what it
+    /// has, when they are not a certificate and its key.
+    void reloadCertificate();
 
+    ConnectionPool& pool() { return m_Pool; }
+    int runningCalls() const { return m_Server.runningCalls(); }
     int port() const { return m_Server.port(); }
     /// "host:port", with the port that was taken.
     const std::string& address() const { return m_Address; }
@@ -41,7 +52,9 @@ private:
     ConnectionPool& m_Pool;
     Faults& m_Faults;
     Hub m_Hub;
+    HealthService m_Health;
     std::list<FaultyService> m_Services;
+    ListenOptions m_Options;
     std::string m_Address;
     wirecall::RpcServer m_Server; ///< destroyed first: its calls use the members above
 };

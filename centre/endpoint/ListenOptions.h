@@ -5,13 +5,18 @@
 
 namespace centre {
 
-/// The address to listen on, and its protection.
+class EndpointObserver;
+
+/// The address to listen on, its protection, and how it is watched and stopped.
 struct ListenOptions
 {
-    std::string address = "127.0.0.1:0"; ///< "host:port"; port 0 takes a free one
-    std::string tlsCertificate;          ///< PEM file; empty with the key: plain text
-    std::string tlsKey;                  ///< PEM file
-    bool plainText = false;              ///< allows plain text on an address that is not loopback
+    std::string address = "127.0.0.1:0";  ///< "host:port"; port 0 takes a free one
+    std::string tlsCertificate;           ///< PEM file; empty with the key: plain text
+    std::string tlsKey;                   ///< PEM file
+    bool plainText = false;               ///< allows plain text on an address that is not loopback
+    std::string announced;                ///< where clients reach a box, if not at `address`: "host:port"
+    int graceMilliseconds = 2000;         ///< what running calls have to end when the address is stopped
+    EndpointObserver* observer = nullptr; ///< may be null; must outlive the endpoint
 };
 
 } // namespace centre

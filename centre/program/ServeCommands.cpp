@@ -1,4 +1,5 @@
 #include "centre/program/Commands.h"
+#include "centre/program/ServiceManager.h"
 
 #include "centre/base/Text.h"
 #include "centre/box/Box.h"
@@ -6,38 +7,12 @@
 #include "lumo/components/bulkhaul/Bulkhaul.h"
 #include "lumo/components/wirecall/LockChecks.h"
 
-#include <csignal>
 #include <iostream>
-#include <pthread.h>
 #include <sys/resource.h>
 
 namespace centre {
 
 namespace {
-
-/// Blocks SIGTERM and SIGINT before any thread starts, so that only `wait` sees the first. A second one ends
-/// the process at once.
-class StopSignals
-{
-public:
-    StopSignals()
-    {
-        sigemptyset(&m_Signals);
-        sigaddset(&m_Signals, SIGTERM);
-        sigaddset(&m_Signals, SIGINT);
-        pthread_sigmask(SIG_BLOCK, &m_Signals, nullptr);
-    }
-
-    void wait() const
-    {
-        int signal = 0;
-        sigwait(&m_Signals, &signal);
-        pthread_sigmask(SIG_UNBLOCK, &m_Signals, nullptr);
-    }
-
-private:
-    sigset_t m_Signals;
-};
 
 /// A box holds descriptors for every upload under way, and the usual limit is low for programs that use
 /// select, which nothing here does.
@@ -72,7 +47,7 @@ BoxPlace parseBox(const std::string& text)
 
 ExitCode serve(const Arguments& arguments)
 {
-    const StopSignals stopSignals;
+    const ServiceSignals signals;
     raiseDescriptorLimit();
     bulkhaul::keepFreedMemory();
     wirecall::endDeadlockSearch();
@@ -85,15 +60,15 @@ ExitCode serve(const Arguments& arguments)
     for (const std::string& root : centre.copyRoots())
         std::cout << "lumo-centre: copies from and to " << escaped(root) << "\n";
     std::cout << "lumo-centre: serving " << arguments.data << " on " << centre.address() << std::endl;
-    stopSignals.wait();
-    centre.stop();
+    runService(
+        signals, [&] { centre.reloadCertificate(); }, [&] { centre.stop(); });
     printFaults(centre.faultCounts());
     return ExitCode::Success;
 }
 
 ExitCode serveBox(const Arguments& arguments)
 {
-    const StopSignals stopSignals;
+    const ServiceSignals signals;
     raiseDescriptorLimit();
     bulkhaul::keepFreedMemory();
     wirecall::endDeadlockSearch();
@@ -103,8 +78,8 @@ ExitCode serveBox(const Arguments& arguments)
     listen.address = arguments.boxAddress;
     Box box(arguments.data, arguments.boxCode, listen, faults);
     printBox(box.code(), box.address());
-    stopSignals.wait();
-    box.stop();
+    runService(
+        signals, [&] { box.reloadCertificate(); }, [&] { box.stop(); });
     printFaults(faults.counts());
     return ExitCode::Success;
 }
@@ -123,6 +98,15 @@ void addListening(CLI::App* command, Arguments& arguments)
         ->add_flag("--plain-text", arguments.serve.plainText,
                    "Serve other machines without TLS: everyone on the network may read it")
         ->excludes(certificate);
+    command
+        ->add_option_function<double>(
+            "--grace",
+            [&arguments](double seconds) {
+                arguments.serve.graceMilliseconds = static_cast<int>(seconds * 1000);
+            },
+            "The seconds that running calls have to end after SIGTERM; without it 2")
+        ->check(CLI::Range(0.0, 3600.0))
+        ->type_name("SECONDS");
     command
         ->add_option("--fault", arguments.serve.faults,
                      "A fault for tests: OPERATION[@N]=stall|exit|refuse|result:R|corrupt or"
@@ -154,8 +138,13 @@ void addServing(CLI::App& app, Arguments& arguments, ExitCode& result)
     each =
         command(app, arguments, result, "serve-box", "Serve a storage box until SIGTERM or SIGINT", serveBox);
     each->add_option("CODE", arguments.boxCode, "The box's code")->type_name("")->required();
-    each->add_option("--listen", arguments.boxAddress,
-                     "The address to listen on, without it the last one; port 0 takes a free port")
+    CLI::Option* listen =
+        each->add_option("--listen", arguments.boxAddress,
+                         "The address to listen on, without it the last one; port 0 takes a free port")
+            ->type_name("HOST:PORT");
+    each->add_option("--announce", arguments.serve.announced,
+                     "Where clients reach the box, if not at the address that it listens on")
+        ->needs(listen)
         ->type_name("HOST:PORT");
     addListening(each, arguments);
 }

@@ -96,6 +96,13 @@ const std::vector<std::string>& Centre::copyRoots() const
     return m_Impl->forge.copyRoots();
 }
 
+void Centre::reloadCertificate()
+{
+    m_Impl->endpoint.reloadCertificate();
+    for (const auto& box : m_Impl->boxes)
+        box->reloadCertificate();
+}
+
 void Centre::stop()
 {
     std::vector<std::future<void>> stops; // each waits for its calls

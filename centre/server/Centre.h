@@ -45,6 +45,9 @@ public:
     std::vector<BoxPlace> boxes() const;
     /// The folders of the options, absolute and without symbolic links.
     const std::vector<std::string>& copyRoots() const;
+    /// Reads the TLS certificate again, for the boxes, too. Throws Error, and changes nothing, when the files
+    /// are not a certificate and its key.
+    void reloadCertificate();
     /// Ends running calls, then releases the folder and the boxes. May be called again.
     void stop();
     std::vector<FaultCount> faultCounts() const;

@@ -2,7 +2,7 @@
 
 #include "components/wirecall/Address.h"
 #include "components/wirecall/BoundedMessage.h"
-#include "components/wirecall/PemFile.h"
+#include "components/wirecall/ReloadableCertificate.h"
 #include "components/wirecall/ServerCalls.h"
 #include "components/wirecall/ServerThreads.h"
 #include "components/wirecall/WireLimits.h"
@@ -24,23 +24,6 @@ namespace {
 constexpr int kShortestPingInterval = 5000;
 constexpr int kCallsRequestedAhead = 16;
 
-bool makeCredentials(const RpcServer::Options& options, std::shared_ptr<grpc::ServerCredentials>& credentials,
-                     std::string& error)
-{
-    if (options.tlsCertificate.empty() && options.tlsKey.empty()) {
-        credentials = grpc::InsecureServerCredentials();
-        return true;
-    }
-    grpc::SslServerCredentialsOptions::PemKeyCertPair pair;
-    if (!readPemFile(options.tlsKey, pair.private_key, error) ||
-        !readPemFile(options.tlsCertificate, pair.cert_chain, error))
-        return false;
-    grpc::SslServerCredentialsOptions tls;
-    tls.pem_key_cert_pairs.push_back(pair);
-    credentials = grpc::SslServerCredentials(tls);
-    return true;
-}
-
 /// Bounds what arrives at all servers of the process together; never destroyed, as a client's quota.
 const grpc::ResourceQuota& arrivingRequests()
 {
@@ -55,6 +38,7 @@ struct RpcServer::Impl
 {
     std::vector<google::protobuf::Service*> services;
     std::unique_ptr<ServerCalls> calls;
+    std::optional<ReloadableCertificate> certificate; ///< of a server with TLS
     /// Belongs to one server, so each start makes a new one.
     std::optional<grpc::AsyncGenericService> generic;
     std::unique_ptr<grpc::ServerCompletionQueue> queue;
@@ -100,13 +84,18 @@ bool RpcServer::start(const Options& options, std::string& error)
         error = "\"" + options.address + "\" is not an address of the form host:port";
         return false;
     }
-    std::shared_ptr<grpc::ServerCredentials> credentials;
-    if (!makeCredentials(options, credentials, error))
-        return false;
+    m_Impl->certificate.reset();
+    if (!options.tlsCertificate.empty() || !options.tlsKey.empty()) {
+        m_Impl->certificate.emplace(options.tlsCertificate, options.tlsKey);
+        if (!m_Impl->certificate->load(error))
+            return false;
+    }
 
     grpc::ServerBuilder builder;
     int port = 0;
-    builder.AddListeningPort(options.address, credentials, &port);
+    builder.AddListeningPort(
+        options.address,
+        m_Impl->certificate ? m_Impl->certificate->credentials() : grpc::InsecureServerCredentials(), &port);
     builder.RegisterAsyncGenericService(&m_Impl->generic.emplace());
     builder.SetResourceQuota(arrivingRequests());
     builder.AddChannelArgument(GRPC_COMPRESSION_CHANNEL_ENABLED_ALGORITHMS_BITSET, 1 << GRPC_COMPRESS_NONE);
@@ -114,6 +103,7 @@ bool RpcServer::start(const Options& options, std::string& error)
     builder.AddChannelArgument(GRPC_ARG_MAX_CONCURRENT_STREAMS, kMostCalls);
     builder.SetMaxReceiveMessageSize(kLargestRequest);
     builder.SetMaxSendMessageSize(kLargestMessage);
+    builder.AddChannelArgument(GRPC_ARG_MAX_METADATA_SIZE, kLargestHeaders);
     builder.AddChannelArgument(GRPC_ARG_ALLOW_REUSEPORT, 0);
     builder.AddChannelArgument(GRPC_ARG_HTTP2_BDP_PROBE, 0);
     builder.AddChannelArgument(GRPC_ARG_HTTP2_STREAM_LOOKAHEAD_BYTES, kFlowControlWindow);
@@ -126,12 +116,10 @@ bool RpcServer::start(const Options& options, std::string& error)
             m_Impl->server->Shutdown();
         m_Impl->endQueue();
         error = "can't listen on " + options.address + ": is the port in use, or the host not this machine?";
-        if (!options.tlsKey.empty())
-            error += " Does the certificate fit its key?";
         return false;
     }
     m_Impl->port = port;
-    m_Impl->calls = std::make_unique<ServerCalls>(options.authenticate);
+    m_Impl->calls = std::make_unique<ServerCalls>(options.authenticate, options.observe);
     for (google::protobuf::Service* service : m_Impl->services)
         m_Impl->calls->add(service);
     for (int i = 0; i < kCallsRequestedAhead; ++i)
@@ -151,6 +139,16 @@ bool RpcServer::start(const Options& options, std::string& error)
 int RpcServer::port() const
 {
     return m_Impl->port;
+}
+
+int RpcServer::runningCalls() const
+{
+    return m_Impl->calls ? m_Impl->calls->running() : 0;
+}
+
+bool RpcServer::reloadCertificate(std::string& error)
+{
+    return !m_Impl->certificate || m_Impl->certificate->load(error);
 }
 
 void RpcServer::stop(int graceMilliseconds)

@@ -4,6 +4,7 @@
 #include "components/wirecall/HandOver.h"
 #include "components/wirecall/ServerStreams.h"
 #include "components/wirecall/ServerThreads.h"
+#include "components/wirecall/StatusName.h"
 #include "components/wirecall/StreamMessages.h"
 #include "components/wirecall/WireLimits.h"
 
@@ -92,7 +93,11 @@ public:
         generic.RequestCall(&m_Context, &m_Stream, &queue, &queue, &m_Arrived);
     }
 
-    const std::string& method() const override { return m_Method->descriptor->full_name(); }
+    const std::string& method() const override
+    {
+        static const std::string none;
+        return m_Method != nullptr ? m_Method->descriptor->full_name() : none;
+    }
 
     std::string token() const override
     {
@@ -110,6 +115,12 @@ public:
     {
         m_Failed = true;
         m_FailureText = reason.substr(0, kLongestReason);
+    }
+
+    void setNotFound(const std::string& reason) override
+    {
+        SetFailed(reason);
+        m_FailureCode = grpc::StatusCode::NOT_FOUND;
     }
 
     bool IsCanceled() const override { return m_Cancelled; }
@@ -141,12 +152,14 @@ public:
 
     void send(const grpc::ByteBuffer& message) override
     {
+        m_Report.bytesSent += message.Length();
         expect();
         m_Stream.Write(message, &m_StepEnded);
     }
 
     void receive(grpc::ByteBuffer& message) override
     {
+        m_ArrivingMessage = &message;
         expect();
         m_Stream.Read(&message, &m_StepEnded);
     }
@@ -180,6 +193,7 @@ private:
             delete this;
             return;
         }
+        m_Arrival = std::chrono::steady_clock::now();
         m_Calls.began();
         m_Calls.takeNext(m_Generic, m_Queue);
         const auto found = m_Calls.m_Methods.find(m_Context.method());
@@ -209,6 +223,7 @@ private:
     void received(bool ok)
     {
         --m_Calls.m_Arriving;
+        m_Report.bytesReceived += m_Buffer.Length();
         try {
             if (ok)
                 runMethod();
@@ -286,7 +301,7 @@ private:
     void Run() override
     {
         if (m_Failed) {
-            refuse(grpc::StatusCode::UNKNOWN, m_FailureText);
+            refuse(m_FailureCode, m_FailureText);
             return;
         }
         grpc::ByteBuffer answer;
@@ -305,6 +320,7 @@ private:
         }
         if (m_Concluded.exchange(true))
             return;
+        m_Report.bytesSent += answer.Length();
         handOver(&m_Queue);
         m_Stream.WriteAndFinish(answer, grpc::WriteOptions(), grpc::Status::OK, &m_Answered);
     }
@@ -315,6 +331,8 @@ private:
     {
         if (m_Concluded.exchange(true))
             return;
+        m_Report.outcome = nameOf(status.error_code());
+        m_Report.reason = status.error_message();
         handOver(&m_Queue);
         m_Stream.Finish(status, &m_Answered);
     }
@@ -334,6 +352,9 @@ private:
 
     void stepEnded(bool ok)
     {
+        if (const grpc::ByteBuffer* message = std::exchange(m_ArrivingMessage, nullptr);
+            message != nullptr && ok)
+            m_Report.bytesReceived += message->Length();
         {
             const Timed timed(*m_Method);
             m_Messages->stepEnded(ok);
@@ -362,10 +383,21 @@ private:
         if (--m_EventsLeft > 0)
             return;
         ServerCalls& calls = m_Calls;
+        if (calls.m_Observe)
+            report();
         if (m_Held > 0)
             calls.m_Memory.give(token(), m_Held);
         delete this;
         calls.ended();
+    }
+
+    void report()
+    {
+        if (m_Cancelled && m_Report.outcome == nameOf(grpc::StatusCode::OK))
+            m_Report.outcome = nameOf(grpc::StatusCode::CANCELLED);
+        m_Report.response = m_Response.get();
+        m_Report.duration = std::chrono::steady_clock::now() - m_Arrival;
+        m_Calls.m_Observe(*this, m_Report);
     }
 
     ServerCalls& m_Calls;
@@ -385,7 +417,12 @@ private:
     std::unique_ptr<ServerStream> m_Messages; ///< of a method with a stream
     bool m_Failed = false;
     std::string m_FailureText;
+    grpc::StatusCode m_FailureCode = grpc::StatusCode::UNKNOWN;
     std::atomic<bool> m_Concluded{false}; ///< an answer or a refusal is being sent
+
+    std::chrono::steady_clock::time_point m_Arrival;
+    const grpc::ByteBuffer* m_ArrivingMessage = nullptr; ///< the message of a stream that is being received
+    CallReport m_Report;
 
     std::mutex m_CancelMutex;
     Closure* m_OnCancel = nullptr;
@@ -393,7 +430,8 @@ private:
     std::atomic<bool> m_Cancelled{false};
 };
 
-ServerCalls::ServerCalls(RpcServer::Authenticate authenticate) : m_Authenticate(std::move(authenticate))
+ServerCalls::ServerCalls(RpcServer::Authenticate authenticate, RpcServer::Observe observe)
+    : m_Authenticate(std::move(authenticate)), m_Observe(std::move(observe))
 {
 }
 
@@ -414,6 +452,12 @@ void ServerCalls::add(google::protobuf::Service* service)
 void ServerCalls::takeNext(grpc::AsyncGenericService& generic, grpc::ServerCompletionQueue& queue)
 {
     new Call(*this, generic, queue);
+}
+
+int ServerCalls::running() const
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    return m_Calls;
 }
 
 void ServerCalls::waitForEnd()

@@ -22,11 +22,13 @@ namespace wirecall {
 class ServerCalls
 {
 public:
-    explicit ServerCalls(RpcServer::Authenticate authenticate);
+    ServerCalls(RpcServer::Authenticate authenticate, RpcServer::Observe observe);
 
     void add(google::protobuf::Service* service);
     /// Takes the next call from `queue`; each call, when it starts, takes the next one after it.
     void takeNext(grpc::AsyncGenericService& generic, grpc::ServerCompletionQueue& queue);
+    /// The number of calls that have arrived and not ended.
+    int running() const;
     /// Returns when no call is left.
     void waitForEnd();
 
@@ -45,10 +47,11 @@ private:
     void ended();
 
     RpcServer::Authenticate m_Authenticate;
+    RpcServer::Observe m_Observe;
     UserMemory m_Memory;
     std::unordered_map<std::string, Method> m_Methods; ///< by path, "/package.Service/Method"
     std::atomic<int> m_Arriving{0};                    ///< calls whose request has not been taken yet
-    std::mutex m_Mutex;
+    mutable std::mutex m_Mutex;
     std::condition_variable m_NoneLeft;
     int m_Calls = 0;
 };

@@ -41,6 +41,9 @@ constexpr int kFlowControlWindow = 8 * 1024 * 1024;
 /// The largest frame of HTTP/2, in bytes. The default of 16 KiB needs many frames for a chunk of a file.
 constexpr int kLargestFrame = 1024 * 1024;
 
+/// The largest headers of a call that a server takes, in bytes, names and values together. A token has 43.
+constexpr int kLargestHeaders = 8 * 1024;
+
 } // namespace wirecall
 
 #endif

@@ -3,11 +3,15 @@
 
 #include "lumo/components/platform/Export.h"
 
+#include <google/protobuf/message.h>
 #include <google/protobuf/service.h>
 
+#include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace wirecall {
 
@@ -27,6 +31,19 @@ public:
     virtual std::string peer() const = 0;
     /// True once the caller has disconnected or cancelled the call; the answer will not be read.
     bool IsCanceled() const override = 0;
+    /// As `SetFailed`; the caller gets gRPC's status NOT_FOUND.
+    virtual void setNotFound(const std::string& reason) = 0;
+};
+
+/// How a call of a server went.
+struct CallReport
+{
+    std::string_view outcome = "OK"; ///< gRPC's name of the status: "UNAUTHENTICATED", "CANCELLED" and so on
+    std::string reason;              ///< of a failure
+    std::chrono::nanoseconds duration{}; ///< from the call's arrival to its end
+    std::uint64_t bytesReceived = 0;     ///< of all messages of the call
+    std::uint64_t bytesSent = 0;
+    const google::protobuf::Message* response = nullptr; ///< null if no method was called
 };
 
 /// Serves any generated protobuf services on one address, to any client that speaks gRPC.
@@ -36,6 +53,10 @@ public:
     /// Decides about a call before its request is read. False refuses it as unauthenticated, with the reason.
     using Authenticate = std::function<bool(const ServerCall& call, std::string& reason)>;
 
+    /// Gets each call when it has ended, on any of the server's threads; `call.method()` is empty if there is
+    /// no such method.
+    using Observe = std::function<void(const ServerCall& call, const CallReport& report)>;
+
     struct Options
     {
         std::string address;        ///< "host:port"; port 0 takes a free one
@@ -43,6 +64,7 @@ public:
         std::string tlsKey;         ///< PEM file
         int threads = 0;            ///< how many methods run at once; 0: four for each processor
         Authenticate authenticate;  ///< empty: every call is accepted
+        Observe observe;            ///< may be empty
     };
 
     RpcServer();
@@ -58,6 +80,12 @@ public:
     bool start(const Options& options, std::string& error);
     /// The port listened on; 0 before `start`.
     int port() const;
+    /// The number of calls that run now. Safe from any thread between `start` and `stop`.
+    int runningCalls() const;
+    /// Reads the files of the TLS certificate again, for new connections; others go on. Safe from any thread
+    /// between `start` and `stop`. Returns false, with the reason in `error`, when they are not a certificate
+    /// and its key; the server keeps what it has then.
+    bool reloadCertificate(std::string& error);
     /// Refuses new calls, gives running ones `graceMilliseconds` to end, cancels the rest and returns when
     /// all methods have answered: a method that keeps its closure must still run it. Must not be called by a
     /// method.
