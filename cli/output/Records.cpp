@@ -2,6 +2,9 @@
 
 #include "cli/output/DisplayText.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace cli {
 
 namespace {
@@ -110,8 +113,8 @@ void printList(const std::vector<NamedField>& fields, const std::vector<std::vec
 {
     Json list = Json::array();
     std::vector<std::string> headings;
-    for (const NamedField& field : fields)
-        headings.emplace_back(field.heading);
+    std::transform(fields.begin(), fields.end(), std::back_inserter(headings),
+                   [](const NamedField& field) { return field.heading; });
     Table table(headings);
     for (const std::vector<Json>& row : rows) {
         Json& record = list.emplace_back(Json::object());
