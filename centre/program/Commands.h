@@ -35,6 +35,7 @@ struct Arguments
     ServeOptions serve;
     std::vector<std::string> boxes;
     std::string recordFile;
+    std::string backupFile;
     std::uint32_t sampleImages = 0;
     std::uint64_t sampleSeed = 1;
 };
@@ -43,9 +44,10 @@ struct Arguments
 CLI::App* command(CLI::App& app, Arguments& arguments, ExitCode& result, const std::string& name,
                   const std::string& description, ExitCode (*run)(const Arguments&));
 
-// Commands by family: data folders, companies and users; what a catalogue holds; services.
+// Commands by family: data folders, companies and users; what a catalogue holds; backups; services.
 void addAdministration(CLI::App& app, Arguments& arguments, ExitCode& result);
 void addContent(CLI::App& app, Arguments& arguments, ExitCode& result);
+void addBackup(CLI::App& app, Arguments& arguments, ExitCode& result);
 void addServing(CLI::App& app, Arguments& arguments, ExitCode& result);
 
 } // namespace centre

@@ -205,6 +205,18 @@ void setUp(SQLite::Database& database)
 
 } // namespace
 
+void requireKnown(SQLite::Database& database, const std::string& name)
+{
+    if (!isComplete(database))
+        throw notOurs(database.getFilename());
+    const int version = pragma(database, "user_version");
+    if (version > kSchemaVersion)
+        throw Error(ExitCode::NoDataFolder,
+                    name + " was made by a newer lumo-centre: its tables have version " +
+                        std::to_string(version) + ", this lumo-centre knows versions up to " +
+                        std::to_string(kSchemaVersion));
+}
+
 std::unique_ptr<SQLite::Database> openDatabase(const std::string& dataFolder)
 {
     const std::string path = databasePath(dataFolder);
@@ -213,15 +225,8 @@ std::unique_ptr<SQLite::Database> openDatabase(const std::string& dataFolder)
                     dataFolder + " is not a data folder; make one with: lumo-centre init " + dataFolder);
     auto database = std::make_unique<SQLite::Database>(path, SQLite::OPEN_READWRITE | kOneThread);
     setUp(*database);
-    if (!isComplete(*database))
-        throw notOurs(path);
-    const int version = pragma(*database, "user_version");
-    if (version > kSchemaVersion)
-        throw Error(ExitCode::NoDataFolder,
-                    dataFolder + " was made by a newer lumo-centre: its tables have version " +
-                        std::to_string(version) + ", this lumo-centre knows versions up to " +
-                        std::to_string(kSchemaVersion));
-    if (version < kSchemaVersion)
+    requireKnown(*database, dataFolder);
+    if (pragma(*database, "user_version") < kSchemaVersion)
         migrate(*database);
     return database;
 }

@@ -14,6 +14,10 @@ namespace centre {
 /// of a newer version.
 std::unique_ptr<SQLite::Database> openDatabase(const std::string& dataFolder);
 
+/// Throws Error(NoDataFolder) unless a database is one of lumo-centre's, of this version or an earlier one.
+/// `name` is for the message.
+void requireKnown(SQLite::Database& database, const std::string& name);
+
 /// Makes a data folder with a database without tables. Throws Error if the folder has a database already.
 std::unique_ptr<SQLite::Database> createDatabase(const std::string& dataFolder);
 
