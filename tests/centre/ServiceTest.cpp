@@ -133,9 +133,10 @@ TEST_F(Service, SaysWithoutATokenWhetherItIsHealthy)
 {
     centre::Store(m_Data.path()).addBox("B1", "127.0.0.1:1");
     serve({"--box", "B1=127.0.0.1:0"});
-    const auto health = [](const std::string& address) {
-        return run({TEST_FOLDER "/health_check", address, "", "ledgerserver.LedgerServices",
-                    "haulbox.BoxServices", "grpc.health.v1.Health"})
+    const std::string program = TEST_FOLDER "/health_check";
+    const auto health = [&program](const std::string& address) {
+        return run({program, address, "", "ledgerserver.LedgerServices", "haulbox.BoxServices",
+                    "grpc.health.v1.Health"})
             .output;
     };
     const std::string box = m_Address.substr(m_Address.rfind(' ') + 1); // the box's line comes first
