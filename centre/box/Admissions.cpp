@@ -2,8 +2,8 @@
 
 #include "centre/base/Path.h"
 #include "centre/base/Text.h"
-#include "components/bulkhaul/FileFailure.h"
-#include "components/bulkhaul/Folder.h"
+#include "components/bulkhaul/files/FileFailure.h"
+#include "components/bulkhaul/files/Folder.h"
 
 #include <climits>
 

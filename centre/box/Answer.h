@@ -2,7 +2,7 @@
 #define LUMO_CENTRE_BOX_ANSWER_H
 
 #include "centre/box/BoxFaults.h"
-#include "components/bulkhaul/FileFailure.h"
+#include "components/bulkhaul/files/FileFailure.h"
 
 #include <google/protobuf/service.h>
 

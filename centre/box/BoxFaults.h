@@ -2,7 +2,7 @@
 #define LUMO_CENTRE_BOX_BOXFAULTS_H
 
 #include "centre/endpoint/Faults.h"
-#include "components/bulkhaul/Chunks.h"
+#include "components/bulkhaul/files/Chunks.h"
 
 #include <google/protobuf/service.h>
 

@@ -1,6 +1,6 @@
 #include "centre/box/BoxFiles.h"
 
-#include "components/bulkhaul/FileFailure.h"
+#include "components/bulkhaul/files/FileFailure.h"
 
 #include <utility>
 #include <vector>

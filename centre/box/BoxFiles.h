@@ -2,8 +2,8 @@
 #define LUMO_CENTRE_BOX_BOXFILES_H
 
 #include "centre/box/BoxCatalogue.h"
-#include "components/bulkhaul/Chunks.h"
-#include "components/bulkhaul/Folder.h"
+#include "components/bulkhaul/files/Chunks.h"
+#include "components/bulkhaul/files/Folder.h"
 
 #include <cstdint>
 #include <string>

@@ -4,7 +4,7 @@
 #include "centre/base/Text.h"
 #include "centre/store/ResetAtEnd.h"
 #include "centre/store/ServedRoot.h"
-#include "components/bulkhaul/FileFailure.h"
+#include "components/bulkhaul/files/FileFailure.h"
 #include "haulbox.pb.h"
 #include "kestaserver.pb.h"
 

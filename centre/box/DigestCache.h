@@ -1,7 +1,7 @@
 #ifndef LUMO_CENTRE_BOX_DIGESTCACHE_H
 #define LUMO_CENTRE_BOX_DIGESTCACHE_H
 
-#include "components/bulkhaul/Chunks.h"
+#include "components/bulkhaul/files/Chunks.h"
 
 #include <cstdint>
 #include <list>

@@ -1,8 +1,8 @@
 #include "centre/box/Downloads.h"
 
 #include "centre/box/Answer.h"
-#include "components/bulkhaul/FileFailure.h"
-#include "components/bulkhaul/TreeWalk.h"
+#include "components/bulkhaul/files/FileFailure.h"
+#include "components/bulkhaul/files/TreeWalk.h"
 
 #include <vector>
 

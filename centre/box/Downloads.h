@@ -5,7 +5,7 @@
 #include "centre/box/BoxFaults.h"
 #include "centre/box/BoxFiles.h"
 #include "centre/box/DigestCache.h"
-#include "components/bulkhaul/SourceFile.h"
+#include "components/bulkhaul/files/SourceFile.h"
 #include "components/wirecall/Streams.h"
 #include "haulbox.pb.h"
 

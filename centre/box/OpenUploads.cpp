@@ -1,6 +1,6 @@
 #include "centre/box/OpenUploads.h"
 
-#include "components/bulkhaul/FileFailure.h"
+#include "components/bulkhaul/files/FileFailure.h"
 
 namespace centre {
 

@@ -2,7 +2,7 @@
 #define LUMO_CENTRE_BOX_OPENUPLOADS_H
 
 #include "centre/box/Handles.h"
-#include "components/bulkhaul/IncomingFile.h"
+#include "components/bulkhaul/files/IncomingFile.h"
 
 #include <atomic>
 #include <chrono>

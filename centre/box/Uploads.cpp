@@ -1,7 +1,7 @@
 #include "centre/box/Uploads.h"
 
 #include "centre/box/Answer.h"
-#include "components/bulkhaul/FileFailure.h"
+#include "components/bulkhaul/files/FileFailure.h"
 
 #include <vector>
 

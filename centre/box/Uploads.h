@@ -5,7 +5,7 @@
 #include "centre/box/BoxFaults.h"
 #include "centre/box/BoxFiles.h"
 #include "centre/box/OpenUploads.h"
-#include "components/bulkhaul/IncomingSmallFiles.h"
+#include "components/bulkhaul/files/IncomingSmallFiles.h"
 #include "components/wirecall/Streams.h"
 #include "haulbox.pb.h"
 

@@ -2,7 +2,7 @@
 #define LUMO_CENTRE_FORGE_IMAGEFILE_H
 
 #include "centre/base/Cancellation.h"
-#include "components/bulkhaul/Folder.h"
+#include "components/bulkhaul/files/Folder.h"
 
 #include <cstdint>
 #include <optional>

@@ -6,8 +6,8 @@
 #include "centre/base/Text.h"
 #include "centre/forge/StoragePlace.h"
 #include "centre/store/Ownership.h"
-#include "components/bulkhaul/IncomingFile.h"
-#include "components/bulkhaul/SourceFile.h"
+#include "components/bulkhaul/files/IncomingFile.h"
+#include "components/bulkhaul/files/SourceFile.h"
 
 #include <algorithm>
 #include <filesystem>

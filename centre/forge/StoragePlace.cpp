@@ -5,7 +5,7 @@
 #include "centre/base/Text.h"
 #include "centre/store/Ownership.h"
 #include "centre/store/ResetAtEnd.h"
-#include "components/bulkhaul/FileFailure.h"
+#include "components/bulkhaul/files/FileFailure.h"
 #include "lumo/core/LumoDataTypes.h"
 
 #include <cerrno>

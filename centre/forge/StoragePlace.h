@@ -2,7 +2,7 @@
 #define LUMO_CENTRE_FORGE_STORAGEPLACE_H
 
 #include "centre/store/ConnectionPool.h"
-#include "components/bulkhaul/Folder.h"
+#include "components/bulkhaul/files/Folder.h"
 
 #include <cstdint>
 #include <string>

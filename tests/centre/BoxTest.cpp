@@ -1,7 +1,7 @@
 #include "centre/box/Box.h"
 #include "centre/box/DataFolderCatalogue.h"
 #include "centre/content/Version.h"
-#include "components/bulkhaul/FileFailure.h"
+#include "components/bulkhaul/files/FileFailure.h"
 #include "kestaserver.pb.h"
 #include "lumo/components/bulkhaul/Bulkhaul.h"
 #include "tests/centre/CentreProgram.h"

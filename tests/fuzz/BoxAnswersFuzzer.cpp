@@ -1,7 +1,7 @@
 // The answers of a storage box to a transfer: nothing is written outside the target or through a link below
 // it, and a transfer that succeeds leaves its target.
 
-#include "components/bulkhaul/Chunks.h"
+#include "components/bulkhaul/files/Chunks.h"
 #include "haulbox.pb.h"
 #include "lumo/components/bulkhaul/Bulkhaul.h"
 #include "tests/fuzz/Require.h"

@@ -1,7 +1,7 @@
 #ifndef LUMO_BULKHAUL_BOXCLIENT_H
 #define LUMO_BULKHAUL_BOXCLIENT_H
 
-#include "components/bulkhaul/Chunks.h"
+#include "components/bulkhaul/files/Chunks.h"
 #include "haulbox.pb.h"
 #include "lumo/components/bulkhaul/Bulkhaul.h"
 #include "lumo/components/wirecall/RpcChannel.h"

@@ -1,9 +1,9 @@
 #include "lumo/components/bulkhaul/Bulkhaul.h"
 
 #include "components/bulkhaul/EndFunction.h"
-#include "components/bulkhaul/FileFailure.h"
 #include "components/bulkhaul/StatusLines.h"
 #include "components/bulkhaul/Transfer.h"
+#include "components/bulkhaul/files/FileFailure.h"
 #include "lumo/components/platform/CodePage.h"
 
 #include <boost/uuid/random_generator.hpp>

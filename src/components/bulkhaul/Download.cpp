@@ -1,7 +1,7 @@
-#include "components/bulkhaul/IncomingSmallFiles.h"
 #include "components/bulkhaul/LargeDownload.h"
 #include "components/bulkhaul/Transfer.h"
 #include "components/bulkhaul/TreeDownload.h"
+#include "components/bulkhaul/files/IncomingSmallFiles.h"
 
 namespace bulkhaul {
 

@@ -1,7 +1,7 @@
 #include "components/bulkhaul/LargeDownload.h"
 
 #include "components/bulkhaul/Conveyor.h"
-#include "components/bulkhaul/IncomingFile.h"
+#include "components/bulkhaul/files/IncomingFile.h"
 #include "components/wirecall/Streams.h"
 
 #include <algorithm>

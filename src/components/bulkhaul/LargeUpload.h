@@ -1,8 +1,8 @@
 #ifndef LUMO_BULKHAUL_LARGEUPLOAD_H
 #define LUMO_BULKHAUL_LARGEUPLOAD_H
 
-#include "components/bulkhaul/SourceFile.h"
 #include "components/bulkhaul/Transfer.h"
+#include "components/bulkhaul/files/SourceFile.h"
 
 namespace bulkhaul {
 

@@ -1,8 +1,8 @@
 #ifndef LUMO_BULKHAUL_STOREREQUEST_H
 #define LUMO_BULKHAUL_STOREREQUEST_H
 
-#include "components/bulkhaul/SourceFile.h"
 #include "components/bulkhaul/Transfer.h"
+#include "components/bulkhaul/files/SourceFile.h"
 
 #include <string>
 

@@ -2,8 +2,8 @@
 #define LUMO_BULKHAUL_TRANSFER_H
 
 #include "components/bulkhaul/BoxClient.h"
-#include "components/bulkhaul/IncomingFile.h"
 #include "components/bulkhaul/Progress.h"
+#include "components/bulkhaul/files/IncomingFile.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,9 +1,9 @@
 #include "components/bulkhaul/TreeDownload.h"
 
-#include "components/bulkhaul/IncomingSmallFiles.h"
 #include "components/bulkhaul/LargeDownload.h"
 #include "components/bulkhaul/Parallel.h"
-#include "components/bulkhaul/TreeWalk.h"
+#include "components/bulkhaul/files/IncomingSmallFiles.h"
+#include "components/bulkhaul/files/TreeWalk.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,8 +1,8 @@
 #ifndef LUMO_BULKHAUL_TREEDOWNLOAD_H
 #define LUMO_BULKHAUL_TREEDOWNLOAD_H
 
-#include "components/bulkhaul/Folder.h"
 #include "components/bulkhaul/Transfer.h"
+#include "components/bulkhaul/files/Folder.h"
 
 #include <string>
 

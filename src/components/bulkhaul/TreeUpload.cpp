@@ -1,10 +1,10 @@
 #include "components/bulkhaul/TreeUpload.h"
 
-#include "components/bulkhaul/FileFailure.h"
 #include "components/bulkhaul/LargeUpload.h"
 #include "components/bulkhaul/Parallel.h"
 #include "components/bulkhaul/StoreRequest.h"
-#include "components/bulkhaul/TreeWalk.h"
+#include "components/bulkhaul/files/FileFailure.h"
+#include "components/bulkhaul/files/TreeWalk.h"
 
 #include <cstdint>
 #include <vector>

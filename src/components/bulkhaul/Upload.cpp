@@ -1,9 +1,9 @@
-#include "components/bulkhaul/FileFailure.h"
 #include "components/bulkhaul/LargeUpload.h"
-#include "components/bulkhaul/SourceFile.h"
 #include "components/bulkhaul/StoreRequest.h"
 #include "components/bulkhaul/Transfer.h"
 #include "components/bulkhaul/TreeUpload.h"
+#include "components/bulkhaul/files/FileFailure.h"
+#include "components/bulkhaul/files/SourceFile.h"
 
 namespace bulkhaul {
 

@@ -1,6 +1,6 @@
 // A misbehaving box, a misbehaving client, and links that lead astray.
 
-#include "components/bulkhaul/Chunks.h"
+#include "components/bulkhaul/files/Chunks.h"
 #include "components/wirecall/Streams.h"
 #include "lumo/components/wirecall/RpcController.h"
 #include "tests/components/bulkhaul/TestBox.h"

@@ -1,4 +1,4 @@
-#include "components/bulkhaul/IncomingSmallFiles.h"
+#include "components/bulkhaul/files/IncomingSmallFiles.h"
 #include "tests/components/bulkhaul/TestBox.h"
 #include "tests/support/CuttingProxy.h"
 

@@ -1,5 +1,5 @@
-#ifndef LUMO_BULKHAUL_FOLDER_H
-#define LUMO_BULKHAUL_FOLDER_H
+#ifndef LUMO_BULKHAUL_FILES_FOLDER_H
+#define LUMO_BULKHAUL_FILES_FOLDER_H
 
 #include "haulbox.pb.h"
 

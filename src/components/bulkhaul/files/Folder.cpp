@@ -1,7 +1,7 @@
-#include "components/bulkhaul/Folder.h"
+#include "components/bulkhaul/files/Folder.h"
 
-#include "components/bulkhaul/FileFailure.h"
-#include "components/bulkhaul/PartialFile.h"
+#include "components/bulkhaul/files/FileFailure.h"
+#include "components/bulkhaul/files/PartialFile.h"
 #include "lumo/components/platform/PathComponent.h"
 #include "lumo/components/platform/Utf8.h"
 

@@ -1,4 +1,4 @@
-#include "components/bulkhaul/Chunks.h"
+#include "components/bulkhaul/files/Chunks.h"
 
 #include <xxhash.h>
 

@@ -1,8 +1,8 @@
-#ifndef LUMO_BULKHAUL_INCOMINGFILE_H
-#define LUMO_BULKHAUL_INCOMINGFILE_H
+#ifndef LUMO_BULKHAUL_FILES_INCOMINGFILE_H
+#define LUMO_BULKHAUL_FILES_INCOMINGFILE_H
 
-#include "components/bulkhaul/Chunks.h"
-#include "components/bulkhaul/PartialFile.h"
+#include "components/bulkhaul/files/Chunks.h"
+#include "components/bulkhaul/files/PartialFile.h"
 
 #include <cstdint>
 #include <mutex>

@@ -1,7 +1,7 @@
-#include "components/bulkhaul/TreeWalk.h"
+#include "components/bulkhaul/files/TreeWalk.h"
 
-#include "components/bulkhaul/FileFailure.h"
-#include "components/bulkhaul/SourceFile.h"
+#include "components/bulkhaul/files/FileFailure.h"
+#include "components/bulkhaul/files/SourceFile.h"
 
 #include <fcntl.h>
 

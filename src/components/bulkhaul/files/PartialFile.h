@@ -1,8 +1,8 @@
-#ifndef LUMO_BULKHAUL_PARTIALFILE_H
-#define LUMO_BULKHAUL_PARTIALFILE_H
+#ifndef LUMO_BULKHAUL_FILES_PARTIALFILE_H
+#define LUMO_BULKHAUL_FILES_PARTIALFILE_H
 
-#include "components/bulkhaul/Chunks.h"
-#include "components/bulkhaul/Folder.h"
+#include "components/bulkhaul/files/Chunks.h"
+#include "components/bulkhaul/files/Folder.h"
 
 #include <sys/stat.h>
 #include <sys/types.h>

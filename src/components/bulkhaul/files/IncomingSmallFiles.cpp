@@ -1,7 +1,7 @@
-#include "components/bulkhaul/IncomingSmallFiles.h"
+#include "components/bulkhaul/files/IncomingSmallFiles.h"
 
-#include "components/bulkhaul/FileFailure.h"
-#include "components/bulkhaul/SourceFile.h"
+#include "components/bulkhaul/files/FileFailure.h"
+#include "components/bulkhaul/files/SourceFile.h"
 
 #include <set>
 

@@ -1,6 +1,6 @@
-#include "components/bulkhaul/IncomingFile.h"
+#include "components/bulkhaul/files/IncomingFile.h"
 
-#include "components/bulkhaul/FileFailure.h"
+#include "components/bulkhaul/files/FileFailure.h"
 
 #include <fcntl.h>
 

@@ -1,6 +1,6 @@
-#include "components/bulkhaul/PartialFile.h"
+#include "components/bulkhaul/files/PartialFile.h"
 
-#include "components/bulkhaul/FileFailure.h"
+#include "components/bulkhaul/files/FileFailure.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

@@ -1,5 +1,5 @@
-#ifndef LUMO_BULKHAUL_CHUNKS_H
-#define LUMO_BULKHAUL_CHUNKS_H
+#ifndef LUMO_BULKHAUL_FILES_CHUNKS_H
+#define LUMO_BULKHAUL_FILES_CHUNKS_H
 
 #include <sys/uio.h>
 

@@ -1,7 +1,7 @@
-#include "components/bulkhaul/SourceFile.h"
+#include "components/bulkhaul/files/SourceFile.h"
 
-#include "components/bulkhaul/Chunks.h"
-#include "components/bulkhaul/FileFailure.h"
+#include "components/bulkhaul/files/Chunks.h"
+#include "components/bulkhaul/files/FileFailure.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,7 +1,7 @@
-#ifndef LUMO_BULKHAUL_INCOMINGSMALLFILES_H
-#define LUMO_BULKHAUL_INCOMINGSMALLFILES_H
+#ifndef LUMO_BULKHAUL_FILES_INCOMINGSMALLFILES_H
+#define LUMO_BULKHAUL_FILES_INCOMINGSMALLFILES_H
 
-#include "components/bulkhaul/PartialFile.h"
+#include "components/bulkhaul/files/PartialFile.h"
 
 #include <cstddef>
 #include <cstdint>

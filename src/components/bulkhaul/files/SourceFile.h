@@ -1,7 +1,7 @@
-#ifndef LUMO_BULKHAUL_SOURCEFILE_H
-#define LUMO_BULKHAUL_SOURCEFILE_H
+#ifndef LUMO_BULKHAUL_FILES_SOURCEFILE_H
+#define LUMO_BULKHAUL_FILES_SOURCEFILE_H
 
-#include "components/bulkhaul/Folder.h"
+#include "components/bulkhaul/files/Folder.h"
 
 #include <cstdint>
 #include <string>
