@@ -345,7 +345,7 @@ void oneCall(benchmark::State& state)
         each->forget();
     }
     std::size_t first = 0;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         for (std::size_t i = 0; i < all.size(); ++i)
             if (!all[(first + i) % all.size()]->takeTurn()) {
                 state.SkipWithError("a call failed");

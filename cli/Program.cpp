@@ -59,7 +59,7 @@ while files moved or records were registered)";
 /// What is wrong with what was typed, where CLI11's own words are hard to read.
 std::string textOf(const CLI::ParseError& error)
 {
-    const std::string text = error.what();
+    std::string text = error.what();
     const std::size_t colon = text.find(": ");
     // "--timeout: 1 required TEXT missing"
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr && colon != std::string::npos)

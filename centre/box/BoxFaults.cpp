@@ -13,7 +13,8 @@ namespace {
 
 typedef std::shared_ptr<std::promise<void>> Promise;
 
-void keepPromise(Promise promise)
+// A callback of protobuf keeps its argument in the type of the parameter.
+void keepPromise(Promise promise) // NOLINT(performance-unnecessary-value-param)
 {
     promise->set_value();
 }

@@ -64,7 +64,7 @@ std::vector<NewRecord> readRecords(const std::string& path)
     for (const std::string& name : names) {
         Images::check(Images::Fields{{name, {}}});
         if (!known.insert(name).second)
-            refuse(path + ": two columns are named '" + name + "'");
+            refuse(std::string(path).append(": two columns are named '").append(name).append("'"));
     }
     std::vector<NewRecord> records;
     records.reserve(rows.size() - 1);

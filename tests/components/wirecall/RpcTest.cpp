@@ -303,7 +303,7 @@ TEST(Rpc, AsManyMethodsAsThreadsWaitAtOnceAndTheOthersFollow)
     const auto channel = channelTo(server.address());
     for (int round = 0; round < 3; ++round) { // the server learns that the method takes long
         arrived.exchange(0);
-        std::vector<PendingCall> calls(3 * kThreads);
+        std::vector<PendingCall> calls(std::size_t(3) * kThreads);
         Countdown countdown(3 * kThreads);
         for (PendingCall& each : calls)
             each.start(*channel, HelloReq::default_instance(), countdown);
