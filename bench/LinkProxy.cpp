@@ -2,6 +2,8 @@
 // over a link of a given rate and round trip. What it does not have of a real link: lost packets, and the
 // slow start of TCP, so both sides of a comparison are a little faster than there.
 
+#include "bench/Loopback.h"
+
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
@@ -131,15 +133,6 @@ void forward(int from, int to, Direction& direction)
     }
     ::shutdown(to, SHUT_WR);
     receiver.join();
-}
-
-sockaddr_in loopback(int port)
-{
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<std::uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return address;
 }
 
 void noDelay(const Socket& socket)

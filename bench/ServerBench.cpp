@@ -1,11 +1,11 @@
 // One small call of a bare gRPC client to a server of ours, beside the same call to the servers that gRPC
 // itself offers, and beside a TCP ping-pong of the same bytes. Each server is a process of its own.
 
+#include "bench/Loopback.h"
 #include "bench/Rows.h"
 #include "ledgerserver.grpc.pb.h"
 #include "lumo/components/wirecall/RpcServer.h"
 
-#include <arpa/inet.h>
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <grpcpp/create_channel.h>
@@ -178,15 +178,6 @@ void serveOurs()
     if (!server.start(options, error))
         throw std::runtime_error(error);
     announce(server.port());
-}
-
-sockaddr_in loopback(int port)
-{
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<std::uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return address;
 }
 
 void sendAtOnce(int socket)

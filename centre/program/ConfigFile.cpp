@@ -33,7 +33,7 @@ CLI::App* findCommand(CLI::App& app, const std::string& name)
     return found.empty() ? nullptr : found.front();
 }
 
-/// Returns the option or the argument that a key stands for; null if there is none.
+/// Returns the option or the argument that a key names; null if there is none.
 CLI::Option* findOption(CLI::App& command, const std::string& key)
 {
     CLI::Option* option = command.get_option_no_throw("--" + key);

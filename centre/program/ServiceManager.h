@@ -25,8 +25,8 @@ private:
 /// sd_notify, one datagram to the socket that $NOTIFY_SOCKET names. Does nothing without one.
 void notifyServiceManager(const std::string& state);
 
-/// Serves until a signal ends it, and tells the service manager: `reload` for each SIGHUP, whose failure is
-/// reported on standard error, `stop` at the end.
+/// Serves until a signal ends it, and reports each state to the service manager. Calls `reload` for each
+/// SIGHUP, whose failure is reported on standard error, and `stop` at the end.
 void runService(const ServiceSignals& signals, const std::function<void()>& reload,
                 const std::function<void()>& stop);
 
