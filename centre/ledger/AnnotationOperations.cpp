@@ -1,5 +1,6 @@
 #include "centre/ledger/AnnotationOperations.h"
 
+#include "centre/store/Ownership.h"
 #include "centre/store/RecordKinds.h"
 
 namespace centre {
@@ -16,14 +17,19 @@ std::vector<Operation> annotationOperations()
 {
     const std::string projects = "SELECT " + beanColumns(*findKind("project")) + " FROM ";
     const std::string comments = "SELECT id, commentcontent, commentstate FROM comment ";
-    const std::string ofCompany = "WHERE company_id = :company_id ";
+    const std::string ofCompany = "WHERE company_id = :company_id AND company_id = :caller_company ";
     return {
         {"queryDataSrcBySrcId", Shape::List,
-         projects + "data_folder JOIN project USING (project_id) WHERE src_id = :src_id ORDER BY project_id"},
+         projects + "data_folder JOIN project USING (project_id) WHERE src_id = :src_id AND " +
+             readable("folder", ":src_id") + "AND " + readable("project", "project.project_id") +
+             "ORDER BY project_id"},
         {"queryDataSrcByFileId", Shape::List,
-         projects + "data_file JOIN project USING (project_id) WHERE file_id = :file_id ORDER BY project_id"},
+         projects + "data_file JOIN project USING (project_id) WHERE file_id = :file_id AND " +
+             readable("file", ":file_id") + "AND " + readable("project", "project.project_id") +
+             "ORDER BY project_id"},
 
-        {"queryCommentInfoByID", Shape::Record, comments + "WHERE id = :record_id"},
+        {"queryCommentInfoByID", Shape::Record,
+         comments + "WHERE id = :record_id AND company_id = :caller_company"},
         {"queryCommentInfo", Shape::List, comments + ofCompany + "ORDER BY id"},
         {"queryCommentContents", Shape::Values,
          "SELECT commentcontent AS commentcontents FROM comment " + ofCompany +

@@ -1,6 +1,7 @@
 #include "centre/ledger/ImageOperations.h"
 
 #include "centre/ledger/LedgerOperations.h"
+#include "centre/store/Ownership.h"
 #include "centre/store/RecordKinds.h"
 
 namespace centre {
@@ -10,10 +11,11 @@ namespace {
 void addProjects(std::vector<Operation>& operations, const RecordKind& kind)
 {
     const std::string projects = "SELECT " + beanColumns(kind) + " FROM project ";
-    const std::string ofCompany = "WHERE company_id = :company_id ";
+    const std::string ofCompany = "WHERE " + readableOfCompany("project");
     operations.insert(
         operations.end(),
-        {{"queryDataSrcByProjectID", Shape::Record, projects + "WHERE project_id = :project_id"},
+        {{"queryDataSrcByProjectID", Shape::Record,
+          projects + "WHERE project_id = :project_id AND " + readable("project", ":project_id")},
          {"queryDataSrcByProjectName", Shape::Record, projects + ofCompany + "AND project_name = :proname"},
          {"queryDataSrcTotal", Shape::Values, kCount + "FROM project " + ofCompany},
          {"queryDataSrc", Shape::Page, projects + ofCompany + "ORDER BY project_id" + pageLimit()}});
@@ -23,10 +25,11 @@ void addTypes(std::vector<Operation>& operations, const RecordKind& kind)
 {
     const std::string types =
         "SELECT " + beanColumns(kind) + ", project_name FROM type JOIN project USING (project_id) ";
-    const std::string ofProject = "WHERE project_id = :project_id ";
+    const std::string ofProject = "WHERE project_id = :project_id AND " + readable("project", ":project_id");
     operations.insert(
         operations.end(),
-        {{"queryDataSrcTypeByTypeId", Shape::Record, types + "WHERE type_id = :type_id"},
+        {{"queryDataSrcTypeByTypeId", Shape::Record,
+          types + "WHERE type_id = :type_id AND " + readable("type", ":type_id")},
          {"queryDataSrcTypeByTypeAndproId", Shape::Record, types + ofProject + "AND data_type = :data_type"},
          {"queryDataSrcTypeByProjectID", Shape::List, types + ofProject + "ORDER BY type_id"}});
 }
@@ -34,10 +37,11 @@ void addTypes(std::vector<Operation>& operations, const RecordKind& kind)
 void addPoints(std::vector<Operation>& operations, const RecordKind& kind)
 {
     const std::string points = "SELECT " + beanColumns(kind) + " FROM point ";
-    const std::string ofControl = "WHERE dq_con_id = :dqcon_id ";
+    const std::string ofControl = "WHERE dq_con_id = :dqcon_id AND " + readable("control", ":dqcon_id");
     operations.insert(
         operations.end(),
-        {{"queryDataSrcControlInfoById", Shape::Record, points + "WHERE point_id = :record_id"},
+        {{"queryDataSrcControlInfoById", Shape::Record,
+          points + "WHERE point_id = :record_id AND " + readable("point", ":record_id")},
          {"queryDataSrcControlInfoByDqConIDTotal", Shape::Values, kCount + "FROM point " + ofControl},
          {"queryDataSrcControlInfoByDqConID", Shape::Page,
           points + ofControl + "ORDER BY point_id" + pageLimit()}});
@@ -59,14 +63,17 @@ void addOfType(std::vector<Operation>& operations, const RecordKind& kind)
     const std::string& table = kind.name;
     const std::string& id = kind.idColumn();
     const bool isControl = table == "control";
-    const std::string ofType = "FROM " + table + " WHERE type_id = :type_id ";
+    const std::string record = isControl ? ":dqcon_id" : ":record_id";
+    const std::string ofType =
+        "FROM " + table + " WHERE type_id = :type_id AND " + readable("type", ":type_id");
     // Goes from the types to their records, both in the order of an index.
-    const std::string ofProject =
-        "FROM type CROSS JOIN " + table + " USING (type_id) WHERE project_id = :project_id ";
+    const std::string ofProject = "FROM type CROSS JOIN " + table +
+                                  " USING (type_id) WHERE project_id = :project_id AND " +
+                                  readable("project", ":project_id");
     operations.insert(
         operations.end(),
         {{query + (isControl ? "ByDqConID" : "ById"), Shape::Record,
-          select + "FROM " + table + " WHERE " + id + (isControl ? " = :dqcon_id" : " = :record_id")},
+          select + "FROM " + table + " WHERE " + id + " = " + record + " AND " + readable(table, record)},
          {query + "ByTypeIDTotal", Shape::Values, kCount + ofType},
          {query + "ByTypeID", Shape::Page, pageOf(kind, ofType, id)},
          {query + "ByProjectIDTotal", Shape::Values, kCount + ofProject},
@@ -76,8 +83,8 @@ void addOfType(std::vector<Operation>& operations, const RecordKind& kind)
                               select + "FROM image_mark CROSS JOIN " + table + " ON " + id +
                                   " = record_id CROSS JOIN type USING (type_id)"
                                   " WHERE comm_id = :comm_id AND data_type_id = " +
-                                  std::to_string(kind.number) +
-                                  " AND project_id = :project_id ORDER BY record_id"});
+                                  std::to_string(kind.number) + " AND project_id = :project_id AND " +
+                                  readable("project", ":project_id") + "ORDER BY record_id"});
 }
 
 } // namespace

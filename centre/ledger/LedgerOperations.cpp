@@ -2,6 +2,7 @@
 
 #include "centre/ledger/AnnotationOperations.h"
 #include "centre/ledger/ImageOperations.h"
+#include "centre/store/Ownership.h"
 #include "lumo/core/LumoDataTypes.h"
 
 #include <array>
@@ -18,17 +19,6 @@ const std::string kFileColumns = "SELECT file.id, parent_id, name, short_text, l
 const std::string kFiles = kFileColumns + "FROM file ";
 
 const std::string kPage = pageLimit();
-
-const std::string kFoldersOfProject = "FROM data_folder JOIN folder ON folder.id = src_id"
-                                      " JOIN comment_record ON comment_id = :comment_id AND data_type_id = " +
-                                      std::to_string(DATA_TYPE_FOLDER) +
-                                      " AND record_id = src_id"
-                                      " WHERE project_id = :project_id";
-const std::string kFilesOfProject = "FROM data_file JOIN file ON file.id = file_id"
-                                    " JOIN comment_record ON comment_id = :comment_id AND data_type_id = " +
-                                    std::to_string(DATA_TYPE_FILE) +
-                                    " AND record_id = file_id"
-                                    " WHERE project_id = :project_id";
 
 const std::string kVersion =
     "SELECT name AS version_text_1, versionno AS version_text_2, app_full_path, released AS version_text_4,"
@@ -49,38 +39,59 @@ namespace {
 /// Disks, folders and files.
 std::vector<Operation> storageOperations()
 {
+    const std::string foldersOfProject =
+        "FROM data_folder JOIN folder ON folder.id = src_id"
+        " JOIN comment_record ON comment_id = :comment_id AND data_type_id = " +
+        std::to_string(DATA_TYPE_FOLDER) + " AND record_id = src_id WHERE project_id = :project_id AND " +
+        readable("project", ":project_id") + "AND " + readable("folder", "folder.id");
+    const std::string filesOfProject =
+        "FROM data_file JOIN file ON file.id = file_id"
+        " JOIN comment_record ON comment_id = :comment_id AND data_type_id = " +
+        std::to_string(DATA_TYPE_FILE) + " AND record_id = file_id WHERE project_id = :project_id AND " +
+        readable("project", ":project_id") + "AND " + readable("file", "file.id");
+    // The top folders of all disks have parent 0.
+    const std::string foldersIn = "FROM folder WHERE parent_id = :parent_src_id AND (" +
+                                  readable("folder", ":parent_src_id") + "OR :parent_src_id = 0 AND " +
+                                  readable("disk", "folder.disk_id") + ") ";
+    const std::string filesIn = "FROM file WHERE parent_id = :src_id AND " + readable("folder", ":src_id");
     return {
-        {"queryDataAddressByID", Shape::Record, kDisks + "WHERE id = :record_id"},
-        {"queryDataAddressByName", Shape::Record, kDisks + "WHERE company_id = :company_id AND name = :name"},
+        {"queryDataAddressByID", Shape::Record,
+         kDisks + "WHERE id = :record_id AND " + readable("disk", ":record_id")},
+        {"queryDataAddressByName", Shape::Record,
+         kDisks + "WHERE name = :name AND " + readableOfCompany("disk")},
         {"queryDataAddress", Shape::List,
-         kDisks + "WHERE company_id = :company_id AND address_kind = :address_kind ORDER BY id"},
+         kDisks + "WHERE address_kind = :address_kind AND " + readableOfCompany("disk") + "ORDER BY id"},
 
-        {"querySrcTableBySrcId", Shape::Record, kFolders + "WHERE id = :src_id"},
+        {"querySrcTableBySrcId", Shape::Record,
+         kFolders + "WHERE id = :src_id AND " + readable("folder", ":src_id")},
         {"querySrcTableByUniqueness", Shape::Record,
-         kFolders + "WHERE disk_id = :disk_id AND parent_id = :parent_src_id AND name = :srcname"},
-        {"querySrcTableByParentSrcIdTotal", Shape::Values,
-         kCount + "FROM folder WHERE parent_id = :parent_src_id"},
-        {"querySrcTableByParentSrcId", Shape::Page,
-         kFolders + "WHERE parent_id = :parent_src_id ORDER BY id" + kPage},
-        {"querySrcTableByProjectIDAndCommentIdTotal", Shape::Values, kCount + kFoldersOfProject},
+         kFolders + "WHERE disk_id = :disk_id AND parent_id = :parent_src_id AND name = :srcname AND " +
+             readable("disk", ":disk_id")},
+        {"querySrcTableByParentSrcIdTotal", Shape::Values, kCount + foldersIn},
+        {"querySrcTableByParentSrcId", Shape::Page, kFolderColumns + foldersIn + "ORDER BY id" + kPage},
+        {"querySrcTableByProjectIDAndCommentIdTotal", Shape::Values, kCount + foldersOfProject},
         {"querySrcTableByProjectIDAndCommentIdForPage", Shape::Page,
-         kFolderColumns + kFoldersOfProject + " ORDER BY src_id" + kPage},
+         kFolderColumns + foldersOfProject + "ORDER BY src_id" + kPage},
         {"getFolderFullPath", Shape::Values,
-         "SELECT folder_path(id) AS full_path, folder_box(id) AS kesta_code FROM folder WHERE id = :src_id"},
+         "SELECT folder_path(id) AS full_path, folder_box(id) AS kesta_code FROM folder WHERE id = :src_id "
+         "AND " +
+             readable("folder", ":src_id")},
 
-        {"queryFileTableByFileId", Shape::Record, kFiles + "WHERE id = :file_id"},
+        {"queryFileTableByFileId", Shape::Record,
+         kFiles + "WHERE id = :file_id AND " + readable("file", ":file_id")},
         {"queryFileTableByFilePathId", Shape::List,
-         kFileColumns + "FROM json_each(:list_file_id) AS wanted JOIN file ON file.id = wanted.value ORDER "
-                        "BY wanted.key"},
-        {"queryFileTableByName", Shape::Record, kFiles + "WHERE parent_id = :src_id AND name = :filename"},
-        {"queryFileTableBySrcIdTotal", Shape::Values, kCount + "FROM file WHERE parent_id = :src_id"},
-        {"queryFileTableBySrcId", Shape::Page, kFiles + "WHERE parent_id = :src_id ORDER BY id" + kPage},
-        {"queryFileTableByProjectIDAndCommentIdTotal", Shape::Values, kCount + kFilesOfProject},
+         kFileColumns + "FROM json_each(:list_file_id) AS wanted JOIN file ON file.id = wanted.value WHERE " +
+             readable("file", "file.id") + "ORDER BY wanted.key"},
+        {"queryFileTableByName", Shape::Record, kFileColumns + filesIn + "AND name = :filename"},
+        {"queryFileTableBySrcIdTotal", Shape::Values, kCount + filesIn},
+        {"queryFileTableBySrcId", Shape::Page, kFileColumns + filesIn + "ORDER BY id" + kPage},
+        {"queryFileTableByProjectIDAndCommentIdTotal", Shape::Values, kCount + filesOfProject},
         {"queryFileTableByProjectIDAndCommentIdForPage", Shape::Page,
-         kFileColumns + kFilesOfProject + " ORDER BY file_id" + kPage},
+         kFileColumns + filesOfProject + "ORDER BY file_id" + kPage},
         {"getFileFullPath", Shape::Values,
          "SELECT rtrim(folder_path(parent_id), '/') || '/' || name AS full_path,"
-         " folder_box(parent_id) AS kesta_code FROM file WHERE id = :file_id"},
+         " folder_box(parent_id) AS kesta_code FROM file WHERE id = :file_id AND " +
+             readable("file", ":file_id")},
     };
 }
 
@@ -89,11 +100,11 @@ std::vector<Operation> directoryOperations()
 {
     return {
         {"queryCompanyTableByCompanyNo", Shape::Record,
-         "SELECT id, companyno FROM company WHERE companyno = :companyno"},
+         "SELECT id, companyno FROM company WHERE companyno = :companyno AND id = :caller_company"},
         {"queryUserTableByUserName", Shape::Record,
-         "SELECT id, username FROM user WHERE username = :username"},
+         "SELECT id, username FROM user WHERE username = :username AND company_id = :caller_company"},
         {"queryCompanyTableByCompanyID", Shape::Record,
-         "SELECT id, companyno FROM company WHERE id = :company_id"},
+         "SELECT id, companyno FROM company WHERE id = :company_id AND id = :caller_company"},
         {"queryNationalAreaByAreaID", Shape::List,
          "SELECT area_id, area_name FROM national_area WHERE area_id = :area_id OR parent_id = :area_id"
          " ORDER BY area_id <> :area_id, area_id"},

@@ -50,6 +50,7 @@ void LedgerService::ask(const Operation& operation, const Method& method, const 
 {
     ConnectionPool::Lease connection(m_Pool);
     Query& query = connection->query(operation, method);
+    const Read read(*connection);
     query.answer(request, response, query.asksForCaller() ? connection->requireUser(token).companyId : 0);
 }
 

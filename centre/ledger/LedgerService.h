@@ -10,8 +10,8 @@
 
 namespace centre {
 
-/// The catalogue service: answers an operation by its query, or makes its change. Every user may read all
-/// records; a record that a user changes must belong to the user's company.
+/// The catalogue service: answers an operation by its query, or makes its change. A user reads and changes
+/// the records of the user's company; those of others do not exist for the user.
 class LedgerService : public ledgerserver::LedgerServices
 {
 public:

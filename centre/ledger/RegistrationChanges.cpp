@@ -38,7 +38,9 @@ public:
         const RecordTexts texts = parseAssignments(assignments);
         const std::uint32_t id = m_Writer.add(m_Kind, texts);
         // The texts are well formed by now; the new row shows whose it would be.
-        requireOwn(m_Caller.connection, m_Caller.user, m_Kind.number, id);
+        if (!isOwn(m_Caller.connection, m_Caller.user, m_Kind.number, id))
+            throw refusal("the record would belong to another company than user " + m_Caller.user.name +
+                          "'s");
         for (const auto& [key, text] : texts)
             if (key == "mainFileID" && !text.empty())
                 requireOwn(m_Caller.connection, m_Caller.user, DATA_TYPE_FILE,

@@ -2,6 +2,7 @@
 
 #include "centre/base/Date.h"
 #include "centre/base/Text.h"
+#include "centre/store/Ownership.h"
 #include "centre/store/RecordKinds.h"
 #include "ledgerserver.pb.h"
 
@@ -58,7 +59,8 @@ std::string isHit(const RecordKind& kind)
 {
     return kind.name + "." + kind.idColumn() + " IN (" + inBounds(kind) + "UNION ALL " +
            withoutBounds(kind, ":type_id") + ") AND +type_id = :type_id AND " + kMatches +
-           "AND EXISTS (SELECT 1 " + kTypes + "WHERE type.type_id = :type_id AND " + kNamesMatch + ") ";
+           "AND EXISTS (SELECT 1 " + kTypes + "WHERE type.type_id = :type_id AND " + kNamesMatch + ") AND " +
+           readable("type", ":type_id");
 }
 
 /// Searches the bounds once for all types, and an index of the types once for each type.
@@ -74,8 +76,8 @@ std::string searchOfTypes()
                          " ON " + kind.idColumn() + " = place.id WHERE " + kMatches;
         byIndex += " OR EXISTS (" + withoutBounds(kind, "type.type_id") + ")";
     }
-    return "SELECT type.type_id, project_id, project_name, data_type, type_text " + kTypes +
-           "WHERE company_id = :company_id AND " + kNamesMatch +
+    return "SELECT type.type_id, project_id, project_name, data_type, type_text " + kTypes + "WHERE " +
+           readableOfCompany("project") + "AND " + kNamesMatch +
            "AND (coalesce(:sentype, :start_date, :use_bounds) IS NULL OR type.type_id IN (" + inBoundsOfAny +
            ")" + byIndex + ") ORDER BY type.type_id";
 }

@@ -25,7 +25,7 @@ struct ServeOptions : ListenOptions
 };
 
 /// A development centre: serves one data folder until it is stopped or destroyed.
-/// Every user of the folder may call; the calls' parameters say which records they read.
+/// Every user of the folder may call, and reads the records of the user's company.
 class Centre
 {
 public:

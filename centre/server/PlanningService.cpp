@@ -1,6 +1,8 @@
 #include "centre/server/PlanningService.h"
 
+#include "centre/store/Ownership.h"
 #include "centre/store/ResetAtEnd.h"
+#include "lumo/components/wirecall/RpcServer.h"
 
 #include <iostream>
 
@@ -8,22 +10,26 @@ namespace centre {
 
 namespace {
 
-constexpr char kCompany[] = "SELECT id FROM company WHERE companyno = ?";
-constexpr char kBoxes[] = "SELECT code, address FROM box"
-                          " WHERE code IN (SELECT kesta_code FROM disk WHERE company_id = ?)"
-                          " OR code IN (SELECT kesta_code FROM version) ORDER BY code";
-constexpr char kAddress[] = "SELECT address FROM box WHERE code = ?";
+constexpr char kCompany[] = "SELECT companyno FROM company WHERE id = ?";
 
-Result listBoxes(Connection& connection, const std::string& companyNo, Tavrel::GetKestaListRsp& response)
+/// Selects the boxes that hold a disk that the caller's company may read, or a version.
+const std::string kBoxes =
+    "SELECT code, address FROM box WHERE (code IN (SELECT kesta_code FROM disk WHERE " + readableRow("disk") +
+    ") OR code IN (SELECT kesta_code FROM version)) ";
+const std::string kList = kBoxes + "ORDER BY code";
+const std::string kBox = kBoxes + "AND code = :code";
+
+Result listBoxes(Connection& connection, const User& user, const std::string& companyNo,
+                 Tavrel::GetKestaListRsp& response)
 {
     SQLite::Statement& company = connection.statement(kCompany);
     const ResetAtEnd resetCompany(company);
-    SQLite::bind(company, companyNo);
-    if (!company.executeStep())
+    SQLite::bind(company, user.companyId);
+    if (!company.executeStep() || company.getColumn(0).getString() != companyNo)
         return kNothingFound;
-    SQLite::Statement& boxes = connection.statement(kBoxes);
+    SQLite::Statement& boxes = connection.statement(kList.c_str());
     const ResetAtEnd resetBoxes(boxes);
-    SQLite::bind(boxes, company.getColumn(0).getUInt());
+    SQLite::bind(boxes, user.companyId);
     while (boxes.executeStep()) {
         Tavrel::KestaBox& box = *response.add_boxlist()->mutable_box();
         box.set_box_key(boxes.getColumn(0).getString());
@@ -32,24 +38,28 @@ Result listBoxes(Connection& connection, const std::string& companyNo, Tavrel::G
     return kDone;
 }
 
-Result findBox(Connection& connection, const std::string& code, Tavrel::GetKestaInfoRsp& response)
+Result findBox(Connection& connection, const User& user, const std::string& code,
+               Tavrel::GetKestaInfoRsp& response)
 {
-    SQLite::Statement& address = connection.statement(kAddress);
-    const ResetAtEnd resetAtEnd(address);
-    SQLite::bind(address, code);
-    if (!address.executeStep())
+    SQLite::Statement& box = connection.statement(kBox.c_str());
+    const ResetAtEnd resetAtEnd(box);
+    SQLite::bind(box, user.companyId, code);
+    if (!box.executeStep())
         return kNothingFound;
-    response.mutable_info()->set_address(address.getColumn(0).getString());
+    response.mutable_info()->set_address(box.getColumn(1).getString());
     return kDone;
 }
 
 template <class Response>
-void answer(ConnectionPool& pool, Result (*find)(Connection&, const std::string&, Response&),
+void answer(ConnectionPool& pool, google::protobuf::RpcController& call,
+            Result (*find)(Connection&, const User&, const std::string&, Response&),
             const std::string& wanted, Response& response, google::protobuf::Closure& done)
 {
     try {
         ConnectionPool::Lease connection(pool);
-        response.mutable_status()->set_status_code(find(*connection, wanted, response));
+        const Read read(*connection);
+        const User user = connection->requireUser(static_cast<wirecall::ServerCall&>(call).token());
+        response.mutable_status()->set_status_code(find(*connection, user, wanted, response));
     } catch (const std::exception& exception) {
         std::cerr << "lumo-centre: storage boxes: " + std::string(exception.what()) + "\n";
         response.Clear();
@@ -60,17 +70,18 @@ void answer(ConnectionPool& pool, Result (*find)(Connection&, const std::string&
 
 } // namespace
 
-void PlanningService::getKestaList(google::protobuf::RpcController*, const Tavrel::GetKestaListReq* request,
-                                   Tavrel::GetKestaListRsp* response, google::protobuf::Closure* done)
+void PlanningService::getKestaList(google::protobuf::RpcController* call,
+                                   const Tavrel::GetKestaListReq* request, Tavrel::GetKestaListRsp* response,
+                                   google::protobuf::Closure* done)
 {
-    answer(m_Pool, listBoxes, request->commoncode(), *response, *done);
+    answer(m_Pool, *call, listBoxes, request->commoncode(), *response, *done);
 }
 
-void PlanningService::getKestaInfo(google::protobuf::RpcController*,
+void PlanningService::getKestaInfo(google::protobuf::RpcController* call,
                                    const Tavrel::CommonCodeSingleReq* request,
                                    Tavrel::GetKestaInfoRsp* response, google::protobuf::Closure* done)
 {
-    answer(m_Pool, findBox, request->code(), *response, *done);
+    answer(m_Pool, *call, findBox, request->code(), *response, *done);
 }
 
 } // namespace centre

@@ -12,10 +12,12 @@ class PlanningService : public Tavrel::TavrelServer
 public:
     explicit PlanningService(ConnectionPool& pool) : m_Pool(pool) {}
 
-    /// Lists the codes and addresses of the boxes that hold a disk of the company or a version.
+    /// Lists the codes and addresses of the boxes that hold a disk that the caller may read, or a version.
+    /// The company must be the caller's.
     void getKestaList(google::protobuf::RpcController* controller, const Tavrel::GetKestaListReq* request,
                       Tavrel::GetKestaListRsp* response, google::protobuf::Closure* done) override;
 
+    /// Finds one of these boxes.
     void getKestaInfo(google::protobuf::RpcController* controller, const Tavrel::CommonCodeSingleReq* request,
                       Tavrel::GetKestaInfoRsp* response, google::protobuf::Closure* done) override;
 

@@ -11,6 +11,50 @@ namespace centre {
 
 namespace {
 
+/// The way from a record to the disk or project that it is part of.
+struct Chain
+{
+    std::string from;    ///< the tables, joined
+    std::string id;      ///< the record's identifier
+    std::string company; ///< the company that owns the disk or project
+};
+
+/// A table with the column that refers to the table above it.
+struct Step
+{
+    std::string idColumn;
+    std::string above; ///< "company" ends the way
+    std::string toAbove;
+};
+
+Step stepFrom(const std::string& table)
+{
+    if (table == "disk")
+        return {"id", "company", "company_id"};
+    if (table == "folder")
+        return {"id", "disk", "disk_id"};
+    if (table == "file")
+        return {"id", "folder", "parent_id"};
+    const RecordKind& kind = *findKind(table);
+    return {kind.idColumn(), kind.owner().references, kind.owner().name};
+}
+
+Chain chainFrom(const std::string& table)
+{
+    Step step = stepFrom(table);
+    std::string alias = "owned_" + table; // differs from the names of the query that the chain is part of
+    Chain chain{table + " AS " + alias, alias + "." + step.idColumn, ""};
+    while (step.above != "company") {
+        const std::string below = alias + "." + step.toAbove;
+        alias = "owned_" + step.above;
+        chain.from += " JOIN " + step.above + " AS " + alias;
+        step = stepFrom(step.above);
+        chain.from += " ON " + alias + "." + step.idColumn + " = " + below;
+    }
+    chain.company = alias + "." + step.toAbove;
+    return chain;
+}
+
 struct Owned
 {
     std::string name;
@@ -19,42 +63,57 @@ struct Owned
 
 std::map<int, Owned> ownedKinds()
 {
-    const std::string select = "SELECT company_id FROM ";
     std::map<int, Owned> kinds = {
-        {DATA_TYPE_DISK, {"disk", select + "disk WHERE id = :id"}},
-        {DATA_TYPE_FOLDER,
-         {"folder", select + "folder JOIN disk ON disk.id = disk_id WHERE folder.id = :id"}},
-        {DATA_TYPE_FILE,
-         {"file", select + "file JOIN folder ON folder.id = file.parent_id JOIN disk ON disk.id = disk_id"
-                           " WHERE file.id = :id"}},
-    };
-    for (const RecordKind& kind : recordKinds()) {
-        std::string from = kind.name;
-        const Column* owner = &kind.owner();
-        for (; owner->references != "company"; owner = &findKind(owner->references)->owner())
-            from += " JOIN " + owner->references + " USING (" + owner->name + ")";
-        kinds[kind.number] = {kind.name, select + from + " WHERE " + kind.idColumn() + " = :id"};
+        {DATA_TYPE_DISK, {"disk", ""}}, {DATA_TYPE_FOLDER, {"folder", ""}}, {DATA_TYPE_FILE, {"file", ""}}};
+    for (const RecordKind& kind : recordKinds())
+        kinds[kind.number].name = kind.name;
+    for (auto& [number, owned] : kinds) {
+        const Chain chain = chainFrom(owned.name);
+        owned.company = "SELECT " + chain.company + " FROM " + chain.from + " WHERE " + chain.id + " = :id";
     }
     return kinds;
 }
 
-} // namespace
-
-void requireOwn(Connection& connection, const User& user, int type, std::uint32_t id)
+const Owned& ownedKind(int type)
 {
     static const std::map<int, Owned> kinds = ownedKinds();
     const auto kind = kinds.find(type);
     if (kind == kinds.end())
         throw refusal("there are no records of data type " + std::to_string(type));
-    const Owned& owned = kind->second;
-    SQLite::Statement& company = connection.statement(owned.company.c_str());
+    return kind->second;
+}
+
+} // namespace
+
+std::string readable(const std::string& table, const std::string& id)
+{
+    const Chain chain = chainFrom(table);
+    return "EXISTS (SELECT 1 FROM " + chain.from + " WHERE " + chain.id + " = " + id + " AND " +
+           chain.company + " = :caller_company) ";
+}
+
+std::string readableRow(const std::string& table)
+{
+    return table + ".company_id = :caller_company ";
+}
+
+std::string readableOfCompany(const std::string& table)
+{
+    return table + ".company_id = :company_id AND " + readableRow(table);
+}
+
+bool isOwn(Connection& connection, const User& user, int type, std::uint32_t id)
+{
+    SQLite::Statement& company = connection.statement(ownedKind(type).company.c_str());
     const ResetAtEnd resetAtEnd(company);
     company.bind(1, id);
-    if (!company.executeStep())
-        throw refusal("there is no " + owned.name + " " + std::to_string(id));
-    if (company.getColumn(0).getUInt() != user.companyId)
-        throw refusal(owned.name + " " + std::to_string(id) + " does not belong to the company of user " +
-                      user.name);
+    return company.executeStep() && company.getColumn(0).getUInt() == user.companyId;
+}
+
+void requireOwn(Connection& connection, const User& user, int type, std::uint32_t id)
+{
+    if (!isOwn(connection, user, type, id))
+        throw refusal("there is no " + ownedKind(type).name + " " + std::to_string(id));
 }
 
 void requireWriter(const User& user)

@@ -44,12 +44,12 @@ const struct
     const char* request;
     const char* answer;
 } kRecords[] = {
-    {1, "queryUserTableByUserName", "username: 'guest'", "id: 2"},
-    {1, "queryCompanyTableByCompanyNo", "companyno: 'OTHER'", "id: 2"},
+    {1, "queryUserTableByUserName", "username: 'demo'", "id: 1"},
+    {1, "queryCompanyTableByCompanyNo", "companyno: 'LUMO'", "id: 1"},
     {1, "getFileFullPath", "file_id: 3", "full_path: \"/tmp/disk/影像/2024/b\\'s.tif\" kesta_code: \"B1\""},
     {1, "getKestaInfo", "code: 'B1'", "address: \"127.0.0.1:7001\""},
-    {1, "queryFileTableByProjectIDAndCommentIdTotal", "project_id: 1 comment_id: 3", "total: 1"},
-    {1, "querySrcTableByProjectIDAndCommentIdTotal", "project_id: 1 comment_id: 3", "total: 1"},
+    {3, "queryFileTableByProjectIDAndCommentIdTotal", "project_id: 1 comment_id: 3", "total: 1"},
+    {3, "querySrcTableByProjectIDAndCommentIdTotal", "project_id: 1 comment_id: 3", "total: 1"},
     {1, "querySrcTableByProjectIDAndCommentIdTotal", "project_id: 1 comment_id: 7", "total: 0"},
     {2, "checkNewVersion", "programno: 'viewer'", "version_text_2: \"1.10\""},
     {2, "queryNationalAreaByAreaID", "area_id: 1", "area_name: \"华北\""},
