@@ -6,12 +6,15 @@
 #include "components/bulkhaul/files/Folder.h"
 
 #include <climits>
+#include <utility>
 
 namespace centre {
 
 using bulkhaul::FileFailure;
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
 
 std::string joined(const std::string& path, const std::string& below)
 {
@@ -41,31 +44,60 @@ BoxCatalogue::Place Admission::placeOf(const std::string& below) const
     return {place.root, joined(place.below, below)};
 }
 
-Admission Admissions::admit(const std::string& token, const haulbox::Carried& carried,
-                            const std::string& path, BoxCatalogue::Use use)
+BoxCatalogue::Place Admissions::ask(const Admission& admission)
 {
     std::string reason;
-    auto place = m_Catalogue.admit(token, carried, path, use, reason);
+    auto place = m_Catalogue.admit(admission.token, admission.carried, admission.path, admission.use, reason);
     if (!place)
         throw FileFailure(haulbox::REFUSED, reason);
-    return {path, std::move(*place), use};
+    return std::move(*place);
 }
 
-std::string Admissions::keep(const std::string& token, Admission admission)
+Admissions::Pointer Admissions::admit(const std::string& token, const haulbox::Carried& carried,
+                                      const std::string& path, BoxCatalogue::Use use)
+{
+    auto admission = std::make_shared<Admission>();
+    admission->path = path;
+    admission->use = use;
+    admission->token = token;
+    admission->carried = carried;
+    admission->asked = Clock::now();
+    admission->place = ask(*admission);
+    return admission;
+}
+
+std::string Admissions::keep(const std::string& token, Pointer admission)
 {
     const std::lock_guard<std::mutex> lock(m_Mutex);
     Handles<const Admission>::Ended ended;
-    return m_Transfers.add(token, std::make_shared<const Admission>(std::move(admission)), ended);
+    return m_Transfers.add(token, std::move(admission), ended);
 }
 
-std::shared_ptr<const Admission> Admissions::find(const std::string& token, const std::string& transfer,
-                                                  BoxCatalogue::Use use)
+Admissions::Pointer Admissions::find(const std::string& token, const std::string& transfer,
+                                     BoxCatalogue::Use use)
 {
-    const std::lock_guard<std::mutex> lock(m_Mutex);
-    auto admission = m_Transfers.find(transfer, token);
+    Pointer admission;
+    {
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        admission = m_Transfers.find(transfer, token);
+    }
     if (!admission || admission->use != use)
         throw FileFailure(haulbox::ENDED, "the box does not know this transfer any more");
+    requireStill(*admission);
     return admission;
+}
+
+void Admissions::requireStill(const Admission& admission)
+{
+    const Clock::time_point now = Clock::now();
+    {
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        if (now - admission.asked < m_Pause)
+            return;
+    }
+    ask(admission);
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    admission.asked = now;
 }
 
 } // namespace centre

@@ -3,7 +3,9 @@
 
 #include "centre/box/BoxCatalogue.h"
 #include "centre/box/Handles.h"
+#include "haulbox.pb.h"
 
+#include <chrono>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -15,7 +17,10 @@ struct Admission
 {
     std::string path; ///< on the box
     BoxCatalogue::Place place;
-    BoxCatalogue::Use use;
+    BoxCatalogue::Use use = BoxCatalogue::Use::Read;
+    std::string token;                                   ///< of the user
+    haulbox::Carried carried;                            ///< with the request
+    mutable std::chrono::steady_clock::time_point asked; ///< when the catalogue was asked last
 
     /// Returns the place of `below`, a path below this one or empty. Throws FileFailure (UNSAFE_NAME) for a
     /// path that is not valid, and REFUSED for one that may not be written.
@@ -24,28 +29,40 @@ struct Admission
     std::string pathOf(const std::string& below) const;
 };
 
-/// Admits transfers, each once, and knows them by their handles from then on. Safe from any thread; functions
-/// throw FileFailure.
+/// Admits transfers and knows them by their handles from then on. Safe from any thread; functions throw
+/// FileFailure.
 class Admissions
 {
 public:
-    /// The catalogue must outlive the object.
-    explicit Admissions(BoxCatalogue& catalogue) : m_Catalogue(catalogue) {}
+    typedef std::shared_ptr<const Admission> Pointer;
+    typedef std::chrono::milliseconds Pause;
+
+    /// The catalogue must outlive the object. It is asked about a transfer again when `pause` has passed.
+    explicit Admissions(BoxCatalogue& catalogue, Pause pause = Pause(500))
+        : m_Catalogue(catalogue), m_Pause(pause)
+    {
+    }
 
     /// Asks the catalogue. Throws REFUSED.
-    Admission admit(const std::string& token, const haulbox::Carried& carried, const std::string& path,
-                    BoxCatalogue::Use use);
+    Pointer admit(const std::string& token, const haulbox::Carried& carried, const std::string& path,
+                  BoxCatalogue::Use use);
     /// Keeps an admission and returns its handle.
-    std::string keep(const std::string& token, Admission admission);
-    /// Returns a kept admission. Throws ENDED unless it is one of that user for that use.
-    std::shared_ptr<const Admission> find(const std::string& token, const std::string& transfer,
-                                          BoxCatalogue::Use use);
+    std::string keep(const std::string& token, Pointer admission);
+    /// Returns a kept admission. Throws ENDED unless it is one of that user for that use, and what
+    /// requireStill throws.
+    Pointer find(const std::string& token, const std::string& transfer, BoxCatalogue::Use use);
+    /// Throws REFUSED if the user may do that no longer. Asks the catalogue when the pause has passed since
+    /// it was asked last, so that a token, a role or a grant that was taken away ends transfers under way.
+    void requireStill(const Admission& admission);
 
 private:
     static constexpr std::size_t kTransfersOfUser = 1024;
 
+    BoxCatalogue::Place ask(const Admission& admission);
+
     BoxCatalogue& m_Catalogue;
-    std::mutex m_Mutex;
+    const Pause m_Pause;
+    std::mutex m_Mutex; ///< also of each `asked`
     Handles<const Admission> m_Transfers{kTransfersOfUser};
 };
 

@@ -34,19 +34,19 @@ std::string cacheKey(const Folder& folder, const std::string& version)
 
 void Downloads::open(const std::string& token, const haulbox::OpenReq& request, haulbox::OpenRsp& response)
 {
-    Admission admission = m_Admissions.admit(token, request.carried(), request.path(), kRead);
-    const Located located = locate(admission.placeOf(std::string()));
+    const auto admission = m_Admissions.admit(token, request.carried(), request.path(), kRead);
+    const Located located = locate(admission->placeOf(std::string()));
     struct stat status;
     if (located.name.empty() || (located.folder.find(located.name, status) && S_ISDIR(status.st_mode))) {
         response.set_folder(true);
-        response.set_transfer(m_Admissions.keep(token, std::move(admission)));
+        response.set_transfer(m_Admissions.keep(token, admission));
         return;
     }
     const SourceFile file(located.folder, located.name);
     response.set_size(file.size());
     response.set_version(file.version());
     if (file.size() > kChunkSize) {
-        response.set_transfer(m_Admissions.keep(token, std::move(admission)));
+        response.set_transfer(m_Admissions.keep(token, admission));
         return;
     }
     file.read(0, *response.mutable_data());
@@ -166,6 +166,7 @@ public:
 private:
     void fill(std::uint64_t chunk, wirecall::OutgoingBuffer& data)
     {
+        m_Downloads.m_Admissions.requireStill(*m_Admission);
         m_Downloads.m_Faults.passMessage("read", m_Call);
         data = wirecall::OutgoingBuffer(chunkLength(m_Source.file.size(), chunk));
         m_Source.file.read(chunk, data.data());

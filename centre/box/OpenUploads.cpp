@@ -24,12 +24,12 @@ void closeAll(const std::vector<std::shared_ptr<Upload>>& uploads)
 
 } // namespace
 
-std::string OpenUploads::begin(const std::string& token, const std::string& path, std::uint64_t size,
-                               std::uint64_t& otherBytes,
+std::string OpenUploads::begin(const std::string& token, const Admissions::Pointer& admission,
+                               const std::string& path, std::uint64_t size, std::uint64_t& otherBytes,
                                const std::function<std::unique_ptr<bulkhaul::IncomingFile>()>& open)
 {
     // In the list before its file is open, so that of two begins at once one finds the other.
-    const auto upload = std::make_shared<Upload>(path, size);
+    const auto upload = std::make_shared<Upload>(admission, path, size);
     std::string handle;
     Ended ended;
     {

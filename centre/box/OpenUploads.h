@@ -1,6 +1,7 @@
 #ifndef LUMO_CENTRE_BOX_OPENUPLOADS_H
 #define LUMO_CENTRE_BOX_OPENUPLOADS_H
 
+#include "centre/box/Admissions.h"
 #include "centre/box/Handles.h"
 #include "components/bulkhaul/files/IncomingFile.h"
 
@@ -12,19 +13,22 @@
 #include <mutex>
 #include <shared_mutex>
 #include <string>
+#include <utility>
 
 namespace centre {
 
 /// One large file on its way into a box.
 struct Upload
 {
-    Upload(const std::string& pathOnBox, std::uint64_t fileSize) : path(pathOnBox), size(fileSize) {}
+    Upload(Admissions::Pointer admitted, std::string pathOnBox, std::uint64_t fileSize)
+        : admission(std::move(admitted)), path(std::move(pathOnBox)), size(fileSize)
+    {
+    }
 
+    const Admissions::Pointer admission;   ///< of the file or a folder that it is in: in use, so not idle
     const std::string path;                ///< on the box
     const std::uint64_t size;              ///< of the whole file, in bytes
     std::atomic<std::uint64_t> arrived{0}; ///< bytes that were written or compared
-
-    std::shared_ptr<const void> transfer; ///< of the folder that the file is in: in use, so not idle
 
     std::shared_mutex inUse;                      ///< shared by calls, exclusive when it is given up
     std::unique_ptr<bulkhaul::IncomingFile> file; ///< empty once it is given up
@@ -42,8 +46,8 @@ public:
     /// Begins an upload to `path` and returns its handle. Gives up an earlier upload to that path, whose
     /// partial file stays for the next. If that one is busy, throws BUSY and sets `otherBytes` to how far it
     /// is.
-    std::string begin(const std::string& token, const std::string& path, std::uint64_t size,
-                      std::uint64_t& otherBytes,
+    std::string begin(const std::string& token, const Admissions::Pointer& admission, const std::string& path,
+                      std::uint64_t size, std::uint64_t& otherBytes,
                       const std::function<std::unique_ptr<bulkhaul::IncomingFile>()>& open);
 
     /// Returns the upload, which is busy as long as the caller keeps the pointer. Throws ENDED if it is not

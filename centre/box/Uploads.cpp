@@ -27,18 +27,18 @@ void requireName(const std::string& name)
 } // namespace
 
 template <class Request>
-Admission Uploads::admissionOf(const std::string& token, const Request& request)
+Admissions::Pointer Uploads::admissionOf(const std::string& token, const Request& request)
 {
     if (request.has_transfer())
-        return *m_Admissions.find(token, request.transfer(), kWrite);
+        return m_Admissions.find(token, request.transfer(), kWrite);
     return m_Admissions.admit(token, request.carried(), request.path(), kWrite);
 }
 
 void Uploads::begin(const std::string& token, const haulbox::BeginReq& request, haulbox::BeginRsp& response)
 {
-    const Admission admission = admissionOf(token, request);
-    const std::string path = admission.pathOf(request.below());
-    Located located = locate(admission.placeOf(request.below()), Folder::Missing::MakeFlushed);
+    const auto admission = admissionOf(token, request);
+    const std::string path = admission->pathOf(request.below());
+    Located located = locate(admission->placeOf(request.below()), Folder::Missing::MakeFlushed);
     requireName(located.name);
     if (request.keep_existing() && isFileOrLink(located.folder, located.name)) {
         m_Catalogue.record({{path, false}});
@@ -54,10 +54,7 @@ void Uploads::begin(const std::string& token, const haulbox::BeginReq& request, 
         return file;
     };
     try {
-        response.set_upload(m_Open.begin(token, path, request.size(), otherBytes, open));
-        if (request.has_transfer())
-            m_Open.find(response.upload(), token)->transfer =
-                m_Admissions.find(token, request.transfer(), kWrite);
+        response.set_upload(m_Open.begin(token, admission, path, request.size(), otherBytes, open));
     } catch (const FileFailure&) {
         response.set_other_bytes(otherBytes);
         throw;
@@ -68,6 +65,7 @@ void Uploads::digests(const std::string& token, const haulbox::DigestsReq& reque
                       haulbox::DigestsRsp& response)
 {
     m_Open.use(request.upload(), token, [&](Upload& upload) {
+        m_Admissions.requireStill(*upload.admission);
         requireChunks(request.first_chunk(), request.chunks(), kMostDigests, upload.file->foundSize());
         for (std::uint32_t i = 0; i < request.chunks(); ++i) {
             const std::uint64_t chunk = request.first_chunk() + i;
@@ -105,6 +103,7 @@ public:
 private:
     void write(const Pieces& arrived)
     {
+        m_Uploads.m_Admissions.requireStill(*m_Upload->admission);
         m_Uploads.m_Faults.passMessage("write", m_Call);
         if (++m_Chunks > kMostChunksInStream)
             throw FileFailure(haulbox::FAILED, "too many chunks in one stream");
@@ -141,6 +140,7 @@ void Uploads::finish(const std::string& token, const haulbox::FinishReq& request
                      haulbox::FinishRsp& response)
 {
     m_Open.finish(request.upload(), token, [&](Upload& upload) {
+        m_Admissions.requireStill(*upload.admission);
         if (!isDigest(request.digest(), upload.file->wholeDigest()))
             throw FileFailure(haulbox::CORRUPTED,
                               upload.path + ": as a whole, what arrived is not what was sent");
@@ -154,10 +154,10 @@ void Uploads::store(const std::string& token, const haulbox::StoreReq& request, 
 {
     if (request.items_size() > kLargestBatch)
         throw FileFailure(haulbox::FAILED, "too many files at once");
-    Admission admission = admissionOf(token, request);
+    const auto admission = admissionOf(token, request);
     for (const haulbox::Item& item : request.items())
-        admission.placeOf(item.below()); // throws for one that is not valid, before anything is made
-    const Located target = locate(admission.placeOf(std::string()), Folder::Missing::MakeFlushed);
+        admission->placeOf(item.below()); // throws for one that is not valid, before anything is made
+    const Located target = locate(admission->placeOf(std::string()), Folder::Missing::MakeFlushed);
     if (request.items_size() > 0 && request.items(0).below().empty()) {
         struct stat status;
         response.set_existed(target.name.empty() || target.folder.find(target.name, status));
@@ -167,8 +167,8 @@ void Uploads::store(const std::string& token, const haulbox::StoreReq& request, 
     std::vector<BoxCatalogue::Entry> entries;
     for (int i = 0; i < request.items_size(); ++i) {
         const haulbox::Item& item = request.items(i);
-        if (storeItem(admission, target, item, files, response))
-            entries.push_back({admission.pathOf(item.below()), item.folder()});
+        if (storeItem(*admission, target, item, files, response))
+            entries.push_back({admission->pathOf(item.below()), item.folder()});
         else
             response.add_wanted(static_cast<std::uint32_t>(i));
     }
@@ -176,7 +176,7 @@ void Uploads::store(const std::string& token, const haulbox::StoreReq& request, 
     m_Catalogue.record(entries);
     if (!request.has_transfer() && !entries.empty() && entries.front().folder &&
         request.items(0).below().empty())
-        response.set_transfer(m_Admissions.keep(token, std::move(admission)));
+        response.set_transfer(m_Admissions.keep(token, admission));
 }
 
 /// Returns false if the box needs the item's data.

@@ -38,7 +38,7 @@ private:
 
     /// Of a request that has either a transfer's handle or message and path.
     template <class Request>
-    Admission admissionOf(const std::string& token, const Request& request);
+    Admissions::Pointer admissionOf(const std::string& token, const Request& request);
     bool storeItem(const Admission& admission, const Located& target, const haulbox::Item& item,
                    bulkhaul::IncomingSmallFiles& files, haulbox::StoreRsp& response);
 

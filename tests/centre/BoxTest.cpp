@@ -1,5 +1,7 @@
 #include "centre/box/Box.h"
 #include "centre/box/DataFolderCatalogue.h"
+#include "centre/box/Downloads.h"
+#include "centre/box/Uploads.h"
 #include "centre/content/Version.h"
 #include "components/bulkhaul/files/FileFailure.h"
 #include "kestaserver.pb.h"
@@ -308,6 +310,54 @@ TEST_F(ServedBox, AndItsCentreSpeakTlsAlone)
     EXPECT_EQ(fetch(""), bulkhaul::kNoConnection);
     EXPECT_EQ(fetch(certificate.certificate()), bulkhaul::kDone);
     EXPECT_EQ(readFile(m_Data.below("here")), "content");
+}
+
+TEST_F(ServedBox, EndsTransfersUnderWayWithTheRightToThem)
+{
+    m_Data.makeFile("tree/large", std::string(std::size_t(3) * 1024 * 1024, 'x'));
+    centre::ConnectionPool pool(m_Data.path());
+    centre::DataFolderCatalogue catalogue(pool, "B1");
+    centre::Admissions admissions(catalogue, centre::Admissions::Pause(0));
+    centre::Faults switches;
+    centre::BoxFaults faults(switches);
+    centre::Downloads downloads(admissions, faults);
+    centre::Uploads uploads(admissions, catalogue, faults, centre::OpenUploads::Pause(0));
+
+    haulbox::OpenReq open;
+    *open.mutable_carried() = download("demo");
+    open.set_path(root + "/large");
+    haulbox::OpenRsp opened;
+    downloads.open(m_Data.token(), open, opened);
+    haulbox::RunReq run;
+    run.set_transfer(opened.transfer());
+    run.set_version(opened.version());
+    run.set_chunks(3);
+    wirecall::RpcController call;
+    haulbox::Chunk chunk;
+    wirecall::OutgoingBuffer data;
+    const auto stream = downloads.read(&call, m_Data.token(), run, chunk);
+    EXPECT_TRUE(stream->next(data));
+    EXPECT_EQ(chunk.status(), haulbox::DONE);
+    haulbox::BeginReq begin;
+    *begin.mutable_carried() = upload("demo");
+    begin.set_path(root + "/new");
+    begin.set_size(9);
+    haulbox::BeginRsp begun;
+    uploads.begin(m_Data.token(), begin, begun);
+
+    m_Store.database().exec("DELETE FROM user");
+    stream->next(data);
+    EXPECT_EQ(chunk.status(), haulbox::REFUSED);
+    EXPECT_EQ(chunk.reason(), centre::kUnknownToken);
+    haulbox::FinishReq finish;
+    finish.set_upload(begun.upload());
+    haulbox::FinishRsp finished;
+    try {
+        uploads.finish(m_Data.token(), finish, finished);
+        ADD_FAILURE() << "finished";
+    } catch (const bulkhaul::FileFailure& failure) {
+        EXPECT_EQ(failure.status(), haulbox::REFUSED);
+    }
 }
 
 TEST_F(ServedBox, AnUploadOutlivesAFileSizeLimitAndAKilledBox)
