@@ -2,13 +2,11 @@
 
 #include "centre/base/Path.h"
 #include "centre/base/Text.h"
-#include "centre/store/ResetAtEnd.h"
+#include "centre/database/Statement.h"
 #include "centre/store/ServedRoot.h"
 #include "components/bulkhaul/files/FileFailure.h"
 #include "haulbox.pb.h"
 #include "kestaserver.pb.h"
-
-#include <sqlite3.h>
 
 #include <unordered_map>
 
@@ -59,12 +57,12 @@ bool holds(Connection& connection, std::uint32_t folderId, const User& user, con
 {
     static const std::string query =
         fullPath("SELECT :folder, ''") + " WHERE company_id = :company AND kesta_code = :box";
-    SQLite::Statement& folder = connection.statement(query.c_str());
+    Statement& folder = connection.statement(query.c_str());
     const ResetAtEnd resetAtEnd(folder);
-    SQLite::bind(folder, folderId, user.companyId, boxCode);
-    if (!folder.executeStep())
+    folder.bindAll(folderId, user.companyId, boxCode);
+    if (!folder.step())
         return false;
-    const std::string root = folder.getColumn(0).getString();
+    const std::string root = folder.string(0);
     return path != root && isAtOrBelow(root, path);
 }
 
@@ -85,12 +83,12 @@ bool mayWrite(Connection& connection, const User& user, const Claim& claim, cons
 std::vector<std::string> packagesBelow(Connection& connection, const std::string& boxCode,
                                        const std::string& path)
 {
-    SQLite::Statement& packages = connection.statement(kPackages);
+    Statement& packages = connection.statement(kPackages);
     const ResetAtEnd resetAtEnd(packages);
-    SQLite::bind(packages, boxCode);
+    packages.bindAll(boxCode);
     std::vector<std::string> found;
-    while (packages.executeStep())
-        if (std::string package = packages.getColumn(0).getString(); isAtOrBelow(path, package))
+    while (packages.step())
+        if (std::string package = packages.string(0); isAtOrBelow(path, package))
             found.push_back(std::move(package));
     return found;
 }
@@ -139,12 +137,12 @@ private:
 
     std::vector<Folder> rootsAt(const std::string& path)
     {
-        SQLite::Statement& disks = m_Connection.statement(kDisksAt);
+        Statement& disks = m_Connection.statement(kDisksAt);
         const ResetAtEnd resetAtEnd(disks);
-        SQLite::bind(disks, path, m_BoxCode);
+        disks.bindAll(path, m_BoxCode);
         std::vector<Folder> roots;
-        while (disks.executeStep()) {
-            const std::uint32_t diskId = disks.getColumn(0).getUInt();
+        while (disks.step()) {
+            const std::uint32_t diskId = disks.id(0);
             roots.push_back({diskId, m_Tree.topFolder(diskId).value()});
         }
         return roots;
@@ -192,9 +190,9 @@ std::optional<BoxCatalogue::Place> DataFolderCatalogue::admit(const std::string&
 void DataFolderCatalogue::record(const std::vector<Entry>& entries)
 try {
     registerAll(entries);
-} catch (const SQLite::Exception& exception) {
-    if (exception.getErrorCode() == SQLITE_FULL)
-        throw bulkhaul::FileFailure(haulbox::NO_SPACE, "the catalogue: " + std::string(exception.what()));
+} catch (const DatabaseError& error) {
+    if (error.kind() == DatabaseError::Kind::Full)
+        throw bulkhaul::FileFailure(haulbox::NO_SPACE, "the catalogue: " + std::string(error.what()));
     throw;
 }
 
@@ -202,7 +200,7 @@ void DataFolderCatalogue::registerAll(const std::vector<Entry>& entries)
 {
     const std::lock_guard<std::mutex> lock(m_Pool.changing());
     ConnectionPool::Lease connection(m_Pool);
-    SQLite::Transaction transaction(connection->database(), SQLite::TransactionBehavior::IMMEDIATE);
+    Transaction transaction(connection->database());
     Recorder recorder(*connection, m_BoxCode);
     for (const Entry& entry : entries)
         recorder.add(entry);

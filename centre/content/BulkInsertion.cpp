@@ -6,17 +6,15 @@ namespace centre {
 
 namespace {
 
-// Enough to build the indexes of millions of records without a disk access for each.
-constexpr char kLargeCache[] = "PRAGMA cache_size = -262144"; // KiB
 constexpr std::uint64_t kProgressStep = 10000;
 
 } // namespace
 
-BulkInsertion::BulkInsertion(SQLite::Database& database, const std::function<void(std::uint64_t)>& progress)
+BulkInsertion::BulkInsertion(Database& database, const std::function<void(std::uint64_t)>& progress)
     : m_Database(database), m_Progress(progress), m_Writer(database, Origin::Operator)
 {
-    database.exec(kLargeCache);
-    m_Transaction.emplace(database, SQLite::TransactionBehavior::IMMEDIATE);
+    database.beginBulk();
+    m_Transaction.emplace(database);
 }
 
 std::uint32_t BulkInsertion::add(const RecordKind& kind, const RecordTexts& texts)
@@ -31,8 +29,7 @@ std::uint32_t BulkInsertion::add(const RecordKind& kind, const RecordTexts& text
 RecordCounts BulkInsertion::finish()
 {
     m_Transaction->commit();
-    // While others read, the log stays long; a later checkpoint shortens it.
-    m_Database.tryExec("PRAGMA wal_checkpoint(TRUNCATE)");
+    m_Database.endBulk();
     RecordCounts counts;
     for (const auto& [kind, count] : m_Counts)
         counts[kind->name] = count;

@@ -1,9 +1,8 @@
 #ifndef LUMO_CENTRE_CONTENT_BULKINSERTION_H
 #define LUMO_CENTRE_CONTENT_BULKINSERTION_H
 
+#include "centre/database/Database.h"
 #include "centre/store/RecordWriter.h"
-
-#include <SQLiteCpp/SQLiteCpp.h>
 
 #include <cstdint>
 #include <functional>
@@ -20,16 +19,16 @@ using RecordCounts = std::map<std::string, std::uint64_t>;
 class BulkInsertion
 {
 public:
-    BulkInsertion(SQLite::Database& database, const std::function<void(std::uint64_t)>& progress);
+    BulkInsertion(Database& database, const std::function<void(std::uint64_t)>& progress);
 
     std::uint32_t add(const RecordKind& kind, const RecordTexts& texts);
     /// Commits. No record may be added afterwards.
     RecordCounts finish();
 
 private:
-    SQLite::Database& m_Database;
+    Database& m_Database;
     const std::function<void(std::uint64_t)>& m_Progress;
-    std::optional<SQLite::Transaction> m_Transaction;
+    std::optional<Transaction> m_Transaction;
     RecordWriter m_Writer;
     std::map<const RecordKind*, std::uint64_t> m_Counts;
     std::uint64_t m_Added = 0;

@@ -7,8 +7,6 @@
 #include "centre/store/Store.h"
 #include "lumo/components/platform/Utf8.h"
 
-#include <SQLiteCpp/SQLiteCpp.h>
-
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
@@ -134,7 +132,7 @@ private:
     {
         m_Rows = 0;
         m_Begun = std::chrono::steady_clock::now();
-        m_Transaction.emplace(m_Database, SQLite::TransactionBehavior::IMMEDIATE);
+        m_Transaction.emplace(m_Database);
     }
 
     void countRow()
@@ -146,11 +144,11 @@ private:
         begin();
     }
 
-    SQLite::Database& m_Database;
+    Database& m_Database;
     ImportReport& m_Report;
     const std::function<void(const std::string&)>& m_Problem;
     StorageTree m_Tree;
-    std::optional<SQLite::Transaction> m_Transaction;
+    std::optional<Transaction> m_Transaction;
     std::vector<Folder> m_Pending;
     std::uint32_t m_DiskId = 0;
     int m_Rows = 0;
@@ -175,27 +173,27 @@ std::string absoluteFolder(const std::string& folder)
 std::optional<std::pair<std::uint32_t, std::uint32_t>> findDisk(Store& store, const ImportOptions& options,
                                                                 const std::string& rootPath)
 {
-    SQLite::Statement statement(
-        store.database(), "SELECT disk.id, folder.id, root_path FROM disk"
-                          " JOIN folder ON disk_id = disk.id AND parent_id = 0 AND folder.name = disk.name"
-                          " WHERE company_id = ? AND disk.name = ?");
-    statement.bind(1, store.companyId(options.companyNo));
-    statement.bind(2, options.diskName);
-    if (!statement.executeStep())
+    const auto statement = store.database().prepare(
+        "SELECT disk.id, folder.id, root_path FROM disk"
+        " JOIN folder ON disk_id = disk.id AND parent_id = 0 AND folder.name = disk.name"
+        " WHERE company_id = ? AND disk.name = ?");
+    statement->bind(1, store.companyId(options.companyNo));
+    statement->bind(2, options.diskName);
+    if (!statement->step())
         return std::nullopt;
-    const std::string known = statement.getColumn(2).getString();
+    const std::string known = statement->string(2);
     if (known != rootPath)
         throw Error(ExitCode::Failed, "disk " + options.diskName + " shows " + known + ", not " + rootPath +
                                           "; give another --disk name");
-    return std::make_pair(statement.getColumn(0).getUInt(), statement.getColumn(1).getUInt());
+    return std::make_pair(statement->id(0), statement->id(1));
 }
 
 void setBox(Store& store, std::uint32_t diskId, const std::string& boxCode)
 {
-    SQLite::Statement statement(store.database(), "UPDATE disk SET kesta_code = ? WHERE id = ?");
-    statement.bind(1, boxCode);
-    statement.bind(2, diskId);
-    statement.exec();
+    const auto statement = store.database().prepare("UPDATE disk SET kesta_code = ? WHERE id = ?");
+    statement->bind(1, boxCode);
+    statement->bind(2, diskId);
+    statement->run();
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "centre/content/Sample.h"
 
+#include "centre/content/BulkInsertion.h"
 #include "centre/store/Store.h"
 
 #include <QDate>
@@ -98,9 +99,9 @@ public:
     Sampler(Store& store, std::uint64_t seed, const std::function<void(std::uint64_t)>& progress)
         : m_Draw(seed), m_Insertion(store.database(), progress)
     {
-        SQLite::Statement files(store.database(), "SELECT id FROM file ORDER BY id LIMIT 10000");
-        while (files.executeStep())
-            m_Files.push_back(files.getColumn(0).getString());
+        const auto files = store.database().prepare("SELECT id FROM file ORDER BY id LIMIT 10000");
+        while (files->step())
+            m_Files.push_back(files->string(0));
     }
 
     RecordCounts run(const std::string& companyNo, std::uint32_t images)

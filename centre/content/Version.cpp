@@ -3,13 +3,12 @@
 #include "centre/base/Date.h"
 #include "centre/base/Error.h"
 #include "centre/base/Text.h"
+#include "centre/database/Database.h"
 #include "centre/store/Store.h"
 #include "lumo/components/platform/Utf8.h"
 
 #include <QDate>
 #include <QString>
-#include <SQLiteCpp/SQLiteCpp.h>
-#include <SQLiteCpp/VariadicBind.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -87,13 +86,13 @@ void addVersion(Store& store, const Version& version)
     const std::string& name = version.name.empty() ? version.number : version.name;
     requireName("the name", name);
     const std::string place = versionPlace(version.version);
-    SQLite::Statement statement(
-        store.database(), "INSERT INTO version(kind, number, versionno, name, kesta_code, app_full_path,"
-                          " released, notes, place) VALUES (?, ?, ?, ?, ?, ?, ?, nullif(?, ''), ?)");
-    SQLite::bind(statement, static_cast<int>(version.kind), version.number, version.version, name,
-                 version.boxCode, packagePath(version.path), releaseDate(version.released), version.notes);
-    statement.bind(9, place.data(), static_cast<int>(place.size()));
-    insert(statement,
+    const auto statement = store.database().prepare(
+        "INSERT INTO version(kind, number, versionno, name, kesta_code, app_full_path,"
+        " released, notes, place) VALUES (?, ?, ?, ?, ?, ?, ?, nullif(?, ''), ?)");
+    statement->bindAll(static_cast<int>(version.kind), version.number, version.version, name, version.boxCode,
+                       packagePath(version.path), releaseDate(version.released), version.notes);
+    statement->bindBytes(9, place);
+    insert(*statement,
            "version " + version.version + " of " + version.number + ", or an equal one, exists already");
 }
 

@@ -24,9 +24,9 @@ void HealthService::Check(google::protobuf::RpcController* controller,
     }
     try {
         ConnectionPool::Lease connection(m_Pool);
-        SQLite::Statement& company = connection->statement(kAnyCompany);
+        Statement& company = connection->statement(kAnyCompany);
         const ResetAtEnd resetAtEnd(company);
-        company.executeStep();
+        company.step();
         response->set_status(HealthCheckResponse::SERVING);
     } catch (const std::exception& exception) {
         std::cerr << "lumo-centre: the database can't be read: " + std::string(exception.what()) + "\n";

@@ -3,10 +3,10 @@
 #include "centre/base/Cancellation.h"
 #include "centre/base/Error.h"
 #include "centre/base/Text.h"
+#include "centre/database/Statement.h"
 #include "centre/forge/ImageFile.h"
 #include "centre/forge/StoragePlace.h"
 #include "centre/store/Ownership.h"
-#include "centre/store/ResetAtEnd.h"
 
 #include <utility>
 
@@ -67,12 +67,12 @@ void note(ConnectionPool& pool, const Found& found)
 {
     const std::lock_guard<std::mutex> lock(pool.changing());
     ConnectionPool::Lease connection(pool);
-    SQLite::Transaction transaction(connection->database(), SQLite::TransactionBehavior::IMMEDIATE);
-    SQLite::Statement& note = connection->statement(kNote);
+    Transaction transaction(connection->database());
+    Statement& note = connection->statement(kNote);
     for (const auto& [id, facts] : found) {
         const ResetAtEnd resetAtEnd(note);
-        SQLite::bind(note, formatText(facts), georeferenceText(facts), id);
-        note.exec();
+        note.bindAll(formatText(facts), georeferenceText(facts), id);
+        note.run();
     }
     transaction.commit();
 }

@@ -1,7 +1,7 @@
 #include "centre/forge/SceneFiles.h"
 
+#include "centre/database/Statement.h"
 #include "centre/forge/StoragePlace.h"
-#include "centre/store/ResetAtEnd.h"
 
 #include <unordered_set>
 
@@ -21,7 +21,7 @@ FilePlace placeOf(ConnectionPool& pool, const User& user, std::uint32_t fileId)
 /// Keeps the names of files that are in the folder, once each, without a leading "./".
 void keepThoseIn(Connection& connection, std::uint32_t folderId, std::vector<std::string>& names)
 {
-    SQLite::Statement& beside = connection.statement(kBeside);
+    Statement& beside = connection.statement(kBeside);
     std::vector<std::string> kept;
     std::unordered_set<std::string> known;
     for (std::string& name : names) {
@@ -30,8 +30,8 @@ void keepThoseIn(Connection& connection, std::uint32_t folderId, std::vector<std
         if (!known.insert(name).second)
             continue;
         const ResetAtEnd resetAtEnd(beside);
-        SQLite::bind(beside, folderId, name);
-        if (beside.executeStep())
+        beside.bindAll(folderId, name);
+        if (beside.step())
             kept.push_back(name);
     }
     names = std::move(kept);

@@ -111,7 +111,7 @@ std::uint32_t ServerCopy::makeFolder(const User& user, const forgeserver::Create
         throw refusal("the folder has no name");
     const std::lock_guard<std::mutex> lock(m_Pool.changing());
     ConnectionPool::Lease connection(m_Pool);
-    SQLite::Transaction transaction(connection->database(), SQLite::TransactionBehavior::IMMEDIATE);
+    Transaction transaction(connection->database());
     FolderPlace place =
         placeOfFolder(*connection, user, m_Pool.dataFolder(), request.first_id(), request.second_id());
     const std::uint32_t id = connection->storageTree().makeFolders(place.diskId, place.folderId, names);
@@ -152,7 +152,7 @@ void ServerCopy::copyIn(const User& user, const forgeserver::FileCopyToDbReq& re
 
     const std::lock_guard<std::mutex> lock(m_Pool.changing());
     ConnectionPool::Lease connection(m_Pool);
-    SQLite::Transaction transaction(connection->database(), SQLite::TransactionBehavior::IMMEDIATE);
+    Transaction transaction(connection->database());
     StorageTree& storageTree = connection->storageTree();
     storageTree.addFile(storageTree.makeFolders(start.diskId, start.folderId, names), name);
     transaction.commit();

@@ -3,8 +3,8 @@
 #include "centre/base/Error.h"
 #include "centre/base/Path.h"
 #include "centre/base/Text.h"
+#include "centre/database/Statement.h"
 #include "centre/store/Ownership.h"
-#include "centre/store/ResetAtEnd.h"
 #include "components/bulkhaul/files/FileFailure.h"
 #include "lumo/core/LumoDataTypes.h"
 
@@ -21,7 +21,8 @@ namespace {
 constexpr char kWayDown[] =
     "WITH RECURSIVE up(folder_id, step) AS (SELECT :folder, 0 UNION ALL"
     " SELECT parent_id, step + 1 FROM up JOIN folder ON folder.id = folder_id WHERE parent_id <> 0)"
-    " SELECT disk.id, root_path, folder.name, parent_id = 0 FROM up JOIN folder ON folder.id = folder_id"
+    " SELECT disk.id, root_path, folder.name, CASE parent_id WHEN 0 THEN 1 ELSE 0 END FROM up JOIN folder ON "
+    "folder.id = folder_id"
     " JOIN disk ON disk.id = disk_id ORDER BY step DESC";
 constexpr char kFile[] = "SELECT parent_id, name FROM file WHERE id = ?";
 
@@ -59,16 +60,16 @@ FolderPlace placeOfFolder(Connection& connection, const User& user, const std::s
                           std::uint32_t folderId)
 {
     requireOwn(connection, user, DATA_TYPE_FOLDER, folderId);
-    SQLite::Statement& way = connection.statement(kWayDown);
+    Statement& way = connection.statement(kWayDown);
     const ResetAtEnd resetAtEnd(way);
-    SQLite::bind(way, folderId);
+    way.bindAll(folderId);
     FolderPlace place;
     place.folderId = folderId;
-    while (way.executeStep()) {
-        place.diskId = way.getColumn(0).getUInt();
-        place.root = way.getColumn(1).getString();
-        if (way.getColumn(3).getInt() == 0)
-            place.below.push_back(way.getColumn(2).getString());
+    while (way.step()) {
+        place.diskId = way.id(0);
+        place.root = way.string(1);
+        if (way.id(3) == 0)
+            place.below.push_back(way.string(2));
     }
     requireOutside(dataFolder, place);
     return place;
@@ -95,12 +96,12 @@ FilePlace placeOfFile(Connection& connection, const User& user, const std::strin
     std::uint32_t folderId = 0;
     std::string name;
     {
-        SQLite::Statement& file = connection.statement(kFile);
+        Statement& file = connection.statement(kFile);
         const ResetAtEnd resetAtEnd(file);
-        SQLite::bind(file, fileId);
-        file.executeStep();
-        folderId = file.getColumn(0).getUInt();
-        name = file.getColumn(1).getString();
+        file.bindAll(fileId);
+        file.step();
+        folderId = file.id(0);
+        name = file.string(1);
     }
     return {placeOfFolder(connection, user, dataFolder, folderId), name};
 }

@@ -7,8 +7,8 @@ namespace centre {
 
 namespace {
 
-const std::string kContentAndState = "commentcontent = ifnull(:commentcontent, '')"
-                                     " AND commentstate = ifnull(:commentstate, '')";
+const std::string kContentAndState = "commentcontent = coalesce(:commentcontent, '')"
+                                     " AND commentstate = coalesce(:commentstate, '')";
 const std::string kImageComments = "SELECT id, commentcontent, commentstate FROM image_comment ";
 
 } // namespace

@@ -1,8 +1,8 @@
 #include "centre/base/Error.h"
 #include "centre/base/Text.h"
+#include "centre/database/Statement.h"
 #include "centre/ledger/Changes.h"
 #include "centre/store/Ownership.h"
-#include "centre/store/ResetAtEnd.h"
 #include "ledgerserver.pb.h"
 #include "lumo/components/platform/Utf8.h"
 
@@ -13,18 +13,18 @@ namespace {
 using namespace ledgerserver;
 
 constexpr char kAddComment[] = "INSERT INTO comment(company_id, commentcontent, commentstate)"
-                               " VALUES (?1, ?2, ?3) ON CONFLICT DO NOTHING";
+                               " VALUES (?, ?, ?) ON CONFLICT DO NOTHING";
 constexpr char kFindComment[] =
-    "SELECT id FROM comment WHERE company_id = ?1 AND commentcontent = ?2 AND commentstate = ?3";
+    "SELECT id FROM comment WHERE company_id = ? AND commentcontent = ? AND commentstate = ?";
 constexpr char kCommentOfCompany[] = "SELECT 1 FROM comment WHERE id = ? AND company_id = ?";
 constexpr char kSetComment[] =
     "INSERT INTO comment_record(comment_id, data_type_id, record_id) VALUES (?, ?, ?)"
     " ON CONFLICT (data_type_id, record_id) DO UPDATE SET comment_id = excluded.comment_id";
 
 constexpr char kAddImageComment[] =
-    "INSERT INTO image_comment(commentcontent, commentstate) VALUES (?1, ?2) ON CONFLICT DO NOTHING";
+    "INSERT INTO image_comment(commentcontent, commentstate) VALUES (?, ?) ON CONFLICT DO NOTHING";
 constexpr char kFindImageComment[] =
-    "SELECT id FROM image_comment WHERE commentcontent = ?1 AND commentstate = ?2";
+    "SELECT id FROM image_comment WHERE commentcontent = ? AND commentstate = ?";
 constexpr char kImageComment[] = "SELECT 1 FROM image_comment WHERE id = ?";
 constexpr char kAddMark[] = "INSERT INTO image_mark(comm_id, data_type_id, record_id) VALUES (?, ?, ?)"
                             " ON CONFLICT DO NOTHING";
@@ -35,22 +35,22 @@ constexpr char kRemoveMark[] =
 template <class... Values>
 int change(const Caller& caller, const char* sql, const Values&... values)
 {
-    SQLite::Statement& statement = caller.connection.statement(sql);
+    Statement& statement = caller.connection.statement(sql);
     const ResetAtEnd resetAtEnd(statement);
-    SQLite::bind(statement, values...);
-    return statement.exec();
+    statement.bindAll(values...);
+    return statement.run();
 }
 
 /// Returns the first column of the first row.
 template <class... Values>
 std::optional<std::uint32_t> find(const Caller& caller, const char* sql, const Values&... values)
 {
-    SQLite::Statement& statement = caller.connection.statement(sql);
+    Statement& statement = caller.connection.statement(sql);
     const ResetAtEnd resetAtEnd(statement);
-    SQLite::bind(statement, values...);
-    if (!statement.executeStep())
+    statement.bindAll(values...);
+    if (!statement.step())
         return std::nullopt;
-    return statement.getColumn(0).getUInt();
+    return statement.id(0);
 }
 
 /// Throws unless the texts can be a comment: its content must not be empty, its state may be.

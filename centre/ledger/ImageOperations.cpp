@@ -56,18 +56,19 @@ std::string pageOf(const RecordKind& kind, const std::string& from, const std::s
            from + "ORDER BY " + order + pageLimit() + ") ORDER BY " + id;
 }
 
-void addOfType(std::vector<Operation>& operations, const RecordKind& kind)
+void addOfType(std::vector<Operation>& operations, const RecordKind& kind, const Dialect& dialect)
 {
     const std::string query = "queryDataSrc" + kind.stem;
     const std::string select = "SELECT " + beanColumns(kind) + " ";
     const std::string& table = kind.name;
     const std::string& id = kind.idColumn();
+    const std::string join = dialect.orderedJoin + " ";
     const bool isControl = table == "control";
     const std::string record = isControl ? ":dqcon_id" : ":record_id";
     const std::string ofType =
         "FROM " + table + " WHERE type_id = :type_id AND " + readable("type", ":type_id");
     // Goes from the types to their records, both in the order of an index.
-    const std::string ofProject = "FROM type CROSS JOIN " + table +
+    const std::string ofProject = "FROM type " + join + table +
                                   " USING (type_id) WHERE project_id = :project_id AND " +
                                   readable("project", ":project_id");
     operations.insert(
@@ -80,21 +81,20 @@ void addOfType(std::vector<Operation>& operations, const RecordKind& kind)
          {query + "ByProjectID", Shape::Page, pageOf(kind, ofProject, "type.type_id, " + id)}});
     if (!isControl)
         operations.push_back({query + "ByProjectIDAndCommID", Shape::List,
-                              select + "FROM image_mark CROSS JOIN " + table + " ON " + id +
-                                  " = record_id CROSS JOIN type USING (type_id)"
-                                  " WHERE comm_id = :comm_id AND data_type_id = " +
+                              select + "FROM image_mark " + join + table + " ON " + id + " = record_id " +
+                                  join + "type USING (type_id) WHERE comm_id = :comm_id AND data_type_id = " +
                                   std::to_string(kind.number) + " AND project_id = :project_id AND " +
                                   readable("project", ":project_id") + "ORDER BY record_id"});
 }
 
 } // namespace
 
-std::vector<Operation> imageOperations()
+std::vector<Operation> imageOperations(const Dialect& dialect)
 {
     std::vector<Operation> operations;
     for (const RecordKind& kind : recordKinds())
         if (kind.hasType())
-            addOfType(operations, kind);
+            addOfType(operations, kind, dialect);
         else
             (kind.name == "project" ? addProjects
              : kind.name == "type"  ? addTypes

@@ -9,10 +9,10 @@ namespace centre {
 
 /// The operations of the image catalogue: projects, types, images, products and control data, made from
 /// the columns of each kind.
-std::vector<Operation> imageOperations();
+std::vector<Operation> imageOperations(const Dialect& dialect);
 
 /// The searches of the image catalogue; docs/centre.md says what they match.
-std::vector<Operation> searchOperations();
+std::vector<Operation> searchOperations(const Dialect& dialect);
 
 } // namespace centre
 

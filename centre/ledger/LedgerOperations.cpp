@@ -31,13 +31,15 @@ const std::string kLatest = "ORDER BY place DESC LIMIT 1";
 
 std::string pageLimit()
 {
-    return " LIMIT min(:page_size, 100000) OFFSET ifnull(:page_start, 0)";
+    return " LIMIT CASE WHEN :page_size < 100000 THEN :page_size ELSE 100000 END OFFSET "
+           "coalesce(:page_start, "
+           "0)";
 }
 
 namespace {
 
 /// Disks, folders and files.
-std::vector<Operation> storageOperations()
+std::vector<Operation> storageOperations(const Dialect& dialect)
 {
     const std::string foldersOfProject =
         "FROM data_folder JOIN folder ON folder.id = src_id"
@@ -80,8 +82,9 @@ std::vector<Operation> storageOperations()
         {"queryFileTableByFileId", Shape::Record,
          kFiles + "WHERE id = :file_id AND " + readable("file", ":file_id")},
         {"queryFileTableByFilePathId", Shape::List,
-         kFileColumns + "FROM json_each(:list_file_id) AS wanted JOIN file ON file.id = wanted.value WHERE " +
-             readable("file", "file.id") + "ORDER BY wanted.key"},
+         kFileColumns + "FROM " + dialect.wantedIds(":list_file_id") +
+             " AS wanted JOIN file ON file.id = wanted.value WHERE " + readable("file", "file.id") +
+             "ORDER BY wanted.key"},
         {"queryFileTableByName", Shape::Record, kFileColumns + filesIn + "AND name = :filename"},
         {"queryFileTableBySrcIdTotal", Shape::Values, kCount + filesIn},
         {"queryFileTableBySrcId", Shape::Page, kFileColumns + filesIn + "ORDER BY id" + kPage},
@@ -102,7 +105,7 @@ std::vector<Operation> directoryOperations()
         {"queryCompanyTableByCompanyNo", Shape::Record,
          "SELECT id, companyno FROM company WHERE companyno = :companyno AND id = :caller_company"},
         {"queryUserTableByUserName", Shape::Record,
-         "SELECT id, username FROM user WHERE username = :username AND company_id = :caller_company"},
+         "SELECT id, username FROM \"user\" WHERE username = :username AND company_id = :caller_company"},
         {"queryCompanyTableByCompanyID", Shape::Record,
          "SELECT id, companyno FROM company WHERE id = :company_id AND id = :caller_company"},
         {"queryNationalAreaByAreaID", Shape::List,
@@ -120,16 +123,13 @@ std::vector<Operation> directoryOperations()
 
 } // namespace
 
-const std::vector<Operation>& ledgerOperations()
+std::vector<Operation> ledgerOperations(const Dialect& dialect)
 {
-    static const std::vector<Operation> operations = [] {
-        std::vector<Operation> all = storageOperations();
-        for (std::vector<Operation>& more :
-             std::array{directoryOperations(), imageOperations(), searchOperations(), annotationOperations()})
-            std::move(more.begin(), more.end(), std::back_inserter(all));
-        return all;
-    }();
-    return operations;
+    std::vector<Operation> all = storageOperations(dialect);
+    for (std::vector<Operation>& more : std::array{directoryOperations(), imageOperations(dialect),
+                                                   searchOperations(dialect), annotationOperations()})
+        std::move(more.begin(), more.end(), std::back_inserter(all));
+    return all;
 }
 
 } // namespace centre

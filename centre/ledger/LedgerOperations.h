@@ -9,7 +9,7 @@
 namespace centre {
 
 /// The operations of ledgerserver.LedgerServices that read; Changes.h has the others.
-const std::vector<Operation>& ledgerOperations();
+std::vector<Operation> ledgerOperations(const Dialect& dialect);
 
 /// The start of the query of a total.
 inline const std::string kCount = "SELECT count(*) AS total ";

@@ -11,10 +11,20 @@ namespace centre {
 using google::protobuf::Message;
 using google::protobuf::MethodDescriptor;
 
-LedgerService::LedgerService(ConnectionPool& pool) : m_Pool(pool)
+namespace {
+
+std::vector<Operation> tableFor(ConnectionPool& pool)
 {
     ConnectionPool::Lease connection(pool);
-    for (const Operation& operation : ledgerOperations()) {
+    return ledgerOperations(connection->database().dialect());
+}
+
+} // namespace
+
+LedgerService::LedgerService(ConnectionPool& pool) : m_Pool(pool), m_Table(tableFor(pool))
+{
+    ConnectionPool::Lease connection(pool);
+    for (const Operation& operation : m_Table) {
         const Method* method = descriptor()->FindMethodByName(operation.name);
         connection->query(operation, *method);
         m_Operations.emplace(method, &operation);
@@ -59,7 +69,7 @@ void LedgerService::make(const Change& change, const std::string& token, const M
 {
     const std::lock_guard<std::mutex> lock(m_Pool.changing());
     ConnectionPool::Lease connection(m_Pool);
-    SQLite::Transaction transaction(connection->database(), SQLite::TransactionBehavior::IMMEDIATE);
+    Transaction transaction(connection->database());
     const User user = connection->requireUser(token);
     requireWriter(user);
     const Result result = change.run({*connection, user}, request, response);

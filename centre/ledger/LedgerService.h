@@ -31,6 +31,7 @@ private:
               google::protobuf::Message& response);
 
     ConnectionPool& m_Pool;
+    const std::vector<Operation> m_Table;
     std::unordered_map<const Method*, const Operation*> m_Operations;
     std::unordered_map<const Method*, Change> m_Changes;
 };

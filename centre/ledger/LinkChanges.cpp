@@ -1,6 +1,6 @@
+#include "centre/database/Statement.h"
 #include "centre/ledger/Changes.h"
 #include "centre/store/Ownership.h"
-#include "centre/store/ResetAtEnd.h"
 #include "ledgerserver.pb.h"
 #include "lumo/core/LumoDataTypes.h"
 
@@ -29,10 +29,10 @@ bool run(const Caller& caller, const Link& link, const char* sql, std::uint32_t 
 {
     requireOwn(caller.connection, caller.user, DATA_TYPE_DATA, project);
     requireOwn(caller.connection, caller.user, link.type, record);
-    SQLite::Statement& change = caller.connection.statement(sql);
+    Statement& change = caller.connection.statement(sql);
     const ResetAtEnd resetAtEnd(change);
-    SQLite::bind(change, project, record);
-    return change.exec() > 0;
+    change.bindAll(project, record);
+    return change.run() > 0;
 }
 
 Result add(const Caller& caller, const Link& link, std::uint32_t project, std::uint32_t record)

@@ -21,8 +21,6 @@ constexpr char kLastDay[] = "9999-12-31";
 // In a condition that is fit, a field without a condition is NULL, both dates are there or neither, and
 // west <= east.
 
-// The bounds as they are and a turn to either side, for what lies across the date line.
-const std::string kTurns = "(SELECT 0 AS turn UNION ALL SELECT 360 UNION ALL SELECT -360)";
 const std::string kInDates = "(:start_date IS NULL OR date BETWEEN :start_date AND :end_date) ";
 const std::string kInBounds =
     "(:use_bounds IS NULL OR (south <= :bound_d AND north >= :bound_b AND"
@@ -31,15 +29,31 @@ const std::string kInBounds =
 const std::string kMatches = "(:sentype IS NULL OR sensor = :sentype) AND " + kInDates + "AND " + kInBounds;
 const std::string kNamesMatch =
     "(:proname IS NULL OR project_name = :proname) AND (:data_type IS NULL OR data_type = :data_type"
-    " OR (upper(:data_type) IN ('DEM', 'DSM', 'DOM', 'DLG') AND data_type = :data_type COLLATE NOCASE)) ";
-const std::string kTypes = "FROM project CROSS JOIN type USING (project_id) ";
+    " OR (upper(:data_type) IN ('DEM', 'DSM', 'DOM', 'DLG') AND data_type = upper(:data_type))) ";
+
+/// A condition on records of types, for one engine.
+class Condition
+{
+public:
+    explicit Condition(const Dialect& dialect)
+        : m_Dialect(dialect), m_Types("FROM project " + dialect.orderedJoin + " type USING (project_id) ")
+    {
+    }
+
+    std::string isHit(const RecordKind& kind) const;
+    std::string searchOfTypes() const;
+
+private:
+    std::string inBounds(const RecordKind& kind) const;
+
+    const Dialect& m_Dialect;
+    const std::string m_Types;
+};
 
 /// Selects the identifiers of the kind's records in the bounds, with the index's precision.
-std::string inBounds(const RecordKind& kind)
+std::string Condition::inBounds(const RecordKind& kind) const
 {
-    return "SELECT id FROM " + kTurns + " CROSS JOIN " + kind.name +
-           "_bounds WHERE :use_bounds IS NOT NULL AND west <= :bound_c + turn AND east >= :bound_a + turn"
-           " AND south <= :bound_d AND north >= :bound_b ";
+    return m_Dialect.inBounds(kind.name, kind.idColumn()) + "AND :use_bounds IS NOT NULL ";
 }
 
 /// Identifiers of the type's records that match when no bounds are asked for, straight from the index that
@@ -55,16 +69,16 @@ std::string withoutBounds(const RecordKind& kind, const std::string& typeId)
 }
 
 /// The condition that a record of the request's type matches. The + keeps the search on the identifiers.
-std::string isHit(const RecordKind& kind)
+std::string Condition::isHit(const RecordKind& kind) const
 {
     return kind.name + "." + kind.idColumn() + " IN (" + inBounds(kind) + "UNION ALL " +
            withoutBounds(kind, ":type_id") + ") AND +type_id = :type_id AND " + kMatches +
-           "AND EXISTS (SELECT 1 " + kTypes + "WHERE type.type_id = :type_id AND " + kNamesMatch + ") AND " +
+           "AND EXISTS (SELECT 1 " + m_Types + "WHERE type.type_id = :type_id AND " + kNamesMatch + ") AND " +
            readable("type", ":type_id");
 }
 
 /// Searches the bounds once for all types, and an index of the types once for each type.
-std::string searchOfTypes()
+std::string Condition::searchOfTypes() const
 {
     std::string inBoundsOfAny;
     std::string byIndex;
@@ -72,14 +86,14 @@ std::string searchOfTypes()
         if (!kind.hasType())
             continue;
         inBoundsOfAny += (inBoundsOfAny.empty() ? "" : "UNION ALL ") +
-                         ("SELECT type_id FROM (" + inBounds(kind)) + ") AS place CROSS JOIN " + kind.name +
-                         " ON " + kind.idColumn() + " = place.id WHERE " + kMatches;
+                         ("SELECT type_id FROM (" + inBounds(kind)) + ") AS place " + m_Dialect.orderedJoin +
+                         " " + kind.name + " ON " + kind.idColumn() + " = place.id WHERE " + kMatches;
         byIndex += " OR EXISTS (" + withoutBounds(kind, "type.type_id") + ")";
     }
-    return "SELECT type.type_id, project_id, project_name, data_type, type_text " + kTypes + "WHERE " +
+    return "SELECT type.type_id, project_id, project_name, data_type, type_text " + m_Types + "WHERE " +
            readableOfCompany("project") + "AND " + kNamesMatch +
-           "AND (coalesce(:sentype, :start_date, :use_bounds) IS NULL OR type.type_id IN (" + inBoundsOfAny +
-           ")" + byIndex + ") ORDER BY type.type_id";
+           "AND (:sentype IS NULL AND :start_date IS NULL AND :use_bounds IS NULL OR type.type_id IN (" +
+           inBoundsOfAny + ")" + byIndex + ") ORDER BY type.type_id";
 }
 
 std::string day(const std::string& text, const char* none)
@@ -135,18 +149,19 @@ void makeConditionFit(google::protobuf::Message& message)
 
 } // namespace
 
-std::vector<Operation> searchOperations()
+std::vector<Operation> searchOperations(const Dialect& dialect)
 {
-    std::vector<Operation> operations = {{"searchDataType", Shape::List, searchOfTypes(), makeConditionFit}};
+    const Condition condition(dialect);
+    std::vector<Operation> operations = {
+        {"searchDataType", Shape::List, condition.searchOfTypes(), makeConditionFit}};
     for (const RecordKind& kind : recordKinds()) {
         if (!kind.hasType())
             continue;
         const RecordKind& found = kind.name == "control" ? *findKind("point") : kind;
         std::string sql = "SELECT " + beanColumns(found) + " FROM " + found.name + " WHERE ";
-        sql += kind.name == "control"
-                   ? "point_id IN (SELECT point_id FROM control CROSS JOIN point USING (dq_con_id) WHERE " +
-                         isHit(kind) + ") "
-                   : isHit(kind);
+        sql += kind.name == "control" ? "point_id IN (SELECT point_id FROM control " + dialect.orderedJoin +
+                                            " point USING (dq_con_id) WHERE " + condition.isHit(kind) + ") "
+                                      : condition.isHit(kind);
         operations.push_back({"searchDataByType" + found.stem, Shape::List,
                               sql + "ORDER BY " + found.idColumn(), makeConditionFit});
     }

@@ -1,7 +1,7 @@
 #include "centre/server/PlanningService.h"
 
+#include "centre/database/Statement.h"
 #include "centre/store/Ownership.h"
-#include "centre/store/ResetAtEnd.h"
 #include "lumo/components/wirecall/RpcServer.h"
 
 #include <iostream>
@@ -22,18 +22,18 @@ const std::string kBox = kBoxes + "AND code = :code";
 Result listBoxes(Connection& connection, const User& user, const std::string& companyNo,
                  Tavrel::GetKestaListRsp& response)
 {
-    SQLite::Statement& company = connection.statement(kCompany);
+    Statement& company = connection.statement(kCompany);
     const ResetAtEnd resetCompany(company);
-    SQLite::bind(company, user.companyId);
-    if (!company.executeStep() || company.getColumn(0).getString() != companyNo)
+    company.bindAll(user.companyId);
+    if (!company.step() || company.string(0) != companyNo)
         return kNothingFound;
-    SQLite::Statement& boxes = connection.statement(kList.c_str());
+    Statement& boxes = connection.statement(kList.c_str());
     const ResetAtEnd resetBoxes(boxes);
-    SQLite::bind(boxes, user.companyId);
-    while (boxes.executeStep()) {
+    boxes.bindAll(user.companyId);
+    while (boxes.step()) {
         Tavrel::KestaBox& box = *response.add_boxlist()->mutable_box();
-        box.set_box_key(boxes.getColumn(0).getString());
-        box.set_box_value(boxes.getColumn(1).getString());
+        box.set_box_key(boxes.string(0));
+        box.set_box_value(boxes.string(1));
     }
     return kDone;
 }
@@ -41,12 +41,12 @@ Result listBoxes(Connection& connection, const User& user, const std::string& co
 Result findBox(Connection& connection, const User& user, const std::string& code,
                Tavrel::GetKestaInfoRsp& response)
 {
-    SQLite::Statement& box = connection.statement(kBox.c_str());
+    Statement& box = connection.statement(kBox.c_str());
     const ResetAtEnd resetAtEnd(box);
-    SQLite::bind(box, user.companyId, code);
-    if (!box.executeStep())
+    box.bindAll(user.companyId, code);
+    if (!box.step())
         return kNothingFound;
-    response.mutable_info()->set_address(box.getColumn(1).getString());
+    response.mutable_info()->set_address(box.string(1));
     return kDone;
 }
 

@@ -1,12 +1,11 @@
 #ifndef LUMO_CENTRE_STORE_CONNECTION_H
 #define LUMO_CENTRE_STORE_CONNECTION_H
 
+#include "centre/database/Database.h"
+#include "centre/database/Statement.h"
 #include "centre/store/Query.h"
-#include "centre/store/ResetAtEnd.h"
 #include "centre/store/ServedRoot.h"
 #include "centre/store/StorageTree.h"
-
-#include <SQLiteCpp/SQLiteCpp.h>
 
 #include <cstdint>
 #include <memory>
@@ -35,7 +34,7 @@ struct FolderPath
 
 /// A connection to the database, with the statements that are prepared on it and a memory of what was looked
 /// up. SQL on it has the functions folder_path(ID), the path of a folder on its storage box, and
-/// folder_box(ID), the box's code. For one thread at a time. Its functions throw SQLite::Exception.
+/// folder_box(ID), the box's code. For one thread at a time. Its functions throw DatabaseError.
 class Connection
 {
 public:
@@ -47,9 +46,9 @@ public:
     Query& query(const Operation& operation, const google::protobuf::MethodDescriptor& method);
     /// Returns the statement prepared on this connection, which keeps it for the next call by the address of
     /// `sql`.
-    SQLite::Statement& statement(const char* sql);
+    Statement& statement(const char* sql);
     StorageTree& storageTree();
-    SQLite::Database& database() { return *m_Database; }
+    Database& database() { return *m_Database; }
 
     /// Returns the user of a token. A change that any process has committed counts at once.
     std::optional<User> user(const std::string& token);
@@ -72,24 +71,27 @@ public:
     Memory& memory();
 
 private:
-    std::unique_ptr<SQLite::Database> m_Database;
+    std::unique_ptr<Database> m_Database;
     std::optional<StorageTree> m_Tree;
-    std::unordered_map<const char*, SQLite::Statement> m_Statements;
+    std::unordered_map<const char*, std::unique_ptr<Statement>> m_Statements;
     std::unordered_map<const Operation*, std::unique_ptr<Query>> m_Queries;
-    std::optional<unsigned int> m_MemoryVersion; ///< the database's version that the memory is of
+    std::optional<std::uint64_t> m_MemoryState; ///< the database's state that the memory is of
     Memory m_Memory;
 };
 
-/// A read: all statements on a connection see one state of the database while it lives, and what they look up
-/// is remembered. One at a time on a connection, outside transactions of its own.
+/// A read: what statements on a connection look up while it lives is remembered. With SQLite they see one
+/// state of the database. One at a time on a connection, outside transactions of its own.
 class Read
 {
 public:
-    explicit Read(Connection& connection);
+    explicit Read(Connection& connection) : m_Database(connection.database()) { m_Database.holdState(); }
+    ~Read() { m_Database.releaseState(); }
+
+    Read(const Read&) = delete;
+    Read& operator=(const Read&) = delete;
 
 private:
-    SQLite::Statement& m_Statement; ///< under way, which keeps the read open
-    const ResetAtEnd m_ResetAtEnd;
+    Database& m_Database;
 };
 
 } // namespace centre

@@ -1,8 +1,8 @@
 #include "centre/store/Ownership.h"
 
 #include "centre/base/Error.h"
+#include "centre/database/Statement.h"
 #include "centre/store/RecordKinds.h"
-#include "centre/store/ResetAtEnd.h"
 
 #include <map>
 #include <string>
@@ -104,10 +104,10 @@ std::string readableOfCompany(const std::string& table)
 
 bool isOwn(Connection& connection, const User& user, int type, std::uint32_t id)
 {
-    SQLite::Statement& company = connection.statement(ownedKind(type).company.c_str());
+    Statement& company = connection.statement(ownedKind(type).company.c_str());
     const ResetAtEnd resetAtEnd(company);
     company.bind(1, id);
-    return company.executeStep() && company.getColumn(0).getUInt() == user.companyId;
+    return company.step() && company.id(0) == user.companyId;
 }
 
 void requireOwn(Connection& connection, const User& user, int type, std::uint32_t id)

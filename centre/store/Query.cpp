@@ -1,8 +1,5 @@
 #include "centre/store/Query.h"
 
-#include "centre/store/ResetAtEnd.h"
-
-#include <SQLiteCpp/Column.h>
 #include <google/protobuf/io/coded_stream.h>
 #include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 #include <google/protobuf/reflection.h>
@@ -46,7 +43,7 @@ bool isIdentifier(const FieldDescriptor& field)
     return name.size() > 3 && name.compare(name.size() - 3, 3, "_id") == 0;
 }
 
-void bindInt32(SQLite::Statement& statement, int place, std::int32_t value, bool identifier)
+void bindInt32(Statement& statement, int place, std::int32_t value, bool identifier)
 {
     if (identifier)
         statement.bind(place, static_cast<std::uint32_t>(value));
@@ -54,11 +51,11 @@ void bindInt32(SQLite::Statement& statement, int place, std::int32_t value, bool
         statement.bind(place, value);
 }
 
-void bindField(SQLite::Statement& statement, int place, const Message& message, const FieldDescriptor* field)
+void bindField(Statement& statement, int place, const Message& message, const FieldDescriptor* field)
 {
     const Reflection& reflection = *message.GetReflection();
     if (!reflection.HasField(message, field))
-        return statement.bind(place);
+        return statement.bind(place, std::nullopt);
     switch (field->cpp_type()) {
     case FieldDescriptor::CPPTYPE_INT32:
         return bindInt32(statement, place, reflection.GetInt32(message, field), isIdentifier(*field));
@@ -75,38 +72,66 @@ void bindField(SQLite::Statement& statement, int place, const Message& message, 
     }
 }
 
-void bindIdentifiers(SQLite::Statement& statement, int place, const Message& message,
-                     const FieldDescriptor* field)
+void bindIdentifiers(Statement& statement, int place, const Message& message, const FieldDescriptor* field)
 {
-    std::string json = "[";
-    for (const std::uint32_t id : message.GetReflection()->GetRepeatedFieldRef<std::uint32_t>(message, field))
-        json += (json.size() > 1 ? "," : "") + std::to_string(id);
-    statement.bind(place, json + "]");
+    const auto ids = message.GetReflection()->GetRepeatedFieldRef<std::uint32_t>(message, field);
+    statement.bind(place, Statement::Identifiers(ids.begin(), ids.end()));
 }
 
-/// Writes a value as a message's bytes.
-void writeField(CodedOutputStream& bytes, const FieldDescriptor& field, const SQLite::Column& value)
+/// Writes a column's value, unless it is NULL, as a message's bytes.
+void writeField(CodedOutputStream& bytes, const FieldDescriptor& field, Statement& row, int column)
 {
     const auto tag = [&](std::uint32_t wireType) {
         bytes.WriteTag(static_cast<std::uint32_t>(field.number()) << 3 | wireType);
     };
     switch (field.cpp_type()) {
     case FieldDescriptor::CPPTYPE_INT32:
-        tag(kVarint);
-        return bytes.WriteVarint32SignExtended(value.getInt());
+        if (const auto value = row.integer(column)) {
+            tag(kVarint);
+            bytes.WriteVarint32SignExtended(static_cast<std::int32_t>(*value));
+        }
+        return;
     case FieldDescriptor::CPPTYPE_UINT32:
-        tag(kVarint);
-        return bytes.WriteVarint32(value.getUInt());
-    case FieldDescriptor::CPPTYPE_STRING: {
-        tag(kLengthDelimited);
-        const char* text = value.getText();
-        const int size = value.getBytes();
-        bytes.WriteVarint32(static_cast<std::uint32_t>(size));
-        return bytes.WriteRaw(text, size);
-    }
+        if (const auto value = row.integer(column)) {
+            tag(kVarint);
+            bytes.WriteVarint32(static_cast<std::uint32_t>(*value));
+        }
+        return;
+    case FieldDescriptor::CPPTYPE_STRING:
+        if (const auto text = row.text(column)) {
+            tag(kLengthDelimited);
+            bytes.WriteVarint32(static_cast<std::uint32_t>(text->size()));
+            bytes.WriteRaw(text->data(), static_cast<int>(text->size()));
+        }
+        return;
     default:
         throw std::logic_error("a column can't be of the type of " + field.full_name());
     }
+}
+
+ValueType typeOf(const FieldDescriptor& field)
+{
+    if (field.is_repeated())
+        return ValueType::Identifiers;
+    switch (field.cpp_type()) {
+    case FieldDescriptor::CPPTYPE_DOUBLE:
+        return ValueType::Real;
+    case FieldDescriptor::CPPTYPE_STRING:
+        return ValueType::Text;
+    default:
+        return ValueType::Integer;
+    }
+}
+
+/// Prepares an operation with the types of the request's fields.
+std::unique_ptr<Statement> prepared(Database& database, const Operation& operation, const Descriptor& request)
+{
+    ParameterTypes types = {{":caller_company", ValueType::Integer}};
+    for (int i = 0; i < request.field_count(); ++i)
+        types.emplace_back(":" + request.field(i)->name(), typeOf(*request.field(i)));
+    return operation.shape == Shape::List || operation.shape == Shape::Page
+               ? database.prepareList(operation.sql, types)
+               : database.prepare(operation.sql, types);
 }
 
 void requirePage(const Message& request)
@@ -127,20 +152,19 @@ void setResult(Message& response, std::int32_t result)
     response.GetReflection()->SetInt32(&response, require(*response.GetDescriptor(), "result"), result);
 }
 
-Query::Query(const SQLite::Database& database, const Operation& operation,
-             const google::protobuf::MethodDescriptor& method)
+Query::Query(Database& database, const Operation& operation, const google::protobuf::MethodDescriptor& method)
     : m_Shape(operation.shape),
       m_MakeFit(operation.makeFit),
-      m_Statement(database, operation.sql),
-      m_CallerCompany(m_Statement.getIndex(":caller_company")),
+      m_Statement(prepared(database, operation, *method.input_type())),
+      m_CallerCompany(m_Statement->parameter(":caller_company")),
       m_Result(require(*method.output_type(), "result"))
 {
     const Descriptor& request = *method.input_type();
     for (int i = 0; i < request.field_count(); ++i)
-        if (const int place = m_Statement.getIndex((":" + request.field(i)->name()).c_str()))
+        if (const int place = m_Statement->parameter(":" + request.field(i)->name()))
             m_Parameters.emplace_back(place, request.field(i));
     const int parameters = static_cast<int>(m_Parameters.size()) + (asksForCaller() ? 1 : 0);
-    if (parameters != m_Statement.getBindParameterCount())
+    if (parameters != m_Statement->parameterCount())
         throw std::logic_error(operation.name + " has a parameter that its request lacks");
 
     if (m_Shape == Shape::Record)
@@ -148,14 +172,14 @@ Query::Query(const SQLite::Database& database, const Operation& operation,
     else if (m_Shape != Shape::Values)
         m_Bean = listOfBeans(*method.output_type());
     const Descriptor& rows = m_Bean ? *m_Bean->message_type() : *method.output_type();
-    for (int column = 0; column < m_Statement.getColumnCount(); ++column)
-        m_Fields.push_back(require(rows, m_Statement.getColumnName(column)));
+    for (int column = 0; column < m_Statement->columnCount(); ++column)
+        m_Fields.push_back(require(rows, m_Statement->columnName(column)));
 }
 
 void Query::answer(const Message& request, Message& response, std::uint32_t company)
 {
     if (asksForCaller())
-        m_Statement.bind(m_CallerCompany, company);
+        m_Statement->bind(m_CallerCompany, company);
     if (m_Shape == Shape::Page)
         requirePage(request);
     if (!m_MakeFit)
@@ -168,10 +192,10 @@ void Query::answer(const Message& request, Message& response, std::uint32_t comp
 
 void Query::step(const Message& request, Message& response)
 {
-    const ResetAtEnd resetAtEnd(m_Statement);
+    const ResetAtEnd resetAtEnd(*m_Statement);
     bindAll(request);
     bool found = false;
-    while (m_Statement.executeStep()) {
+    while (m_Statement->step()) {
         found = true;
         writeRow(*target(response));
         if (m_Shape == Shape::Record)
@@ -183,8 +207,8 @@ void Query::step(const Message& request, Message& response)
 void Query::bindAll(const Message& request)
 {
     for (const auto& [place, field] : m_Parameters)
-        field->is_repeated() ? bindIdentifiers(m_Statement, place, request, field)
-                             : bindField(m_Statement, place, request, field);
+        field->is_repeated() ? bindIdentifiers(*m_Statement, place, request, field)
+                             : bindField(*m_Statement, place, request, field);
 }
 
 Message* Query::target(Message& response) const
@@ -203,11 +227,8 @@ void Query::writeRow(Message& message)
     {
         google::protobuf::io::StringOutputStream row(&m_Row);
         CodedOutputStream bytes(&row);
-        for (std::size_t column = 0; column < m_Fields.size(); ++column) {
-            const SQLite::Column value = m_Statement.getColumn(static_cast<int>(column));
-            if (!value.isNull())
-                writeField(bytes, *m_Fields[column], value);
-        }
+        for (std::size_t column = 0; column < m_Fields.size(); ++column)
+            writeField(bytes, *m_Fields[column], *m_Statement, static_cast<int>(column));
     }
     message.MergeFromString(m_Row);
 }

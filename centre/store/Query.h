@@ -1,11 +1,13 @@
 #ifndef LUMO_CENTRE_STORE_QUERY_H
 #define LUMO_CENTRE_STORE_QUERY_H
 
-#include <SQLiteCpp/Statement.h>
+#include "centre/database/Database.h"
+
 #include <google/protobuf/descriptor.h>
 #include <google/protobuf/message.h>
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,8 +24,8 @@ enum class Shape
 };
 
 /// One operation of a service, answered by one SQL statement. A parameter `:x` takes the value of the
-/// request's field x: NULL if it is absent, a JSON array if it is repeated; `:caller_company` takes the
-/// caller's company. A column y goes into the field y of its place in the response; NULL leaves the field
+/// request's field x: NULL if it is absent, a list of identifiers if it is repeated; `:caller_company` takes
+/// the caller's company. A column y goes into the field y of its place in the response; NULL leaves the field
 /// absent.
 struct Operation
 {
@@ -47,17 +49,16 @@ enum Result
 void setResult(google::protobuf::Message& response, std::int32_t result);
 
 /// An operation prepared on one connection; used by one thread at a time. The constructor throws
-/// SQLite::Exception or std::logic_error when the SQL does not match the method's messages.
+/// DatabaseError or std::logic_error when the SQL does not match the method's messages.
 class Query
 {
 public:
-    Query(const SQLite::Database& database, const Operation& operation,
-          const google::protobuf::MethodDescriptor& method);
+    Query(Database& database, const Operation& operation, const google::protobuf::MethodDescriptor& method);
 
     /// Whether the answer depends on the caller.
     bool asksForCaller() const { return m_CallerCompany != 0; }
     /// Fills `response`, its `result` included. `company` is the caller's, if the query asks for it.
-    /// Throws SQLite::Exception or std::runtime_error.
+    /// Throws DatabaseError or std::runtime_error.
     void answer(const google::protobuf::Message& request, google::protobuf::Message& response,
                 std::uint32_t company = 0);
 
@@ -72,7 +73,7 @@ private:
 
     Shape m_Shape;
     void (*m_MakeFit)(google::protobuf::Message& request);
-    SQLite::Statement m_Statement;
+    std::unique_ptr<Statement> m_Statement;
     const int m_CallerCompany;                       ///< its parameter's place; 0: there is none
     std::vector<std::pair<int, Field>> m_Parameters; ///< place in the statement, field of the request
     Field m_Result;

@@ -3,10 +3,6 @@
 #include "centre/base/Date.h"
 #include "centre/base/Error.h"
 #include "centre/base/Text.h"
-#include "centre/store/ResetAtEnd.h"
-
-#include <SQLiteCpp/VariadicBind.h>
-#include <sqlite3.h>
 
 #include <algorithm>
 #include <charconv>
@@ -86,16 +82,16 @@ void requireReadable(const Column& column, const std::string& text)
     throw refusal(column.key + " must be one of " + all + ", not " + quoted(text));
 }
 
-void bindText(SQLite::Statement& statement, int place, const Column& column, const std::string& text)
+void bindText(Statement& statement, int place, const Column& column, const std::string& text)
 {
     if (column.content == Content::Name && (text.empty() || escaped(text) != text))
         throw refusal(column.key + " must be a name without control characters, not " + quoted(text));
     if (text.find('\0') != std::string::npos)
         throw refusal(column.key + " must be a text without the character 0, not " + quoted(text));
-    statement.bindNoCopy(place, text);
+    statement.bindTextInPlace(place, text);
 }
 
-void bindValue(SQLite::Statement& statement, int place, const Column& column, const std::string& text)
+void bindValue(Statement& statement, int place, const Column& column, const std::string& text)
 {
     switch (column.content) {
     case Content::Identifier:
@@ -131,7 +127,8 @@ std::string insertionSql(const RecordKind& kind)
         names += (names.empty() ? "" : ", ") + column.name;
         places += places.empty() ? "?" : ", ?";
     }
-    return "INSERT INTO " + kind.name + "(" + names + ") VALUES (" + places + ")";
+    return "INSERT INTO " + kind.name + "(" + names + ") VALUES (" + places + ") RETURNING " +
+           kind.idColumn();
 }
 
 } // namespace
@@ -140,10 +137,10 @@ std::string insertionSql(const RecordKind& kind)
 class RecordWriter::Insertion
 {
 public:
-    Insertion(SQLite::Database& database, const RecordKind& kind, Origin origin)
+    Insertion(Database& database, const RecordKind& kind, Origin origin)
         : m_Kind(kind),
           m_Origin(origin),
-          m_Insert(database, insertionSql(kind)),
+          m_Insert(database.prepare(insertionSql(kind))),
           m_Texts(kind.columns.size() + kExtraSlots)
     {
         for (std::size_t i = 0; i < kind.columns.size(); ++i)
@@ -155,7 +152,7 @@ public:
         if (kind.hasType() || kind.name == "point")
             m_Slots.emplace("marks", kind.columns.size() + 1);
         if (kind.hasType())
-            m_AddBounds.emplace(database, "INSERT INTO " + kind.name + "_bounds VALUES (?, ?, ?, ?, ?)");
+            m_AddBounds = database.prepare("INSERT INTO " + kind.name + "_bounds VALUES (?, ?, ?, ?, ?)");
     }
 
     void take(const RecordTexts& texts)
@@ -203,25 +200,26 @@ public:
         return bounds;
     }
 
-    void run(const std::optional<Bounds>& bounds)
+    /// Returns the record's identifier.
+    std::uint32_t run(const std::optional<Bounds>& bounds)
     {
-        m_Insert.clearBindings();
         for (std::size_t i = 0; i < m_Kind.columns.size(); ++i)
             if (m_Texts[i])
-                bindValue(m_Insert, static_cast<int>(i) + 1, m_Kind.columns[i], *m_Texts[i]);
+                bindValue(*m_Insert, static_cast<int>(i) + 1, m_Kind.columns[i], *m_Texts[i]);
             else if (m_Kind.columns[i].required)
                 throw refusal(m_Kind.columns[i].key + " is missing");
+            else
+                m_Insert->bind(static_cast<int>(i) + 1, std::nullopt);
         if (bounds)
-            m_Insert.bind(static_cast<int>(m_Slots.at("east")) + 1, bounds->east);
-        const ResetAtEnd resetAtEnd(m_Insert);
-        m_Insert.exec();
+            m_Insert->bind(static_cast<int>(m_Slots.at("east")) + 1, bounds->east);
+        return m_Insert->runForId().value();
     }
 
     void addBounds(const Bounds& bounds, std::uint32_t id)
     {
         const ResetAtEnd resetAtEnd(*m_AddBounds);
-        SQLite::bind(*m_AddBounds, id, bounds.west, bounds.east, bounds.south, bounds.north);
-        m_AddBounds->exec();
+        m_AddBounds->bindAll(id, bounds.west, bounds.east, bounds.south, bounds.north);
+        m_AddBounds->run();
     }
 
 private:
@@ -238,13 +236,13 @@ private:
 
     const RecordKind& m_Kind;
     const Origin m_Origin;
-    SQLite::Statement m_Insert;
-    std::optional<SQLite::Statement> m_AddBounds;
+    std::unique_ptr<Statement> m_Insert;
+    std::unique_ptr<Statement> m_AddBounds;               ///< if bounds have a table of their own
     std::unordered_map<std::string, std::size_t> m_Slots; ///< columns by key, then the extra ones
     std::vector<const std::string*> m_Texts;              ///< by slot
 };
 
-RecordWriter::RecordWriter(SQLite::Database& database, Origin origin) : m_Database(database), m_Origin(origin)
+RecordWriter::RecordWriter(Database& database, Origin origin) : m_Database(database), m_Origin(origin)
 {
 }
 
@@ -268,12 +266,12 @@ std::uint32_t RecordWriter::add(const RecordKind& kind, const RecordTexts& texts
             if (owns(*name, each))
                 record.setText("dataType", each.typeName);
     const std::optional<Bounds> bounds = record.bounds();
+    std::uint32_t id = 0;
     try {
-        record.run(bounds);
-    } catch (const SQLite::Exception& exception) {
-        refuse(kind, record, exception);
+        id = record.run(bounds);
+    } catch (const DatabaseError& error) {
+        refuse(kind, record, error);
     }
-    const auto id = static_cast<std::uint32_t>(m_Database.getLastInsertRowid());
     if (bounds)
         record.addBounds(*bounds, id);
     if (const std::string* marks = record.text("marks"))
@@ -293,11 +291,11 @@ void RecordWriter::requireOwner(const RecordKind& kind, std::uint32_t typeId)
 {
     auto type = m_TypeNames.find(typeId);
     if (type == m_TypeNames.end()) {
-        SQLite::Statement row(m_Database, "SELECT data_type FROM type WHERE type_id = ?");
-        row.bind(1, typeId);
-        if (!row.executeStep())
+        const auto row = m_Database.prepare("SELECT data_type FROM type WHERE type_id = ?");
+        row->bind(1, typeId);
+        if (!row->step())
             throw refusal("there is no type " + std::to_string(typeId));
-        type = m_TypeNames.emplace(typeId, row.getColumn(0).getString()).first;
+        type = m_TypeNames.emplace(typeId, row->string(0)).first;
     }
     if (!owns(type->second, kind))
         throw refusal("type " + std::to_string(typeId) + " is " + type->second +
@@ -307,56 +305,56 @@ void RecordWriter::requireOwner(const RecordKind& kind, std::uint32_t typeId)
 
 std::string RecordWriter::companyId(const std::string* companyNo)
 {
-    SQLite::Statement row(m_Database, "SELECT id FROM company WHERE companyno = ?1 OR ?1 IS NULL LIMIT 2");
-    if (companyNo)
-        row.bind(1, *companyNo);
-    if (!row.executeStep())
+    const auto row =
+        m_Database.prepare("SELECT id FROM company WHERE companyno = coalesce(?, companyno) LIMIT 2");
+    companyNo ? row->bind(1, *companyNo) : row->bind(1, std::nullopt);
+    if (!row->step())
         throw refusal("there is no company " + quoted(companyNo ? *companyNo : "") +
                       "; add-company adds one");
-    std::string id = row.getColumn(0).getString();
-    if (row.executeStep())
+    std::string id = row->string(0);
+    if (row->step())
         throw refusal("there are several companies: name one by company or companyID");
     return id;
 }
 
 /// Throws the reason why the database refused the record, in terms of its texts.
-void RecordWriter::refuse(const RecordKind& kind, Insertion& insertion, const SQLite::Exception& exception)
+void RecordWriter::refuse(const RecordKind& kind, Insertion& insertion, const DatabaseError& error)
 {
-    const int code = exception.getExtendedErrorCode();
-    if (code == SQLITE_CONSTRAINT_PRIMARYKEY)
+    using Problem = DatabaseError::Kind;
+    if (error.kind() == Problem::PrimaryKey)
         throw refusal(kind.name + " " + *insertion.text(kind.columns.front().key) + " exists already");
-    if (code == SQLITE_CONSTRAINT_UNIQUE)
+    if (error.kind() == Problem::Unique)
         throw refusal(kind.name + " " + quoted(*insertion.text(kind.nameColumn()->key)) + " exists already");
-    if (code == SQLITE_CONSTRAINT_CHECK)
+    if (error.kind() == Problem::Check)
         throw refusal("no identifier is left for another " + kind.name);
-    if (code != SQLITE_CONSTRAINT_FOREIGNKEY)
-        throw exception;
+    if (error.kind() != Problem::ForeignKey)
+        throw error;
     for (const Column& column : kind.columns) {
         const std::string* text = insertion.text(column.key);
         if (column.references.empty() || !text)
             continue;
         const std::string& table = column.references;
         const RecordKind* other = findKind(table);
-        SQLite::Statement row(m_Database, "SELECT 1 FROM " + table + " WHERE " +
-                                              (other ? other->idColumn() : "id") + " = ?");
-        row.bind(1, identifier(column.key, *text));
-        if (!row.executeStep())
+        const auto row = m_Database.prepare("SELECT 1 FROM " + table + " WHERE " +
+                                            (other ? other->idColumn() : "id") + " = ?");
+        row->bind(1, identifier(column.key, *text));
+        if (!row->step())
             throw refusal("there is no " + table + " " + *text);
     }
-    throw exception;
+    throw error;
 }
 
 void RecordWriter::addMarks(const RecordKind& kind, std::uint32_t id, const std::string& marks)
 {
     if (!m_AddMark)
-        m_AddMark.emplace(m_Database, "INSERT OR IGNORE INTO image_mark VALUES (?, ?, ?)");
+        m_AddMark = m_Database.prepare("INSERT INTO image_mark VALUES (?, ?, ?) ON CONFLICT DO NOTHING");
     for (std::size_t start = 0; start < marks.size();) {
         const std::size_t end = std::min(marks.find_first_of(", ", start), marks.size());
         const std::uint32_t mark = identifier("marks: each", marks.substr(start, end - start));
         requireImageComment(mark);
         const ResetAtEnd resetAtEnd(*m_AddMark);
-        SQLite::bind(*m_AddMark, mark, static_cast<int>(kind.number), id);
-        m_AddMark->exec();
+        m_AddMark->bindAll(mark, static_cast<int>(kind.number), id);
+        m_AddMark->run();
         start = end + 1;
     }
 }
@@ -366,14 +364,14 @@ void RecordWriter::requireImageComment(std::uint32_t id)
     if (!m_ImageComments.insert(id).second)
         return;
     if (m_Origin == Origin::Operator) {
-        SQLite::Statement addition(m_Database, "INSERT INTO image_comment VALUES (?1, 'mark ' || ?1, '')"
-                                               " ON CONFLICT DO NOTHING");
-        addition.bind(1, id);
-        addition.exec();
+        const auto addition = m_Database.prepare("INSERT INTO image_comment VALUES (:id, 'mark ' || :id, '')"
+                                                 " ON CONFLICT DO NOTHING");
+        addition->bind(1, id);
+        addition->run();
     }
-    SQLite::Statement comment(m_Database, "SELECT 1 FROM image_comment WHERE id = ?");
-    comment.bind(1, id);
-    if (!comment.executeStep())
+    const auto comment = m_Database.prepare("SELECT 1 FROM image_comment WHERE id = ?");
+    comment->bind(1, id);
+    if (!comment->step())
         throw refusal("marks: there is no image comment " + std::to_string(id));
 }
 

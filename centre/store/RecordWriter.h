@@ -1,9 +1,8 @@
 #ifndef LUMO_CENTRE_STORE_RECORDWRITER_H
 #define LUMO_CENTRE_STORE_RECORDWRITER_H
 
+#include "centre/database/Database.h"
 #include "centre/store/RecordKinds.h"
-
-#include <SQLiteCpp/SQLiteCpp.h>
 
 #include <cstdint>
 #include <memory>
@@ -32,7 +31,7 @@ enum class Origin
 class RecordWriter
 {
 public:
-    RecordWriter(SQLite::Database& database, Origin origin);
+    RecordWriter(Database& database, Origin origin);
     ~RecordWriter();
 
     /// Adds a record and returns its identifier, which is the next free one if the texts have none. An empty
@@ -49,16 +48,15 @@ private:
     Insertion& insertion(const RecordKind& kind);
     void requireOwner(const RecordKind& kind, std::uint32_t typeId);
     std::string companyId(const std::string* companyNo);
-    [[noreturn]] void refuse(const RecordKind& kind, Insertion& insertion,
-                             const SQLite::Exception& exception);
+    [[noreturn]] void refuse(const RecordKind& kind, Insertion& insertion, const DatabaseError& error);
     void addMarks(const RecordKind& kind, std::uint32_t id, const std::string& marks);
     void requireImageComment(std::uint32_t id);
 
-    SQLite::Database& m_Database;
+    Database& m_Database;
     const Origin m_Origin;
     std::unordered_map<const RecordKind*, std::unique_ptr<Insertion>> m_Insertions;
     std::unordered_map<std::uint32_t, std::string> m_TypeNames;
-    std::optional<SQLite::Statement> m_AddMark;
+    std::unique_ptr<Statement> m_AddMark;
     std::unordered_set<std::uint32_t> m_ImageComments; ///< those that are known to exist
 };
 

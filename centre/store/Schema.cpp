@@ -3,9 +3,6 @@
 #include "centre/base/Error.h"
 #include "centre/store/RecordKinds.h"
 
-#include <SQLiteCpp/Transaction.h>
-#include <sqlite3.h>
-
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -16,8 +13,6 @@ namespace centre {
 namespace {
 
 constexpr int kApplicationId = 0x4C554D4F; // "LUMO", so that a foreign database is never taken for ours
-constexpr int kBusyTimeoutMilliseconds = 10000;
-constexpr int kOneThread = SQLITE_OPEN_NOMUTEX; // at a time: no lock around every column that is read
 
 // A column that goes into a bean has the name of the bean's field. NULL leaves the field absent.
 // 0xFFFFFFFF means "none" to the clients, so no record may have it.
@@ -159,9 +154,9 @@ std::string databasePath(const std::string& dataFolder)
     return dataFolder + "/centre.db";
 }
 
-int pragma(SQLite::Database& database, const std::string& name)
+int pragma(Database& database, const std::string& name)
 {
-    return database.execAndGet("PRAGMA " + name).getInt();
+    return std::stoi(database.value("PRAGMA " + name));
 }
 
 Error notOurs(const std::string& path)
@@ -169,46 +164,43 @@ Error notOurs(const std::string& path)
     return {ExitCode::NoDataFolder, path + " is not a database of lumo-centre"};
 }
 
-bool isComplete(SQLite::Database& database)
+bool isComplete(Database& database)
 {
     return pragma(database, "application_id") == kApplicationId && pragma(database, "user_version") > 0;
 }
 
-void takeSteps(SQLite::Database& database, int from)
+void takeSteps(Database& database, int from)
 {
     for (int version = from; version < kSchemaVersion; ++version) {
-        database.exec(stepFrom(version));
-        database.exec("PRAGMA user_version = " + std::to_string(version + 1));
+        database.execute(stepFrom(version));
+        database.execute("PRAGMA user_version = " + std::to_string(version + 1));
     }
 }
 
-void migrate(SQLite::Database& database)
+void migrate(Database& database)
 {
-    SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
+    Transaction transaction(database);
     takeSteps(database, pragma(database, "user_version")); // anew: another process may have been faster
     transaction.commit();
 }
 
-void setUp(SQLite::Database& database)
+std::unique_ptr<SqliteDatabase> open(const std::string& file, SqliteDatabase::Open how)
 {
-    database.setBusyTimeout(kBusyTimeoutMilliseconds);
     try {
-        database.exec("PRAGMA foreign_keys = ON");
-        database.exec("PRAGMA synchronous = FULL");
-        pragma(database, "application_id"); // the first statement that reads the file
-    } catch (const SQLite::Exception& exception) {
-        if (exception.getErrorCode() == SQLITE_NOTADB)
-            throw notOurs(database.getFilename());
+        return std::make_unique<SqliteDatabase>(file, how);
+    } catch (const DatabaseError& error) {
+        if (error.kind() == DatabaseError::Kind::NotADatabase)
+            throw notOurs(file);
         throw;
     }
 }
 
 } // namespace
 
-void requireKnown(SQLite::Database& database, const std::string& name)
+void requireKnown(Database& database, const std::string& name)
 {
     if (!isComplete(database))
-        throw notOurs(database.getFilename());
+        throw notOurs(name);
     const int version = pragma(database, "user_version");
     if (version > kSchemaVersion)
         throw Error(ExitCode::NoDataFolder,
@@ -217,21 +209,22 @@ void requireKnown(SQLite::Database& database, const std::string& name)
                         std::to_string(kSchemaVersion));
 }
 
-std::unique_ptr<SQLite::Database> openDatabase(const std::string& dataFolder)
+std::unique_ptr<SqliteDatabase> openDatabase(const std::string& dataFolder)
 {
     const std::string path = databasePath(dataFolder);
     if (!std::filesystem::exists(path))
         throw Error(ExitCode::NoDataFolder,
                     dataFolder + " is not a data folder; make one with: lumo-centre init " + dataFolder);
-    auto database = std::make_unique<SQLite::Database>(path, SQLite::OPEN_READWRITE | kOneThread);
-    setUp(*database);
+    auto database = open(path, SqliteDatabase::Open::ReadWrite);
+    if (!isComplete(*database))
+        throw notOurs(path);
     requireKnown(*database, dataFolder);
     if (pragma(*database, "user_version") < kSchemaVersion)
         migrate(*database);
     return database;
 }
 
-std::unique_ptr<SQLite::Database> createDatabase(const std::string& dataFolder)
+std::unique_ptr<SqliteDatabase> createDatabase(const std::string& dataFolder)
 {
     std::error_code error;
     const bool made = std::filesystem::create_directories(dataFolder, error);
@@ -239,20 +232,18 @@ std::unique_ptr<SQLite::Database> createDatabase(const std::string& dataFolder)
         throw Error(ExitCode::Failed, "can't make " + dataFolder + ": " + error.message());
     if (made && ::chmod(dataFolder.c_str(), S_IRWXU) != 0)
         throw Error(ExitCode::Failed, "can't protect " + dataFolder + ": " + std::strerror(errno));
-    auto database = std::make_unique<SQLite::Database>(
-        databasePath(dataFolder), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | kOneThread);
-    setUp(*database);
+    auto database = open(databasePath(dataFolder), SqliteDatabase::Open::Create);
     if (isComplete(*database))
         throw Error(ExitCode::NoDataFolder, dataFolder + " is a data folder already; nothing was changed");
     if (pragma(*database, "application_id") != 0 || pragma(*database, "user_version") != 0)
         throw Error(ExitCode::NoDataFolder, databasePath(dataFolder) + " is a database of another program");
-    database->exec("PRAGMA journal_mode = WAL");
+    database->execute("PRAGMA journal_mode = WAL");
     return database;
 }
 
-void createSchema(SQLite::Database& database)
+void createSchema(Database& database)
 {
-    database.exec("PRAGMA application_id = " + std::to_string(kApplicationId));
+    database.execute("PRAGMA application_id = " + std::to_string(kApplicationId));
     takeSteps(database, 0);
 }
 

@@ -1,7 +1,7 @@
 #ifndef LUMO_CENTRE_STORE_SCHEMA_H
 #define LUMO_CENTRE_STORE_SCHEMA_H
 
-#include <SQLiteCpp/Database.h>
+#include "centre/database/SqliteDatabase.h"
 
 #include <memory>
 #include <string>
@@ -12,17 +12,17 @@ namespace centre {
 /// each commit flushed to the disk, waiting for other writers. Brings tables of an older version up to date
 /// first, in one transaction. Throws Error(NoDataFolder) if the folder has no database of lumo-centre or one
 /// of a newer version.
-std::unique_ptr<SQLite::Database> openDatabase(const std::string& dataFolder);
+std::unique_ptr<SqliteDatabase> openDatabase(const std::string& dataFolder);
 
 /// Throws Error(NoDataFolder) unless a database is one of lumo-centre's, of this version or an earlier one.
 /// `name` is for the message.
-void requireKnown(SQLite::Database& database, const std::string& name);
+void requireKnown(Database& database, const std::string& name);
 
 /// Makes a data folder with a database without tables. Throws Error if the folder has a database already.
-std::unique_ptr<SQLite::Database> createDatabase(const std::string& dataFolder);
+std::unique_ptr<SqliteDatabase> createDatabase(const std::string& dataFolder);
 
 /// Makes the tables and marks the database as complete; inside the caller's transaction.
-void createSchema(SQLite::Database& database);
+void createSchema(Database& database);
 
 } // namespace centre
 

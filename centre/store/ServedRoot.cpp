@@ -1,18 +1,18 @@
 #include "centre/store/ServedRoot.h"
 
 #include "centre/base/Path.h"
+#include "centre/database/Statement.h"
 #include "centre/store/Connection.h"
-#include "centre/store/ResetAtEnd.h"
 
 namespace centre {
 
 namespace {
 
 // A disk's identifier, or NULL for a package. A disk at the same path comes first.
-constexpr char kRootAt[] = "SELECT id FROM disk WHERE root_path = :path AND company_id = :company"
+constexpr char kRootAt[] = "SELECT id, 0 AS place FROM disk WHERE root_path = :path AND company_id = :company"
                            " AND kesta_code = coalesce(nullif(:box, ''), kesta_code)"
-                           " UNION ALL SELECT NULL FROM version WHERE app_full_path = :path"
-                           " AND kesta_code = coalesce(nullif(:box, ''), kesta_code)";
+                           " UNION ALL SELECT NULL, 1 FROM version WHERE app_full_path = :path"
+                           " AND kesta_code = coalesce(nullif(:box, ''), kesta_code) ORDER BY place";
 
 struct Owner
 {
@@ -24,13 +24,14 @@ struct Owner
 /// The root that `path` itself is, or, if it is a package, the folder above it.
 std::optional<ServedRoot> rootAt(const Owner& owner, const std::string& path)
 {
-    SQLite::Statement& found = owner.connection.statement(kRootAt);
+    Statement& found = owner.connection.statement(kRootAt);
     const ResetAtEnd resetAtEnd(found);
-    SQLite::bind(found, path, owner.companyId, owner.boxCode);
-    if (!found.executeStep())
+    found.bindAll(path, owner.companyId, owner.boxCode);
+    if (!found.step())
         return std::nullopt;
-    const SQLite::Column disk = found.getColumn(0);
-    return disk.isNull() ? ServedRoot{folderAbove(path), std::nullopt} : ServedRoot{path, disk.getUInt()};
+    if (const auto disk = found.integer(0))
+        return ServedRoot{path, static_cast<std::uint32_t>(*disk)};
+    return ServedRoot{folderAbove(path), std::nullopt};
 }
 
 /// The innermost root that the folder is or lies below. It is remembered, for the folder's other files.

@@ -17,7 +17,7 @@ struct ServedRoot
 };
 
 /// Returns the root of the innermost disk of the company, or of the version, that holds the path; nothing if
-/// none does. `boxCode` empty: of any box. Throws SQLite::Exception.
+/// none does. `boxCode` empty: of any box. Throws DatabaseError.
 std::optional<ServedRoot> findServedRoot(Connection& connection, std::uint32_t companyId,
                                          const std::string& boxCode, const std::string& path);
 

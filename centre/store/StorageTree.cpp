@@ -1,51 +1,52 @@
 #include "centre/store/StorageTree.h"
 
-#include "centre/store/ResetAtEnd.h"
+#include "centre/database/Statement.h"
 
 namespace centre {
 
 namespace {
 
-std::optional<std::uint32_t> identifier(SQLite::Statement& statement)
+std::optional<std::uint32_t> identifier(Statement& statement)
 {
-    if (!statement.executeStep())
+    if (!statement.step())
         return std::nullopt;
-    return statement.getColumn(0).getUInt();
+    return statement.id(0);
 }
 
 } // namespace
 
-StorageTree::StorageTree(SQLite::Database& database)
-    : m_Database(database),
-      m_TopFolder(database, "SELECT id FROM folder WHERE disk_id = ? AND parent_id = 0"),
-      m_FindFolder(database, "SELECT id FROM folder WHERE disk_id = ? AND parent_id = ? AND name = ?"),
-      m_AddFolder(database, "INSERT INTO folder(disk_id, parent_id, name) VALUES (?, ?, ?)"),
-      m_AddFile(database, "INSERT INTO file(parent_id, name) VALUES (?, ?)"
-                          " ON CONFLICT (parent_id, name) DO NOTHING")
+StorageTree::StorageTree(Database& database)
+    : m_TopFolder(database.prepare("SELECT id FROM folder WHERE disk_id = ? AND parent_id = 0")),
+      m_FindFolder(
+          database.prepare("SELECT id FROM folder WHERE disk_id = ? AND parent_id = ? AND name = ?")),
+      m_AddFolder(
+          database.prepare("INSERT INTO folder(disk_id, parent_id, name) VALUES (?, ?, ?) RETURNING id")),
+      // What exists takes no identifier; the conflict is for what another connection adds meanwhile.
+      m_AddFile(database.prepare("INSERT INTO file(parent_id, name) SELECT :parent, :name WHERE NOT EXISTS"
+                                 " (SELECT 1 FROM file WHERE parent_id = :parent AND name = :name)"
+                                 " ON CONFLICT (parent_id, name) DO NOTHING"))
 {
 }
 
 std::optional<std::uint32_t> StorageTree::topFolder(std::uint32_t diskId)
 {
-    const ResetAtEnd resetAtEnd(m_TopFolder);
-    SQLite::bind(m_TopFolder, diskId);
-    return identifier(m_TopFolder);
+    const ResetAtEnd resetAtEnd(*m_TopFolder);
+    m_TopFolder->bindAll(diskId);
+    return identifier(*m_TopFolder);
 }
 
 std::optional<std::uint32_t> StorageTree::findFolder(std::uint32_t diskId, std::uint32_t parentId,
                                                      const std::string& name)
 {
-    const ResetAtEnd resetAtEnd(m_FindFolder);
-    SQLite::bind(m_FindFolder, diskId, parentId, name);
-    return identifier(m_FindFolder);
+    const ResetAtEnd resetAtEnd(*m_FindFolder);
+    m_FindFolder->bindAll(diskId, parentId, name);
+    return identifier(*m_FindFolder);
 }
 
 std::uint32_t StorageTree::addFolder(std::uint32_t diskId, std::uint32_t parentId, const std::string& name)
 {
-    const ResetAtEnd resetAtEnd(m_AddFolder);
-    SQLite::bind(m_AddFolder, diskId, parentId, name);
-    m_AddFolder.exec();
-    return static_cast<std::uint32_t>(m_Database.getLastInsertRowid());
+    m_AddFolder->bindAll(diskId, parentId, name);
+    return m_AddFolder->runForId().value();
 }
 
 std::uint32_t StorageTree::makeFolders(std::uint32_t diskId, std::uint32_t parentId,
@@ -60,9 +61,9 @@ std::uint32_t StorageTree::makeFolders(std::uint32_t diskId, std::uint32_t paren
 
 bool StorageTree::addFile(std::uint32_t folderId, const std::string& name)
 {
-    const ResetAtEnd resetAtEnd(m_AddFile);
-    SQLite::bind(m_AddFile, folderId, name);
-    return m_AddFile.exec() > 0;
+    const ResetAtEnd resetAtEnd(*m_AddFile);
+    m_AddFile->bindAll(folderId, name);
+    return m_AddFile->run() > 0;
 }
 
 std::string fullPath(const std::string& start)

@@ -1,10 +1,10 @@
 #ifndef LUMO_CENTRE_STORE_STORAGETREE_H
 #define LUMO_CENTRE_STORE_STORAGETREE_H
 
-#include <SQLiteCpp/SQLiteCpp.h>
-#include <SQLiteCpp/VariadicBind.h>
+#include "centre/database/Database.h"
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,11 +12,11 @@
 namespace centre {
 
 /// Finds and adds folders and files of disks, inside the caller's transactions. For one thread at a time.
-/// Throws SQLite::Exception.
+/// Throws DatabaseError.
 class StorageTree
 {
 public:
-    explicit StorageTree(SQLite::Database& database);
+    explicit StorageTree(Database& database);
 
     std::optional<std::uint32_t> topFolder(std::uint32_t diskId);
     std::optional<std::uint32_t> findFolder(std::uint32_t diskId, std::uint32_t parentId,
@@ -30,11 +30,10 @@ public:
     bool addFile(std::uint32_t folderId, const std::string& name);
 
 private:
-    SQLite::Database& m_Database;
-    SQLite::Statement m_TopFolder;
-    SQLite::Statement m_FindFolder;
-    SQLite::Statement m_AddFolder;
-    SQLite::Statement m_AddFile;
+    std::unique_ptr<Statement> m_TopFolder;
+    std::unique_ptr<Statement> m_FindFolder;
+    std::unique_ptr<Statement> m_AddFolder;
+    std::unique_ptr<Statement> m_AddFile;
 };
 
 /// Returns the SQL that selects `full_path` and `kesta_code` of a place on a disk. `start` selects the folder

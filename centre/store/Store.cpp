@@ -3,37 +3,25 @@
 #include "centre/base/Error.h"
 #include "centre/base/Text.h"
 #include "centre/base/Token.h"
+#include "centre/database/Database.h"
 #include "centre/store/Schema.h"
 #include "components/wirecall/Address.h"
 #include "lumo/components/platform/Utf8.h"
-
-#include <SQLiteCpp/SQLiteCpp.h>
-#include <SQLiteCpp/VariadicBind.h>
-#include <sqlite3.h>
 
 #include <cstdint>
 #include <filesystem>
 
 namespace centre {
 
-namespace {
-
-std::uint32_t lastId(SQLite::Database& database)
-{
-    return static_cast<std::uint32_t>(database.getLastInsertRowid());
-}
-
-} // namespace
-
-void insert(SQLite::Statement& statement, const std::string& taken, const std::string& missing)
+std::uint32_t insert(Statement& statement, const std::string& taken, const std::string& missing)
 {
     try {
-        statement.exec();
-    } catch (const SQLite::Exception& exception) {
-        const int code = exception.getExtendedErrorCode();
-        if (code == SQLITE_CONSTRAINT_FOREIGNKEY)
+        return statement.runForId().value_or(0);
+    } catch (const DatabaseError& error) {
+        using Kind = DatabaseError::Kind;
+        if (error.kind() == Kind::ForeignKey)
             throw Error(ExitCode::Failed, missing);
-        if (code == SQLITE_CONSTRAINT_UNIQUE || code == SQLITE_CONSTRAINT_PRIMARYKEY)
+        if (error.kind() == Kind::Unique || error.kind() == Kind::PrimaryKey)
             throw Error(ExitCode::Failed, taken);
         throw;
     }
@@ -52,8 +40,8 @@ std::string Store::create(const std::string& dataFolder, const std::string& comp
 {
     requireName("the company number", companyNo);
     requireName("the user name", userName);
-    Store store(createDatabase(dataFolder));
-    SQLite::Transaction transaction(*store.m_Database, SQLite::TransactionBehavior::IMMEDIATE);
+    Store store(createDatabase(dataFolder), dataFolder);
+    Transaction transaction(*store.m_Database);
     createSchema(*store.m_Database);
     store.addCompany(companyNo);
     std::string token = store.addUser(userName, companyNo);
@@ -61,11 +49,12 @@ std::string Store::create(const std::string& dataFolder, const std::string& comp
     return token;
 }
 
-Store::Store(const std::string& dataFolder) : m_Database(openDatabase(dataFolder))
+Store::Store(const std::string& dataFolder) : Store(openDatabase(dataFolder), dataFolder)
 {
 }
 
-Store::Store(std::unique_ptr<SQLite::Database> database) : m_Database(std::move(database))
+Store::Store(std::unique_ptr<Database> database, const std::string& dataFolder)
+    : m_Database(std::move(database)), m_DataFolder(std::filesystem::canonical(dataFolder).string())
 {
 }
 
@@ -74,10 +63,9 @@ Store::~Store() = default;
 std::uint32_t Store::addCompany(const std::string& companyNo)
 {
     requireName("the company number", companyNo);
-    SQLite::Statement statement(*m_Database, "INSERT INTO company(companyno) VALUES (?)");
-    statement.bind(1, companyNo);
-    insert(statement, "company " + companyNo + " exists already");
-    return lastId(*m_Database);
+    const auto statement = m_Database->prepare("INSERT INTO company(companyno) VALUES (?) RETURNING id");
+    statement->bind(1, companyNo);
+    return insert(*statement, "company " + companyNo + " exists already");
 }
 
 std::string Store::addUser(const std::string& userName, const std::string& companyNo, bool mayWrite)
@@ -85,11 +73,11 @@ std::string Store::addUser(const std::string& userName, const std::string& compa
     requireName("the user name", userName);
     std::string token = newToken();
     const std::string hash = tokenHash(token);
-    SQLite::Statement statement(
-        *m_Database, "INSERT INTO user(username, company_id, may_write, token_hash) VALUES (?, ?, ?, ?)");
-    SQLite::bind(statement, userName, companyId(companyNo), mayWrite ? 1 : 0);
-    statement.bind(4, hash.data(), static_cast<int>(hash.size()));
-    insert(statement, "user " + userName + " exists already");
+    const auto statement = m_Database->prepare(
+        "INSERT INTO \"user\"(username, company_id, may_write, token_hash) VALUES (?, ?, ?, ?)");
+    statement->bindAll(userName, companyId(companyNo), mayWrite ? 1 : 0);
+    statement->bindBytes(4, hash);
+    insert(*statement, "user " + userName + " exists already");
     return token;
 }
 
@@ -100,26 +88,26 @@ void Store::addBox(const std::string& code, const std::string& address)
     if (!wirecall::parseAddress(address, parsed) || parsed.port == 0)
         throw Error(ExitCode::WrongUse,
                     "not an address of a box: " + escaped(address) + "; an address is HOST:PORT");
-    SQLite::Statement statement(*m_Database, "INSERT INTO box(code, address) VALUES (?, ?)");
-    statement.bind(1, code);
-    statement.bind(2, address);
-    insert(statement, "box " + code + " exists already");
+    const auto statement = m_Database->prepare("INSERT INTO box(code, address) VALUES (?, ?)");
+    statement->bind(1, code);
+    statement->bind(2, address);
+    insert(*statement, "box " + code + " exists already");
 }
 
 std::string Store::boxAddress(const std::string& code)
 {
-    SQLite::Statement statement(*m_Database, "SELECT address FROM box WHERE code = ?");
-    statement.bind(1, code);
-    if (!statement.executeStep())
+    const auto statement = m_Database->prepare("SELECT address FROM box WHERE code = ?");
+    statement->bind(1, code);
+    if (!statement->step())
         throw Error(ExitCode::Failed, "there is no box " + escaped(code) + "; add-box adds one");
-    return statement.getColumn(0).getString();
+    return statement->string(0);
 }
 
 void Store::setBoxAddress(const std::string& code, const std::string& address)
 {
-    SQLite::Statement statement(*m_Database, "UPDATE box SET address = ? WHERE code = ?");
-    SQLite::bind(statement, address, code);
-    statement.exec();
+    const auto statement = m_Database->prepare("UPDATE box SET address = ? WHERE code = ?");
+    statement->bindAll(address, code);
+    statement->run();
 }
 
 void Store::addArea(std::uint32_t id, const std::string& name, std::optional<std::uint32_t> parentId)
@@ -127,23 +115,21 @@ void Store::addArea(std::uint32_t id, const std::string& name, std::optional<std
     requireName("the area's name", name);
     if (id == 0 || id == UINT32_MAX)
         throw Error(ExitCode::WrongUse, "an area's identifier must be a number from 1 to 4294967294");
-    SQLite::Statement statement(*m_Database,
-                                "INSERT INTO national_area(area_id, area_name, parent_id) VALUES (?, ?, ?)");
-    SQLite::bind(statement, id, name);
-    if (parentId)
-        statement.bind(3, *parentId);
-    insert(statement, "area " + std::to_string(id) + " exists already",
+    const auto statement =
+        m_Database->prepare("INSERT INTO national_area(area_id, area_name, parent_id) VALUES (?, ?, ?)");
+    statement->bindAll(id, name, parentId);
+    insert(*statement, "area " + std::to_string(id) + " exists already",
            "there is no area " + std::to_string(parentId.value_or(0)) +
                ", which the new area should be part of");
 }
 
 std::uint32_t Store::companyId(const std::string& companyNo)
 {
-    SQLite::Statement statement(*m_Database, "SELECT id FROM company WHERE companyno = ?");
-    statement.bind(1, companyNo);
-    if (!statement.executeStep())
+    const auto statement = m_Database->prepare("SELECT id FROM company WHERE companyno = ?");
+    statement->bind(1, companyNo);
+    if (!statement->step())
         throw Error(ExitCode::Failed, "there is no company " + escaped(companyNo) + "; add-company adds one");
-    return statement.getColumn(0).getUInt();
+    return statement->id(0);
 }
 
 std::uint32_t Store::addDisk(const std::string& name, const std::string& rootPath,
@@ -152,41 +138,33 @@ std::uint32_t Store::addDisk(const std::string& name, const std::string& rootPat
     requireName("the disk's name", name);
     if (name == "." || name == ".." || name.find('/') != std::string::npos)
         throw Error(ExitCode::WrongUse, "the disk's name is one component of a path and can't be " + name);
-    SQLite::Transaction transaction(*m_Database, SQLite::TransactionBehavior::IMMEDIATE);
-    SQLite::Statement disk(*m_Database,
-                           "INSERT INTO disk(root_path, name, kesta_code, company_id, address_kind)"
-                           " VALUES (?, ?, nullif(?, ''), ?, 1)");
-    disk.bind(1, rootPath);
-    disk.bind(2, name);
-    disk.bind(3, boxCode);
-    disk.bind(4, companyId(companyNo));
-    insert(disk, "disk " + name + " exists already");
-    const std::uint32_t diskId = lastId(*m_Database);
-    SQLite::Statement folder(*m_Database, "INSERT INTO folder(parent_id, name, disk_id) VALUES (0, ?, ?)");
-    folder.bind(1, name);
-    folder.bind(2, diskId);
-    folder.exec();
-    const std::uint32_t folderId = lastId(*m_Database);
+    Transaction transaction(*m_Database);
+    const auto disk =
+        m_Database->prepare("INSERT INTO disk(root_path, name, kesta_code, company_id, address_kind)"
+                            " VALUES (?, ?, nullif(?, ''), ?, 1) RETURNING id");
+    disk->bind(1, rootPath);
+    disk->bind(2, name);
+    disk->bind(3, boxCode);
+    disk->bind(4, companyId(companyNo));
+    const std::uint32_t diskId = insert(*disk, "disk " + name + " exists already");
+    const auto folder =
+        m_Database->prepare("INSERT INTO folder(parent_id, name, disk_id) VALUES (0, ?, ?) RETURNING id");
+    folder->bind(1, name);
+    folder->bind(2, diskId);
+    const std::uint32_t folderId = folder->runForId().value();
     transaction.commit();
     return folderId;
 }
 
-std::string Store::dataFolder() const
-{
-    const std::filesystem::path file = std::filesystem::absolute(m_Database->getFilename());
-    return std::filesystem::canonical(file.parent_path()).string();
-}
-
 void Store::addMadeUpFiles(std::uint32_t folderId, std::uint32_t count)
 {
-    SQLite::Statement statement(
-        *m_Database,
-        "WITH RECURSIVE number(i) AS (SELECT 0 WHERE :count > 0 UNION ALL"
-        " SELECT i + 1 FROM number WHERE i + 1 < :count)"
-        " INSERT INTO file(parent_id, name) SELECT :folder, printf('file-%06d.dat', i) FROM number");
-    statement.bind(":count", count);
-    statement.bind(":folder", folderId);
-    statement.exec();
+    const auto statement =
+        m_Database->prepare("WITH RECURSIVE number(i) AS (SELECT 0 WHERE :count > 0 UNION ALL"
+                            " SELECT i + 1 FROM number WHERE i + 1 < :count)"
+                            " INSERT INTO file(parent_id, name) SELECT :folder,"
+                            " 'file-' || substr(CAST(1000000 + i AS TEXT), 2) || '.dat' FROM number");
+    statement->bindAll(count, folderId);
+    statement->run();
 }
 
 } // namespace centre

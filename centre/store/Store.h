@@ -6,12 +6,10 @@
 #include <optional>
 #include <string>
 
-namespace SQLite {
+namespace centre {
+
 class Database;
 class Statement;
-} // namespace SQLite
-
-namespace centre {
 
 /// Writes to a data folder: companies, users, boxes, areas, disks. May be used while another process serves
 /// the folder, by one thread at a time. What a function returns from has reached the disk. All throw Error;
@@ -49,23 +47,24 @@ public:
     void addMadeUpFiles(std::uint32_t folderId, std::uint32_t count);
 
     /// Absolute, without symbolic links.
-    std::string dataFolder() const;
-    SQLite::Database& database() { return *m_Database; }
+    const std::string& dataFolder() const { return m_DataFolder; }
+    Database& database() { return *m_Database; }
 
 private:
-    explicit Store(std::unique_ptr<SQLite::Database> database);
+    Store(std::unique_ptr<Database> database, const std::string& dataFolder);
 
-    std::unique_ptr<SQLite::Database> m_Database;
+    std::unique_ptr<Database> m_Database;
+    const std::string m_DataFolder;
 };
 
 /// Throws Error(WrongUse) unless `name` can be a name: not empty, UTF-8, without control characters.
 /// `what` says whose name it is.
 void requireName(const std::string& what, const std::string& name);
 
-/// Runs one insertion. Throws Error with `taken` if the record is there already, with `missing` if one that
-/// it refers to is not there.
-void insert(SQLite::Statement& statement, const std::string& taken,
-            const std::string& missing = "there is no such box; add-box adds one");
+/// Runs one insertion, which may return an identifier. Throws Error with `taken` if the record is there
+/// already, with `missing` if one that it refers to is not there.
+std::uint32_t insert(Statement& statement, const std::string& taken,
+                     const std::string& missing = "there is no such box; add-box adds one");
 
 } // namespace centre
 

@@ -63,7 +63,7 @@ protected:
         m_Store.addDisk("theirs", "/srv/disk/theirs", "OTHER", "B1");
         m_Store.addDisk("elsewhere", "/srv/elsewhere", "LUMO", "B2");
         m_Store.addDisk("inner", "/srv/disk/inner", "LUMO", "B1");
-        m_Store.database().exec(
+        m_Store.database().execute(
             "INSERT INTO folder(parent_id, name, disk_id) VALUES (1, 'a', 1), (5, 'b', 1)");
         m_Data.makeFile("package/app/file");
         packages = std::filesystem::canonical(m_Data.below("package")).string();
@@ -184,8 +184,8 @@ TEST_F(BoxCatalogueTest, AFullDiskIsAFailureThatSaysSoAndRegistersNothing)
     for (int i = 0; i < 10000; ++i)
         entries.push_back({"/srv/disk/" + std::to_string(i) + std::string(100, 'x'), false});
     const auto limitPages = [this](int pages) {
-        centre::ConnectionPool::Lease(pool)->database().execAndGet("PRAGMA max_page_count = " +
-                                                                   std::to_string(pages));
+        centre::ConnectionPool::Lease(pool)->database().value("PRAGMA max_page_count = " +
+                                                              std::to_string(pages));
     };
     const auto before = places();
     limitPages(100);
@@ -345,7 +345,7 @@ TEST_F(ServedBox, EndsTransfersUnderWayWithTheRightToThem)
     haulbox::BeginRsp begun;
     uploads.begin(m_Data.token(), begin, begun);
 
-    m_Store.database().exec("DELETE FROM user");
+    m_Store.database().execute("DELETE FROM user");
     stream->next(data);
     EXPECT_EQ(chunk.status(), haulbox::REFUSED);
     EXPECT_EQ(chunk.reason(), centre::kUnknownToken);

@@ -4,6 +4,7 @@
 #include "centre/base/Error.h"
 #include "centre/content/Import.h"
 #include "centre/content/LoadRecords.h"
+#include "centre/database/Database.h"
 #include "centre/server/Centre.h"
 #include "centre/store/Store.h"
 #include "forgeserver.pb.h"
@@ -16,7 +17,6 @@
 
 #include <QTemporaryDir>
 
-#include <SQLiteCpp/SQLiteCpp.h>
 #include <gmock/gmock.h>
 #include <google/protobuf/text_format.h>
 
@@ -141,7 +141,7 @@ protected:
                                   [this](const std::string& problem) { m_Problems.push_back(problem); });
     }
 
-    std::string value(const std::string& sql) { return m_Store.database().execAndGet(sql).getString(); }
+    std::string value(const std::string& sql) { return m_Store.database().value(sql); }
 
     DataFolder m_Data;
     centre::Store m_Store{m_Data.path()};
@@ -156,14 +156,13 @@ protected:
 inline std::map<std::string, unsigned> catalogueOf(centre::Store& store)
 {
     std::map<std::string, unsigned> places;
-    SQLite::Statement rows(
-        store.database(),
+    const auto rows = store.database().prepare(
         "WITH RECURSIVE tree(id, path) AS (SELECT id, name || '/' FROM folder WHERE parent_id = 0"
         " UNION ALL SELECT folder.id, path || name || '/' FROM tree JOIN folder ON parent_id = tree.id)"
         " SELECT path, id FROM tree UNION ALL"
         " SELECT path || name, file.id FROM tree JOIN file ON parent_id = tree.id");
-    while (rows.executeStep())
-        places[rows.getColumn(0).getString()] = rows.getColumn(1).getUInt();
+    while (rows->step())
+        places[rows->string(0)] = rows->id(1);
     return places;
 }
 

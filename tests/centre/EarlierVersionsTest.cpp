@@ -8,9 +8,8 @@ namespace {
 /// Tables and indexes of a data folder.
 std::string tablesOf(const std::string& path)
 {
-    return SQLite::Database(path + "/centre.db")
-        .execAndGet("SELECT group_concat(sql, ';') FROM (SELECT sql FROM sqlite_master ORDER BY type, name)")
-        .getString();
+    return centre::openDatabase(path)->value(
+        "SELECT group_concat(sql, ';') FROM (SELECT sql FROM sqlite_master ORDER BY type, name)");
 }
 
 /// A data folder that lumo-centre made when its tables had an earlier version.
@@ -23,15 +22,16 @@ public:
         const std::string mark = "-- token: ";
         const std::size_t start = dump.find(mark) + mark.size();
         m_Token = dump.substr(start, dump.find('\n', start) - start);
-        database(SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE).exec(dump + change);
+        database(Open::Create).execute(dump + change);
     }
 
     std::string path() const { return m_Folder.path().toStdString(); }
     const std::string& token() const { return m_Token; }
-    int version() const { return database(SQLite::OPEN_READONLY).execAndGet("PRAGMA user_version").getInt(); }
+    int version() const { return std::stoi(database(Open::ReadOnly).value("PRAGMA user_version")); }
 
 private:
-    SQLite::Database database(int flags) const { return {path() + "/centre.db", flags}; }
+    using Open = centre::SqliteDatabase::Open;
+    centre::SqliteDatabase database(Open how) const { return {path() + "/centre.db", how}; }
 
     QTemporaryDir m_Folder;
     std::string m_Token;
@@ -92,10 +92,10 @@ INSTANTIATE_TEST_SUITE_P(, EarlierVersions, testing::Values(1, 2, 3), testing::P
 TEST(EarlierVersion, StaysAsItWasWhenItCannotBeBroughtUpToDate)
 {
     const EarlierFolder folder(1, "CREATE TABLE version(in_the_way)");
-    EXPECT_THROW(centre::openDatabase(folder.path()), SQLite::Exception);
+    EXPECT_THROW(centre::openDatabase(folder.path()), centre::DatabaseError);
     EXPECT_EQ(folder.version(), 1);
-    SQLite::Database database(folder.path() + "/centre.db");
-    EXPECT_THROW(database.execAndGet("SELECT may_write FROM user"), SQLite::Exception);
+    centre::SqliteDatabase database(folder.path() + "/centre.db", centre::SqliteDatabase::Open::ReadOnly);
+    EXPECT_THROW(database.value("SELECT may_write FROM user"), centre::DatabaseError);
 }
 
 } // namespace

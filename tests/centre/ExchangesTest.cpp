@@ -4,7 +4,6 @@
 #include "tests/centre/CentreSupport.h"
 #include "tests/support/Script.h"
 
-#include <SQLiteCpp/SQLiteCpp.h>
 #include <google/protobuf/stubs/strutil.h>
 
 #include <functional>
@@ -183,7 +182,7 @@ private:
     };
     const std::map<std::string, std::function<void(const std::string&)>> m_SetUps = {
         {"add", [this](auto& rest) { add(wordsOf(rest)); }},
-        {"sql", [this](auto& rest) { m_Store.database().exec(rest); }},
+        {"sql", [this](auto& rest) { m_Store.database().execute(rest); }},
         {"load", [this](auto& rest) { load(rest); }},
         {"refuse", [this](auto& rest) { refuse(rest); }},
         {"search", [this](auto& rest) { search(rest); }},

@@ -150,7 +150,7 @@ TEST_F(Forge, RefusesDamagedImagesAndReadsLargeOnes)
         m_Data.makeFile("disk/damaged/" + name, bytes);
     ASSERT_EQ(::mkfifo(m_Data.below("disk/pipe").c_str(), 0600), 0);
     import("disk", "disk");
-    m_Store.database().exec("INSERT INTO file(parent_id, name) VALUES (1, 'pipe')");
+    m_Store.database().execute("INSERT INTO file(parent_id, name) VALUES (1, 'pipe')");
     serve();
     const auto analyze = [this](const std::string& place) {
         return ask("AnalyzeImage", "img_name: 'N' analyze_flag: true main_file { ref_id: " + id(place) +

@@ -1,3 +1,4 @@
+#include "centre/database/SqliteDatabase.h"
 #include "centre/store/Query.h"
 #include "tests/centre/CentreSupport.h"
 
@@ -23,7 +24,7 @@ TEST_F(Operations, AllHaveAHandler)
 
 TEST(Query, RefusesSqlThatDoesNotFitTheMessages)
 {
-    SQLite::Database database(":memory:", SQLite::OPEN_READWRITE);
+    centre::SqliteDatabase database(":memory:", centre::SqliteDatabase::Open::ReadWrite);
     const auto& method = *ledgerserver::LedgerServices::descriptor()->FindMethodByName("queryDataAddress");
     for (const char* sql : {"SELECT 1 AS elsewhere", "SELECT 1 AS id WHERE :elsewhere"})
         EXPECT_THROW(centre::Query(database, {"queryDataAddress", centre::Shape::List, sql}, method),

@@ -55,16 +55,15 @@ TEST(Process, AnImportThatWasKilledIsCompletedByAnother)
     killed.wait();
 
     centre::Store store(data.path());
-    EXPECT_EQ(store.database().execAndGet("PRAGMA integrity_check").getString(), "ok");
-    store.database().exec("CREATE TEMP TABLE earlier AS SELECT id, name FROM file");
+    EXPECT_EQ(store.database().value("PRAGMA integrity_check"), "ok");
+    store.database().execute("CREATE TEMP TABLE earlier AS SELECT id, name FROM file");
     const auto report =
         centre::importTree(store, {data.below("tree"), "disk", "LUMO", ""}, [](const std::string&) {});
     EXPECT_GT(report.knownFiles, 0u);
     EXPECT_EQ(report.knownFiles + report.newFiles, kFiles);
     EXPECT_EQ(report.problems, static_cast<std::uint64_t>(kBadNames));
-    EXPECT_EQ(
-        store.database().execAndGet("SELECT count(*) FROM earlier JOIN file USING (id, name)").getUInt(),
-        report.knownFiles);
+    EXPECT_EQ(store.database().value("SELECT count(*) FROM earlier JOIN file USING (id, name)"),
+              std::to_string(report.knownFiles));
 }
 
 } // namespace

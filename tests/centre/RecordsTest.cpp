@@ -88,9 +88,8 @@ TEST_F(Records, OfASampleAreThereInPagesAndTheSameForASeed)
         return centre::addSample(store, "LUMO", 3000, seed, [](std::uint64_t) {});
     };
     const auto content = [](centre::Store& store) {
-        return store.database()
-            .execAndGet("SELECT group_concat(quote(image_name) || quote(value1) || quote(west)) FROM sat")
-            .getString();
+        return store.database().value(
+            "SELECT group_concat(quote(image_name) || quote(value1) || quote(west)) FROM sat");
     };
     const centre::RecordCounts counts = sample(m_Store, 1);
     std::uint64_t images = 0;

@@ -85,7 +85,7 @@ protected:
 
     void insert(const std::string& table, const std::string& values)
     {
-        m_Store.database().exec("INSERT INTO " + table + " VALUES (" + values + ")");
+        m_Store.database().execute("INSERT INTO " + table + " VALUES (" + values + ")");
     }
 
     void addRecords(const Company& company)
@@ -168,9 +168,9 @@ TEST_F(Rights, WhatBelongsToAnotherCompanyIsAnsweredAsWhatDoesNotExist)
         }
 }
 
-TEST(RightsOfOperations, EveryQueryAsksForTheCallerUnlessItIsForEveryone)
+TEST_F(Rights, EveryQueryAsksForTheCallerUnlessItIsForEveryone)
 {
-    for (const centre::Operation& operation : centre::ledgerOperations())
+    for (const centre::Operation& operation : centre::ledgerOperations(m_Store.database().dialect()))
         EXPECT_EQ(operation.sql.find(":caller_company") == std::string::npos,
                   kForEveryone.count(operation.name) > 0)
             << operation.name;

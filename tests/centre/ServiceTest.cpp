@@ -143,7 +143,7 @@ TEST_F(Service, SaysWithoutATokenWhetherItIsHealthy)
     const std::string centre = servingAddress(*m_Process);
     EXPECT_EQ(health(centre), "SERVING\nSERVING\nNOT_FOUND\nSERVING\n");
     EXPECT_EQ(health(box), "SERVING\nNOT_FOUND\nSERVING\nSERVING\n");
-    centre::Store(m_Data.path()).database().exec("ALTER TABLE company RENAME TO elsewhere");
+    centre::Store(m_Data.path()).database().execute("ALTER TABLE company RENAME TO elsewhere");
     EXPECT_THAT(health(centre), StartsWith("NOT_SERVING\n"));
 }
 

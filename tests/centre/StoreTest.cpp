@@ -4,8 +4,6 @@
 #include "tests/centre/CentreProgram.h"
 #include "tests/centre/CentreSupport.h"
 
-#include <SQLiteCpp/SQLiteCpp.h>
-
 #include <sys/stat.h>
 
 using centre::ExitCode;
@@ -52,9 +50,9 @@ TEST_F(Store, IsMadeOnceAndWholeAndOpenedOnlyByItsOwnProgram)
     create("new", "user");
     EXPECT_EQ(newStore().companyId("N"), 1u);
 
-    m_Store.database().exec("PRAGMA user_version = 99");
+    m_Store.database().execute("PRAGMA user_version = 99");
     expectError(ExitCode::NoDataFolder, "newer lumo-centre", [this] { reopened(); });
-    m_Store.database().exec("PRAGMA application_id = 1");
+    m_Store.database().execute("PRAGMA application_id = 1");
     expectError(ExitCode::NoDataFolder, "not a database of", [this] { reopened(); });
     expectError(ExitCode::NoDataFolder, "of another program", [&] { create("data", "demo"); });
 }
@@ -82,16 +80,16 @@ TEST_F(Store, AConnectionForgetsWhatAnyProcessHasChanged)
         {"import", m_Data.path(), m_Data.below("tree/inner"), "--disk", "inner", "--box", "B1"}));
     ASSERT_EQ(other.wait(), 0);
     EXPECT_EQ(read(), "demo, served from tree/inner, folder tree/inner of B1");
-    m_Store.database().exec(
+    m_Store.database().execute(
         "UPDATE user SET username = 'other'; UPDATE folder SET name = 'new' WHERE id = 2");
     EXPECT_EQ(read(), "other, served from tree/inner, folder tree/new of B1");
 
     // Its own changes: one that comes to nothing, and one that is committed.
-    connection.database().exec("BEGIN; UPDATE folder SET name = 'never' WHERE id = 2");
+    connection.database().execute("BEGIN; UPDATE folder SET name = 'never' WHERE id = 2");
     EXPECT_EQ(lookUp(), "other, served from tree/inner, folder tree/never of B1");
-    connection.database().exec("ROLLBACK");
+    connection.database().execute("ROLLBACK");
     EXPECT_EQ(read(), "other, served from tree/inner, folder tree/new of B1");
-    connection.database().exec("UPDATE disk SET kesta_code = NULL WHERE name = 'outer'; DELETE FROM user");
+    connection.database().execute("UPDATE disk SET kesta_code = NULL WHERE name = 'outer'; DELETE FROM user");
     EXPECT_EQ(read(), "nobody, served from tree/inner, folder tree/new of no box");
 }
 

@@ -60,8 +60,8 @@ TEST_F(ClientCentre, FindsPlacesAndSaysWhatIsMissing)
 {
     serve({"a.txt", "z.txt", "影像/deep/b.tif"});
     for (const std::string table : {"folder", "file"})
-        m_Store.database().exec("UPDATE " + table + " SET short_text = 'short', long_text = 'long'");
-    m_Store.database().exec("UPDATE file SET name = 'cut' || char(0) || 'off' WHERE name = 'z.txt'");
+        m_Store.database().execute("UPDATE " + table + " SET short_text = 'short', long_text = 'long'");
+    m_Store.database().execute("UPDATE file SET name = 'cut' || char(0) || 'off' WHERE name = 'z.txt'");
     const Session session(settings());
     const lumo::Catalogue catalogue = session.catalogue();
     const lumo::Entry disk = catalogue.find("/earth");

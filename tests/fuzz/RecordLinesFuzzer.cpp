@@ -2,11 +2,10 @@
 
 #include "centre/base/Error.h"
 #include "centre/content/LoadRecords.h"
+#include "centre/database/Database.h"
 #include "centre/store/RecordKinds.h"
 #include "centre/store/Store.h"
 #include "tests/fuzz/Require.h"
-
-#include <SQLiteCpp/SQLiteCpp.h>
 
 #include <cstdint>
 #include <sstream>
@@ -37,6 +36,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         require(std::string(error.what()).rfind("name:", 0) == 0);
     }
     for (const centre::RecordKind& kind : centre::recordKinds())
-        require(store().database().execAndGet("SELECT count(*) FROM " + kind.name).getInt() == 0);
+        require(store().database().value("SELECT count(*) FROM " + kind.name) == "0");
     return 0;
 }

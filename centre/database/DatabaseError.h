@@ -1,0 +1,36 @@
+#ifndef LUMO_CENTRE_DATABASE_DATABASEERROR_H
+#define LUMO_CENTRE_DATABASE_DATABASEERROR_H
+
+#include <stdexcept>
+#include <string>
+
+namespace centre {
+
+/// A failure of the database. The text is the engine's own.
+class DatabaseError : public std::runtime_error
+{
+public:
+    enum class Kind
+    {
+        Other,
+        Unique,        ///< a record with the same unique columns exists
+        PrimaryKey,    ///< a record with the same identifier exists
+        ForeignKey,    ///< a record that is referred to does not exist
+        Check,         ///< a value is outside of its range, or no identifier is left
+        Full,          ///< the disk of the database is full
+        Busy,          ///< another process writes, or all connections are in use
+        Lost,          ///< the connection to the server was lost
+        Serialization, ///< the transaction met another one and should be run again
+        NotADatabase   ///< the file, or what the server has, is not a database of this engine
+    };
+
+    DatabaseError(Kind kind, const std::string& reason) : std::runtime_error(reason), m_Kind(kind) {}
+    Kind kind() const { return m_Kind; }
+
+private:
+    Kind m_Kind;
+};
+
+} // namespace centre
+
+#endif
