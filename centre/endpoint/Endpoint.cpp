@@ -13,6 +13,12 @@ namespace {
 
 constexpr char kHealthCheck[] = "grpc.health.v1.Health.Check";
 
+/// "ipv4:127.0.0.1:4711" without the port.
+std::string withoutPort(const std::string& peer)
+{
+    return peer.substr(0, peer.rfind(':'));
+}
+
 void requireSafe(const ListenOptions& options)
 {
     wirecall::Address address;
@@ -54,7 +60,10 @@ void Endpoint::start(const ListenOptions& options)
     serverOptions.address = options.address;
     serverOptions.tlsCertificate = options.tlsCertificate;
     serverOptions.tlsKey = options.tlsKey;
-    serverOptions.authenticate = [this](const wirecall::ServerCall& call, std::string& reason) {
+    serverOptions.connections = options.connections;
+    serverOptions.connectionsOfAddress = options.connectionsOfAddress;
+    serverOptions.callsOfUser = options.callsOfUser;
+    serverOptions.authenticate = [this](wirecall::ServerCall& call, std::string& reason) {
         return authenticate(call, reason);
     };
     if (options.observer != nullptr)
@@ -91,10 +100,12 @@ void Endpoint::reloadCertificate()
         throw Error(ExitCode::Failed, error);
 }
 
-bool Endpoint::authenticate(const wirecall::ServerCall& call, std::string& reason)
+bool Endpoint::authenticate(wirecall::ServerCall& call, std::string& reason)
 {
-    if (call.method() == kHealthCheck)
+    if (call.method() == kHealthCheck) {
+        call.setUser("health checks of " + withoutPort(call.peer()));
         return true;
+    }
     const std::string token = call.token();
     try {
         if (token.empty()) {
@@ -103,7 +114,9 @@ bool Endpoint::authenticate(const wirecall::ServerCall& call, std::string& reaso
         }
         ConnectionPool::Lease connection(m_Pool);
         const Read read(*connection);
-        if (!connection->user(token))
+        if (const std::optional<User> user = connection->user(token))
+            call.setUser(user->name);
+        else
             reason = kUnknownToken;
     } catch (const std::exception& exception) {
         std::cerr << "lumo-centre: checking a token: " + std::string(exception.what()) + "\n";

@@ -35,7 +35,7 @@ public:
     void reloadCertificate();
 
     ConnectionPool& pool() { return m_Pool; }
-    int runningCalls() const { return m_Server.runningCalls(); }
+    wirecall::RpcServer::Load load() const { return m_Server.load(); }
     int port() const { return m_Server.port(); }
     /// "host:port", with the port that was taken.
     const std::string& address() const { return m_Address; }
@@ -47,7 +47,7 @@ private:
                    hubline::HelloRsp* response, google::protobuf::Closure* done) override;
     };
 
-    bool authenticate(const wirecall::ServerCall& call, std::string& reason);
+    bool authenticate(wirecall::ServerCall& call, std::string& reason);
 
     ConnectionPool& m_Pool;
     Faults& m_Faults;

@@ -16,6 +16,9 @@ struct ListenOptions
     bool plainText = false;               ///< allows plain text on an address that is not loopback
     std::string announced;                ///< where clients reach a box, if not at `address`: "host:port"
     int graceMilliseconds = 2000;         ///< what running calls have to end when the address is stopped
+    int connections = 0;                  ///< at once; 0: as many as the descriptors of the process allow
+    int connectionsOfAddress = 500;       ///< of one client address at once; 0: any number
+    int callsOfUser = 500;                ///< at once; 0: any number
     EndpointObserver* observer = nullptr; ///< may be null; must outlive the endpoint
 };
 

@@ -107,6 +107,15 @@ void addListening(CLI::App* command, Arguments& arguments)
             "The seconds that running calls have to end after SIGTERM; without it 2")
         ->check(CLI::Range(0.0, 3600.0))
         ->type_name("SECONDS");
+    const auto addLimit = [command](const char* name, int& limit, const char* description) {
+        command->add_option(name, limit, description)->check(CLI::Range(0, 1000000))->type_name("NUMBER");
+    };
+    addLimit("--max-connections", arguments.serve.connections,
+             "Connections to an address at once; 0, without it, is half of what the descriptors allow");
+    addLimit("--max-connections-per-client", arguments.serve.connectionsOfAddress,
+             "The same from one client's address; 0 is any number; without it 500");
+    addLimit("--max-calls-per-user", arguments.serve.callsOfUser,
+             "Calls of one user to an address at once; 0 is any number; without it 500");
     command
         ->add_option("--fault", arguments.serve.faults,
                      "A fault for tests: OPERATION[@N]=stall|exit|refuse|result:R|corrupt or"

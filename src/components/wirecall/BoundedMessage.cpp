@@ -253,7 +253,8 @@ grpc::Status parseBounded(grpc::ByteBuffer& buffer, Message& message, std::size_
 
 grpc::Status heldTooMuch()
 {
-    return {grpc::StatusCode::RESOURCE_EXHAUSTED, "the calls of this user hold too much memory"};
+    return {grpc::StatusCode::RESOURCE_EXHAUSTED,
+            "the calls of this user hold too much memory; try again later"};
 }
 
 grpc::Status notParsed()

@@ -20,6 +20,7 @@ using Clock = std::chrono::system_clock; // gRPC's deadlines are of this clock
 
 /// gRPC's words for a quota that is used up, of this side and of the other.
 constexpr char kQuotaIsUsedUp[] = "Buffers full";
+constexpr char kGoAway[] = "GOAWAY received";
 constexpr char kTheirQuotaIsUsedUp[] = "Received RST_STREAM with error code 11";
 constexpr long long kLongestTimeLimit = 1000LL * 60 * 60 * 24 * 365;
 
@@ -100,6 +101,8 @@ void ClientCall::conclude(RpcController& controller, const grpc::Status& status)
         text = "what arrives takes more memory than it may";
     else if (text == kTheirQuotaIsUsedUp)
         text = "what arrives at the server takes more memory than it may";
+    else if (text == kGoAway)
+        text = "the server takes no calls over this connection: it has too many connections, or ends";
     controller.setOutcome(failureOf(status.error_code()), text, sent);
 }
 

@@ -4,6 +4,7 @@
 #include "components/wirecall/BoundedMessage.h"
 #include "components/wirecall/ReloadableCertificate.h"
 #include "components/wirecall/ServerCalls.h"
+#include "components/wirecall/ServerListener.h"
 #include "components/wirecall/ServerThreads.h"
 #include "components/wirecall/WireLimits.h"
 
@@ -22,6 +23,7 @@ namespace wirecall {
 namespace {
 
 constexpr int kShortestPingInterval = 5000;
+constexpr int kLongestHandshake = 20000; ///< milliseconds that a new connection has for TLS and settings
 constexpr int kCallsRequestedAhead = 16;
 
 /// Bounds what arrives at all servers of the process together; never destroyed, as a client's quota.
@@ -44,6 +46,8 @@ struct RpcServer::Impl
     std::unique_ptr<grpc::ServerCompletionQueue> queue;
     std::unique_ptr<grpc::Server> server;
     std::unique_ptr<ServerThreads> threads;
+    std::unique_ptr<grpc::experimental::ExternalConnectionAcceptor> acceptor;
+    std::unique_ptr<ServerListener> listener;
     int port = 0;
 
     void endQueue()
@@ -91,11 +95,17 @@ bool RpcServer::start(const Options& options, std::string& error)
             return false;
     }
 
+    m_Impl->listener = std::make_unique<ServerListener>();
+    if (!m_Impl->listener->bind(address.host, address.port)) {
+        m_Impl->listener.reset();
+        error = "can't listen on " + options.address + ": is the port in use, or the host not this machine?";
+        return false;
+    }
+
     grpc::ServerBuilder builder;
-    int port = 0;
-    builder.AddListeningPort(
-        options.address,
-        m_Impl->certificate ? m_Impl->certificate->credentials() : grpc::InsecureServerCredentials(), &port);
+    m_Impl->acceptor = builder.experimental().AddExternalConnectionAcceptor(
+        grpc::ServerBuilder::experimental_type::ExternalConnectionType::FROM_FD,
+        m_Impl->certificate ? m_Impl->certificate->credentials() : grpc::InsecureServerCredentials());
     builder.RegisterAsyncGenericService(&m_Impl->generic.emplace());
     builder.SetResourceQuota(arrivingRequests());
     builder.AddChannelArgument(GRPC_COMPRESSION_CHANNEL_ENABLED_ALGORITHMS_BITSET, 1 << GRPC_COMPRESS_NONE);
@@ -104,22 +114,21 @@ bool RpcServer::start(const Options& options, std::string& error)
     builder.SetMaxReceiveMessageSize(kLargestRequest);
     builder.SetMaxSendMessageSize(kLargestMessage);
     builder.AddChannelArgument(GRPC_ARG_MAX_METADATA_SIZE, kLargestHeaders);
-    builder.AddChannelArgument(GRPC_ARG_ALLOW_REUSEPORT, 0);
+    builder.AddChannelArgument(GRPC_ARG_SERVER_HANDSHAKE_TIMEOUT_MS, kLongestHandshake);
     builder.AddChannelArgument(GRPC_ARG_HTTP2_BDP_PROBE, 0);
     builder.AddChannelArgument(GRPC_ARG_HTTP2_STREAM_LOOKAHEAD_BYTES, kFlowControlWindow);
     builder.AddChannelArgument(GRPC_ARG_HTTP2_MAX_FRAME_SIZE, kLargestFrame);
     builder.AddChannelArgument(GRPC_ARG_HTTP2_MIN_RECV_PING_INTERVAL_WITHOUT_DATA_MS, kShortestPingInterval);
     m_Impl->queue = builder.AddCompletionQueue();
     m_Impl->server = builder.BuildAndStart();
-    if (!m_Impl->server || port == 0) {
-        if (m_Impl->server)
-            m_Impl->server->Shutdown();
+    if (!m_Impl->server) {
+        m_Impl->listener.reset();
         m_Impl->endQueue();
-        error = "can't listen on " + options.address + ": is the port in use, or the host not this machine?";
+        error = "can't serve " + options.address;
         return false;
     }
-    m_Impl->port = port;
-    m_Impl->calls = std::make_unique<ServerCalls>(options.authenticate, options.observe);
+    m_Impl->port = m_Impl->listener->port();
+    m_Impl->calls = std::make_unique<ServerCalls>(options);
     for (google::protobuf::Service* service : m_Impl->services)
         m_Impl->calls->add(service);
     for (int i = 0; i < kCallsRequestedAhead; ++i)
@@ -127,10 +136,21 @@ bool RpcServer::start(const Options& options, std::string& error)
     const int methods = options.threads > 0
                             ? options.threads
                             : 4 * static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
-    m_Impl->threads = std::make_unique<ServerThreads>(*m_Impl->queue, methods + 1);
+    m_Impl->threads = std::make_unique<ServerThreads>(*m_Impl->queue, methods);
     if (!m_Impl->threads->areEnough()) {
         stop(0);
         error = "can't start the threads that serve " + options.address;
+        return false;
+    }
+    const ServerListener::Limits limits{options.connections, options.connectionsOfAddress,
+                                        !m_Impl->certificate};
+    const auto connected = [acceptor = m_Impl->acceptor.get()](int socket) {
+        grpc::experimental::ExternalConnectionAcceptor::NewConnectionParameters connection;
+        connection.fd = socket;
+        acceptor->HandleNewConnection(&connection);
+    };
+    if (!m_Impl->listener->start(limits, connected, error)) {
+        stop(0);
         return false;
     }
     return true;
@@ -141,9 +161,12 @@ int RpcServer::port() const
     return m_Impl->port;
 }
 
-int RpcServer::runningCalls() const
+RpcServer::Load RpcServer::load() const
 {
-    return m_Impl->calls ? m_Impl->calls->running() : 0;
+    if (!m_Impl->server)
+        return {};
+    return {m_Impl->listener->connections(), m_Impl->listener->refused(), m_Impl->calls->running(),
+            m_Impl->threads->waiting()};
 }
 
 bool RpcServer::reloadCertificate(std::string& error)
@@ -155,6 +178,7 @@ void RpcServer::stop(int graceMilliseconds)
 {
     if (!m_Impl->server)
         return;
+    m_Impl->listener.reset();
     m_Impl->server->Shutdown(std::chrono::system_clock::now() + std::chrono::milliseconds(graceMilliseconds));
     m_Impl->calls->waitForEnd();
     m_Impl->endQueue();

@@ -11,8 +11,10 @@
 #include <google/protobuf/descriptor.h>
 #include <grpcpp/impl/codegen/proto_utils.h>
 
+#include <algorithm>
 #include <chrono>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -33,7 +35,7 @@ constexpr std::size_t kLongestReason = 4096; // it is sent in a header
 constexpr std::int64_t kLongTime = 250000;
 constexpr std::int64_t kLongTimeForOthers = 30000;
 
-/// Passes one kind of event of a call to a member function.
+/// Passes one kind of event of a call to a member function, which runs a method if it may take long.
 template <class Owner>
 class MemberEvent final : public Event
 {
@@ -44,6 +46,7 @@ public:
     }
     void happened(bool ok) override { (m_Owner.*m_Step)(ok); }
     bool mayTakeLong() const override { return m_TakesLong != nullptr && (m_Owner.*m_TakesLong)(); }
+    std::size_t lane() const override { return m_TakesLong != nullptr ? m_Owner.lane() : 0; }
 
 private:
     Owner& m_Owner;
@@ -109,6 +112,8 @@ public:
         return std::string(token.data(), token.size());
     }
 
+    const std::string& user() const override { return m_User; }
+    void setUser(std::string user) override { m_User = std::move(user); }
     std::string peer() const override { return m_Context.peer(); }
 
     void SetFailed(const std::string& reason) override
@@ -121,6 +126,12 @@ public:
     {
         SetFailed(reason);
         m_FailureCode = grpc::StatusCode::NOT_FOUND;
+    }
+
+    void setExhausted(const std::string& reason) override
+    {
+        SetFailed(reason);
+        m_FailureCode = grpc::StatusCode::RESOURCE_EXHAUSTED;
     }
 
     bool IsCanceled() const override { return m_Cancelled; }
@@ -180,6 +191,8 @@ public:
             conclude(grpc::Status::OK);
     }
 
+    std::size_t lane() const { return m_Lane; }
+
     // The members of a controller that only a caller uses.
     void Reset() override {}
     bool Failed() const override { return m_Failed; }
@@ -206,6 +219,12 @@ private:
         std::string reason;
         if (!isAuthentic(reason)) {
             refuse(grpc::StatusCode::UNAUTHENTICATED, reason);
+            return;
+        }
+        if (!countForUser()) {
+            refuse(grpc::StatusCode::RESOURCE_EXHAUSTED, "this user has " +
+                                                             std::to_string(m_Calls.m_CallsOfUser) +
+                                                             " calls under way already; try again later");
             return;
         }
         ++m_Calls.m_Arriving;
@@ -235,7 +254,7 @@ private:
         release();
     }
 
-    bool isAuthentic(std::string& reason) const
+    bool isAuthentic(std::string& reason)
     {
         try {
             return !m_Calls.m_Authenticate || m_Calls.m_Authenticate(*this, reason);
@@ -243,6 +262,17 @@ private:
             reason = exception.what();
             return false;
         }
+    }
+
+    bool countForUser()
+    {
+        if (m_User.empty())
+            m_User = token();
+        m_Lane = std::hash<std::string>()(m_User) | 1;
+        if (m_Calls.m_CallsOfUser == 0)
+            return true;
+        m_IsCounted = m_Calls.m_UserCalls.take(m_User, 1, m_Calls.m_CallsOfUser);
+        return m_IsCounted;
     }
 
     void runMethod()
@@ -282,7 +312,7 @@ private:
     {
         if (bytes < kSmallest)
             return true;
-        if (!m_Calls.m_Memory.take(token(), bytes, kMostOfUser))
+        if (!m_Calls.m_Memory.take(m_User, bytes, kMostOfUser))
             return false;
         m_Held += bytes;
         return true;
@@ -386,7 +416,9 @@ private:
         if (calls.m_Observe)
             report();
         if (m_Held > 0)
-            calls.m_Memory.give(token(), m_Held);
+            calls.m_Memory.give(m_User, m_Held);
+        if (m_IsCounted)
+            calls.m_UserCalls.give(m_User, 1);
         delete this;
         calls.ended();
     }
@@ -409,6 +441,9 @@ private:
     std::atomic<int> m_EventsLeft{2}; ///< that it is answered and done, and others that will come
 
     Method* m_Method = nullptr;
+    std::string m_User;
+    std::size_t m_Lane = 0;   ///< a number for the user
+    bool m_IsCounted = false; ///< among the calls of its user
     grpc::ByteBuffer m_Buffer;
     std::unique_ptr<Message> m_Request;
     std::unique_ptr<Message> m_Response;
@@ -430,8 +465,10 @@ private:
     std::atomic<bool> m_Cancelled{false};
 };
 
-ServerCalls::ServerCalls(RpcServer::Authenticate authenticate, RpcServer::Observe observe)
-    : m_Authenticate(std::move(authenticate)), m_Observe(std::move(observe))
+ServerCalls::ServerCalls(const RpcServer::Options& options)
+    : m_Authenticate(options.authenticate),
+      m_Observe(options.observe),
+      m_CallsOfUser(static_cast<std::size_t>(std::max(0, options.callsOfUser)))
 {
 }
 

@@ -1,7 +1,7 @@
 #ifndef LUMO_WIRECALL_SERVERCALLS_H
 #define LUMO_WIRECALL_SERVERCALLS_H
 
-#include "components/wirecall/UserMemory.h"
+#include "components/wirecall/UserShares.h"
 #include "lumo/components/wirecall/RpcServer.h"
 
 #include <google/protobuf/message.h>
@@ -11,6 +11,7 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <cstddef>
 #include <cstdint>
 #include <mutex>
 #include <string>
@@ -22,7 +23,7 @@ namespace wirecall {
 class ServerCalls
 {
 public:
-    ServerCalls(RpcServer::Authenticate authenticate, RpcServer::Observe observe);
+    explicit ServerCalls(const RpcServer::Options& options);
 
     void add(google::protobuf::Service* service);
     /// Takes the next call from `queue`; each call, when it starts, takes the next one after it.
@@ -48,7 +49,9 @@ private:
 
     RpcServer::Authenticate m_Authenticate;
     RpcServer::Observe m_Observe;
-    UserMemory m_Memory;
+    const std::size_t m_CallsOfUser; ///< the most; 0: any number
+    UserShares m_UserCalls;
+    UserShares m_Memory;
     std::unordered_map<std::string, Method> m_Methods; ///< by path, "/package.Service/Method"
     std::atomic<int> m_Arriving{0};                    ///< calls whose request has not been taken yet
     mutable std::mutex m_Mutex;

@@ -2,6 +2,7 @@
 
 #include "components/wirecall/HandOver.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <system_error>
@@ -13,10 +14,19 @@ namespace {
 constexpr std::chrono::milliseconds kTick(2);
 constexpr int kTicksToSleep = 20; ///< without an event
 
+/// The threads for `ofUser` events of one user at once, with one more that took long without being expected
+/// to, those for other users, and the leader.
+int countOf(int ofUser)
+{
+    return ofUser + std::max(2, ofUser / 4) + 1;
+}
+
 } // namespace
 
-ServerThreads::ServerThreads(grpc::ServerCompletionQueue& queue, int count) : m_Queue(queue)
+ServerThreads::ServerThreads(grpc::ServerCompletionQueue& queue, int ofUser)
+    : m_Queue(queue), m_Waiting(static_cast<std::size_t>(ofUser))
 {
+    const int count = countOf(ofUser);
     m_Threads.reserve(static_cast<std::size_t>(count));
     try {
         for (int i = 0; i < count; ++i)
@@ -32,16 +42,22 @@ ServerThreads::~ServerThreads()
         thread.join();
 }
 
+std::size_t ServerThreads::waiting() const
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    return m_Waiting.size();
+}
+
 void ServerThreads::run()
 {
     std::unique_lock<std::mutex> lock(m_Mutex);
     for (;;) {
-        if (!m_Waiting.empty()) {
-            const auto [event, ok] = m_Waiting.front();
-            m_Waiting.pop_front();
+        if (m_Waiting.hasNext()) {
+            const auto [lane, waiting] = m_Waiting.next();
             lock.unlock();
-            event->happened(ok);
+            waiting.first->happened(waiting.second);
             lock.lock();
+            m_Waiting.end(lane);
         } else if (m_AtEnd) {
             return;
         } else if (!m_IsLed) {
@@ -75,30 +91,38 @@ void ServerThreads::lead(std::unique_lock<std::mutex>& lock)
 
 void ServerThreads::handle(Event& event, bool ok)
 {
-    const bool takesLong = event.mayTakeLong();
-    if (takesLong ? !giveLeadAway() : m_Free == 0) {
+    const std::size_t lane = event.lane();
+    const bool takesLong = event.mayTakeLong() || (lane != 0 && m_Waiting.anyFull());
+    if (takesLong ? !giveLeadAway(lane) : m_Free == 0) {
         const std::lock_guard<std::mutex> lock(m_Mutex);
-        m_Waiting.emplace_back(&event, ok);
+        m_Waiting.push(lane, {&event, ok});
         // A thread that has become free meanwhile would not see it.
-        m_ForDeputy.notify_one();
+        if (m_Waiting.hasNext())
+            m_ForDeputy.notify_one();
         return;
     }
     if (takesLong) {
         event.happened(ok);
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        m_Waiting.end(lane);
         return;
     }
     std::uint64_t number = ++m_Handled;
+    m_CurrentLane = lane;
     m_Current = number;
     if (m_DeputySleeps)
         callDeputy();
     event.happened(ok);
-    m_Current.compare_exchange_strong(number, 0); // unless another leads and handles one by now
+    if (m_Current.compare_exchange_strong(number, 0))
+        return;
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    m_Waiting.end(lane); // the deputy has counted it
 }
 
-bool ServerThreads::giveLeadAway()
+bool ServerThreads::giveLeadAway(std::size_t lane)
 {
     const std::lock_guard<std::mutex> lock(m_Mutex);
-    if (m_Free == 0)
+    if (m_Free == 0 || !m_Waiting.begin(lane))
         return false;
     ++m_Term;
     m_IsLed = false;
@@ -137,11 +161,13 @@ void ServerThreads::watch(std::unique_lock<std::mutex>& lock)
             m_DeputySleeps = false;
         }
         const std::uint64_t handledBefore = std::exchange(handled, m_Handled);
-        const std::uint64_t currentBefore = std::exchange(current, m_Current);
+        std::uint64_t currentBefore = std::exchange(current, m_Current);
         idle = handled == handledBefore ? idle + 1 : 0;
-        if (current != 0 && current == currentBefore && !isWanted()) {
-            ++m_Term; // the leader has been at it for a tick
-            m_Current = 0;
+        // Whether the leader has been at it for a tick, and still is.
+        if (current != 0 && current == currentBefore && !isWanted() &&
+            m_Current.compare_exchange_strong(currentBefore, 0)) {
+            m_Waiting.began(m_CurrentLane);
+            ++m_Term;
             m_IsLed = false;
         }
     }

@@ -257,8 +257,8 @@ TEST(Rpc, WhatTheCallsOfAUserHoldIsBounded)
         hubline::HubServices_Stub(other.get()).hello(&controller, &oneMore, &response, nullptr);
         return controller.ErrorText();
     };
-    EXPECT_EQ(outcomeOf(large, "token"), "the calls of this user hold too much memory");
-    EXPECT_EQ(outcomeOf("answer", "token"), "the calls of this user hold too much memory");
+    EXPECT_EQ(outcomeOf(large, "token"), "the calls of this user hold too much memory; try again later");
+    EXPECT_EQ(outcomeOf("answer", "token"), "the calls of this user hold too much memory; try again later");
     EXPECT_EQ(outcomeOf("small", "token"), "");
     EXPECT_EQ(outcomeOf(large, "other"), "");
     for (Closure* done : held)

@@ -7,6 +7,7 @@
 #include <google/protobuf/service.h>
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -27,12 +28,19 @@ public:
     virtual const std::string& method() const = 0;
     /// The token that came with the call; empty if there was none.
     virtual std::string token() const = 0;
+    /// The user whose call it is: what the server's Authenticate has set, or else the token. What each user
+    /// may take of the server is bounded.
+    virtual const std::string& user() const = 0;
+    /// For Authenticate only.
+    virtual void setUser(std::string user) = 0;
     /// The caller's address.
     virtual std::string peer() const = 0;
     /// True once the caller has disconnected or cancelled the call; the answer will not be read.
     bool IsCanceled() const override = 0;
     /// As `SetFailed`; the caller gets gRPC's status NOT_FOUND.
     virtual void setNotFound(const std::string& reason) = 0;
+    /// The same with RESOURCE_EXHAUSTED.
+    virtual void setExhausted(const std::string& reason) = 0;
 };
 
 /// How a call of a server went.
@@ -51,7 +59,7 @@ class LUMO_EXPORT RpcServer
 {
 public:
     /// Decides about a call before its request is read. False refuses it as unauthenticated, with the reason.
-    using Authenticate = std::function<bool(const ServerCall& call, std::string& reason)>;
+    using Authenticate = std::function<bool(ServerCall& call, std::string& reason)>;
 
     /// Gets each call when it has ended, on any of the server's threads; `call.method()` is empty if there is
     /// no such method.
@@ -62,9 +70,14 @@ public:
         std::string address;        ///< "host:port"; port 0 takes a free one
         std::string tlsCertificate; ///< PEM file; empty with the key: plain text
         std::string tlsKey;         ///< PEM file
-        int threads = 0;            ///< how many methods run at once; 0: four for each processor
-        Authenticate authenticate;  ///< empty: every call is accepted
-        Observe observe;            ///< may be empty
+        int threads = 0;            ///< how many methods of one user run at once; 0: four for each processor
+        /// Connections at once, and those of one client address; what is more is closed. 0: as many as the
+        /// process's descriptors allow.
+        int connections = 0;
+        int connectionsOfAddress = 0;
+        int callsOfUser = 0;       ///< at once; more are refused with RESOURCE_EXHAUSTED; 0: any number
+        Authenticate authenticate; ///< empty: every call is accepted
+        Observe observe;           ///< may be empty
     };
 
     RpcServer();
@@ -80,8 +93,17 @@ public:
     bool start(const Options& options, std::string& error);
     /// The port listened on; 0 before `start`.
     int port() const;
-    /// The number of calls that run now. Safe from any thread between `start` and `stop`.
-    int runningCalls() const;
+
+    /// What a server does now.
+    struct Load
+    {
+        int connections = 0;
+        std::uint64_t refusedConnections = 0; ///< since the start
+        int runningCalls = 0;
+        std::size_t waiting = 0; ///< requests, and messages of streams, that wait for a thread
+    };
+    /// Safe from any thread between `start` and `stop`.
+    Load load() const;
     /// Reads the files of the TLS certificate again, for new connections; others go on. Safe from any thread
     /// between `start` and `stop`. Returns false, with the reason in `error`, when they are not a certificate
     /// and its key; the server keeps what it has then.
