@@ -16,6 +16,7 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -87,7 +88,7 @@ public:
           m_Stream(&m_Context),
           m_Arrived(*this, &Call::arrived),
           m_Received(*this, &Call::received, &Call::isRunLong),
-          m_StepEnded(*this, &Call::stepEnded, &Call::isMethodLong),
+          m_StepEnded(*this, &Call::stepEnded, &Call::isStepLong),
           m_Answered(*this, &Call::answered),
           m_Done(*this, &Call::done)
     {
@@ -232,7 +233,7 @@ private:
         m_Stream.Read(&m_Buffer, &m_Received);
     }
 
-    bool isMethodLong() const { return m_Method->usualTime >= kLongTime; }
+    bool isStepLong() const { return m_Method->usualTime >= kLongTime && !m_Messages->isAtWork(); }
     bool isRunLong() const
     {
         const bool othersWait = m_Calls.m_Arriving > 1;
@@ -386,7 +387,9 @@ private:
             message != nullptr && ok)
             m_Report.bytesReceived += message->Length();
         {
-            const Timed timed(*m_Method);
+            std::optional<Timed> timed;
+            if (!m_Messages->isAtWork())
+                timed.emplace(*m_Method);
             m_Messages->stepEnded(ok);
         }
         release();

@@ -6,6 +6,7 @@
 #include <google/protobuf/message.h>
 #include <grpcpp/support/byte_buffer.h>
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -39,6 +40,8 @@ public:
     virtual ~ServerStream() = default;
     virtual void work() = 0;
     virtual void stepEnded(bool ok) = 0;
+    /// Whether another thread works, which will also do what a step that ends now leaves to do.
+    virtual bool isAtWork() const = 0;
 };
 
 /// Sends what a source has: prepares a message while the one before is being sent.
@@ -48,6 +51,7 @@ public:
     OutgoingStream(StreamCall& call, std::unique_ptr<StreamSource> source, google::protobuf::Message& head);
     void work() override;
     void stepEnded(bool ok) override;
+    bool isAtWork() const override { return m_Preparing; }
 
 private:
     bool prepare(grpc::ByteBuffer& message);
@@ -57,8 +61,8 @@ private:
     google::protobuf::Message& m_Head;
     std::mutex m_Mutex; ///< guards what follows
     grpc::ByteBuffer m_Next;
-    bool m_IsPrepared = false; ///< the next message
-    bool m_Preparing = false;
+    bool m_IsPrepared = false;            ///< the next message
+    std::atomic<bool> m_Preparing{false}; ///< read without the mutex, too
     bool m_Sending = false;
     bool m_AtEnd = false; ///< no message follows
 };
@@ -71,6 +75,7 @@ public:
                    const grpc::ByteBuffer& first);
     void work() override;
     void stepEnded(bool ok) override;
+    bool isAtWork() const override { return m_Taking; }
 
 private:
     bool take(const grpc::ByteBuffer& message);
@@ -81,8 +86,8 @@ private:
     google::protobuf::Message& m_Head;
     std::mutex m_Mutex; ///< guards what follows
     grpc::ByteBuffer m_Next;
-    bool m_HasArrived = true; ///< the next message
-    bool m_Taking = false;
+    bool m_HasArrived = true;          ///< the next message
+    std::atomic<bool> m_Taking{false}; ///< read without the mutex, too
     bool m_Confirming = false;
     bool m_AllCame = false;
     bool m_Over = false; ///< the sink gets nothing more

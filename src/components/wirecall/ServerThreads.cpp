@@ -80,7 +80,8 @@ void ServerThreads::lead(std::unique_lock<std::mutex>& lock)
             lock.lock();
             m_AtEnd = true;
             m_ForDeputy.notify_all();
-            m_ForOthers.notify_all();
+            while (!m_Resting.empty())
+                callOther();
             return;
         }
         takeOver(&m_Queue);
@@ -127,7 +128,10 @@ bool ServerThreads::giveLeadAway(std::size_t lane)
     ++m_Term;
     m_IsLed = false;
     // The deputy goes on watching if another can lead.
-    (m_HasDeputy && m_Free == 1 ? m_ForDeputy : m_ForOthers).notify_one();
+    if (m_HasDeputy && m_Free == 1)
+        m_ForDeputy.notify_one();
+    else
+        callOther();
     return true;
 }
 
@@ -137,12 +141,25 @@ void ServerThreads::callDeputy()
     m_ForDeputy.notify_one();
 }
 
+/// Calls the thread that has rested for the shortest time: its memory may still be in the processor's cache.
+void ServerThreads::callOther()
+{
+    if (m_Resting.empty())
+        return;
+    m_Resting.back()->notify_one();
+    m_Resting.pop_back();
+}
+
 void ServerThreads::rest(std::unique_lock<std::mutex>& lock)
 {
     ++m_Free;
-    if (m_HasDeputy)
-        m_ForOthers.wait(lock, [this] { return isWanted() || !m_HasDeputy; });
-    else
+    std::condition_variable called;
+    while (m_HasDeputy && !isWanted()) {
+        m_Resting.push_back(&called);
+        called.wait(lock);
+        m_Resting.erase(std::remove(m_Resting.begin(), m_Resting.end(), &called), m_Resting.end());
+    }
+    if (!isWanted())
         watch(lock);
     --m_Free;
 }
@@ -172,7 +189,7 @@ void ServerThreads::watch(std::unique_lock<std::mutex>& lock)
         }
     }
     m_HasDeputy = false;
-    m_ForOthers.notify_one(); // another one may watch
+    callOther(); // may watch
 }
 
 } // namespace wirecall

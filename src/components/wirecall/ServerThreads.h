@@ -58,6 +58,7 @@ private:
     bool isWanted() const { return m_AtEnd || !m_IsLed || m_Waiting.hasNext(); }
     bool giveLeadAway(std::size_t lane);
     void callDeputy();
+    void callOther();
 
     grpc::ServerCompletionQueue& m_Queue;
     std::vector<std::thread> m_Threads;
@@ -71,7 +72,7 @@ private:
 
     mutable std::mutex m_Mutex; ///< guards what follows
     std::condition_variable m_ForDeputy;
-    std::condition_variable m_ForOthers;
+    std::vector<std::condition_variable*> m_Resting; ///< of the others, the one that worked last at the end
     bool m_HasDeputy = false;
     bool m_IsLed = false;
     bool m_AtEnd = false;
