@@ -1,6 +1,10 @@
 #include "components/bulkhaul/files/Chunks.h"
 
+#if defined(__x86_64__)
+#include <xxh_x86dispatch.h> // the same functions, for the processor's widest vectors
+#else
 #include <xxhash.h>
+#endif
 
 #include <cstring>
 #include <memory>
