@@ -32,8 +32,10 @@ void fill(centre::Store& store, const QTemporaryDir& images)
 {
     if (!QFile::copy(LUMO_SAMPLES "/imagery/whole-earth.jpg", images.filePath("earth.jpg")))
         throw std::runtime_error("the sample image can't be copied");
-    centre::importTree(store, {images.path().toStdString(), "disk", "LUMO", {}},
-                       [](const std::string& problem) { throw std::runtime_error(problem); });
+    centre::importTree(
+        store, {images.path().toStdString(), "disk", "LUMO", {}, false, [](const std::string& problem) {
+                    throw std::runtime_error(problem);
+                }});
     std::stringstream lines(R"({"kind":"project","projectID":1,"projectName":"north"}
 {"kind":"type","typeID":1,"projectID":1,"dataType":"卫星影像"})");
     centre::loadRecords(store, lines, "made up", [](std::uint64_t) {});

@@ -10,11 +10,12 @@ namespace centre {
 enum class ExitCode
 {
     Success = 0,
-    Failed = 1,      ///< refused, or the machine failed: disk, permission, port, database
-    WrongUse = 2,    ///< arguments that can't be valid
-    Incomplete = 3,  ///< imported, but not everything below the folder could be registered
-    InUse = 4,       ///< another process serves the data folder
-    NoDataFolder = 5 ///< not a data folder, one that exists already, or one of a newer version
+    Failed = 1,       ///< refused, or the machine failed: disk, permission, port, database
+    WrongUse = 2,     ///< arguments that can't be valid
+    Incomplete = 3,   ///< done, but something on a disk could not be read or registered
+    InUse = 4,        ///< another process serves the data folder
+    NoDataFolder = 5, ///< not a data folder, one that exists already, or one of a newer version
+    Differs = 6       ///< the catalogue and a disk differ
 };
 
 /// A failure with a text for the operator, or for the user whose request is refused.

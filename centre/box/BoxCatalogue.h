@@ -1,6 +1,8 @@
 #ifndef LUMO_CENTRE_BOX_BOXCATALOGUE_H
 #define LUMO_CENTRE_BOX_BOXCATALOGUE_H
 
+#include "centre/store/FileContent.h"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -36,6 +38,7 @@ public:
     {
         std::string path; ///< on the box, absolute
         bool folder;
+        std::optional<FileContent> content{}; ///< of a file that has new content
     };
 
     virtual ~BoxCatalogue() = default;
@@ -45,8 +48,9 @@ public:
     virtual std::optional<Place> admit(const std::string& token, const haulbox::Carried& carried,
                                        const std::string& path, Use use, std::string& reason) = 0;
 
-    /// Registers the entries that are not registered yet, with the folders above them, in one transaction.
-    /// Throws bulkhaul::FileFailure(haulbox::NO_SPACE) when the catalogue's disk is full.
+    /// Registers the entries that are not registered yet, with the folders above them, and the new contents
+    /// of files, in one transaction. Throws bulkhaul::FileFailure(haulbox::NO_SPACE) when the catalogue's
+    /// disk is full.
     virtual void record(const std::vector<Entry>& entries) = 0;
 };
 

@@ -109,8 +109,10 @@ public:
         const std::vector<Folder>& there = folders(entry.folder ? entry.path : folderAbove(entry.path));
         if (there.empty())
             throw std::runtime_error("no disk of box " + m_BoxCode + " shows " + escaped(entry.path));
-        if (!entry.folder)
-            for (const Folder& folder : there)
+        for (const Folder& folder : there)
+            if (!entry.folder && entry.content)
+                m_Tree.addFile(folder.id, lastName(entry.path), *entry.content);
+            else if (!entry.folder)
                 m_Tree.addFile(folder.id, lastName(entry.path));
     }
 

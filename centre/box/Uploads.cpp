@@ -3,6 +3,8 @@
 #include "centre/box/Answer.h"
 #include "components/bulkhaul/files/FileFailure.h"
 
+#include <optional>
+#include <utility>
 #include <vector>
 
 namespace centre {
@@ -22,6 +24,12 @@ void requireName(const std::string& name)
 {
     if (name.empty())
         throw FileFailure(haulbox::WRONG_KIND, "the root of a disk can't be a file");
+}
+
+/// Of a file of at most one chunk, whose digest is `digest`.
+FileContent contentOf(std::uint64_t size, const Digest& digest)
+{
+    return {size, toHex(digestOf(std::vector<Digest>(size > 0 ? 1 : 0, digest)))};
 }
 
 } // namespace
@@ -141,12 +149,16 @@ void Uploads::finish(const std::string& token, const haulbox::FinishReq& request
 {
     m_Open.finish(request.upload(), token, [&](Upload& upload) {
         m_Admissions.requireStill(*upload.admission);
-        if (!isDigest(request.digest(), upload.file->wholeDigest()))
+        const Digest digest = upload.file->wholeDigest();
+        if (!isDigest(request.digest(), digest))
             throw FileFailure(haulbox::CORRUPTED,
                               upload.path + ": as a whole, what arrived is not what was sent");
         response.set_kept(!upload.file->finish());
         upload.file->folder().flush();
-        m_Catalogue.record({{upload.path, false}});
+        std::optional<FileContent> content;
+        if (!response.kept())
+            content = {upload.size, toHex(digest)};
+        m_Catalogue.record({{upload.path, false, content}});
     });
 }
 
@@ -167,44 +179,55 @@ void Uploads::store(const std::string& token, const haulbox::StoreReq& request, 
     std::vector<BoxCatalogue::Entry> entries;
     for (int i = 0; i < request.items_size(); ++i) {
         const haulbox::Item& item = request.items(i);
-        if (storeItem(*admission, target, item, files, response))
-            entries.push_back({admission->pathOf(item.below()), item.folder()});
+        if (auto entry = storeItem(*admission, target, item, files, response))
+            entries.push_back(std::move(*entry));
         else
             response.add_wanted(static_cast<std::uint32_t>(i));
     }
-    response.set_kept(response.kept() + static_cast<std::uint32_t>(files.finish()));
+    const std::size_t kept = files.finish();
+    for (BoxCatalogue::Entry& entry : entries)
+        if (kept > 0) // it is not known which
+            entry.content.reset();
+    response.set_kept(response.kept() + static_cast<std::uint32_t>(kept));
     m_Catalogue.record(entries);
     if (!request.has_transfer() && !entries.empty() && entries.front().folder &&
         request.items(0).below().empty())
         response.set_transfer(m_Admissions.keep(token, admission));
 }
 
-/// Returns false if the box needs the item's data.
-bool Uploads::storeItem(const Admission& admission, const Located& target, const haulbox::Item& item,
-                        IncomingSmallFiles& files, haulbox::StoreRsp& response)
+/// Returns nothing if the box needs the item's data.
+std::optional<BoxCatalogue::Entry> Uploads::storeItem(const Admission& admission, const Located& target,
+                                                      const haulbox::Item& item, IncomingSmallFiles& files,
+                                                      haulbox::StoreRsp& response)
 {
+    BoxCatalogue::Entry entry{admission.pathOf(item.below()), item.folder()};
     const std::string below = target.name.empty() || item.below().empty() ? target.name + item.below()
                                                                           : target.name + "/" + item.below();
     if (item.folder()) {
         target.folder.below(splitBelow(below), Folder::Missing::MakeFlushed);
-        return true;
+        return entry;
     }
     requireName(below);
     if (files.keeps(below)) {
         response.set_kept(response.kept() + 1);
-        return true;
+        return entry;
     }
     if (!item.has_data()) {
         const auto digest = files.existingDigest(below, item.size());
-        return digest && isDigest(item.digest(), *digest);
+        if (!digest || !isDigest(item.digest(), *digest))
+            return std::nullopt;
+        entry.content = contentOf(item.size(), *digest);
+        return entry;
     }
     std::string spoiled;
-    requireDigest(m_Faults.arrived("store", piecesOf(item.data()), spoiled), item.digest(), below);
+    const Digest digest =
+        requireDigest(m_Faults.arrived("store", piecesOf(item.data()), spoiled), item.digest(), below);
     if (item.data().size() > kChunkSize)
         throw FileFailure(haulbox::FAILED, below + ": larger than a chunk");
-    m_Open.giveUp(admission.pathOf(item.below()));
+    m_Open.giveUp(entry.path);
     files.add(below, item.data());
-    return true;
+    entry.content = contentOf(item.data().size(), digest);
+    return entry;
 }
 
 } // namespace centre

@@ -10,6 +10,7 @@
 #include "haulbox.pb.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace centre {
@@ -39,8 +40,10 @@ private:
     /// Of a request that has either a transfer's handle or message and path.
     template <class Request>
     Admissions::Pointer admissionOf(const std::string& token, const Request& request);
-    bool storeItem(const Admission& admission, const Located& target, const haulbox::Item& item,
-                   bulkhaul::IncomingSmallFiles& files, haulbox::StoreRsp& response);
+    std::optional<BoxCatalogue::Entry> storeItem(const Admission& admission, const Located& target,
+                                                 const haulbox::Item& item,
+                                                 bulkhaul::IncomingSmallFiles& files,
+                                                 haulbox::StoreRsp& response);
 
     Admissions& m_Admissions;
     BoxCatalogue& m_Catalogue;

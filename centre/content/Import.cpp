@@ -3,11 +3,12 @@
 #include "centre/base/Error.h"
 #include "centre/base/Path.h"
 #include "centre/base/Text.h"
+#include "centre/database/Database.h"
 #include "centre/store/StorageTree.h"
 #include "centre/store/Store.h"
+#include "components/bulkhaul/files/Chunks.h"
 #include "lumo/components/platform/Utf8.h"
 
-#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <optional>
@@ -23,134 +24,113 @@ namespace {
 constexpr int kBatchRows = 10000;
 constexpr std::chrono::milliseconds kBatchTime(500);
 
-class Importer
+class Importer : public DiskVisitor
 {
 public:
-    Importer(Store& store, ImportReport& report, const std::function<void(const std::string&)>& problem)
-        : m_Database(store.database()), m_Report(report), m_Problem(problem), m_Tree(m_Database)
+    Importer(Store& store, const Disk& disk, const ImportOptions& options, ImportReport& report)
+        : m_Database(store.database()), m_Disk(disk), m_Options(options), m_Report(report), m_Tree(m_Database)
     {
+        m_FolderIds.push_back(disk.topFolderId);
     }
 
-    void run(std::uint32_t diskId, std::uint32_t topFolderId, const fs::path& root)
+    bool visit(DiskEntry& entry) override
     {
-        m_DiskId = diskId;
-        begin();
-        m_Pending.push_back({topFolderId, root});
-        while (!m_Pending.empty()) {
-            const Folder folder = std::move(m_Pending.back());
-            m_Pending.pop_back();
-            registerContent(folder);
+        m_Options.progress(++m_Entries);
+        commitInTime();
+        if (entry.real != DiskEntry::Real::Present)
+            return false;
+        if (!entry.isFolder) {
+            addFile(entry);
+            return false;
         }
-        m_Transaction->commit();
+        ++(entry.id == 0 ? m_Report.newFolders : m_Report.knownFolders);
+        if (entry.id == 0) {
+            begin();
+            entry.id = m_Tree.addFolder(m_Disk.id, m_FolderIds.back(), lastName(entry.below));
+        }
+        m_FolderIds.push_back(entry.id);
+        return true;
+    }
+
+    void leave(const DiskEntry&) override { m_FolderIds.pop_back(); }
+
+    void skip(const std::string& path, const std::string& reason) override
+    {
+        ++m_Report.problems;
+        m_Options.problem(escaped(path) + ": " + reason);
+    }
+
+    void refuse(const std::string& path, const std::string& reason) override { skip(path, reason); }
+
+    void finishTransaction()
+    {
+        if (m_Transaction)
+            m_Transaction->commit();
+        m_Transaction.reset();
     }
 
 private:
-    struct Folder
+    void addFile(const DiskEntry& file)
     {
-        std::uint32_t id;
-        fs::path path;
-    };
-
-    struct Names
-    {
-        std::vector<std::string> folders;
-        std::vector<std::string> files;
-    };
-
-    void registerContent(const Folder& folder)
-    {
-        Names names = read(folder.path);
-        std::sort(names.folders.begin(), names.folders.end());
-        std::sort(names.files.begin(), names.files.end());
-        const std::size_t firstChild = m_Pending.size();
-        for (const std::string& name : names.folders)
-            m_Pending.push_back({folderId(folder.id, name), folder.path / name});
-        // The last pending folder comes next, so this makes the first by name the first visited.
-        std::reverse(m_Pending.begin() + static_cast<std::ptrdiff_t>(firstChild), m_Pending.end());
-        for (const std::string& name : names.files)
-            addFile(folder.id, name);
+        FileContent content{file.size};
+        if (m_Options.readDigests && !readDigest(file, content.digest))
+            return;
+        ++(file.id == 0 ? m_Report.newFiles : m_Report.knownFiles);
+        const bool isKnown = file.id != 0 && file.catalogueSize == file.size &&
+                             (content.digest.empty() || content.digest == file.catalogueDigest);
+        if (isKnown)
+            return;
+        m_Report.changedFiles += isChanged(file, content) ? 1 : 0;
+        begin();
+        m_Tree.addFile(m_FolderIds.back(), lastName(file.below), content);
     }
 
-    Names read(const fs::path& path)
+    static bool isChanged(const DiskEntry& file, const FileContent& content)
     {
-        Names names;
-        std::error_code error;
-        fs::directory_iterator entry(path, error);
-        for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
-            const std::string name = entry->path().filename().string();
-            std::error_code unread;
-            const fs::file_type type = entryType(*entry, unread);
-            if (unread)
-                report(entry->path().string(), unread.message());
-            else if (type != fs::file_type::regular && type != fs::file_type::directory)
-                ++m_Report.skipped;
-            else if (!platform::isUtf8(name))
-                report(entry->path().string(), "the name is not UTF-8");
-            else
-                (type == fs::file_type::regular ? names.files : names.folders).push_back(name);
+        return (file.catalogueSize && file.catalogueSize != content.size) ||
+               (!file.catalogueDigest.empty() && !content.digest.empty());
+    }
+
+    bool readDigest(const DiskEntry& file, std::string& digest)
+    {
+        if (file.size > bulkhaul::kChunkSize)
+            finishTransaction(); // others may write while it is read
+        const std::string path = (m_Disk.rootPath == "/" ? "" : m_Disk.rootPath) + "/" + file.below;
+        try {
+            digest = digestOfFile(path);
+            return true;
+        } catch (const Error& error) {
+            skip(path, error.what());
+            return false;
         }
-        if (error)
-            report(path.string(), error.message());
-        return names;
     }
 
-    /// Returns the type in the directory entry, which needs no system call for each file.
-    static fs::file_type entryType(const fs::directory_entry& entry, std::error_code& error)
-    {
-        if (entry.is_symlink(error))
-            return fs::file_type::symlink;
-        if (!error && entry.is_directory(error))
-            return fs::file_type::directory;
-        return !error && entry.is_regular_file(error) ? fs::file_type::regular : fs::file_type::unknown;
-    }
-
-    std::uint32_t folderId(std::uint32_t parentId, const std::string& name)
-    {
-        if (const auto known = m_Tree.findFolder(m_DiskId, parentId, name)) {
-            ++m_Report.knownFolders;
-            return *known;
-        }
-        const std::uint32_t id = m_Tree.addFolder(m_DiskId, parentId, name);
-        ++m_Report.newFolders;
-        countRow();
-        return id;
-    }
-
-    void addFile(std::uint32_t folderId, const std::string& name)
-    {
-        ++(m_Tree.addFile(folderId, name) ? m_Report.newFiles : m_Report.knownFiles);
-        countRow();
-    }
-
-    void report(const std::string& path, const std::string& reason)
-    {
-        ++m_Report.problems;
-        m_Problem(escaped(path) + ": " + reason);
-    }
-
+    /// Begins a transaction unless one is under way.
     void begin()
     {
-        m_Rows = 0;
-        m_Begun = std::chrono::steady_clock::now();
-        m_Transaction.emplace(m_Database);
+        if (!m_Transaction) {
+            m_Rows = 0;
+            m_Begun = std::chrono::steady_clock::now();
+            m_Transaction.emplace(m_Database);
+        }
+        ++m_Rows;
     }
 
-    void countRow()
+    void commitInTime()
     {
-        if (++m_Rows < kBatchRows && std::chrono::steady_clock::now() - m_Begun < kBatchTime)
-            return;
-        m_Transaction->commit();
-        m_Transaction.reset();
-        begin();
+        if (m_Transaction &&
+            (m_Rows >= kBatchRows || std::chrono::steady_clock::now() - m_Begun >= kBatchTime))
+            finishTransaction();
     }
 
     Database& m_Database;
+    const Disk& m_Disk;
+    const ImportOptions& m_Options;
     ImportReport& m_Report;
-    const std::function<void(const std::string&)>& m_Problem;
     StorageTree m_Tree;
     std::optional<Transaction> m_Transaction;
-    std::vector<Folder> m_Pending;
-    std::uint32_t m_DiskId = 0;
+    std::vector<std::uint32_t> m_FolderIds; ///< of the folders that the walk is in
+    std::uint64_t m_Entries = 0;
     int m_Rows = 0;
     std::chrono::steady_clock::time_point m_Begun;
 };
@@ -168,38 +148,31 @@ std::string absoluteFolder(const std::string& folder)
     return path.string();
 }
 
-/// Returns the company's disk of that name and its top folder, if it exists. It must show the same real
-/// folder.
-std::optional<std::pair<std::uint32_t, std::uint32_t>> findDisk(Store& store, const ImportOptions& options,
-                                                                const std::string& rootPath)
+/// Returns the company's disk of that name, if it exists. It must show the same real folder.
+std::optional<Disk> findDisk(Store& store, const ImportOptions& options, const std::string& rootPath)
 {
-    const auto statement = store.database().prepare(
-        "SELECT disk.id, folder.id, root_path FROM disk"
-        " JOIN folder ON disk_id = disk.id AND parent_id = 0 AND folder.name = disk.name"
-        " WHERE company_id = ? AND disk.name = ?");
-    statement->bind(1, store.companyId(options.companyNo));
-    statement->bind(2, options.diskName);
-    if (!statement->step())
+    store.companyId(options.companyNo); // throws if there is no such company
+    std::vector<Disk> found;
+    if (!options.diskName.empty())
+        found = findDisks(store, {options.diskName, options.companyNo, ""});
+    if (found.empty())
         return std::nullopt;
-    const std::string known = statement->string(2);
-    if (known != rootPath)
-        throw Error(ExitCode::Failed, "disk " + options.diskName + " shows " + known + ", not " + rootPath +
-                                          "; give another --disk name");
-    return std::make_pair(statement->id(0), statement->id(1));
+    if (found.front().rootPath != rootPath)
+        throw Error(ExitCode::Failed, "disk " + options.diskName + " shows " + found.front().rootPath +
+                                          ", not " + rootPath + "; give another --disk name");
+    return found.front();
 }
 
 void setBox(Store& store, std::uint32_t diskId, const std::string& boxCode)
 {
     const auto statement = store.database().prepare("UPDATE disk SET kesta_code = ? WHERE id = ?");
-    statement->bind(1, boxCode);
-    statement->bind(2, diskId);
+    statement->bindAll(boxCode, diskId);
     statement->run();
 }
 
 } // namespace
 
-ImportReport importTree(Store& store, const ImportOptions& options,
-                        const std::function<void(const std::string&)>& problem)
+ImportReport importTree(Store& store, const ImportOptions& options)
 {
     ImportReport report;
     report.rootPath = absoluteFolder(options.folder);
@@ -216,9 +189,13 @@ ImportReport importTree(Store& store, const ImportOptions& options,
         store.addDisk(options.diskName, report.rootPath, options.companyNo, options.boxCode);
         disk = findDisk(store, options, report.rootPath);
     } else if (!options.boxCode.empty()) {
-        setBox(store, disk->first, options.boxCode);
+        setBox(store, disk->id, options.boxCode);
     }
-    Importer(store, report, problem).run(disk->first, disk->second, report.rootPath);
+    DiskWalk walk(store, *disk);
+    Importer importer(store, *disk, options, report);
+    walk.run(importer);
+    importer.finishTransaction();
+    report.notServed = walk.notServed();
     return report;
 }
 

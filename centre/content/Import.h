@@ -1,20 +1,24 @@
 #ifndef LUMO_CENTRE_CONTENT_IMPORT_H
 #define LUMO_CENTRE_CONTENT_IMPORT_H
 
+#include "centre/content/DiskWalk.h"
+
 #include <cstdint>
 #include <functional>
 #include <string>
 
 namespace centre {
 
-class Store;
-
 struct ImportOptions
 {
-    std::string folder;    ///< the real folder whose content the disk shows
-    std::string diskName;  ///< the first import makes the disk
-    std::string companyNo; ///< the company that owns the disk
-    std::string boxCode;   ///< the storage box that holds the disk; empty: none, or as it was
+    std::string folder;       ///< the real folder whose content the disk shows
+    std::string diskName;     ///< the first import makes the disk
+    std::string companyNo;    ///< the company that owns the disk
+    std::string boxCode;      ///< the storage box that holds the disk; empty: none, or as it was
+    bool readDigests = false; ///< read all files and keep their digests
+    /// Gets a text for a terminal for each entry that can't be imported.
+    std::function<void(const std::string&)> problem = [](const std::string&) {};
+    std::function<void(std::uint64_t)> progress = [](std::uint64_t) {}; ///< gets the number of entries so far
 };
 
 struct ImportReport
@@ -25,16 +29,17 @@ struct ImportReport
     std::uint64_t knownFolders = 0;
     std::uint64_t newFiles = 0;
     std::uint64_t knownFiles = 0;
-    std::uint64_t skipped = 0;  ///< symbolic links and special files
-    std::uint64_t problems = 0; ///< names that are not UTF-8, folders that can't be read
+    std::uint64_t changedFiles = 0; ///< known ones that have another size or digest now
+    NotServed notServed{};
+    std::uint64_t problems = 0; ///< what can't be read or has no name or path that a box serves
 };
 
 /// Registers every folder and file below a real folder as the content of a disk, in the order of their
-/// names. A folder or file that is registered already keeps its identifier, even after it has gone from the
-/// real folder; so another import completes one that was interrupted. Calls `problem` with a text for a
-/// terminal for each entry that it can't import, and imports the rest. Throws Error.
-ImportReport importTree(Store& store, const ImportOptions& options,
-                        const std::function<void(const std::string&)>& problem);
+/// names, with the sizes of the files. Leaves out what a box does not serve: links, special files and partial
+/// files of transfers. A folder or file that is registered already keeps its identifier, even after it has
+/// gone from the real folder; so another import completes one that was interrupted. Imports what it can and
+/// reports the rest as problems. Throws Error.
+ImportReport importTree(Store& store, const ImportOptions& options);
 
 } // namespace centre
 

@@ -154,7 +154,7 @@ void ServerCopy::copyIn(const User& user, const forgeserver::FileCopyToDbReq& re
     ConnectionPool::Lease connection(m_Pool);
     Transaction transaction(connection->database());
     StorageTree& storageTree = connection->storageTree();
-    storageTree.addFile(storageTree.makeFolders(start.diskId, start.folderId, names), name);
+    storageTree.addFile(storageTree.makeFolders(start.diskId, start.folderId, names), name, {source.size()});
     transaction.commit();
 }
 

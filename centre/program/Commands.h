@@ -2,6 +2,7 @@
 #define LUMO_CENTRE_PROGRAM_COMMANDS_H
 
 #include "centre/base/Error.h"
+#include "centre/content/DiskWalk.h"
 #include "centre/content/Import.h"
 #include "centre/content/Version.h"
 #include "centre/server/Centre.h"
@@ -32,6 +33,10 @@ struct Arguments
     std::string moduleNo;
     Version version;
     ImportOptions import;
+    DiskFilter disks;
+    bool readDigests = false;
+    bool json = false;
+    bool remove = false;
     ServeOptions serve;
     std::vector<std::string> boxes;
     std::string recordFile;
@@ -44,9 +49,11 @@ struct Arguments
 CLI::App* command(CLI::App& app, Arguments& arguments, ExitCode& result, const std::string& name,
                   const std::string& description, ExitCode (*run)(const Arguments&));
 
-// Commands by family: data folders, companies and users; what a catalogue holds; backups; services.
+// Commands by family: data folders, companies and users; what a catalogue holds; whether the disks
+// agree; backups; services.
 void addAdministration(CLI::App& app, Arguments& arguments, ExitCode& result);
 void addContent(CLI::App& app, Arguments& arguments, ExitCode& result);
+void addChecking(CLI::App& app, Arguments& arguments, ExitCode& result);
 void addBackup(CLI::App& app, Arguments& arguments, ExitCode& result);
 void addServing(CLI::App& app, Arguments& arguments, ExitCode& result);
 

@@ -3,6 +3,7 @@
 #include "centre/base/Text.h"
 #include "centre/content/LoadRecords.h"
 #include "centre/content/Sample.h"
+#include "centre/program/Progress.h"
 #include "centre/store/Store.h"
 
 #include <cerrno>
@@ -11,7 +12,6 @@
 #include <fstream>
 #include <iomanip>
 #include <iostream>
-#include <unistd.h>
 
 namespace centre {
 
@@ -35,44 +35,25 @@ ExitCode importTree(const Arguments& arguments)
     Store store(arguments.data);
     ImportOptions options = arguments.import;
     options.companyNo = arguments.companyNo;
-    const ImportReport report = importTree(store, options, [](const std::string& problem) {
+    options.readDigests = arguments.readDigests;
+    Progress progress("entry", "entries");
+    options.progress = progress.function();
+    options.problem = [&progress](const std::string& problem) {
+        progress.clear();
         std::cerr << "lumo-centre: not imported: " + problem + "\n";
-    });
+    };
+    const ImportReport report = importTree(store, options);
+    progress.clear();
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
     std::cout << "imported " << report.rootPath << " as " << (report.diskIsNew ? "new disk " : "disk ")
               << options.diskName << ": " << counted(report.newFolders, "new folder") << ", "
               << report.knownFolders << " known; " << counted(report.newFiles, "new file") << ", "
-              << report.knownFiles << " known; " << report.skipped << " skipped (links and special files); "
+              << report.knownFiles << " known, " << report.changedFiles
+              << " of them changed; left out: " << report.notServed.text() << "; "
               << counted(report.problems, "problem") << "; " << std::fixed << std::setprecision(2)
               << time.count() << " s\n";
     return report.problems == 0 ? ExitCode::Success : ExitCode::Incomplete;
 }
-
-/// Shows the number of records so far on a line of standard error, if that is a terminal.
-class RecordProgress
-{
-public:
-    ~RecordProgress()
-    {
-        if (m_Shown)
-            std::cerr << "\r\033[K" << std::flush;
-    }
-
-    void show(std::uint64_t records)
-    {
-        const auto now = std::chrono::steady_clock::now();
-        if (!m_IsTerminal || now - m_LastShown < std::chrono::milliseconds(200))
-            return;
-        std::cerr << "\rlumo-centre: " << counted(records, "record") << std::flush;
-        m_LastShown = now;
-        m_Shown = true;
-    }
-
-private:
-    const bool m_IsTerminal = ::isatty(STDERR_FILENO) != 0;
-    std::chrono::steady_clock::time_point m_LastShown = std::chrono::steady_clock::now();
-    bool m_Shown = false;
-};
 
 /// Calls `add`, which adds records, with a function that shows its progress. Prints the counts and the time.
 template <class Add>
@@ -80,8 +61,8 @@ ExitCode addRecords(const std::string& done, Add add)
 {
     const auto start = std::chrono::steady_clock::now();
     const RecordCounts counts = [&add] {
-        RecordProgress progress;
-        return add([&progress](std::uint64_t records) { progress.show(records); });
+        Progress progress("record", "records");
+        return add(progress.function());
     }();
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
     std::cout << done << ": " << countsText(counts) << "; " << std::fixed << std::setprecision(2)
@@ -150,6 +131,8 @@ void addContent(CLI::App& app, Arguments& arguments, ExitCode& result)
         ->capture_default_str();
     each->add_option("--box", arguments.import.boxCode, "The code of the storage box that holds the disk")
         ->type_name("CODE");
+    each->add_flag("--digests", arguments.readDigests,
+                   "Read all files and keep their digests, for check --digests");
 
     each =
         command(app, arguments, result, "add-version", "Add a version of a program or a module", addVersion);

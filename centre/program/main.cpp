@@ -76,6 +76,7 @@ int main(int argc, char** argv)
     ExitCode result = ExitCode::Success;
     centre::addAdministration(app, arguments, result);
     centre::addContent(app, arguments, result);
+    centre::addChecking(app, arguments, result);
     centre::addBackup(app, arguments, result);
     centre::addServing(app, arguments, result);
     centre::ConfigFile::addTo(app);

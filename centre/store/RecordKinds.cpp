@@ -177,6 +177,12 @@ const Column* RecordKind::nameColumn() const
     return found == columns.end() ? nullptr : &*found;
 }
 
+bool RecordKind::hasMainFile() const
+{
+    return std::any_of(columns.begin(), columns.end(),
+                       [](const Column& column) { return column.references == "file"; });
+}
+
 const std::vector<std::string>& codeTexts(const std::string& column)
 {
     static const std::unordered_map<std::string, std::vector<std::string>> texts = {
@@ -217,6 +223,15 @@ std::string recordTables()
            "CREATE TABLE image_mark (\n    comm_id INTEGER NOT NULL,\n    data_type_id INTEGER NOT NULL,\n"
            "    record_id INTEGER NOT NULL,\n    PRIMARY KEY (comm_id, data_type_id, record_id))"
            " WITHOUT ROWID;\n";
+}
+
+std::string mainFileIndexes()
+{
+    std::string sql;
+    for (const RecordKind& kind : recordKinds())
+        if (kind.hasMainFile())
+            sql += "CREATE INDEX " + kind.name + "_main_file ON " + kind.name + "(main_file_id);\n";
+    return sql;
 }
 
 } // namespace centre

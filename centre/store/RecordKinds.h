@@ -48,6 +48,8 @@ struct RecordKind
     const Column& owner() const;
     /// The column of the record's name, or null.
     const Column* nameColumn() const;
+    /// Whether its records may have a main file.
+    bool hasMainFile() const;
     /// Whether its records belong to a type: these have sensor, date and bounds, and a search finds them.
     bool hasType() const { return !typeName.empty(); }
 };
@@ -69,6 +71,8 @@ std::string beanColumns(const RecordKind& kind);
 
 /// Returns the SQL that makes the tables and indexes of all kinds, with their bounds and marks.
 std::string recordTables();
+/// Returns the SQL that makes the indexes by which the records of a main file are found.
+std::string mainFileIndexes();
 
 } // namespace centre
 

@@ -139,13 +139,20 @@ CREATE INDEX data_folder_folder ON data_folder(src_id);
 CREATE INDEX data_file_file ON data_file(file_id);
 )sql";
 
-constexpr int kSchemaVersion = 4;
+// What is known about the content of a file, see FileContent.
+constexpr const char* kVersion5 = R"sql(
+ALTER TABLE file ADD COLUMN size BIGINT;
+ALTER TABLE file ADD COLUMN digest TEXT;
+)sql";
+
+constexpr int kSchemaVersion = 5;
 
 /// Returns the SQL that leads from a version of the tables to the next.
 std::string stepFrom(int version)
 {
     // The tables of the image catalogue follow the beans, whose fields have their places for good.
-    const std::string steps[kSchemaVersion] = {kVersion1, kVersion2, recordTables(), kVersion4};
+    const std::string steps[kSchemaVersion] = {kVersion1, kVersion2, recordTables(), kVersion4,
+                                               kVersion5 + mainFileIndexes()};
     return steps[version];
 }
 

@@ -24,7 +24,14 @@ StorageTree::StorageTree(Database& database)
       // What exists takes no identifier; the conflict is for what another connection adds meanwhile.
       m_AddFile(database.prepare("INSERT INTO file(parent_id, name) SELECT :parent, :name WHERE NOT EXISTS"
                                  " (SELECT 1 FROM file WHERE parent_id = :parent AND name = :name)"
-                                 " ON CONFLICT (parent_id, name) DO NOTHING"))
+                                 " ON CONFLICT (parent_id, name) DO NOTHING")),
+      m_AddContent(database.prepare("INSERT INTO file(parent_id, name, size, digest)"
+                                    " SELECT :parent, :name, :size, nullif(:digest, '') WHERE NOT EXISTS"
+                                    " (SELECT 1 FROM file WHERE parent_id = :parent AND name = :name)"
+                                    " ON CONFLICT (parent_id, name) DO UPDATE"
+                                    " SET size = excluded.size, digest = excluded.digest")),
+      m_SetContent(database.prepare("UPDATE file SET size = :size, digest = nullif(:digest, '')"
+                                    " WHERE parent_id = :parent AND name = :name"))
 {
 }
 
@@ -59,11 +66,22 @@ std::uint32_t StorageTree::makeFolders(std::uint32_t diskId, std::uint32_t paren
     return parentId;
 }
 
-bool StorageTree::addFile(std::uint32_t folderId, const std::string& name)
+void StorageTree::addFile(std::uint32_t folderId, const std::string& name)
 {
     const ResetAtEnd resetAtEnd(*m_AddFile);
     m_AddFile->bindAll(folderId, name);
-    return m_AddFile->run() > 0;
+    m_AddFile->run();
+}
+
+void StorageTree::addFile(std::uint32_t folderId, const std::string& name, const FileContent& content)
+{
+    const ResetAtEnd resetAdd(*m_AddContent);
+    m_AddContent->bindAll(folderId, name, content.size, content.digest);
+    if (m_AddContent->run() > 0)
+        return;
+    const ResetAtEnd resetSet(*m_SetContent);
+    m_SetContent->bindAll(content.size, content.digest, folderId, name);
+    m_SetContent->run();
 }
 
 std::string fullPath(const std::string& start)

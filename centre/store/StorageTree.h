@@ -2,6 +2,7 @@
 #define LUMO_CENTRE_STORE_STORAGETREE_H
 
 #include "centre/database/Database.h"
+#include "centre/store/FileContent.h"
 
 #include <cstdint>
 #include <memory>
@@ -26,14 +27,18 @@ public:
     /// Returns the folder that the names lead to. Adds those that are missing.
     std::uint32_t makeFolders(std::uint32_t diskId, std::uint32_t parentId,
                               const std::vector<std::string>& names);
-    /// Returns false if the file is registered already.
-    bool addFile(std::uint32_t folderId, const std::string& name);
+    /// Adds a file, or leaves it as it is.
+    void addFile(std::uint32_t folderId, const std::string& name);
+    /// Adds a file, or replaces what is known about the content of one that exists.
+    void addFile(std::uint32_t folderId, const std::string& name, const FileContent& content);
 
 private:
     std::unique_ptr<Statement> m_TopFolder;
     std::unique_ptr<Statement> m_FindFolder;
     std::unique_ptr<Statement> m_AddFolder;
     std::unique_ptr<Statement> m_AddFile;
+    std::unique_ptr<Statement> m_AddContent;
+    std::unique_ptr<Statement> m_SetContent;
 };
 
 /// Returns the SQL that selects `full_path` and `kesta_code` of a place on a disk. `start` selects the folder

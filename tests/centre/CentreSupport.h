@@ -137,8 +137,9 @@ protected:
                                 const std::string& company = "LUMO", const std::string& box = {})
     {
         m_Problems.clear();
-        return centre::importTree(m_Store, {m_Data.below(folder), disk, company, box},
-                                  [this](const std::string& problem) { m_Problems.push_back(problem); });
+        return centre::importTree(m_Store,
+                                  {m_Data.below(folder), disk, company, box, false,
+                                   [this](const std::string& problem) { m_Problems.push_back(problem); }});
     }
 
     std::string value(const std::string& sql) { return m_Store.database().value(sql); }

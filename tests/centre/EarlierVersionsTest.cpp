@@ -72,7 +72,7 @@ TEST_P(EarlierVersions, OfTheTablesAreBroughtUpToDateWithTheirRecords)
     const EarlierFolder folder(GetParam());
     EXPECT_EQ(folder.version(), GetParam());
     const centre::Centre centre(folder.path(), {});
-    EXPECT_EQ(folder.version(), 4);
+    EXPECT_EQ(folder.version(), 5);
     EXPECT_EQ(tablesOf(folder.path()), tablesOf(DataFolder().path()));
     const auto channel = channelTo(centre.address(), folder.token());
     for (const auto& each : kRecords) {

@@ -57,8 +57,7 @@ TEST(Process, AnImportThatWasKilledIsCompletedByAnother)
     centre::Store store(data.path());
     EXPECT_EQ(store.database().value("PRAGMA integrity_check"), "ok");
     store.database().execute("CREATE TEMP TABLE earlier AS SELECT id, name FROM file");
-    const auto report =
-        centre::importTree(store, {data.below("tree"), "disk", "LUMO", ""}, [](const std::string&) {});
+    const auto report = centre::importTree(store, {data.below("tree"), "disk", "LUMO", ""});
     EXPECT_GT(report.knownFiles, 0u);
     EXPECT_EQ(report.knownFiles + report.newFiles, kFiles);
     EXPECT_EQ(report.problems, static_cast<std::uint64_t>(kBadNames));

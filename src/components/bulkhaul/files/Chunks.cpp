@@ -98,6 +98,17 @@ std::string toBytes(const Digest& digest)
     return std::string(digest.data(), digest.size());
 }
 
+std::string toHex(const Digest& digest)
+{
+    constexpr char kDigits[] = "0123456789abcdef";
+    std::string hex;
+    for (const char byte : digest) {
+        const auto value = static_cast<unsigned char>(byte);
+        hex += {kDigits[value >> 4], kDigits[value & 15]};
+    }
+    return hex;
+}
+
 bool isDigest(const std::string& bytes, const Digest& digest)
 {
     return bytes.size() == digest.size() && std::memcmp(bytes.data(), digest.data(), digest.size()) == 0;

@@ -70,6 +70,8 @@ private:
 };
 
 std::string toBytes(const Digest& digest);
+/// Returns the bytes as 32 hexadecimal digits in lower case.
+std::string toHex(const Digest& digest);
 /// Whether `bytes` are the bytes of `digest`.
 bool isDigest(const std::string& bytes, const Digest& digest);
 

@@ -11,7 +11,6 @@
 #include <cerrno>
 #include <chrono>
 #include <climits>
-#include <cstdio>
 #include <thread>
 
 namespace bulkhaul {
@@ -28,13 +27,7 @@ std::string partialName(const std::string& name)
 {
     if (name.size() + kPartialEnding.size() < NAME_MAX)
         return "." + name + kPartialEnding;
-    std::string hex;
-    for (const char byte : digestOf(name)) {
-        char two[3];
-        static_cast<void>(std::snprintf(two, sizeof two, "%02x", static_cast<unsigned char>(byte)));
-        hex += two;
-    }
-    return "." + hex + kPartialEnding;
+    return "." + toHex(digestOf(name)) + kPartialEnding;
 }
 
 /// The bytes of one write. Linux puts a longer one into larger pieces of memory, which were measured to take
