@@ -16,6 +16,9 @@ std::string abbreviated(const std::string& text);
 /// Returns "1 problem", "2 problems": the count and the noun, whose plural ends with s.
 std::string counted(std::uint64_t count, const std::string& noun);
 
+/// Returns the shortest text that is read as the same number.
+std::string numberText(double value);
+
 } // namespace centre
 
 #endif

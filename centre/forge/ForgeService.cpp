@@ -3,6 +3,7 @@
 #include "centre/base/Path.h"
 #include "centre/base/Text.h"
 #include "centre/forge/ImageAnalysis.h"
+#include "centre/forge/SceneFiles.h"
 #include "centre/store/ServedRoot.h"
 #include "lumo/components/wirecall/RpcServer.h"
 
@@ -85,7 +86,7 @@ void ForgeService::AnalyzeImage(RpcController* controller, const forgeserver::An
                                 forgeserver::AnalyzeImageRsp* response, Closure* done)
 {
     setResult(*response, attempt("AnalyzeImage", [&] {
-        analyzeImage(m_Pool, userOf(controller), *request, cancellationOf(controller));
+        analyzeImage(m_Pool, m_Images, userOf(controller), *request, cancellationOf(controller));
     }));
     done->Run();
 }
@@ -95,7 +96,7 @@ void ForgeService::AnalyzeImages(RpcController* controller, const forgeserver::A
 {
     for (const forgeserver::AnalyzeImageReq& each : request->analyze_req())
         setResult(*response->add_analyze_rsp(), attempt("AnalyzeImages", [&] {
-            analyzeImage(m_Pool, userOf(controller), each, cancellationOf(controller));
+            analyzeImage(m_Pool, m_Images, userOf(controller), each, cancellationOf(controller));
         }));
     done->Run();
 }
@@ -121,26 +122,30 @@ void ForgeService::FileCopyFromDb(RpcController* controller, const forgeserver::
 void ForgeService::Spot5FromDim(RpcController* controller, const forgeserver::AnalyzeSatReq* request,
                                 forgeserver::AnalyzeSatRsp* response, Closure* done)
 {
-    answerScene("Spot5FromDim", controller, readSpot5Dim, *request, *response, *done);
+    answerScene("Spot5FromDim", controller, image::SPOT5, *request, *response, *done);
 }
 
 void ForgeService::Spot6FromDim(RpcController* controller, const forgeserver::AnalyzeSatReq* request,
                                 forgeserver::AnalyzeSatRsp* response, Closure* done)
 {
-    answerScene("Spot6FromDim", controller, readSpot6Dim, *request, *response, *done);
+    answerScene("Spot6FromDim", controller, image::SPOT6, *request, *response, *done);
 }
 
 void ForgeService::AlosFromSummary(RpcController* controller, const forgeserver::AnalyzeSatReq* request,
                                    forgeserver::AnalyzeSatRsp* response, Closure* done)
 {
-    answerScene("AlosFromSummary", controller, readAlosSummary, *request, *response, *done);
+    answerScene("AlosFromSummary", controller, image::ALOS, *request, *response, *done);
 }
 
 void ForgeService::AdsFromSup(RpcController* controller, const forgeserver::AnalyzeAdsReq* request,
                               forgeserver::AnalyzeAdsRsp* response, Closure* done)
 {
     const std::string error = attempt("AdsFromSup", [&] {
-        const auto texts = readAdsSup(readMetadataFile(m_Pool, userOf(controller), request->image_id()));
+        image::Scene scene = readScene(m_Pool, m_Images, userOf(controller), request->image_id(), image::ADS,
+                                       cancellationOf(controller));
+        auto& texts = *scene.mutable_texts();
+        while (texts.size() < 6)
+            texts.Add();
         response->set_ads_text1(texts[0]);
         response->set_ads_text2(texts[1]);
         response->set_ads_text3(texts[2]);
@@ -152,18 +157,16 @@ void ForgeService::AdsFromSup(RpcController* controller, const forgeserver::Anal
     done->Run();
 }
 
-void ForgeService::answerScene(const char* operation, RpcController* controller,
-                               Scene (*read)(const std::string& content),
+void ForgeService::answerScene(const char* operation, RpcController* controller, image::SceneForm form,
                                const forgeserver::AnalyzeSatReq& request,
                                forgeserver::AnalyzeSatRsp& response, Closure& done)
 {
     const std::string error = attempt(operation, [&] {
-        const Scene scene = readScene(m_Pool, userOf(controller), request.image_id(), read);
-        response.set_sat_name(scene.name);
-        for (const std::string& file : scene.mainFiles)
-            response.add_main_file(file);
-        for (const std::string& file : scene.metaFiles)
-            response.add_meta_file(file);
+        const image::Scene scene = readScene(m_Pool, m_Images, userOf(controller), request.image_id(), form,
+                                             cancellationOf(controller));
+        response.set_sat_name(scene.name());
+        *response.mutable_main_file() = scene.main_files();
+        *response.mutable_meta_file() = scene.meta_files();
     });
     response.set_sat_result(error.empty());
     done.Run();

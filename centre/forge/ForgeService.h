@@ -1,8 +1,8 @@
 #ifndef LUMO_CENTRE_FORGE_FORGESERVICE_H
 #define LUMO_CENTRE_FORGE_FORGESERVICE_H
 
-#include "centre/forge/SceneFiles.h"
 #include "centre/forge/ServerCopy.h"
+#include "centre/image/ImageReader.h"
 #include "centre/store/ConnectionPool.h"
 #include "forgeserver.pb.h"
 
@@ -17,8 +17,8 @@ class ForgeService : public forgeserver::ForgeServices
 {
 public:
     /// Throws what ServerCopy throws.
-    ForgeService(ConnectionPool& pool, const std::vector<std::string>& copyRoots)
-        : m_Pool(pool), m_Copy(pool, copyRoots)
+    ForgeService(ConnectionPool& pool, ImageReader& images, const std::vector<std::string>& copyRoots)
+        : m_Pool(pool), m_Images(images), m_Copy(pool, copyRoots)
     {
     }
 
@@ -68,10 +68,11 @@ private:
     bool mayRead(const std::string& token, const std::string& path);
     User userOf(google::protobuf::RpcController* controller);
     void answerScene(const char* operation, google::protobuf::RpcController* controller,
-                     Scene (*read)(const std::string& content), const forgeserver::AnalyzeSatReq& request,
+                     image::SceneForm form, const forgeserver::AnalyzeSatReq& request,
                      forgeserver::AnalyzeSatRsp& response, google::protobuf::Closure& done);
 
     ConnectionPool& m_Pool;
+    ImageReader& m_Images;
     ServerCopy m_Copy;
 };
 

@@ -4,7 +4,6 @@
 #include "centre/base/Error.h"
 #include "centre/base/Text.h"
 #include "centre/database/Statement.h"
-#include "centre/forge/ImageFile.h"
 #include "centre/forge/StoragePlace.h"
 #include "centre/store/Ownership.h"
 
@@ -61,7 +60,26 @@ private:
     const IsCanceled& m_IsCanceled;
 };
 
-using Found = std::vector<std::pair<std::uint32_t, ImageFacts>>;
+/// "GTiff 512x256x3". A TIFF without georeference is a TIFF.
+std::string formatText(const image::Image& image)
+{
+    const bool plain = image.driver() == "GTiff" && !image.has_reference_system();
+    return (plain ? "TIFF" : image.driver()) + " " + std::to_string(image.width()) + "x" +
+           std::to_string(image.height()) + "x" + std::to_string(image.bands_size());
+}
+
+/// "EPSG:4326 west 70 south 10 east 150 north 55"; empty without georeference.
+std::string georeferenceText(const image::Image& image)
+{
+    if (!image.has_reference_system() || !image.has_bounds())
+        return {};
+    const image::Bounds& bounds = image.bounds();
+    return image.reference_system() + " west " + numberText(bounds.west()) + " south " +
+           numberText(bounds.south()) + " east " + numberText(bounds.east()) + " north " +
+           numberText(bounds.north());
+}
+
+using Found = std::vector<std::pair<std::uint32_t, image::Image>>;
 
 void note(ConnectionPool& pool, const Found& found)
 {
@@ -77,8 +95,8 @@ void note(ConnectionPool& pool, const Found& found)
     transaction.commit();
 }
 
-void analyze(ConnectionPool& pool, const User& user, const forgeserver::AnalyzeImageReq& request,
-             const IsCanceled& isCanceled)
+void analyze(ConnectionPool& pool, ImageReader& images, const User& user,
+             const forgeserver::AnalyzeImageReq& request, const IsCanceled& isCanceled)
 {
     if (request.analyze_flag())
         requireWriter(user);
@@ -86,12 +104,13 @@ void analyze(ConnectionPool& pool, const User& user, const forgeserver::AnalyzeI
         throw refusal("it has no main file");
     const Files files(pool, user, isCanceled);
     Found found;
-    files.forEach("main", request.main_file(),
-                  [&found, &isCanceled](const Reference& reference, const FilePlace& place) {
-                      found.emplace_back(static_cast<std::uint32_t>(reference.ref_id()),
-                                         readImage(openFile(place).handle, isCanceled));
-                  });
-    const auto open = [](const Reference&, const FilePlace& place) { openFile(place); };
+    files.forEach("main", request.main_file(), [&](const Reference& reference, const FilePlace& place) {
+        found.emplace_back(static_cast<std::uint32_t>(reference.ref_id()),
+                           images.check(place.folder.open(), place.name, isCanceled));
+    });
+    const auto open = [](const Reference&, const FilePlace& place) {
+        openRegularFile(place.folder.open(), place.name);
+    };
     files.forEach("metadata", request.meta_file(), open);
     files.forEach("attached", request.attach_file(), open);
     if (request.analyze_flag())
@@ -100,11 +119,11 @@ void analyze(ConnectionPool& pool, const User& user, const forgeserver::AnalyzeI
 
 } // namespace
 
-void analyzeImage(ConnectionPool& pool, const User& user, const forgeserver::AnalyzeImageReq& request,
-                  const IsCanceled& isCanceled)
+void analyzeImage(ConnectionPool& pool, ImageReader& images, const User& user,
+                  const forgeserver::AnalyzeImageReq& request, const IsCanceled& isCanceled)
 {
     try {
-        analyze(pool, user, request, isCanceled);
+        analyze(pool, images, user, request, isCanceled);
     } catch (const std::exception& exception) {
         throw refusal("image " + abbreviated(request.img_name()) + ": " + exception.what());
     }

@@ -9,7 +9,6 @@ namespace centre {
 
 namespace {
 
-constexpr std::uint64_t kLargest = 16 << 20;
 constexpr char kBeside[] = "SELECT 1 FROM file WHERE parent_id = ? AND name = ?";
 
 FilePlace placeOf(ConnectionPool& pool, const User& user, std::uint32_t fileId)
@@ -19,10 +18,11 @@ FilePlace placeOf(ConnectionPool& pool, const User& user, std::uint32_t fileId)
 }
 
 /// Keeps the names of files that are in the folder, once each, without a leading "./".
-void keepThoseIn(Connection& connection, std::uint32_t folderId, std::vector<std::string>& names)
+void keepThoseIn(Connection& connection, std::uint32_t folderId,
+                 google::protobuf::RepeatedPtrField<std::string>& names)
 {
     Statement& beside = connection.statement(kBeside);
-    std::vector<std::string> kept;
+    google::protobuf::RepeatedPtrField<std::string> kept;
     std::unordered_set<std::string> known;
     for (std::string& name : names) {
         if (name.rfind("./", 0) == 0)
@@ -32,28 +32,24 @@ void keepThoseIn(Connection& connection, std::uint32_t folderId, std::vector<std
         const ResetAtEnd resetAtEnd(beside);
         beside.bindAll(folderId, name);
         if (beside.step())
-            kept.push_back(name);
+            *kept.Add() = name;
     }
-    names = std::move(kept);
+    names.Swap(&kept);
 }
 
 } // namespace
 
-Scene readScene(ConnectionPool& pool, const User& user, std::uint32_t fileId,
-                Scene (*read)(const std::string& content))
+image::Scene readScene(ConnectionPool& pool, ImageReader& images, const User& user, std::uint32_t fileId,
+                       image::SceneForm form, const IsCanceled& isCanceled)
 {
     const FilePlace place = placeOf(pool, user, fileId);
-    Scene scene = read(readFile(place, kLargest));
-    scene.metaFiles.insert(scene.metaFiles.begin(), place.name);
+    image::Scene scene;
+    scene.add_meta_files(place.name);
+    scene.MergeFrom(images.scene(place.folder.open(), place.name, form, isCanceled));
     ConnectionPool::Lease connection(pool);
-    keepThoseIn(*connection, place.folder.folderId, scene.mainFiles);
-    keepThoseIn(*connection, place.folder.folderId, scene.metaFiles);
+    keepThoseIn(*connection, place.folder.folderId, *scene.mutable_main_files());
+    keepThoseIn(*connection, place.folder.folderId, *scene.mutable_meta_files());
     return scene;
-}
-
-std::string readMetadataFile(ConnectionPool& pool, const User& user, std::uint32_t fileId)
-{
-    return readFile(placeOf(pool, user, fileId), kLargest);
 }
 
 } // namespace centre

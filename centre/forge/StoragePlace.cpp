@@ -5,13 +5,9 @@
 #include "centre/base/Text.h"
 #include "centre/database/Statement.h"
 #include "centre/store/Ownership.h"
-#include "components/bulkhaul/files/FileFailure.h"
 #include "lumo/core/LumoDataTypes.h"
 
-#include <cerrno>
-#include <fcntl.h>
 #include <filesystem>
-#include <unistd.h>
 
 namespace centre {
 
@@ -104,40 +100,6 @@ FilePlace placeOfFile(Connection& connection, const User& user, const std::strin
         name = file.string(1);
     }
     return {placeOfFolder(connection, user, dataFolder, folderId), name};
-}
-
-OpenFile openFile(const FilePlace& place)
-{
-    const bulkhaul::Folder folder = place.folder.open();
-    // A pipe must not be waited for.
-    constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-    bulkhaul::FileHandle handle(::openat(folder.get(), place.name.c_str(), kFlags));
-    struct stat status = {};
-    if (!handle || ::fstat(handle.get(), &status) != 0)
-        bulkhaul::throwErrno(haulbox::UNREADABLE, place.name);
-    if (!S_ISREG(status.st_mode))
-        throw refusal(place.name + " is not a regular file");
-    return {std::move(handle), static_cast<std::uint64_t>(status.st_size)};
-}
-
-std::string readFile(const FilePlace& place, std::uint64_t limit)
-{
-    const OpenFile file = openFile(place);
-    if (file.size > limit)
-        throw refusal(place.name + " has " + std::to_string(file.size) + " bytes, more than " +
-                      std::to_string(limit));
-    std::string data(file.size, '\0');
-    std::size_t read = 0;
-    while (read < data.size()) {
-        const ssize_t more = ::read(file.handle.get(), data.data() + read, data.size() - read);
-        if (more < 0 && errno != EINTR)
-            bulkhaul::throwErrno(haulbox::UNREADABLE, place.name);
-        if (more == 0)
-            break;
-        read += more > 0 ? static_cast<std::size_t>(more) : 0;
-    }
-    data.resize(read);
-    return data;
 }
 
 } // namespace centre

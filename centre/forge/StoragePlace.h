@@ -43,18 +43,6 @@ FolderPlace placeOfFolder(Connection& connection, const User& user, const std::s
 FilePlace placeOfFile(Connection& connection, const User& user, const std::string& dataFolder,
                       std::uint32_t fileId);
 
-/// A regular file that can be read, and its size.
-struct OpenFile
-{
-    bulkhaul::FileHandle handle;
-    std::uint64_t size;
-};
-
-OpenFile openFile(const FilePlace& place);
-
-/// Reads a whole file. A file of more than `limit` bytes is an error.
-std::string readFile(const FilePlace& place, std::uint64_t limit);
-
 } // namespace centre
 
 #endif

@@ -24,15 +24,18 @@ struct Change
     std::function<Result(const Caller& caller, const google::protobuf::Message& request,
                          google::protobuf::Message& response)>
         run;
+    bool addsRecords = false; ///< from a DataUtilBeanReq with texts of records
 };
 
 template <class Request, class Response>
 Change makeChange(const char* operation, Result (*run)(const Caller&, const Request&, Response&))
 {
     using google::protobuf::Message;
-    return {operation, [run](const Caller& caller, const Message& request, Message& response) {
+    return {operation,
+            [run](const Caller& caller, const Message& request, Message& response) {
                 return run(caller, static_cast<const Request&>(request), static_cast<Response&>(response));
-            }};
+            },
+            false};
 }
 
 std::vector<Change> linkChanges();

@@ -5,6 +5,7 @@
 #include "lumo/components/wirecall/RpcServer.h"
 
 #include <iostream>
+#include <utility>
 
 namespace centre {
 
@@ -21,7 +22,8 @@ std::vector<Operation> tableFor(ConnectionPool& pool)
 
 } // namespace
 
-LedgerService::LedgerService(ConnectionPool& pool) : m_Pool(pool), m_Table(tableFor(pool))
+LedgerService::LedgerService(ConnectionPool& pool, MainFileTexts mainFileTexts)
+    : m_Pool(pool), m_MainFileTexts(std::move(mainFileTexts)), m_Table(tableFor(pool))
 {
     ConnectionPool::Lease connection(pool);
     for (const Operation& operation : m_Table) {
@@ -41,7 +43,9 @@ void LedgerService::CallMethod(const MethodDescriptor* method, google::protobuf:
     try {
         const auto change = m_Changes.find(method);
         const auto operation = m_Operations.find(method);
-        if (change != m_Changes.end())
+        if (change != m_Changes.end() && change->second.addsRecords && m_MainFileTexts)
+            make(change->second, token, completed(*request, token), *response);
+        else if (change != m_Changes.end())
             make(change->second, token, *request, *response);
         else if (operation != m_Operations.end())
             ask(*operation->second, *method, token, *request, *response);
@@ -62,6 +66,15 @@ void LedgerService::ask(const Operation& operation, const Method& method, const 
     Query& query = connection->query(operation, method);
     const Read read(*connection);
     query.answer(request, response, query.asksForCaller() ? connection->requireUser(token).companyId : 0);
+}
+
+ledgerserver::DataUtilBeanReq LedgerService::completed(const Message& request, const std::string& token)
+{
+    ledgerserver::DataUtilBeanReq result = static_cast<const ledgerserver::DataUtilBeanReq&>(request);
+    const User user = ConnectionPool::Lease(m_Pool)->requireUser(token);
+    requireWriter(user);
+    completeRecords(result, user, m_MainFileTexts);
+    return result;
 }
 
 void LedgerService::make(const Change& change, const std::string& token, const Message& request,

@@ -2,6 +2,7 @@
 #define LUMO_CENTRE_LEDGER_LEDGERSERVICE_H
 
 #include "centre/ledger/Changes.h"
+#include "centre/ledger/RecordCompletion.h"
 #include "centre/store/ConnectionPool.h"
 #include "ledgerserver.pb.h"
 
@@ -16,7 +17,8 @@ class LedgerService : public ledgerserver::LedgerServices
 {
 public:
     /// Prepares all queries once, so that a mistake in one fails the start: throws what Query throws.
-    explicit LedgerService(ConnectionPool& pool);
+    /// `mainFileTexts` completes records that are registered; may be empty.
+    explicit LedgerService(ConnectionPool& pool, MainFileTexts mainFileTexts = {});
 
     void CallMethod(const google::protobuf::MethodDescriptor* method,
                     google::protobuf::RpcController* controller, const google::protobuf::Message* request,
@@ -30,7 +32,12 @@ private:
     void make(const Change& change, const std::string& token, const google::protobuf::Message& request,
               google::protobuf::Message& response);
 
+    /// Returns a registration's request with what its main files say.
+    ledgerserver::DataUtilBeanReq completed(const google::protobuf::Message& request,
+                                            const std::string& token);
+
     ConnectionPool& m_Pool;
+    const MainFileTexts m_MainFileTexts;
     const std::vector<Operation> m_Table;
     std::unordered_map<const Method*, const Operation*> m_Operations;
     std::unordered_map<const Method*, Change> m_Changes;

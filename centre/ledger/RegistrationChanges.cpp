@@ -81,10 +81,13 @@ Result saveAll(const Caller& caller, const DataUtilBeanReq& request, DataUtilBea
 
 std::vector<Change> registrationChanges()
 {
-    return {
+    std::vector<Change> changes = {
         makeChange("saveSingleDataByType", saveOne),
         makeChange("saveFullDataByType", saveAll),
     };
+    for (Change& change : changes)
+        change.addsRecords = true;
+    return changes;
 }
 
 } // namespace centre

@@ -4,6 +4,8 @@
 #include "centre/endpoint/Endpoint.h"
 #include "centre/endpoint/ServeLock.h"
 #include "centre/forge/ForgeService.h"
+#include "centre/forge/MainFile.h"
+#include "centre/image/ImageReader.h"
 #include "centre/ledger/LedgerService.h"
 #include "centre/server/PlanningService.h"
 #include "centre/store/Schema.h"
@@ -28,9 +30,12 @@ struct Centre::Impl
     Impl(const std::string& dataFolder, const std::vector<std::string>& copyRoots)
         : lock(lockDataFolder(dataFolder)),
           pool(dataFolder),
-          ledger(pool),
+          ledger(pool,
+                 [this](const User& user, std::uint32_t fileId, const IsCanceled& isCanceled) {
+                     return recordTextsOf(pool, images, user, fileId, isCanceled);
+                 }),
           planning(pool),
-          forge(pool, copyRoots),
+          forge(pool, images, copyRoots),
           endpoint(pool, faults)
     {
         endpoint.add(ledger);
@@ -42,6 +47,7 @@ struct Centre::Impl
     ConnectionPool pool;
     Faults faults;
     std::vector<std::unique_ptr<Box>> boxes;
+    ImageReader images;
     LedgerService ledger;
     PlanningService planning;
     ForgeService forge;

@@ -1,11 +1,16 @@
-#include "centre/forge/ImageFile.h"
-#include "centre/forge/SceneMetadata.h"
 #include "centre/forge/ServerCopy.h"
+#include "centre/image/ImageReader.h"
+#include "centre/image/process/SceneMetadata.h"
 #include "tests/centre/CentreSupport.h"
 
-#include <functional>
+#include <QTemporaryDir>
 
-#include <fcntl.h>
+#include <atomic>
+#include <csignal>
+#include <filesystem>
+#include <functional>
+#include <thread>
+
 #include <sys/stat.h>
 
 using testing::AllOf;
@@ -77,14 +82,11 @@ TEST_F(Forge, LongWorkThatIsDisturbedLeavesNothing)
             EXPECT_EQ(catalogueOf(m_Store).count("disk/to/file"), 0u);
         }
     }
-    for (const char* image : {"/imagery/east-asia.tif", "/imagery/east-asia.jpg", "/地形/青藏高原.png"}) {
-        const std::string path = kSamples + image;
-        const auto work = [&path] {
-            centre::readImage(bulkhaul::FileHandle(::open(path.c_str(), O_RDONLY | O_CLOEXEC)),
-                              disturbing(nullptr));
-        };
-        EXPECT_THAT(reasonOf(work), HasSubstr("given up"));
-    }
+    centre::ImageReader images;
+    const auto work = [&images] {
+        images.check(bulkhaul::Folder::open(kSamples + "/imagery"), "east-asia.tif", disturbing(nullptr));
+    };
+    EXPECT_THAT(reasonOf(work), HasSubstr("given up"));
 }
 
 /// A progressive JPEG of one band, its first block coming again in each scan.
@@ -141,6 +143,7 @@ TEST_F(Forge, RefusesDamagedImagesAndReadsLargeOnes)
         {"head.jpg", jpg.substr(0, 8)},
         {"cut.png", png.substr(0, png.size() / 2)},
         {"wrong.png", png.substr(0, 60) + "xxxx" + png.substr(64)},
+        {"end.png", png.substr(0, png.size() - 1)},
     };
     for (const std::size_t lost : {1, 2, 31, 32, 33, 90}) // values of fields behind the data
         damaged.emplace_back("cut" + std::to_string(lost) + ".tif", tif.substr(0, tif.size() - lost));
@@ -166,6 +169,183 @@ TEST_F(Forge, RefusesDamagedImagesAndReadsLargeOnes)
                                                            HasSubstr("image N: main file "), HasSubstr(name)))
             << name;
     EXPECT_THAT(analyze("disk/pipe"), HasSubstr("pipe is not a regular file"));
+}
+
+/// A VRT, GDAL's image as text, of 20 by 10 pixels.
+std::string vrtOf(const std::string& system, const std::string& transform, const std::string& source = {})
+{
+    return "<VRTDataset rasterXSize='20' rasterYSize='10'><SRS>" + system + "</SRS><GeoTransform>" +
+           transform + "</GeoTransform><VRTRasterBand dataType='Byte' band='1'>" + source +
+           "</VRTRasterBand></VRTDataset>";
+}
+
+std::string sourceOf(const std::string& path, bool relative)
+{
+    return "<SimpleSource><SourceFilename relativeToVRT='" + std::to_string(int(relative)) + "'>" + path +
+           "</SourceFilename><SourceBand>1</SourceBand></SimpleSource>";
+}
+
+class Images : public testing::Test
+{
+protected:
+    std::string reasonOfCheck(const std::string& file)
+    {
+        return reasonOf([&] { m_Reader.check(folder(), file); });
+    }
+    bulkhaul::Folder folder() const { return bulkhaul::Folder::open(m_Place.path().toStdString()); }
+    std::string below(const std::string& name) const { return m_Place.path().toStdString() + "/" + name; }
+    void copySample(const std::string& name) const
+    {
+        std::filesystem::copy_file(kSamples + "/" + name, below(name.substr(name.rfind('/') + 1)));
+    }
+
+    QTemporaryDir m_Place;
+    centre::ImageReader m_Reader{{"", 1, {}}};
+};
+
+TEST_F(Images, HaveBoundsInDegreesOfAnySystem)
+{
+    const struct
+    {
+        const char* system;
+        const char* transform;
+        double west, south, east, north;
+        int points;
+    } cases[] = {
+        {"EPSG:4326", "70, 0.5, 0, 55, 0, -0.5", 70, 50, 80, 55, 65},
+        {"EPSG:4326", "350, 1, 0, 5, 0, -1", -10, -5, 10, 5, 65},
+        {"EPSG:4326", "175, 0.5, 0, 5, 0, -0.5", 175, 0, -175, 5, 65},
+        {"EPSG:4326", "-180, 18, 0, 90, 0, -18", -180, -90, 180, 90, 65},
+        {"EPSG:32601", "100000, 10000, 0, 100000, 0, -10000", 179.4, 0, -178.8, 0.91, 65}, // UTM, zone 1
+        {"EPSG:3995", "-1000000, 100000, 0, 500000, 0, -100000", -180, 79.7, 180, 90, 0},  // around the pole
+    };
+    for (const auto& each : cases) {
+        writeFile(below("a.vrt"), vrtOf(each.system, each.transform));
+        const centre::image::Image image = m_Reader.describe(folder(), "a.vrt");
+        EXPECT_EQ(image.reference_system(), each.system);
+        EXPECT_NEAR(image.geographic_bounds().west(), each.west, 0.1) << each.transform;
+        EXPECT_NEAR(image.geographic_bounds().south(), each.south, 0.1) << each.transform;
+        EXPECT_NEAR(image.geographic_bounds().east(), each.east, 0.1) << each.transform;
+        EXPECT_NEAR(image.geographic_bounds().north(), each.north, 0.1) << each.transform;
+        EXPECT_EQ(image.footprint_size(), 2 * each.points) << each.transform;
+    }
+}
+
+TEST_F(Images, ReachNothingButTheirFolder)
+{
+    copySample("scenes/spot5/imagery.tif");
+    EXPECT_EQ(m_Reader.check(folder(), "imagery.tif").sensor(), "");
+    const std::string metadata = kSamples + "/scenes/spot5/metadata.dim";
+    std::filesystem::create_symlink(metadata, below("metadata.dim"));
+    EXPECT_EQ(m_Reader.check(folder(), "imagery.tif").sensor(), "");
+    std::filesystem::remove(below("metadata.dim"));
+    copySample("scenes/spot5/metadata.dim");
+    const centre::image::Image image = m_Reader.check(folder(), "imagery.tif");
+    EXPECT_EQ(image.sensor() + " " + image.date(), "SPOT 5 2026-01-31");
+
+    std::filesystem::create_symlink(below("imagery.tif"), below("link.tif"));
+    std::filesystem::create_directory(below("inner"));
+    const auto vrt = [](const std::string& source) {
+        return vrtOf("EPSG:4326", "0, 1, 0, 0, 0, -1", source);
+    };
+    writeFile(below("beside.vrt"), vrt(sourceOf("imagery.tif", true)));
+    EXPECT_EQ(reasonOfCheck("beside.vrt"), "none");
+    for (const auto& [path, relative] : {std::pair(below("imagery.tif"), false),
+                                         {"link.tif", true},
+                                         {"/vsicurl/http://127.0.0.1:1/a.tif", false}}) {
+        writeFile(below("beyond.vrt"), vrt(sourceOf(path, relative)));
+        EXPECT_THAT(reasonOfCheck("beyond.vrt"), HasSubstr("damaged VRT")) << path;
+    }
+    writeFile(below("inner/beyond.vrt"), vrt(sourceOf("../imagery.tif", true)));
+    EXPECT_THAT(reasonOf([&] { m_Reader.check(folder().below("inner"), "beyond.vrt"); }),
+                HasSubstr("damaged VRT"));
+    const std::string status = readFile("/proc/" + std::to_string(m_Reader.idle().at(0)) + "/status");
+    EXPECT_THAT(status,
+                AllOf(HasSubstr("NoNewPrivs:\t1"), HasSubstr("Seccomp:\t2"), HasSubstr("Threads:\t1")));
+}
+
+TEST_F(Images, HaveQuickLooks)
+{
+    copySample("imagery/east-asia.tif");
+    copySample("地形/青藏高原.png");
+    const centre::image::Picture color = m_Reader.quickLook(folder(), "east-asia.tif", 100);
+    EXPECT_EQ(color.media_type(), "image/jpeg");
+    writeFile(below("color.jpg"), color.data());
+    const centre::image::Picture gray = m_Reader.quickLook(folder(), "青藏高原.png", 64);
+    EXPECT_EQ(gray.media_type(), "image/png");
+    writeFile(below("gray.png"), gray.data());
+    const centre::image::Image read = m_Reader.check(folder(), "color.jpg");
+    EXPECT_EQ(std::pair(read.width(), read.height()), std::pair(100u, 56u));
+    EXPECT_EQ(m_Reader.check(folder(), "gray.png").width(), 64u);
+}
+
+TEST_F(Images, ThatEndTheirProcessAreRefusedAndTheNextIsRead)
+{
+    copySample("imagery/east-asia.tif");
+    centre::ImageReader reader({"", 1, {std::chrono::milliseconds(1000), 300 << 20}});
+    const auto check = [&](const std::string& file,
+                           const centre::IsCanceled& during = centre::neverCanceled) {
+        return reasonOf([&] { reader.check(folder(), file, during); });
+    };
+    EXPECT_EQ(check("east-asia.tif"), "none");
+    const pid_t first = reader.idle().at(0);
+    ::kill(first, SIGSTOP);
+    EXPECT_EQ(check("east-asia.tif"), "the process that read it took too long");
+    EXPECT_EQ(check("east-asia.tif"), "none");
+    const pid_t second = reader.idle().at(0);
+    EXPECT_NE(second, first);
+    ::kill(second, SIGSTOP);
+    const auto kill = [second] { ::kill(second, SIGKILL); };
+    EXPECT_EQ(
+        check("east-asia.tif", [&, calls = 0]() mutable { return ++calls == 2 ? kill(), false : false; }),
+        "the process that read it died of signal 9");
+    EXPECT_EQ(check("east-asia.tif"), "none");
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // these take terabytes of address space
+    // One tile of 256 MiB, by PackBits in 4.
+    std::string zeros;
+    for (int i = 0; i < (256 << 20) / 128; ++i)
+        zeros += std::string("\x81\0", 2);
+    std::string tiff = tiffOf({{256, 1 << 14},
+                               {257, 1 << 14},
+                               {258, 8},
+                               {259, 32773},
+                               {262, 1},
+                               {322, 1 << 14},
+                               {323, 1 << 14},
+                               {324, 134},
+                               {325, static_cast<std::uint32_t>(zeros.size())}});
+    tiff.resize(134);
+    writeFile(below("large.tif"), tiff + zeros);
+    EXPECT_EQ(reasonOfCheck("large.tif"), "none");
+    EXPECT_NE(check("large.tif"), "none");
+    EXPECT_EQ(check("east-asia.tif"), "none");
+#endif
+    EXPECT_THAT(reasonOf([&] {
+                    centre::ImageReader({"/no/program", 1, {}}).check(folder(), "east-asia.tif");
+                }),
+                HasSubstr("/no/program can't be started: No such file"));
+    EXPECT_THAT(reasonOf([&] {
+                    centre::ImageReader({"/bin/true", 1, {}}).check(folder(), "east-asia.tif");
+                }),
+                HasSubstr("ended with code 0"));
+}
+
+TEST_F(Images, AreReadSeveralAtOnce)
+{
+    copySample("imagery/east-asia.tif");
+    centre::ImageReader reader({"", 2, {}});
+    std::vector<std::thread> threads;
+    std::atomic<int> read{0};
+    for (int i = 0; i < 8; ++i)
+        threads.emplace_back([&] {
+            for (int j = 0; j < 5; ++j)
+                read += reader.check(folder(), "east-asia.tif").width() == 320 ? 1 : 0;
+        });
+    for (std::thread& each : threads)
+        each.join();
+    EXPECT_EQ(read, 40);
+    EXPECT_LE(reader.idle().size(), 2u);
 }
 
 TEST(SceneMetadata, OfAnyDepthIsRead)

@@ -1,7 +1,7 @@
 // Metadata files of scenes: each reader reads them or refuses them.
 
 #include "centre/base/Error.h"
-#include "centre/forge/SceneMetadata.h"
+#include "centre/image/process/SceneMetadata.h"
 
 #include <cstdint>
 

@@ -1,4 +1,4 @@
-#include "centre/forge/SceneMetadata.h"
+#include "centre/image/process/SceneMetadata.h"
 
 #include "centre/base/Error.h"
 #include "centre/base/Text.h"
