@@ -78,7 +78,7 @@ void complete(std::string& assignments, MainFiles& mainFiles)
         return;
     for (const auto& [key, value] : mainFiles.textsOf(*file))
         if (lacks(texts, key) && isAssignable(value))
-            assignments += "," + key + "='" + value + "'";
+            assignments.append(",").append(key).append("='").append(value).append("'");
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include <gdal_utils.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -26,7 +27,7 @@ CPLStringList optionsOf(GDALDataset& dataset, unsigned longestSide, bool inColor
     const double longest = std::max(dataset.GetRasterXSize(), dataset.GetRasterYSize());
     const double scale = std::min(1.0, longestSide / longest);
     const auto side = [scale](int pixels) {
-        return std::to_string(std::max(1, static_cast<int>(pixels * scale + 0.5)));
+        return std::to_string(std::max(1L, std::lround(pixels * scale)));
     };
     GDALRasterBand& first = *dataset.GetRasterBand(1);
     CPLStringList options;

@@ -95,8 +95,7 @@ std::vector<std::string> warmUp()
     delete OGRCreateCoordinateTransformation(&projected, &geographic);
     std::vector<std::string> folders;
     const CPLStringList paths(OSRGetPROJSearchPaths());
-    for (int i = 0; i < paths.Count(); ++i)
-        folders.emplace_back(paths[i]);
+    folders.assign(paths.List(), paths.List() + paths.Count());
     if (const char* file = CPLFindFile("gdal", "gdalvrt.xsd"))
         folders.emplace_back(CPLGetPath(file));
     return folders;
