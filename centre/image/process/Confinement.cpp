@@ -121,6 +121,13 @@ constexpr int kAllowed[] = {
     SCMP_SYS(exit_group),
 };
 
+/// Allows a system call whose third argument has none of these bits.
+bool allowWithout(scmp_filter_ctx filter, int call, scmp_datum_t bits)
+{
+    const scmp_arg_cmp third = {2, SCMP_CMP_MASKED_EQ, bits, 0};
+    return seccomp_rule_add_array(filter, SCMP_ACT_ALLOW, call, 1, &third) == 0;
+}
+
 /// All other system calls fail with EPERM.
 void filterSystemCalls(bool mayOpen)
 {
@@ -134,12 +141,9 @@ void filterSystemCalls(bool mayOpen)
             good = good && seccomp_rule_add(filter.get(), SCMP_ACT_ALLOW, call, 0) == 0;
     // Memory that can be executed is never made.
     for (const int call : {SCMP_SYS(mmap), SCMP_SYS(mprotect)})
-        good = good && seccomp_rule_add(filter.get(), SCMP_ACT_ALLOW, call, 1,
-                                        SCMP_A2(SCMP_CMP_MASKED_EQ, PROT_EXEC, 0)) == 0;
+        good = good && allowWithout(filter.get(), call, PROT_EXEC);
     if (mayOpen)
-        good = good &&
-               seccomp_rule_add(filter.get(), SCMP_ACT_ALLOW, SCMP_SYS(openat), 1,
-                                SCMP_A2(SCMP_CMP_MASKED_EQ, O_ACCMODE | O_CREAT | O_TRUNC, O_RDONLY)) == 0;
+        good = good && allowWithout(filter.get(), SCMP_SYS(openat), O_ACCMODE | O_CREAT | O_TRUNC);
     if (!good || seccomp_load(filter.get()) != 0)
         throw refusal("the kernel does not filter its system calls");
 }
