@@ -1,5 +1,7 @@
 #include "centre/base/Text.h"
 
+#include "centre/base/Error.h"
+
 #include <charconv>
 #include <iterator>
 
@@ -9,6 +11,13 @@ std::string abbreviated(const std::string& text)
 {
     constexpr std::size_t kLongest = 200;
     return escaped(text.substr(0, kLongest)) + (text.size() > kLongest ? "..." : "");
+}
+
+void requireShort(const std::string& text, const std::string& what)
+{
+    if (text.size() > kLongestText)
+        throw refusal(what + " may have " + std::to_string(kLongestText) + " bytes, not " +
+                      std::to_string(text.size()));
 }
 
 std::string counted(std::uint64_t count, const std::string& noun)

@@ -100,4 +100,11 @@ void Admissions::requireStill(const Admission& admission)
     admission.asked = now;
 }
 
+std::size_t Admissions::count()
+{
+    Handles<const Admission>::Ended ended;
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    return m_Transfers.count(ended);
+}
+
 } // namespace centre

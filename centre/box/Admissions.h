@@ -55,6 +55,9 @@ public:
     /// it was asked last, so that a token, a role or a grant that was taken away ends transfers under way.
     void requireStill(const Admission& admission);
 
+    /// How many are kept.
+    std::size_t count();
+
 private:
     static constexpr std::size_t kTransfersOfUser = 1024;
 

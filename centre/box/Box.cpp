@@ -56,6 +56,7 @@ struct Box::Impl
           endpoint(pool, faults)
     {
         endpoint.add(service);
+        endpoint.countTransfers([this] { return service.openTransfers(); });
     }
 
     const std::string code;
@@ -70,6 +71,7 @@ Box::Box(const std::string& dataFolder, const std::string& code, const ListenOpt
 {
     Store store(dataFolder);
     ListenOptions options = listen;
+    options.name = "box " + code;
     const std::string known = store.boxAddress(code);
     if (options.address.empty())
         options.address = known;

@@ -46,6 +46,9 @@ public:
     void store(Controller* call, const haulbox::StoreReq* request, haulbox::StoreRsp* response,
                Closure* done) override;
 
+    /// The number of handles that clients have: of admitted transfers, and of uploads of large files.
+    std::size_t openTransfers() { return m_Admissions.count() + m_Uploads.count(); }
+
 private:
     Admissions m_Admissions;
     BoxFaults m_Faults;

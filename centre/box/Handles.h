@@ -46,6 +46,13 @@ public:
         return found->second.object;
     }
 
+    /// Ends what has been idle for too long, and returns how many are left.
+    std::size_t count(Ended& ended)
+    {
+        endIdle(ended);
+        return m_Kept.size();
+    }
+
     void erase(const std::string& handle) { m_Kept.erase(handle); }
 
     /// Ends each object for which `ends(object, idle)` is true. `idle` is how long it has not been used.

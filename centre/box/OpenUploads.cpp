@@ -60,6 +60,18 @@ std::string OpenUploads::begin(const std::string& token, const Admissions::Point
     return handle;
 }
 
+std::size_t OpenUploads::count()
+{
+    Ended ended;
+    std::size_t open = 0;
+    {
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        open = m_Uploads.count(ended);
+    }
+    closeAll(ended);
+    return open;
+}
+
 void OpenUploads::giveUp(const std::string& path)
 {
     Ended ended;

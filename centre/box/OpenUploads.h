@@ -61,6 +61,9 @@ public:
     void finish(const std::string& handle, const std::string& token,
                 const std::function<void(Upload&)>& work);
 
+    /// How many are under way.
+    std::size_t count();
+
     /// Gives up an upload to `path`, because another file is written there.
     void giveUp(const std::string& path);
 

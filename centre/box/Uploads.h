@@ -34,6 +34,9 @@ public:
     void finish(const std::string& token, const haulbox::FinishReq& request, haulbox::FinishRsp& response);
     void store(const std::string& token, const haulbox::StoreReq& request, haulbox::StoreRsp& response);
 
+    /// The number of large files on their way.
+    std::size_t count() { return m_Open.count(); }
+
 private:
     class Run;
 

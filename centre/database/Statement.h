@@ -1,6 +1,9 @@
 #ifndef LUMO_CENTRE_DATABASE_STATEMENT_H
 #define LUMO_CENTRE_DATABASE_STATEMENT_H
 
+#include "centre/database/StatementCounts.h"
+
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -87,19 +90,30 @@ protected:
     virtual void bindIdentifiers(int place, const Identifiers& ids) = 0;
 };
 
-/// Resets a statement at the end of a scope, also after an exception. A statement that is not reset holds up
-/// its connection and refuses new parameters.
+/// Resets a statement at the end of a scope, also after an exception, and counts it. A statement that is not
+/// reset holds up its connection and refuses new parameters.
 class ResetAtEnd
 {
 public:
-    explicit ResetAtEnd(Statement& statement) : m_Statement(statement) {}
-    ~ResetAtEnd() { m_Statement.reset(); }
+    explicit ResetAtEnd(Statement& statement) : m_Statement(statement), m_Begin(Clock::now()) {}
+    ~ResetAtEnd()
+    {
+        m_Statement.reset();
+        StatementCounts& counts = statementCounts();
+        counts.count.fetch_add(1, std::memory_order_relaxed);
+        const auto time =
+            static_cast<std::uint64_t>(std::chrono::nanoseconds(Clock::now() - m_Begin).count());
+        counts.nanoseconds.fetch_add(time, std::memory_order_relaxed);
+    }
 
     ResetAtEnd(const ResetAtEnd&) = delete;
     ResetAtEnd& operator=(const ResetAtEnd&) = delete;
 
 private:
+    using Clock = std::chrono::steady_clock;
+
     Statement& m_Statement;
+    const Clock::time_point m_Begin;
 };
 
 } // namespace centre

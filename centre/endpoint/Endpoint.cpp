@@ -11,7 +11,7 @@ namespace centre {
 
 namespace {
 
-constexpr char kHealthCheck[] = "grpc.health.v1.Health.Check";
+constexpr char kHealth[] = "grpc.health.v1.Health.";
 
 /// "ipv4:127.0.0.1:4711" without the port.
 std::string withoutPort(const std::string& peer)
@@ -66,19 +66,23 @@ void Endpoint::start(const ListenOptions& options)
     serverOptions.authenticate = [this](wirecall::ServerCall& call, std::string& reason) {
         return authenticate(call, reason);
     };
-    if (options.observer != nullptr)
+    if (options.observer != nullptr) {
+        serverOptions.judge = options.observer->judge();
         serverOptions.observe = [this, observer = options.observer](const wirecall::ServerCall& call,
                                                                     const wirecall::CallReport& report) {
             observer->ended(*this, call, report);
         };
-    std::string error;
-    if (!m_Server.start(serverOptions, error))
-        throw Error(ExitCode::Failed, error);
-    const std::string hostAndColon = options.address.substr(0, options.address.rfind(':') + 1);
-    m_Address = hostAndColon + std::to_string(m_Server.port());
+    }
     m_Options = options;
     if (m_Options.observer != nullptr)
         m_Options.observer->started(*this);
+    std::string error;
+    if (!m_Server.start(serverOptions, error)) {
+        stop();
+        throw Error(ExitCode::Failed, error);
+    }
+    const std::string hostAndColon = options.address.substr(0, options.address.rfind(':') + 1);
+    m_Address = hostAndColon + std::to_string(m_Server.port());
 }
 
 Endpoint::~Endpoint()
@@ -88,6 +92,7 @@ Endpoint::~Endpoint()
 
 void Endpoint::stop()
 {
+    m_Health.stop();
     m_Server.stop(m_Options.graceMilliseconds);
     if (EndpointObserver* observer = std::exchange(m_Options.observer, nullptr))
         observer->stopped(*this);
@@ -102,8 +107,8 @@ void Endpoint::reloadCertificate()
 
 bool Endpoint::authenticate(wirecall::ServerCall& call, std::string& reason)
 {
-    if (call.method() == kHealthCheck) {
-        call.setUser("health checks of " + withoutPort(call.peer()));
+    if (call.method().rfind(kHealth, 0) == 0) {
+        call.setUser("health checks of " + withoutPort(call.peer()), "");
         return true;
     }
     const std::string token = call.token();
@@ -115,7 +120,7 @@ bool Endpoint::authenticate(wirecall::ServerCall& call, std::string& reason)
         ConnectionPool::Lease connection(m_Pool);
         const Read read(*connection);
         if (const std::optional<User> user = connection->user(token))
-            call.setUser(user->name);
+            call.setUser(user->name, std::to_string(user->companyId));
         else
             reason = kUnknownToken;
     } catch (const std::exception& exception) {

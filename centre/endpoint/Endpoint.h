@@ -8,8 +8,11 @@
 #include "hubline.pb.h"
 #include "lumo/components/wirecall/RpcServer.h"
 
+#include <cstddef>
+#include <functional>
 #include <list>
 #include <string>
+#include <utility>
 
 namespace centre {
 
@@ -34,7 +37,12 @@ public:
     /// has, when they are not a certificate and its key.
     void reloadCertificate();
 
-    ConnectionPool& pool() { return m_Pool; }
+    /// Before `start`: a function that returns how many transfers the services know.
+    void countTransfers(std::function<std::size_t()> count) { m_OpenTransfers = std::move(count); }
+
+    const ConnectionPool& pool() const { return m_Pool; }
+    std::size_t openTransfers() const { return m_OpenTransfers ? m_OpenTransfers() : 0; }
+    const std::string& name() const { return m_Options.name; }
     wirecall::RpcServer::Load load() const { return m_Server.load(); }
     int port() const { return m_Server.port(); }
     /// "host:port", with the port that was taken.
@@ -56,6 +64,7 @@ private:
     std::list<FaultyService> m_Services;
     ListenOptions m_Options;
     std::string m_Address;
+    std::function<std::size_t()> m_OpenTransfers;
     wirecall::RpcServer m_Server; ///< destroyed first: its calls use the members above
 };
 

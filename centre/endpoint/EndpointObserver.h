@@ -12,11 +12,14 @@ class EndpointObserver
 {
 public:
     virtual ~EndpointObserver() = default;
+    /// Before its first call.
     virtual void started(Endpoint& endpoint) = 0;
     /// The endpoint has no calls any more.
     virtual void stopped(Endpoint& endpoint) = 0;
     virtual void ended(Endpoint& endpoint, const wirecall::ServerCall& call,
                        const wirecall::CallReport& report) = 0;
+    /// What the report's `result` is made with; null for none.
+    virtual wirecall::RpcServer::Judge judge() const { return nullptr; }
 };
 
 } // namespace centre

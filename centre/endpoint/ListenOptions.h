@@ -10,6 +10,7 @@ class EndpointObserver;
 /// The address to listen on, its protection, and how it is watched and stopped.
 struct ListenOptions
 {
+    std::string name = "centre";          ///< in metrics and the call log
     std::string address = "127.0.0.1:0";  ///< "host:port"; port 0 takes a free one
     std::string tlsCertificate;           ///< PEM file; empty with the key: plain text
     std::string tlsKey;                   ///< PEM file

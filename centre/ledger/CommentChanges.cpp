@@ -58,9 +58,11 @@ void requireTexts(const std::string& content, const std::string& state)
 {
     if (content.empty())
         throw refusal("a comment must have a content");
-    for (const std::string& text : {content, state})
+    for (const std::string& text : {content, state}) {
+        requireShort(text, "a comment");
         if (!platform::isUtf8(text) || text.find('\0') != std::string::npos)
             throw refusal("a comment must be UTF-8 without the character 0, not " + abbreviated(text));
+    }
 }
 
 void requireComment(const Caller& caller, std::uint32_t id)

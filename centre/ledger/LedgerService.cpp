@@ -51,6 +51,8 @@ void LedgerService::CallMethod(const MethodDescriptor* method, google::protobuf:
             ask(*operation->second, *method, token, *request, *response);
         else
             controller->SetFailed(method->name() + " is not implemented");
+    } catch (const ListTooLarge& tooLarge) {
+        static_cast<wirecall::ServerCall*>(controller)->setExhausted(tooLarge.what());
     } catch (const std::exception& exception) {
         std::cerr << "lumo-centre: " + method->name() + ": " + exception.what() + "\n";
         response->Clear();

@@ -1,6 +1,6 @@
 #include "centre/observe/CallOutcome.h"
 
-#include "centre/base/Result.h"
+#include "centre/store/Query.h"
 
 #include <google/protobuf/descriptor.h>
 #include <google/protobuf/message.h>
@@ -12,55 +12,55 @@ namespace {
 using google::protobuf::FieldDescriptor;
 using google::protobuf::Message;
 
-CallOutcome ofResult(std::int32_t result)
+constexpr std::string_view kAnswered = "OK";
+constexpr std::string_view kFailed = "failed";
+
+std::string_view wordFor(std::int32_t result)
 {
-    if (result == kDone)
-        return {"done", Severity::Info};
     if (result == kNothingFound)
-        return {"nothing_found", Severity::Info};
-    return {"failed", Severity::Error};
+        return "nothing_found";
+    return result == kDone ? "done" : kFailed;
 }
 
-/// `status` is an enumeration of a box: 0 is success.
-CallOutcome ofStatus(const google::protobuf::EnumValueDescriptor& status)
+Severity severityOf(std::string_view result)
 {
-    return {status.name(), status.number() == 0 ? Severity::Info : Severity::Warning};
+    for (const std::string_view fine :
+         {std::string_view("done"), std::string_view("nothing_found"), kAnswered, std::string_view("DONE"),
+          std::string_view("KEPT"), std::string_view("SERVING")})
+        if (result == fine)
+            return Severity::Info;
+    for (const std::string_view bad :
+         {kFailed, std::string_view("FAILED"), std::string_view("INTERNAL"), std::string_view("UNKNOWN")})
+        if (result == bad)
+            return Severity::Error;
+    return Severity::Warning;
 }
 
-CallOutcome ofResponse(const Message& response)
+} // namespace
+
+std::string_view resultOf(const Message& response)
 {
     const google::protobuf::Descriptor& type = *response.GetDescriptor();
     const google::protobuf::Reflection& fields = *response.GetReflection();
     if (const FieldDescriptor* result = type.FindFieldByName("result");
         result != nullptr && result->cpp_type() == FieldDescriptor::CPPTYPE_INT32)
-        return ofResult(fields.GetInt32(response, result));
+        return wordFor(fields.GetInt32(response, result));
     const FieldDescriptor* status = type.FindFieldByName("status");
     if (status == nullptr || status->is_repeated())
-        return {"OK", Severity::Info};
+        return kAnswered;
     if (status->cpp_type() == FieldDescriptor::CPPTYPE_ENUM)
-        return ofStatus(*fields.GetEnum(response, status));
+        return fields.GetEnum(response, status)->name();
     if (status->cpp_type() != FieldDescriptor::CPPTYPE_MESSAGE)
-        return {"OK", Severity::Info};
+        return kAnswered;
     const FieldDescriptor* code = status->message_type()->FindFieldByName("status_code");
     const Message& inner = fields.GetMessage(response, status);
-    return code == nullptr ? CallOutcome{"OK", Severity::Info}
-                           : ofResult(inner.GetReflection()->GetInt32(inner, code));
+    return code == nullptr ? kAnswered : wordFor(inner.GetReflection()->GetInt32(inner, code));
 }
 
-Severity severityOf(std::string_view status)
+CallOutcome::CallOutcome(const wirecall::CallReport& report)
+    : result(report.outcome != "OK" || report.result.empty() ? report.outcome : report.result),
+      severity(severityOf(result))
 {
-    return status == "INTERNAL" || status == "UNKNOWN" ? Severity::Error : Severity::Warning;
-}
-
-} // namespace
-
-CallOutcome outcomeOf(const wirecall::CallReport& report)
-{
-    if (report.outcome != "OK")
-        return {report.outcome, severityOf(report.outcome)};
-    if (report.response == nullptr)
-        return {"OK", Severity::Info};
-    return ofResponse(*report.response);
 }
 
 std::string_view operationOf(const wirecall::ServerCall& call)

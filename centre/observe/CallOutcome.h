@@ -7,24 +7,25 @@
 
 namespace centre {
 
-/// How bad it is.
 enum class Severity
 {
-    Info,   ///< the call was answered
-    Warning, ///< it was refused or cancelled, or a transfer did not succeed
-    Error   ///< the centre failed
+    Info,    ///< the call was answered
+    Warning, ///< it was refused or cancelled, or a box did not do what it was asked for
+    Error    ///< the centre or the box failed
 };
 
-/// How a call went, in one word of a fixed set.
+/// Returns what a response says, in a word of a fixed set: "done", "nothing_found" or "failed" by a result of
+/// a centre's service, the name of a box's status, "OK" for any other response.
+std::string_view resultOf(const google::protobuf::Message& response);
+
+/// How a call went: gRPC's name of its status if it failed, or else the result of its response.
 struct CallOutcome
 {
+    explicit CallOutcome(const wirecall::CallReport& report);
+
     std::string_view result;
     Severity severity;
 };
-
-/// Returns gRPC's name of the status of a call that failed, or else the result in its response: "done",
-/// "nothing_found" or "failed" of a centre's service, the status' name of a box's ("KEPT"), "OK" of any other.
-CallOutcome outcomeOf(const wirecall::CallReport& report);
 
 /// Returns the name of the operation, without package and service; "unknown" if there is no such operation.
 std::string_view operationOf(const wirecall::ServerCall& call);

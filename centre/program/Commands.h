@@ -5,6 +5,7 @@
 #include "centre/content/DiskWalk.h"
 #include "centre/content/Import.h"
 #include "centre/content/Version.h"
+#include "centre/observe/Observation.h"
 #include "centre/server/Centre.h"
 
 #include <CLI/CLI.hpp>
@@ -38,6 +39,7 @@ struct Arguments
     bool json = false;
     bool remove = false;
     ServeOptions serve;
+    ObserveOptions observe;
     std::vector<std::string> boxes;
     std::string recordFile;
     std::string backupFile;

@@ -30,6 +30,12 @@ void printBox(const std::string& code, const std::string& address)
     std::cout << "lumo-centre: box " << code << " on " << address << std::endl;
 }
 
+void printMetrics(const Observation& observation)
+{
+    if (const std::string address = observation.metricsAddress(); !address.empty())
+        std::cout << "lumo-centre: metrics on " << address << std::endl;
+}
+
 void printFaults(const std::vector<FaultCount>& counts)
 {
     for (const FaultCount& count : counts)
@@ -51,7 +57,9 @@ ExitCode serve(const Arguments& arguments)
     raiseDescriptorLimit();
     bulkhaul::keepFreedMemory();
     wirecall::endDeadlockSearch();
+    Observation observation(arguments.observe);
     ServeOptions options = arguments.serve;
+    options.observer = observation.observer();
     for (const std::string& box : arguments.boxes)
         options.boxes.push_back(parseBox(box));
     Centre centre(arguments.data, options);
@@ -60,8 +68,12 @@ ExitCode serve(const Arguments& arguments)
     for (const std::string& root : centre.copyRoots())
         std::cout << "lumo-centre: copies from and to " << escaped(root) << "\n";
     std::cout << "lumo-centre: serving " << arguments.data << " on " << centre.address() << std::endl;
-    runService(
-        signals, [&] { centre.reloadCertificate(); }, [&] { centre.stop(); });
+    printMetrics(observation);
+    const auto reload = [&] {
+        observation.reopen();
+        centre.reloadCertificate();
+    };
+    runService(signals, reload, [&] { centre.stop(); });
     printFaults(centre.faultCounts());
     return ExitCode::Success;
 }
@@ -72,14 +84,20 @@ ExitCode serveBox(const Arguments& arguments)
     raiseDescriptorLimit();
     bulkhaul::keepFreedMemory();
     wirecall::endDeadlockSearch();
+    Observation observation(arguments.observe);
     Faults faults;
     addFaults(faults, arguments.serve.faults, Box::services());
     ListenOptions listen = arguments.serve;
     listen.address = arguments.boxAddress;
+    listen.observer = observation.observer();
     Box box(arguments.data, arguments.boxCode, listen, faults);
     printBox(box.code(), box.address());
-    runService(
-        signals, [&] { box.reloadCertificate(); }, [&] { box.stop(); });
+    printMetrics(observation);
+    const auto reload = [&] {
+        observation.reopen();
+        box.reloadCertificate();
+    };
+    runService(signals, reload, [&] { box.stop(); });
     printFaults(faults.counts());
     return ExitCode::Success;
 }
@@ -124,6 +142,45 @@ void addListening(CLI::App* command, Arguments& arguments)
         ->take_all();
 }
 
+void addObserving(CLI::App* command, Arguments& arguments)
+{
+    using Format = CallLog::Format;
+    command
+        ->add_option(
+            "--metrics", arguments.observe.metrics,
+            "Serve metrics for Prometheus at this address, to anyone; a port alone is one of loopback")
+        ->type_name("[HOST:]PORT");
+    CLI::Option* log = command
+                           ->add_option_function<std::string>(
+                               "--log",
+                               [&arguments](const std::string& format) {
+                                   arguments.observe.log.format =
+                                       format == "json" ? Format::Json : Format::Text;
+                               },
+                               "Log each call, as text or json")
+                           ->check(CLI::IsMember({"text", "json"}))
+                           ->type_name("FORMAT");
+    command
+        ->add_option("--log-file", arguments.observe.log.file,
+                     "The file of the log, opened again at SIGHUP; without it standard error")
+        ->needs(log)
+        ->type_name("FILE");
+    command
+        ->add_option_function<std::string>(
+            "--log-level",
+            [&arguments](const std::string& level) {
+                arguments.observe.log.least = level == "error"     ? Severity::Error
+                                              : level == "warning" ? Severity::Warning
+                                                                   : Severity::Info;
+            },
+            "The calls to log: info, without it, is all, warning those that failed, error those that failed "
+            "by"
+            " the centre's fault")
+        ->check(CLI::IsMember({"info", "warning", "error"}))
+        ->needs(log)
+        ->type_name("LEVEL");
+}
+
 } // namespace
 
 void addServing(CLI::App& app, Arguments& arguments, ExitCode& result)
@@ -143,6 +200,7 @@ void addServing(CLI::App& app, Arguments& arguments, ExitCode& result)
         ->type_name("DIR")
         ->take_all();
     addListening(each, arguments);
+    addObserving(each, arguments);
 
     each =
         command(app, arguments, result, "serve-box", "Serve a storage box until SIGTERM or SIGINT", serveBox);
@@ -156,6 +214,7 @@ void addServing(CLI::App& app, Arguments& arguments, ExitCode& result)
         ->needs(listen)
         ->type_name("HOST:PORT");
     addListening(each, arguments);
+    addObserving(each, arguments);
 }
 
 } // namespace centre

@@ -43,14 +43,23 @@ public:
     /// wait in SQLite sleep.
     std::mutex& changing() { return m_Changing; }
 
+    /// How much of the pool is needed now.
+    struct Usage
+    {
+        int inUse;   ///< connections that are lent
+        int waiting; ///< threads that wait for one
+    };
+    Usage usage() const;
+
 private:
     std::unique_ptr<Connection> take();
     void giveBack(std::unique_ptr<Connection> connection);
 
     const std::string m_DataFolder;
-    std::mutex m_Mutex;
+    mutable std::mutex m_Mutex;
     std::mutex m_Changing;
     std::vector<std::unique_ptr<Connection>> m_Free;
+    int m_Lent = 0;
 };
 
 } // namespace centre

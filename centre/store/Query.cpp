@@ -195,11 +195,15 @@ void Query::step(const Message& request, Message& response)
     const ResetAtEnd resetAtEnd(*m_Statement);
     bindAll(request);
     bool found = false;
+    std::size_t bytes = 0;
     while (m_Statement->step()) {
         found = true;
         writeRow(*target(response));
-        if (m_Shape == Shape::Record)
+        bytes += m_Row.size();
+        if (m_Shape == Shape::Record || (m_Shape == Shape::Page && bytes >= kLargestList))
             break;
+        if (bytes > kLargestList)
+            throw ListTooLarge();
     }
     response.GetReflection()->SetInt32(&response, m_Result, found ? kDone : kNothingFound);
 }

@@ -6,8 +6,10 @@
 #include <google/protobuf/descriptor.h>
 #include <google/protobuf/message.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,7 +21,8 @@ enum class Shape
 {
     Record, ///< the first row into the response's `bean`
     List,   ///< each row into a new element of the response's one list of beans
-    Page,   ///< as List; a `page_size` below 1 or a `page_start` below 0 is an error
+    Page,   ///< as List, shorter if it would be too large; a `page_size` below 1 or a `page_start` below 0 is
+            ///< an error
     Values  ///< into the response's own fields: a total, a path; each row adds to a repeated field
 };
 
@@ -43,6 +46,19 @@ enum Result
     kDone = 0,
     kNothingFound = -1,
     kError = -2
+};
+
+/// The bytes that the records of one answer may have; a little less than a client takes.
+constexpr std::size_t kLargestList = std::size_t(64) * 1024 * 1024;
+
+/// A list has more than kLargestList bytes and can't be asked for in pages.
+class ListTooLarge : public std::runtime_error
+{
+public:
+    ListTooLarge()
+        : std::runtime_error("the list has more than 64 MiB, which is more than one answer may have")
+    {
+    }
 };
 
 /// Sets the field `result` of a response, which must have one.

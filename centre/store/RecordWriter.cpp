@@ -84,6 +84,7 @@ void requireReadable(const Column& column, const std::string& text)
 
 void bindText(Statement& statement, int place, const Column& column, const std::string& text)
 {
+    requireShort(text, column.key);
     if (column.content == Content::Name && (text.empty() || escaped(text) != text))
         throw refusal(column.key + " must be a name without control characters, not " + quoted(text));
     if (text.find('\0') != std::string::npos)

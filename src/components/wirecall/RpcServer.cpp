@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <mutex>
 #include <optional>
 #include <thread>
 #include <vector>
@@ -39,6 +40,7 @@ const grpc::ResourceQuota& arrivingRequests()
 struct RpcServer::Impl
 {
     std::vector<google::protobuf::Service*> services;
+    std::mutex mutex; ///< of the changes of calls, threads and listener
     std::unique_ptr<ServerCalls> calls;
     std::optional<ReloadableCertificate> certificate; ///< of a server with TLS
     /// Belongs to one server, so each start makes a new one.
@@ -50,10 +52,18 @@ struct RpcServer::Impl
     std::unique_ptr<ServerListener> listener;
     int port = 0;
 
+    /// Replaces what `load` reads meanwhile.
+    template <class Part>
+    void put(std::unique_ptr<Part>& place, std::unique_ptr<Part> part)
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        place.swap(part);
+    }
+
     void endQueue()
     {
         queue->Shutdown();
-        threads.reset();
+        put<ServerThreads>(threads, nullptr);
         void* tag = nullptr;
         bool ok = false;
         while (queue->Next(&tag, &ok))
@@ -95,9 +105,9 @@ bool RpcServer::start(const Options& options, std::string& error)
             return false;
     }
 
-    m_Impl->listener = std::make_unique<ServerListener>();
+    m_Impl->put(m_Impl->listener, std::make_unique<ServerListener>());
     if (!m_Impl->listener->bind(address.host, address.port)) {
-        m_Impl->listener.reset();
+        m_Impl->put<ServerListener>(m_Impl->listener, nullptr);
         error = "can't listen on " + options.address + ": is the port in use, or the host not this machine?";
         return false;
     }
@@ -122,13 +132,13 @@ bool RpcServer::start(const Options& options, std::string& error)
     m_Impl->queue = builder.AddCompletionQueue();
     m_Impl->server = builder.BuildAndStart();
     if (!m_Impl->server) {
-        m_Impl->listener.reset();
+        m_Impl->put<ServerListener>(m_Impl->listener, nullptr);
         m_Impl->endQueue();
         error = "can't serve " + options.address;
         return false;
     }
     m_Impl->port = m_Impl->listener->port();
-    m_Impl->calls = std::make_unique<ServerCalls>(options);
+    m_Impl->put(m_Impl->calls, std::make_unique<ServerCalls>(options));
     for (google::protobuf::Service* service : m_Impl->services)
         m_Impl->calls->add(service);
     for (int i = 0; i < kCallsRequestedAhead; ++i)
@@ -136,7 +146,7 @@ bool RpcServer::start(const Options& options, std::string& error)
     const int methods = options.threads > 0
                             ? options.threads
                             : 4 * static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
-    m_Impl->threads = std::make_unique<ServerThreads>(*m_Impl->queue, methods);
+    m_Impl->put(m_Impl->threads, std::make_unique<ServerThreads>(*m_Impl->queue, methods));
     if (!m_Impl->threads->areEnough()) {
         stop(0);
         error = "can't start the threads that serve " + options.address;
@@ -163,10 +173,17 @@ int RpcServer::port() const
 
 RpcServer::Load RpcServer::load() const
 {
-    if (!m_Impl->server)
-        return {};
-    return {m_Impl->listener->connections(), m_Impl->listener->refused(), m_Impl->calls->running(),
-            m_Impl->threads->waiting()};
+    const std::lock_guard<std::mutex> lock(m_Impl->mutex);
+    Load load;
+    if (m_Impl->listener) {
+        load.connections = m_Impl->listener->connections();
+        load.refusedConnections = m_Impl->listener->refused();
+    }
+    if (m_Impl->calls)
+        load.runningCalls = m_Impl->calls->running();
+    if (m_Impl->threads)
+        load.waiting = m_Impl->threads->waiting();
+    return load;
 }
 
 bool RpcServer::reloadCertificate(std::string& error)
@@ -178,7 +195,7 @@ void RpcServer::stop(int graceMilliseconds)
 {
     if (!m_Impl->server)
         return;
-    m_Impl->listener.reset();
+    m_Impl->put<ServerListener>(m_Impl->listener, nullptr);
     m_Impl->server->Shutdown(std::chrono::system_clock::now() + std::chrono::milliseconds(graceMilliseconds));
     m_Impl->calls->waitForEnd();
     m_Impl->endQueue();

@@ -114,8 +114,13 @@ public:
     }
 
     const std::string& user() const override { return m_User; }
-    void setUser(std::string user) override { m_User = std::move(user); }
-    std::string peer() const override { return m_Context.peer(); }
+    const std::string& group() const override { return m_Group; }
+    void setUser(std::string user, std::string group) override
+    {
+        m_User = std::move(user);
+        m_Group = std::move(group);
+    }
+    std::string peer() const override { return m_Peer.empty() ? m_Context.peer() : m_Peer; }
 
     void SetFailed(const std::string& reason) override
     {
@@ -165,6 +170,7 @@ public:
     void send(const grpc::ByteBuffer& message) override
     {
         m_Report.bytesSent += message.Length();
+        judge();
         expect();
         m_Stream.Write(message, &m_StepEnded);
     }
@@ -183,6 +189,12 @@ public:
     }
 
     void setFailed(const std::string& reason) override { SetFailed(reason); }
+
+    void wake() override
+    {
+        if (m_Messages)
+            m_Messages->work();
+    }
 
     void end(bool withAnswer) override
     {
@@ -208,6 +220,8 @@ private:
             return;
         }
         m_Arrival = std::chrono::steady_clock::now();
+        if (m_Calls.m_Observe)
+            m_Peer = m_Context.peer(); // a cancelled call has none in the end
         m_Calls.began();
         m_Calls.takeNext(m_Generic, m_Queue);
         const auto found = m_Calls.m_Methods.find(m_Context.method());
@@ -335,6 +349,7 @@ private:
             refuse(m_FailureCode, m_FailureText);
             return;
         }
+        judge();
         grpc::ByteBuffer answer;
         bool own = false;
         const grpc::Status status =
@@ -426,11 +441,17 @@ private:
         calls.ended();
     }
 
+    /// Before the response is gone.
+    void judge()
+    {
+        if (m_Calls.m_Judge != nullptr)
+            m_Report.result = m_Calls.m_Judge(*m_Response);
+    }
+
     void report()
     {
         if (m_Cancelled && m_Report.outcome == nameOf(grpc::StatusCode::OK))
             m_Report.outcome = nameOf(grpc::StatusCode::CANCELLED);
-        m_Report.response = m_Response.get();
         m_Report.duration = std::chrono::steady_clock::now() - m_Arrival;
         m_Calls.m_Observe(*this, m_Report);
     }
@@ -445,6 +466,8 @@ private:
 
     Method* m_Method = nullptr;
     std::string m_User;
+    std::string m_Group;
+    std::string m_Peer;
     std::size_t m_Lane = 0;   ///< a number for the user
     bool m_IsCounted = false; ///< among the calls of its user
     grpc::ByteBuffer m_Buffer;
@@ -471,6 +494,7 @@ private:
 ServerCalls::ServerCalls(const RpcServer::Options& options)
     : m_Authenticate(options.authenticate),
       m_Observe(options.observe),
+      m_Judge(options.judge),
       m_CallsOfUser(static_cast<std::size_t>(std::max(0, options.callsOfUser)))
 {
 }

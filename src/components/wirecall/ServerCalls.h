@@ -49,6 +49,7 @@ private:
 
     RpcServer::Authenticate m_Authenticate;
     RpcServer::Observe m_Observe;
+    const RpcServer::Judge m_Judge;  ///< may be null
     const std::size_t m_CallsOfUser; ///< the most; 0: any number
     UserShares m_UserCalls;
     UserShares m_Memory;

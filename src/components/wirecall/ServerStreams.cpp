@@ -32,6 +32,11 @@ void receiveStream(google::protobuf::RpcController* call, std::unique_ptr<Stream
     streamCall(call).give(std::move(sink));
 }
 
+void wakeStream(google::protobuf::RpcController* call)
+{
+    streamCall(call).wake();
+}
+
 OutgoingStream::OutgoingStream(StreamCall& call, std::unique_ptr<StreamSource> source, Message& head)
     : m_Call(call), m_Source(std::move(source)), m_Head(head)
 {
@@ -48,7 +53,7 @@ void OutgoingStream::work()
             m_Sending = true;
             m_Call.send(message);
         }
-        if (m_IsPrepared || (m_AtEnd && m_Sending))
+        if (m_IsPrepared || (m_AtEnd && m_Sending) || (!m_AtEnd && m_Source->isWaiting()))
             return;
         m_Preparing = true; // for ever when the call ends, so that it ends once
         const bool atEnd = m_AtEnd;

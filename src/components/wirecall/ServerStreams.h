@@ -28,6 +28,8 @@ public:
     /// A step that succeeds if the caller still waits for the answer.
     virtual void confirm() = 0;
     virtual void setFailed(const std::string& reason) = 0;
+    /// Has the stream, if there is one, work.
+    virtual void wake() = 0;
     /// Ends the call: `withAnswer` with the response. The stream may be gone when this returns.
     virtual void end(bool withAnswer) = 0;
 };

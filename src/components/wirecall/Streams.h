@@ -124,6 +124,8 @@ public:
     /// before. Returns false, and no message, at the end of the stream. The stream fails after `SetFailed`,
     /// or when this throws.
     virtual bool next(OutgoingBuffer& data) = 0;
+    /// Whether the next message, or the end, is not there yet; wakeStream then says when it is.
+    virtual bool isWaiting() { return false; }
 };
 
 /// What a service does with the messages of a stream of requests, see receiveStream.
@@ -147,6 +149,10 @@ public:
 /// was sent, the caller has gone or the server stops. Throws std::logic_error unless `call` is the controller
 /// of such a method.
 LUMO_EXPORT void sendStream(google::protobuf::RpcController* call, std::unique_ptr<StreamSource> source);
+
+/// Has a stream look again whether its source still waits. Safe from any thread until the closure runs that
+/// the controller got by NotifyOnCancel.
+LUMO_EXPORT void wakeStream(google::protobuf::RpcController* call);
 
 /// Receives a stream. The server calls a method that is declared with a stream of requests when the first
 /// message has come. The method calls this once with its controller and returns without running its closure.

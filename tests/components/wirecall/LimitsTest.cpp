@@ -78,7 +78,7 @@ protected:
         options.callsOfUser = callsOfUser;
         // Two tokens of one user differ after the dash.
         options.authenticate = [](ServerCall& call, std::string&) {
-            call.setUser(call.token().substr(0, call.token().find('-')));
+            call.setUser(call.token().substr(0, call.token().find('-')), "");
             return true;
         };
         m_Server.add(&m_Service);

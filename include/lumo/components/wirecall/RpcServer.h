@@ -31,8 +31,10 @@ public:
     /// The user whose call it is: what the server's Authenticate has set, or else the token. What each user
     /// may take of the server is bounded.
     virtual const std::string& user() const = 0;
+    /// The group of that user, which only observers use; empty unless set.
+    virtual const std::string& group() const = 0;
     /// For Authenticate only.
-    virtual void setUser(std::string user) = 0;
+    virtual void setUser(std::string user, std::string group) = 0;
     /// The caller's address.
     virtual std::string peer() const = 0;
     /// True once the caller has disconnected or cancelled the call; the answer will not be read.
@@ -51,7 +53,7 @@ struct CallReport
     std::chrono::nanoseconds duration{}; ///< from the call's arrival to its end
     std::uint64_t bytesReceived = 0;     ///< of all messages of the call
     std::uint64_t bytesSent = 0;
-    const google::protobuf::Message* response = nullptr; ///< null if no method was called
+    std::string_view result; ///< what Judge said of the response; empty if there was none
 };
 
 /// Serves any generated protobuf services on one address, to any client that speaks gRPC.
@@ -64,6 +66,9 @@ public:
     /// Gets each call when it has ended, on any of the server's threads; `call.method()` is empty if there is
     /// no such method.
     using Observe = std::function<void(const ServerCall& call, const CallReport& report)>;
+
+    /// Returns a word for what a response says, which must live as long as the process. Called on any thread.
+    using Judge = std::string_view (*)(const google::protobuf::Message& response);
 
     struct Options
     {
@@ -78,6 +83,7 @@ public:
         int callsOfUser = 0;       ///< at once; more are refused with RESOURCE_EXHAUSTED; 0: any number
         Authenticate authenticate; ///< empty: every call is accepted
         Observe observe;           ///< may be empty
+        Judge judge = nullptr;     ///< for the observer; may be null
     };
 
     RpcServer();
@@ -102,7 +108,7 @@ public:
         int runningCalls = 0;
         std::size_t waiting = 0; ///< requests, and messages of streams, that wait for a thread
     };
-    /// Safe from any thread between `start` and `stop`.
+    /// Safe from any thread at any time.
     Load load() const;
     /// Reads the files of the TLS certificate again, for new connections; others go on. Safe from any thread
     /// between `start` and `stop`. Returns false, with the reason in `error`, when they are not a certificate
