@@ -32,7 +32,9 @@ public:
         CLumoLogger::GetSinglePton()->toCallback({});
         centre::Store store(folder());
         fill(store);
-        m_Centre = std::make_unique<centre::Centre>(folder(), centre::ServeOptions());
+        centre::ServeOptions serving;
+        serving.callsOfUser = 0; // one user has a thousand calls outstanding
+        m_Centre = std::make_unique<centre::Centre>(folder(), serving);
 
         std::string error;
         wirecall::ChannelOptions options;
