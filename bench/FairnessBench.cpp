@@ -1,6 +1,7 @@
-// What ten clients of one user notice of 200 clients of another, who ask for pages of a folder as fast as
-// they are answered: the latency of the ten clients' look-ups beside the same without the others. All are on
-// one machine with the centre, each group on a thread of its own.
+// What ten clients of one user notice of 200 clients that ask for pages of a folder as fast as they are
+// answered: the latency of the ten clients' look-ups when the others have another user, beside the same when
+// all have one user, and beside the same without the others. All are on one machine with the centre, each
+// group on a thread.
 
 #include "bench/Rows.h"
 #include "bench/Turns.h"
@@ -21,6 +22,7 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -123,8 +125,10 @@ public:
         page.set_page_size(kPage);
         m_Polite.emplace(kPoliteClients, m_Centre->address(), m_PoliteToken,
                          &BareService::Stub::AsyncgetFileFullPath, lookUp);
-        m_Greedy.emplace(kGreedyClients, m_Centre->address(), m_GreedyToken,
-                         &BareService::Stub::AsyncqueryFileTableBySrcId, page);
+        for (const auto& [clients, token] :
+             {std::pair(&m_Others, m_GreedyToken), std::pair(&m_Same, m_PoliteToken)})
+            clients->emplace(kGreedyClients, m_Centre->address(), token,
+                             &BareService::Stub::AsyncqueryFileTableBySrcId, page);
     }
 
     std::vector<double> lookUps()
@@ -132,13 +136,19 @@ public:
         return m_Polite->run([](std::size_t count) { return count >= kLookUps; });
     }
 
-    /// The same while the greedy user's clients call.
-    std::vector<double> lookUpsBesideOthers()
+    /// The same while 200 clients of another user, or of the same, ask for pages.
+    std::vector<double> lookUpsBesideOthers() { return lookUpsBeside(*m_Others); }
+    std::vector<double> lookUpsBesideTheSame() { return lookUpsBeside(*m_Same); }
+
+private:
+    using Pages = Clients<ledgerserver::FileTableUtilBeanRsp>;
+
+    std::vector<double> lookUpsBeside(Pages& clients)
     {
         std::atomic<bool> enough{false};
         std::atomic<std::size_t> pages{0};
         std::thread greedy([&] {
-            m_Greedy->run([&](std::size_t count) {
+            clients.run([&](std::size_t count) {
                 pages = count;
                 return enough.load();
             });
@@ -151,7 +161,6 @@ public:
         return durations;
     }
 
-private:
     std::string folder() const { return m_Folder.filePath("data").toStdString(); }
 
     static std::string fill(const std::string& folder)
@@ -165,24 +174,28 @@ private:
     const std::string m_PoliteToken, m_GreedyToken;
     std::unique_ptr<centre::Centre> m_Centre;
     std::optional<Clients<ledgerserver::DataUtilBeanRsp>> m_Polite;
-    std::optional<Clients<ledgerserver::FileTableUtilBeanRsp>> m_Greedy;
+    std::optional<Pages> m_Others, m_Same;
 };
 
 void besideOthers(benchmark::State& state, TwoUsers& users)
 {
     users.lookUps(); // connects
-    std::vector<double> alone, beside;
+    std::vector<double> alone, beside, same;
     for (auto _ : state) {
-        const std::vector<double> first = users.lookUps(), second = users.lookUpsBesideOthers();
-        if (first.empty() || second.empty()) {
+        const std::vector<double> first = users.lookUps();
+        const std::vector<double> second = users.lookUpsBesideOthers();
+        const std::vector<double> third = users.lookUpsBesideTheSame();
+        if (first.empty() || second.empty() || third.empty()) {
             state.SkipWithError("a call failed");
             return;
         }
         alone.insert(alone.end(), first.begin(), first.end());
         beside.insert(beside.end(), second.begin(), second.end());
+        same.insert(same.end(), third.begin(), third.end());
     }
     countPercentiles(state, "alone", alone);
     countPercentiles(state, "beside", beside);
+    countPercentiles(state, "same", same);
 }
 
 } // namespace
@@ -190,10 +203,14 @@ void besideOthers(benchmark::State& state, TwoUsers& users)
 int main(int argc, char** argv)
 try {
     using rows::Aim;
+    rows::add("10 clients beside 200 of another user p50, ns: of theirs", "fairness:beside_p50",
+              "fairness:same_p50", Aim::kAtMost, 0.5);
+    rows::add("10 clients beside 200 of another user p99, ns: of theirs", "fairness:beside_p99",
+              "fairness:same_p99", Aim::kAtMost, 0.8);
     rows::add("10 clients beside 200 of another user p50, ns: alone", "fairness:beside_p50",
-              "fairness:alone_p50", Aim::kAtMost, 5);
+              "fairness:alone_p50", Aim::kAtMost, 30);
     rows::add("10 clients beside 200 of another user p99, ns: alone", "fairness:beside_p99",
-              "fairness:alone_p99", Aim::kAtMost, 10);
+              "fairness:alone_p99", Aim::kAtMost, 100);
     std::optional<TwoUsers> users;
     return rows::run(argc, argv, [&] {
         users.emplace();
