@@ -73,7 +73,7 @@ void HealthService::stop()
         const std::lock_guard<std::mutex> lock(m_Mutex);
         m_Stopped = true;
     }
-    tell(HealthCheckResponse::NOT_SERVING);
+    announce(HealthCheckResponse::NOT_SERVING);
 }
 
 void HealthService::Check(google::protobuf::RpcController* controller, const HealthCheckRequest* request,
@@ -134,12 +134,12 @@ void HealthService::look()
         if (m_Watchers.empty())
             continue;
         lock.unlock();
-        tell(status());
+        announce(status());
         lock.lock();
     }
 }
 
-void HealthService::tell(Status status)
+void HealthService::announce(Status status)
 {
     const std::lock_guard<std::mutex> lock(m_Mutex);
     for (const auto& watcher : m_Watchers) {

@@ -42,7 +42,7 @@ private:
 
     Status status();
     void look();
-    void tell(Status status);
+    void announce(Status status);
     void forget(Watcher* watcher);
 
     ConnectionPool& m_Pool;
