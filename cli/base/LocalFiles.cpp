@@ -7,7 +7,11 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace cli {
@@ -22,23 +26,33 @@ void requireUtf8(const std::string& path)
         refuse("'" + path + "' is not UTF-8: names travel as UTF-8 only");
 }
 
-/// Whether a file is the partial file of an unfinished transfer, ".NAME.lumo-part".
-bool isPartial(const fs::path& file)
+/// Whether a name is that of the partial file of an unfinished transfer, ".NAME.lumo-part".
+bool isPartial(const std::string& name)
 {
-    return file.extension() == ".lumo-part" && file.filename().native().front() == '.';
+    static const std::string ending = ".lumo-part";
+    return name.size() > ending.size() && name.front() == '.' &&
+           name.compare(name.size() - ending.size(), ending.size(), ending) == 0;
 }
 
-std::uint64_t bytesBelow(const fs::path& folder)
+/// Returns the bytes of the files below the folder `name` of an open folder. What can't be read counts as
+/// nothing.
+std::uint64_t bytesBelow(int parent, const char* name)
 {
+    const int folder = ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries(folder < 0 ? nullptr : ::fdopendir(folder),
+                                                      &::closedir);
     std::uint64_t sum = 0;
-    std::error_code error;
-    fs::recursive_directory_iterator entry(folder, fs::directory_options::skip_permission_denied, error);
-    for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
-        std::error_code unknown;
-        if (entry->symlink_status(unknown).type() == fs::file_type::regular && !isPartial(entry->path())) {
-            const std::uint64_t size = entry->file_size(unknown);
-            sum += unknown ? 0 : size;
-        }
+    while (const dirent* entry = entries ? ::readdir(entries.get()) : nullptr) {
+        const std::string entryName = entry->d_name;
+        struct stat status;
+        if (entryName == "." || entryName == ".." || entry->d_type == DT_LNK || isPartial(entryName))
+            continue;
+        if (entry->d_type == DT_DIR)
+            sum += bytesBelow(folder, entry->d_name);
+        else if (::fstatat(folder, entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0)
+            sum += S_ISREG(status.st_mode)   ? static_cast<std::uint64_t>(status.st_size)
+                   : S_ISDIR(status.st_mode) ? bytesBelow(folder, entry->d_name)
+                                             : 0;
     }
     return sum;
 }
@@ -109,7 +123,7 @@ std::uint64_t bytesOf(const std::string& path)
 {
     std::error_code error;
     if (isFolder(path))
-        return bytesBelow(path);
+        return bytesBelow(AT_FDCWD, path.c_str());
     const std::uint64_t size = fs::file_size(path, error);
     return error ? 0 : size;
 }

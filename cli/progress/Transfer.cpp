@@ -188,7 +188,8 @@ private:
             transfer.wasFile = outcome.keptFiles.value_or(0) > 0;
         // How much of a folder that existed before is new is not known.
         if (transfer.get && !transfer.wasFolder)
-            transfer.bytes = bytesOf(transfer.target);
+            transfer.bytes = outcome.movedBytes && isFolder(transfer.target) ? *outcome.movedBytes
+                                                                             : bytesOf(transfer.target);
         view(&ProgressView::ended, transfer);
     }
 

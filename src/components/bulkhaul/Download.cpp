@@ -18,7 +18,8 @@ void downloadFile(const Transfer& transfer, const haulbox::OpenRsp& opened, cons
     if (opened.data().size() != opened.size())
         throw TransferFailure(kCorrupted, boxPath + ": not as many bytes arrived as were declared");
     verified(piecesOf(opened.data()), opened.digest(), boxPath);
-    transfer.tally.filesKept += putFile(folder, name, opened.data(), transfer.existing) ? 0 : 1;
+    transfer.tally.filesKept +=
+        putFile(folder, name, opened.data(), transfer.existing, waitingOf(transfer)) ? 0 : 1;
     transfer.tally.bytesMoved += opened.data().size();
 }
 
@@ -38,9 +39,11 @@ void download(const Transfer& transfer, const std::string& boxPath, const std::s
     request.set_path(boxPath);
     haulbox::OpenRsp opened;
     transfer.box.askForSure(&haulbox::BoxServices_Stub::open, request, opened);
-    if (opened.folder())
-        downloadTree(transfer, opened.transfer(), boxPath, folder.below(name, Folder::Missing::Make));
-    else if (keep)
+    if (opened.folder()) {
+        bool isNew = false;
+        const Folder target = folder.below(name, Folder::Missing::Make, &isNew);
+        downloadTree(transfer, opened.transfer(), boxPath, target, isNew);
+    } else if (keep)
         ++transfer.tally.filesKept;
     else
         downloadFile(transfer, opened, boxPath, folder, name);

@@ -23,7 +23,8 @@ public:
         : m_Transfer(transfer),
           m_Box(transfer.box),
           m_Source(source),
-          m_File(folder.below(std::vector<std::string>()), name, source.size, transfer.existing)
+          m_File(folder.below(std::vector<std::string>()), name, source.size, transfer.existing,
+                 waitingOf(transfer))
     {
     }
 

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -38,6 +39,12 @@ inline int largeFilesInFlight(const Transfer& transfer)
 {
     constexpr int kMost = 2;
     return std::min(kMost, transfer.filesInFlight);
+}
+
+/// How long a download waits for another one that writes to its target: as long as that one gets on.
+inline Waiting waitingOf(const Transfer& transfer)
+{
+    return {std::chrono::milliseconds(transfer.box.stallLimit()), true};
 }
 
 /// Both throw TransferFailure or FileFailure.

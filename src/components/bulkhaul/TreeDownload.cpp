@@ -72,13 +72,14 @@ class TreeDownload
 {
 public:
     TreeDownload(const Transfer& transfer, const std::string& handle, const std::string& boxPath,
-                 const Folder& root)
+                 const Folder& root, bool rootIsNew)
         : m_Transfer(transfer),
           m_Box(transfer.box),
           m_Tally(transfer.tally),
           m_Handle(handle),
           m_BoxPath(boxPath),
-          m_Root(root)
+          m_Root(root),
+          m_RootIsNew(rootIsNew)
     {
     }
 
@@ -132,7 +133,8 @@ private:
 
     void moveBatch(const Batch& batch)
     {
-        IncomingSmallFiles files(m_Root, IncomingSmallFiles::Names::Given, m_Transfer.existing);
+        IncomingSmallFiles files(m_Root, IncomingSmallFiles::Names::Given, m_Transfer.existing,
+                                 waitingOf(m_Transfer));
         haulbox::FetchReq request;
         request.set_transfer(m_Handle);
         for (const haulbox::Entry* entry : batch) {
@@ -143,6 +145,8 @@ private:
             }
             haulbox::Entry& wanted = *request.add_entries();
             wanted = *entry;
+            if (m_RootIsNew)
+                continue;
             if (const auto digest = files.existingDigest(entry->below(), entry->size()))
                 wanted.set_digest(toBytes(*digest));
         }
@@ -192,14 +196,15 @@ private:
     const std::string m_Handle;
     const std::string m_BoxPath;
     const Folder& m_Root;
+    const bool m_RootIsNew; ///< so nothing is there to compare
 };
 
 } // namespace
 
 void downloadTree(const Transfer& transfer, const std::string& handle, const std::string& boxPath,
-                  const Folder& target)
+                  const Folder& target, bool targetIsNew)
 {
-    TreeDownload(transfer, handle, boxPath, target).run();
+    TreeDownload(transfer, handle, boxPath, target, targetIsNew).run();
 }
 
 } // namespace bulkhaul

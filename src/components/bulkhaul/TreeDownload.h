@@ -8,10 +8,10 @@
 
 namespace bulkhaul {
 
-/// Moves what is in the folder `boxPath` of a box to `target`. `handle` is that of the transfer. Throws
-/// TransferFailure or FileFailure.
+/// Moves what is in the folder `boxPath` of a box to `target`. `handle` is that of the transfer.
+/// `targetIsNew` says that the transfer has made the target. Throws TransferFailure or FileFailure.
 void downloadTree(const Transfer& transfer, const std::string& handle, const std::string& boxPath,
-                  const Folder& target);
+                  const Folder& target, bool targetIsNew);
 
 } // namespace bulkhaul
 

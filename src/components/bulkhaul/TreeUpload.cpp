@@ -19,6 +19,7 @@ using haulbox::BoxServices_Stub;
 /// together.
 constexpr std::size_t kBatchesAtOnce = 64;
 constexpr std::size_t kLargeAtOnce = 64;
+constexpr std::size_t kMostRemembered = 20000;
 
 class TreeUpload
 {
@@ -32,12 +33,13 @@ public:
     {
         measure();
         makeTarget(boxPath);
-        walkTree(m_Root, Strange::Fail, std::string(), [this](const TreeItem& item) {
-            collect(item);
-            if (m_Batches.size() > kBatchesAtOnce || m_Large.size() >= kLargeAtOnce)
-                moveCollected();
-            return true;
-        });
+        for (const Pending& pending : m_First)
+            take(pending);
+        if (!m_FirstIsAll)
+            walkTree(m_Root, Strange::Fail, m_First.back().below, [this](const TreeItem& item) {
+                take({item.below, item.folder, item.size});
+                return true;
+            });
         moveCollected();
     }
 
@@ -51,11 +53,15 @@ private:
     typedef std::vector<Pending> Batch;
 
     /// Finds the total, and whether the whole tree can be moved, so that no part of it is moved if it can't.
+    /// Remembers the first items, so that few trees are walked through twice.
     void measure()
     {
         std::uint64_t weight = weightOf(0);
         walkTree(m_Root, Strange::Fail, std::string(), [&](const TreeItem& item) {
             weight += weightOf(item.size);
+            m_FirstIsAll = m_First.size() < kMostRemembered;
+            if (m_FirstIsAll)
+                m_First.push_back({item.below, item.folder, item.size});
             return true;
         });
         m_Transfer.progress.setTotal(weight);
@@ -73,7 +79,14 @@ private:
         m_Probing = response.existed();
     }
 
-    void collect(const TreeItem& item)
+    void take(const Pending& item)
+    {
+        collect(item);
+        if (m_Batches.size() > kBatchesAtOnce || m_Large.size() >= kLargeAtOnce)
+            moveCollected();
+    }
+
+    void collect(const Pending& item)
     {
         if (item.size > kChunkSize) {
             m_Large.push_back(item.below);
@@ -84,7 +97,7 @@ private:
             m_Batches.emplace_back();
             m_LastBytes = 0;
         }
-        m_Batches.back().push_back({item.below, item.folder, item.size});
+        m_Batches.back().push_back(item);
         m_LastBytes += item.size;
     }
 
@@ -179,6 +192,8 @@ private:
     BoxClient& m_Box;
     const Folder& m_Root;
     std::string m_Handle;
+    std::vector<Pending> m_First; ///< items of the tree
+    bool m_FirstIsAll = true;
     bool m_Probing = false; ///< the target existed before
     std::vector<Batch> m_Batches;
     std::uint64_t m_LastBytes = 0; ///< in the last batch

@@ -97,20 +97,23 @@ Folder Folder::open(const std::string& path, haulbox::Status otherwise)
     return Folder(std::move(handle));
 }
 
-Folder Folder::below(const std::string& name, Missing missing) const
+Folder Folder::below(const std::string& name, Missing missing, bool* made) const
 {
+    bool isNew = false;
     const int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
     FileHandle handle(::openat(get(), name.c_str(), flags));
     if (!handle && errno == ENOENT && missing != Missing::Fail) {
-        const bool made = ::mkdirat(get(), name.c_str(), kFolderMode) == 0;
-        if (!made && errno != EEXIST)
+        isNew = ::mkdirat(get(), name.c_str(), kFolderMode) == 0;
+        if (!isNew && errno != EEXIST)
             throwErrno(haulbox::NOT_WRITABLE, name);
-        if (made && missing == Missing::MakeFlushed)
+        if (isNew && missing == Missing::MakeFlushed)
             flush();
         handle = FileHandle(::openat(get(), name.c_str(), flags));
     }
     if (!handle)
         throwErrno(missing == Missing::Fail ? haulbox::UNREADABLE : haulbox::NOT_WRITABLE, name);
+    if (made != nullptr)
+        *made = isNew;
     return Folder(std::move(handle));
 }
 
@@ -173,10 +176,12 @@ const Folder& FolderCache::parentOf(const std::string& below, std::string& name)
     const std::size_t slash = below.rfind('/');
     const std::size_t length = slash == std::string::npos ? 0 : slash;
     name = below.substr(length == 0 ? 0 : slash + 1);
-    // The folder of the last path, whose components were checked then.
-    if (m_Last && length > 0 && below.compare(0, length, m_Path) == 0 && below.size() < PATH_MAX &&
-        isMovableName(name))
-        return *m_Last;
+    // The folder of the last path, whose components were checked then, or the root.
+    const bool isKnown = length == 0
+                             ? slash == std::string::npos
+                             : m_Last && m_Path.size() == length && below.compare(0, length, m_Path) == 0;
+    if (isKnown && below.size() < PATH_MAX && isMovableName(name))
+        return length == 0 ? m_Root : *m_Last;
     std::vector<std::string> path = splitBelow(below);
     if (path.empty())
         throw FileFailure(haulbox::UNSAFE_NAME, "a file without a name");

@@ -60,7 +60,8 @@ public:
 
     /// Opens the folder at the end of `components`.
     Folder below(const std::vector<std::string>& components, Missing missing = Missing::Fail) const;
-    Folder below(const std::string& name, Missing missing = Missing::Fail) const;
+    /// `made` returns whether it was missing.
+    Folder below(const std::string& name, Missing missing = Missing::Fail, bool* made = nullptr) const;
 
     /// Whether the entry exists; `status` describes it. Links are not followed.
     bool find(const std::string& name, struct stat& status) const;

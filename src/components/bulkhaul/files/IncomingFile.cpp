@@ -8,14 +8,16 @@
 
 namespace bulkhaul {
 
-IncomingFile::IncomingFile(Folder folder, const std::string& name, std::uint64_t size, Existing existing)
-    : m_Folder(std::move(folder)), m_Name(name), m_Size(size), m_Existing(existing)
+IncomingFile::IncomingFile(Folder folder, const std::string& name, std::uint64_t size, Existing existing,
+                           Waiting waiting)
+    : m_Folder(std::move(folder)), m_Name(name), m_Size(size), m_Existing(existing), m_Waiting(waiting)
 {
     if (size > kLargestFile)
         throw FileFailure(haulbox::NO_SPACE, name + ": too large, " + std::to_string(size) + " bytes");
     struct stat target;
-    const bool exists = findFile(m_Folder, name, target);
-    m_Partial = PartialFile(m_Folder, name, PartialFile::Missing::None);
+    findFile(m_Folder, name, target); // throws for what a file can't replace
+    m_Partial = PartialFile(m_Folder, name, PartialFile::Missing::None, waiting);
+    const bool exists = findFile(m_Folder, name, target); // another transfer may have made it
     const std::uint64_t partialSize = m_Partial ? m_Partial.size() : 0;
     if (partialSize > 0) {
         m_FirstFound = m_Found = Found::Partial;
@@ -59,7 +61,7 @@ const PartialFile& IncomingFile::partial()
     if (m_Finished)
         throw FileFailure(haulbox::BUSY, m_Name + ": the upload has ended");
     if (!m_Partial)
-        m_Partial = PartialFile(m_Folder, m_Name, PartialFile::Missing::Make);
+        m_Partial = PartialFile(m_Folder, m_Name, PartialFile::Missing::Make, m_Waiting);
     if (m_Found == Found::Target) { // its chunks can't be kept any more
         m_Found = Found::Nothing;
         m_Digests.clear();
@@ -91,6 +93,7 @@ bool IncomingFile::finish()
             return true; // the old target is the file already
     }
     partial().resize(m_Size); // an earlier attempt may have been longer
+    m_Partial.flush();
     const bool named = m_Partial.giveName(m_Folder, m_Existing);
     const std::lock_guard<std::mutex> lock(m_Mutex);
     m_Partial = PartialFile();

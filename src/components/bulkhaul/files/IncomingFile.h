@@ -26,7 +26,9 @@ public:
         Target   ///< the old target: as a whole
     };
 
-    IncomingFile(Folder folder, const std::string& name, std::uint64_t size, Existing existing);
+    /// `waiting` is for another transfer that writes to the target.
+    IncomingFile(Folder folder, const std::string& name, std::uint64_t size, Existing existing,
+                 Waiting waiting = Waiting());
 
     /// Returns what existed before the first write.
     Found found() const { return m_FirstFound; }
@@ -57,6 +59,7 @@ private:
     const std::string m_Name;
     const std::uint64_t m_Size;
     const Existing m_Existing;
+    const Waiting m_Waiting;
     Found m_FirstFound = Found::Nothing;
     std::uint64_t m_FoundSize = 0;
     FileHandle m_OldTarget;

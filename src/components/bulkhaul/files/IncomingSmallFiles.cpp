@@ -1,9 +1,12 @@
 #include "components/bulkhaul/files/IncomingSmallFiles.h"
 
 #include "components/bulkhaul/files/FileFailure.h"
+#include "components/bulkhaul/files/FlushTogether.h"
 #include "components/bulkhaul/files/SourceFile.h"
 
+#include <chrono>
 #include <set>
+#include <utility>
 
 namespace bulkhaul {
 
@@ -16,15 +19,29 @@ void writeWhole(const PartialFile& partial, const std::string& data)
     partial.write(piecesOf(data), 0);
 }
 
+/// Removes the partial file where something that a file can't replace has the name.
+bool giveName(const PartialFile& partial, const Folder& folder, Existing existing)
+{
+    try {
+        return partial.giveName(folder, existing);
+    } catch (const FileFailure& failure) {
+        if (failure.status() == haulbox::WRONG_KIND)
+            partial.remove(folder);
+        throw;
+    }
+}
+
+constexpr std::size_t kMostOpen = 64;
+
 } // namespace
 
-bool putFile(const Folder& folder, const std::string& name, const std::string& data, Existing existing)
+bool putFile(const Folder& folder, const std::string& name, const std::string& data, Existing existing,
+             Waiting waiting)
 {
-    struct stat status;
-    findFile(folder, name, status);
-    const PartialFile partial(folder, name, PartialFile::Missing::Make);
+    const PartialFile partial(folder, name, PartialFile::Missing::Make, waiting);
     writeWhole(partial, data);
-    return partial.giveName(folder, existing);
+    partial.flush();
+    return giveName(partial, folder, existing);
 }
 
 bool IncomingSmallFiles::keeps(const std::string& below)
@@ -56,47 +73,52 @@ std::optional<Digest> IncomingSmallFiles::existingDigest(const std::string& belo
 
 void IncomingSmallFiles::add(const std::string& below, const std::string& data)
 {
-    std::string name;
-    const Folder& folder = m_Folders.parentOf(below, name);
-    struct stat status;
-    findFile(folder, name, status);
-    writeWhole(PartialFile(folder, name, PartialFile::Missing::Make), data);
-    m_Files.push_back({below, &data, digestOf(data)});
+    if (m_Open.size() >= kMostOpen)
+        nameOpenFiles();
+    PartialFile partial = open(below);
+    writeWhole(partial, data);
+    m_Open.push_back({below, std::move(partial)});
 }
 
-/// Returns false where an existing file was kept instead.
-bool IncomingSmallFiles::finish(const File& file)
+PartialFile IncomingSmallFiles::open(const std::string& below)
 {
     std::string name;
-    const Folder& folder = m_Folders.parentOf(file.below, name);
-    PartialFile partial(folder, name, PartialFile::Missing::None);
-    // It was not locked in between, so another transfer may have written to it or have given it the name.
-    if (!partial) {
-        if (m_Existing == Existing::Keep && isFileOrLink(folder, name))
-            return false;
-        partial = PartialFile(folder, name, PartialFile::Missing::Make);
+    constexpr Waiting kNone = {std::chrono::milliseconds(0), false};
+    if (!m_Open.empty()) {
+        try {
+            const Folder& folder = m_Folders.parentOf(below, name);
+            return PartialFile(folder, name, PartialFile::Missing::Make, kNone);
+        } catch (const FileFailure&) {
+            nameOpenFiles(); // another transfer has it, or the process has too many open files
+        }
     }
-    if (partial.size() != file.data->size() ||
-        digestAt(partial.get(), 0, file.data->size(), name) != file.digest)
-        writeWhole(partial, *file.data);
-    return partial.giveName(folder, m_Existing);
+    const Folder& folder = m_Folders.parentOf(below, name);
+    return PartialFile(folder, name, PartialFile::Missing::Make, m_Waiting);
 }
 
-std::size_t IncomingSmallFiles::finish()
+void IncomingSmallFiles::nameOpenFiles()
 {
-    std::size_t kept = 0;
-    for (const File& file : m_Files)
-        kept += finish(file) ? 0 : 1;
+    std::vector<const PartialFile*> partials;
+    for (const File& file : m_Open)
+        partials.push_back(&file.partial);
+    flushTogether(partials);
     std::set<std::string> flushed;
     std::string name;
-    for (const File& file : m_Files) {
+    for (const File& file : m_Open)
+        m_Kept += giveName(file.partial, m_Folders.parentOf(file.below, name), m_Existing) ? 0 : 1;
+    for (const File& file : m_Open) {
         const Folder& folder = m_Folders.parentOf(file.below, name);
         const std::string path = file.below.substr(0, file.below.size() - name.size());
         if (m_Names == Names::Flushed && flushed.insert(path).second)
             folder.flush();
     }
-    m_Files.clear();
-    return kept;
+    m_Open.clear();
+}
+
+std::size_t IncomingSmallFiles::finish()
+{
+    nameOpenFiles();
+    return m_Kept;
 }
 
 } // namespace bulkhaul

@@ -12,11 +12,13 @@
 namespace bulkhaul {
 
 /// Writes, flushes and names one file, whose data has arrived as a whole. Returns false where an existing
-/// file or link was kept instead. Throws FileFailure.
-bool putFile(const Folder& folder, const std::string& name, const std::string& data, Existing existing);
+/// file or link was kept instead. `waiting` is for another transfer that writes to the target. Throws
+/// FileFailure.
+bool putFile(const Folder& folder, const std::string& name, const std::string& data, Existing existing,
+             Waiting waiting);
 
-/// Arriving files of at most one chunk each. They are flushed together, which is much cheaper than one by
-/// one.
+/// Arriving files of at most one chunk each. Up to 64 stay open, with their partial files locked; they are
+/// flushed together, which is much cheaper than one by one. Functions throw FileFailure.
 class IncomingSmallFiles
 {
 public:
@@ -28,11 +30,13 @@ public:
         Flushed
     };
 
-    /// Takes files below `root`, where it makes missing folders.
-    IncomingSmallFiles(const Folder& root, Names names, Existing existing)
+    /// Takes files below `root`, where it makes missing folders. `waiting` is for other transfers that write
+    /// to the targets.
+    IncomingSmallFiles(const Folder& root, Names names, Existing existing, Waiting waiting = Waiting())
         : m_Folders(root, names == Names::Flushed ? Folder::Missing::MakeFlushed : Folder::Missing::Make),
           m_Names(names),
-          m_Existing(existing)
+          m_Existing(existing),
+          m_Waiting(waiting)
     {
     }
 
@@ -40,26 +44,29 @@ public:
     bool keeps(const std::string& below);
     /// Returns the digest of the existing file; none unless a file of `size` bytes exists.
     std::optional<Digest> existingDigest(const std::string& below, std::uint64_t size);
-    /// Writes the partial file. `data` must live until `finish`.
+    /// Writes the partial file. It waits for another transfer only while no file of this object is open, so
+    /// that two objects never wait for each other.
     void add(const std::string& below, const std::string& data);
-    /// Flushes all files and gives them their names. Where another transfer has used the partial file in
-    /// between, the data is written again. Returns how many existing files were kept instead.
+    /// Flushes the files that are left and gives them their names. Returns how many existing files were kept
+    /// instead, of all that were added.
     std::size_t finish();
 
 private:
     struct File
     {
         std::string below;
-        const std::string* data;
-        Digest digest;
+        PartialFile partial;
     };
 
-    bool finish(const File& file);
+    PartialFile open(const std::string& below);
+    void nameOpenFiles();
 
     FolderCache m_Folders;
     const Names m_Names;
     const Existing m_Existing;
-    std::vector<File> m_Files;
+    const Waiting m_Waiting;
+    std::vector<File> m_Open;
+    std::size_t m_Kept = 0;
 };
 
 } // namespace bulkhaul

@@ -19,8 +19,8 @@ namespace {
 
 const std::string kPartialEnding = ".lumo-part";
 constexpr mode_t kFileMode = 0666;
-constexpr std::chrono::seconds kLongestWait(3);
 constexpr std::chrono::milliseconds kPause(5);
+constexpr std::size_t kWrittenEarly = kChunkSize / 4;
 
 /// Returns the partial file's name. A name that is too long to be extended is replaced by its digest.
 std::string partialName(const std::string& name)
@@ -55,6 +55,12 @@ void dropFront(Pieces& pieces, std::size_t& first, std::size_t count)
         pieces[first].iov_base = static_cast<char*>(pieces[first].iov_base) + count;
         pieces[first].iov_len -= count;
     }
+}
+
+bool hasChanged(const struct stat& before, const struct stat& now)
+{
+    return before.st_size != now.st_size || before.st_mtim.tv_sec != now.st_mtim.tv_sec ||
+           before.st_mtim.tv_nsec != now.st_mtim.tv_nsec;
 }
 
 } // namespace
@@ -100,7 +106,8 @@ Digest digestAt(int file, std::uint64_t offset, std::size_t length, const std::s
     return digestOf(data.data(), filled);
 }
 
-PartialFile::PartialFile(const Folder& folder, const std::string& target, Missing missing) : m_Target(target)
+PartialFile::PartialFile(const Folder& folder, const std::string& target, Missing missing, Waiting waiting)
+    : m_Target(target)
 {
     const std::string name = partialName(target);
     const int flags = O_RDWR | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | (missing == Missing::Make ? O_CREAT : 0);
@@ -110,26 +117,33 @@ PartialFile::PartialFile(const Folder& folder, const std::string& target, Missin
             return;
         if (!m_File)
             throwErrno(haulbox::NOT_WRITABLE, name);
-        lock();
+        lock(waiting);
         struct stat status;
         if (::fstat(m_File.get(), &status) != 0)
             throwErrno(haulbox::NOT_WRITABLE, name);
         if (!S_ISREG(status.st_mode) || status.st_nlink > 1)
             throw FileFailure(haulbox::WRONG_KIND, name + ": not a partial file");
         m_Inode = status.st_ino;
+        m_Device = status.st_dev;
         m_Size = static_cast<std::uint64_t>(status.st_size);
     } while (!isCurrent(folder));
 }
 
-/// Waits a while, since a transfer whose connection broke may still be writing. The system has no lock with a
-/// time limit.
-void PartialFile::lock() const
+/// A transfer whose connection broke may still be writing. The system has no lock with a time limit.
+void PartialFile::lock(Waiting waiting) const
 {
-    const auto end = std::chrono::steady_clock::now() + kLongestWait;
+    typedef std::chrono::steady_clock Clock;
+    auto end = Clock::now() + waiting.most;
+    struct stat before = {};
     while (::flock(m_File.get(), LOCK_EX | LOCK_NB) != 0) {
         if (errno != EWOULDBLOCK && errno != EINTR)
             throwErrno(haulbox::NOT_WRITABLE, m_Target);
-        if (std::chrono::steady_clock::now() > end)
+        struct stat now;
+        if (waiting.renewed && ::fstat(m_File.get(), &now) == 0 && hasChanged(before, now)) {
+            before = now;
+            end = Clock::now() + waiting.most;
+        }
+        if (Clock::now() >= end)
             throw FileFailure(haulbox::BUSY, m_Target + ": another transfer writes to it");
         std::this_thread::sleep_for(kPause);
     }
@@ -164,29 +178,34 @@ void PartialFile::write(Pieces pieces, std::uint64_t offset) const
         dropFront(pieces, first, static_cast<std::size_t>(count));
     }
     // Writes to the disk while more chunks arrive, so that the flush at the end takes less time. A failure
-    // does no harm: the flush then writes everything.
-    ::sync_file_range(m_File.get(), static_cast<off_t>(offset), static_cast<off_t>(size),
-                      SYNC_FILE_RANGE_WRITE);
+    // does no harm: the flush then writes everything. Small files are better written together.
+    if (size >= kWrittenEarly)
+        ::sync_file_range(m_File.get(), static_cast<off_t>(offset), static_cast<off_t>(size),
+                          SYNC_FILE_RANGE_WRITE);
+}
+
+void PartialFile::flush() const
+{
+    if (::fdatasync(m_File.get()) != 0)
+        throwErrno(haulbox::NOT_WRITABLE, m_Target);
 }
 
 bool PartialFile::giveName(const Folder& folder, Existing existing) const
 {
-    if (::fdatasync(m_File.get()) != 0)
-        throwErrno(haulbox::NOT_WRITABLE, m_Target);
     if (!isCurrent(folder))
         throw FileFailure(haulbox::BUSY, m_Target + ": its partial file was removed");
     const std::string partial = partialName(m_Target);
-    if (existing == Existing::Keep) {
-        if (::renameat2(folder.get(), partial.c_str(), folder.get(), m_Target.c_str(), RENAME_NOREPLACE) == 0)
-            return true;
-        if (errno != EEXIST && errno != EINVAL && errno != ENOSYS)
-            throwErrno(haulbox::NOT_WRITABLE, m_Target);
-        // EINVAL, ENOSYS: the file system can't do it in one step.
-        if (isFileOrLink(folder, m_Target)) {
-            ::unlinkat(folder.get(), partial.c_str(), 0);
-            return false;
-        }
+    if (::renameat2(folder.get(), partial.c_str(), folder.get(), m_Target.c_str(), RENAME_NOREPLACE) == 0)
+        return true;
+    if (errno != EEXIST && errno != EINVAL && errno != ENOSYS)
+        throwErrno(haulbox::NOT_WRITABLE, m_Target);
+    // EINVAL, ENOSYS: the file system can't do it in one step.
+    if (existing == Existing::Keep && isFileOrLink(folder, m_Target)) {
+        ::unlinkat(folder.get(), partial.c_str(), 0);
+        return false;
     }
+    struct stat status;
+    findFile(folder, m_Target, status); // throws for what a file can't replace
     if (::renameat(folder.get(), partial.c_str(), folder.get(), m_Target.c_str()) != 0)
         throwErrno(haulbox::NOT_WRITABLE, m_Target);
     return true;

@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -35,6 +36,13 @@ bool findFile(const Folder& folder, const std::string& name, struct stat& status
 /// the reason of a FileFailure.
 Digest digestAt(int file, std::uint64_t offset, std::size_t length, const std::string& name);
 
+/// How long to wait for another transfer that writes to the same target.
+struct Waiting
+{
+    std::chrono::milliseconds most = std::chrono::seconds(3);
+    bool renewed = false; ///< begins again whenever the other one has written
+};
+
 /// The partial file beside a target, open and locked against every other process. Functions throw
 /// FileFailure.
 class PartialFile
@@ -47,29 +55,34 @@ public:
     };
 
     PartialFile() = default;
-    /// Waits a while for another owner of the lock, then throws BUSY.
-    PartialFile(const Folder& folder, const std::string& target, Missing missing);
+    /// Throws BUSY when another owner of the lock does not end.
+    PartialFile(const Folder& folder, const std::string& target, Missing missing,
+                Waiting waiting = Waiting());
 
     explicit operator bool() const { return static_cast<bool>(m_File); }
     int get() const { return m_File.get(); }
     /// Returns the size that it had when it was opened.
     std::uint64_t size() const { return m_Size; }
+    dev_t device() const { return m_Device; }
     void resize(std::uint64_t size) const;
     void write(Pieces pieces, std::uint64_t offset) const;
-    /// Flushes the file and gives it the target's name. Returns false where an existing file or link was kept
-    /// instead, and this one removed. Throws BUSY if it was removed by someone else. It is unlocked when the
-    /// object is destroyed.
+    /// Flushes the data to the disk.
+    void flush() const;
+    /// Gives the file, which must have been flushed, the target's name. Returns false where an existing file
+    /// or link was kept instead, and this one removed. Throws BUSY if it was removed by someone else. It is
+    /// unlocked when the object is destroyed.
     bool giveName(const Folder& folder, Existing existing) const;
     /// Removes the file.
     void remove(const Folder& folder) const;
 
 private:
     bool isCurrent(const Folder& folder) const;
-    void lock() const;
+    void lock(Waiting waiting) const;
 
     std::string m_Target; ///< the target's name
     FileHandle m_File;
     ino_t m_Inode = 0;
+    dev_t m_Device = 0;
     std::uint64_t m_Size = 0;
 };
 

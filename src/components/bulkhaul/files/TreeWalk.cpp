@@ -75,7 +75,8 @@ private:
                 haulbox::WRONG_KIND,
                 below + (S_ISDIR(status.st_mode) ? ": a link to a folder" : ": neither a file nor a folder"));
         }
-        return m_Visit({below, false, static_cast<std::uint64_t>(status.st_size), versionOf(status)});
+        return m_Visit({below, false, static_cast<std::uint64_t>(status.st_size),
+                        m_Strange == Strange::Skip ? versionOf(status) : std::string()});
     }
 
     const Strange m_Strange;

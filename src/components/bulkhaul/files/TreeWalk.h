@@ -15,7 +15,7 @@ struct TreeItem
     std::string below; ///< its path from the root
     bool folder;
     std::uint64_t size;  ///< of a file, in bytes
-    std::string version; ///< of a file, as SourceFile gives it
+    std::string version; ///< of a file, as SourceFile gives it; only with Strange::Skip
 };
 
 /// Whether `first` is visited before `second`.
