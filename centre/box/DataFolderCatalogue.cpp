@@ -66,10 +66,15 @@ bool holds(Connection& connection, std::uint32_t folderId, const User& user, con
     return path != root && isAtOrBelow(root, path);
 }
 
+Access accessOf(BoxCatalogue::Use use)
+{
+    return use == BoxCatalogue::Use::Read ? Access::Read : Access::Write;
+}
+
 bool mayWrite(Connection& connection, const User& user, const Claim& claim, const std::string& boxCode,
               const ServedRoot& root, const std::string& path, std::string& reason)
 {
-    if (!user.mayWrite)
+    if (!user.mayWrite())
         reason = "user " + user.name + " may only read";
     else if (!root.diskId)
         reason = escaped(path) + " is in the package of a version, where nothing can be written";
@@ -169,17 +174,17 @@ std::optional<BoxCatalogue::Place> DataFolderCatalogue::admit(const std::string&
         return std::nullopt;
     ConnectionPool::Lease connection(m_Pool);
     const Read read(*connection);
-    const std::optional<User> user = connection->user(token);
-    std::optional<ServedRoot> root;
+    const std::optional<User> user = connection->user(token, reason);
     if (!user)
-        reason = kUnknownToken;
-    else if (claim->userName != user->name)
+        return std::nullopt;
+    std::optional<ServedRoot> root;
+    if (claim->userName != user->name)
         reason = "the token does not belong to user " + escaped(claim->userName);
     else if (!isPlainAbsolutePath(path))
         reason = escaped(path) + " is not a valid path on a storage box";
-    else if (!(root = findServedRoot(*connection, user->companyId, m_BoxCode, path)))
-        reason =
-            escaped(path) + " is not on a disk of box " + m_BoxCode + " that user " + user->name + " may use";
+    else if (!(root = findServedRoot(*connection, user->companyId, m_BoxCode, path, accessOf(use))))
+        reason = escaped(path) + " is not on a disk of box " + m_BoxCode + " that user " + user->name +
+                 (use == Use::Read ? " may use" : " may write to");
     else if (overlap(m_Pool.dataFolder(), path)) // also above it: a request may go on below its path
         reason = escaped(path) + " is in the centre's data folder or holds it";
     else if (use == Use::Read)

@@ -183,9 +183,10 @@ bool ForgeService::mayRead(const std::string& token, const std::string& path)
     if (!isPlainAbsolutePath(path))
         return false;
     ConnectionPool::Lease connection(m_Pool);
-    const std::optional<User> user = connection->user(token);
+    std::string reason;
+    const std::optional<User> user = connection->user(token, reason);
     return user && !overlap(m_Pool.dataFolder(), path) &&
-           findServedRoot(*connection, user->companyId, "", path);
+           findServedRoot(*connection, user->companyId, "", path, Access::Read);
 }
 
 } // namespace centre

@@ -17,19 +17,19 @@ using forgeserver::Reference;
 
 constexpr char kNote[] = "UPDATE file SET short_text = ?, long_text = nullif(?, '') WHERE id = ?";
 
-/// The files of one request, on the disks of the user's company.
+/// The files of one request, on disks that the user may use in that way.
 class Files
 {
 public:
-    Files(ConnectionPool& pool, const User& user, const IsCanceled& isCanceled)
-        : m_Pool(pool), m_User(user), m_IsCanceled(isCanceled)
+    Files(ConnectionPool& pool, const User& user, Access access, const IsCanceled& isCanceled)
+        : m_Pool(pool), m_User(user), m_Access(access), m_IsCanceled(isCanceled)
     {
     }
 
     FilePlace place(const Reference& reference) const
     {
         ConnectionPool::Lease connection(m_Pool);
-        FilePlace place = placeOfFile(*connection, m_User, m_Pool.dataFolder(),
+        FilePlace place = placeOfFile(*connection, m_User, m_Access, m_Pool.dataFolder(),
                                       static_cast<std::uint32_t>(reference.ref_id()));
         const std::string name = reference.text().substr(reference.text().find_last_of("/\\") + 1);
         if (!name.empty() && name != place.name)
@@ -57,6 +57,7 @@ public:
 private:
     ConnectionPool& m_Pool;
     const User& m_User;
+    const Access m_Access;
     const IsCanceled& m_IsCanceled;
 };
 
@@ -102,7 +103,7 @@ void analyze(ConnectionPool& pool, ImageReader& images, const User& user,
         requireWriter(user);
     if (request.main_file_size() == 0)
         throw refusal("it has no main file");
-    const Files files(pool, user, isCanceled);
+    const Files files(pool, user, request.analyze_flag() ? Access::Write : Access::Read, isCanceled);
     Found found;
     files.forEach("main", request.main_file(), [&](const Reference& reference, const FilePlace& place) {
         found.emplace_back(static_cast<std::uint32_t>(reference.ref_id()),

@@ -15,7 +15,7 @@ RecordTexts recordTextsOf(ConnectionPool& pool, ImageReader& images, const User&
     try {
         const FilePlace place = [&] {
             ConnectionPool::Lease connection(pool);
-            return placeOfFile(*connection, user, pool.dataFolder(), fileId);
+            return placeOfFile(*connection, user, Access::Read, pool.dataFolder(), fileId);
         }();
         const image::Image image = images.describe(place.folder.open(), place.name, isCanceled);
         if (!image.sensor().empty())

@@ -14,7 +14,7 @@ constexpr char kBeside[] = "SELECT 1 FROM file WHERE parent_id = ? AND name = ?"
 FilePlace placeOf(ConnectionPool& pool, const User& user, std::uint32_t fileId)
 {
     ConnectionPool::Lease connection(pool);
-    return placeOfFile(*connection, user, pool.dataFolder(), fileId);
+    return placeOfFile(*connection, user, Access::Read, pool.dataFolder(), fileId);
 }
 
 /// Keeps the names of files that are in the folder, once each, without a leading "./".

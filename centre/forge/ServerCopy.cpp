@@ -116,7 +116,7 @@ std::uint32_t ServerCopy::makeFolder(const User& user, const forgeserver::Create
         placeOfFolder(*connection, user, m_Pool.dataFolder(), request.first_id(), request.second_id());
     const std::uint32_t id = connection->storageTree().makeFolders(place.diskId, place.folderId, names);
     // Again, because the new folder may lie in the data folder.
-    place = placeOfFolder(*connection, user, m_Pool.dataFolder(), id);
+    place = placeOfFolder(*connection, user, Access::Write, m_Pool.dataFolder(), id);
     if (place.isLocal())
         place.open(Folder::Missing::MakeFlushed);
     transaction.commit();
@@ -167,7 +167,7 @@ void ServerCopy::copyOut(const User& user, const forgeserver::FileCopyFromDbReq&
     FilePlace place;
     {
         ConnectionPool::Lease connection(m_Pool);
-        place = placeOfFile(*connection, user, m_Pool.dataFolder(), request.source_id());
+        place = placeOfFile(*connection, user, Access::Read, m_Pool.dataFolder(), request.source_id());
     }
     std::vector<std::string> below = bulkhaul::splitBelow(pathBelow(root, path));
     std::string name = place.name;

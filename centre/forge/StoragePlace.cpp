@@ -22,6 +22,11 @@ constexpr char kWayDown[] =
     " JOIN disk ON disk.id = disk_id ORDER BY step DESC";
 constexpr char kFile[] = "SELECT parent_id, name FROM file WHERE id = ?";
 
+void requireUsable(Connection& connection, const User& user, Access access, int type, std::uint32_t id)
+{
+    (access == Access::Read ? requireReadable : requireOwn)(connection, user, type, id);
+}
+
 std::string pathOf(const FolderPlace& place)
 {
     std::string path = place.root == "/" ? "" : place.root;
@@ -52,10 +57,10 @@ void requireOutside(const std::string& dataFolder, const FolderPlace& place)
         throw refusal(escaped(pathOf(place)) + " is in the centre's data folder or holds it");
 }
 
-FolderPlace placeOfFolder(Connection& connection, const User& user, const std::string& dataFolder,
-                          std::uint32_t folderId)
+FolderPlace placeOfFolder(Connection& connection, const User& user, Access access,
+                          const std::string& dataFolder, std::uint32_t folderId)
 {
-    requireOwn(connection, user, DATA_TYPE_FOLDER, folderId);
+    requireUsable(connection, user, access, DATA_TYPE_FOLDER, folderId);
     Statement& way = connection.statement(kWayDown);
     const ResetAtEnd resetAtEnd(way);
     way.bindAll(folderId);
@@ -78,17 +83,17 @@ FolderPlace placeOfFolder(Connection& connection, const User& user, const std::s
         requireOwn(connection, user, DATA_TYPE_DISK, diskId);
     if (folderId == 0 && diskId != 0)
         folderId = connection.storageTree().topFolder(diskId).value();
-    FolderPlace place = placeOfFolder(connection, user, dataFolder, folderId);
+    FolderPlace place = placeOfFolder(connection, user, Access::Write, dataFolder, folderId);
     if (diskId != 0 && place.diskId != diskId)
         throw refusal("folder " + std::to_string(folderId) + " is on disk " + std::to_string(place.diskId) +
                       ", not on disk " + std::to_string(diskId));
     return place;
 }
 
-FilePlace placeOfFile(Connection& connection, const User& user, const std::string& dataFolder,
+FilePlace placeOfFile(Connection& connection, const User& user, Access access, const std::string& dataFolder,
                       std::uint32_t fileId)
 {
-    requireOwn(connection, user, DATA_TYPE_FILE, fileId);
+    requireUsable(connection, user, access, DATA_TYPE_FILE, fileId);
     std::uint32_t folderId = 0;
     std::string name;
     {
@@ -99,7 +104,7 @@ FilePlace placeOfFile(Connection& connection, const User& user, const std::strin
         folderId = file.id(0);
         name = file.string(1);
     }
-    return {placeOfFolder(connection, user, dataFolder, folderId), name};
+    return {placeOfFolder(connection, user, access, dataFolder, folderId), name};
 }
 
 } // namespace centre

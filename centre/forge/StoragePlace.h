@@ -34,13 +34,14 @@ struct FilePlace
     std::string name;
 };
 
-/// Returns the place of a folder. It must belong to the user's company and be outside the data folder.
-FolderPlace placeOfFolder(Connection& connection, const User& user, const std::string& dataFolder,
-                          std::uint32_t folderId);
-/// The same, by disk and folder. Disk 0 is the folder's disk, folder 0 the disk's top folder.
+/// Returns the place of a folder. It must be one that the user may use in that way, and outside the data
+/// folder.
+FolderPlace placeOfFolder(Connection& connection, const User& user, Access access,
+                          const std::string& dataFolder, std::uint32_t folderId);
+/// The same for writing, by disk and folder. Disk 0 is the folder's disk, folder 0 the disk's top folder.
 FolderPlace placeOfFolder(Connection& connection, const User& user, const std::string& dataFolder,
                           std::uint32_t diskId, std::uint32_t folderId);
-FilePlace placeOfFile(Connection& connection, const User& user, const std::string& dataFolder,
+FilePlace placeOfFile(Connection& connection, const User& user, Access access, const std::string& dataFolder,
                       std::uint32_t fileId);
 
 } // namespace centre

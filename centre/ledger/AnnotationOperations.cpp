@@ -39,9 +39,12 @@ std::vector<Operation> annotationOperations()
          " AND commentcontent = :commentcontent ORDER BY id"},
         {"queryCommentID", Shape::Values, "SELECT id FROM comment " + ofCompany + "AND " + kContentAndState},
 
-        {"queryCommentImageByCommID", Shape::Record, kImageComments + "WHERE id = :comment_id"},
-        {"queryCommentImage", Shape::List, kImageComments + "ORDER BY id"},
-        {"queryCommentImageByContentAndState", Shape::Record, kImageComments + "WHERE " + kContentAndState},
+        {"queryCommentImageByCommID", Shape::Record,
+         kImageComments + "WHERE id = :comment_id AND " + readableImageComment()},
+        {"queryCommentImage", Shape::List,
+         kImageComments + "WHERE " + readableImageComment() + "ORDER BY id"},
+        {"queryCommentImageByContentAndState", Shape::Record,
+         kImageComments + "WHERE " + kContentAndState + " AND " + readableImageComment() + "ORDER BY id"},
     };
 }
 

@@ -21,11 +21,12 @@ constexpr char kSetComment[] =
     "INSERT INTO comment_record(comment_id, data_type_id, record_id) VALUES (?, ?, ?)"
     " ON CONFLICT (data_type_id, record_id) DO UPDATE SET comment_id = excluded.comment_id";
 
-constexpr char kAddImageComment[] =
-    "INSERT INTO image_comment(commentcontent, commentstate) VALUES (?, ?) ON CONFLICT DO NOTHING";
-constexpr char kFindImageComment[] =
-    "SELECT id FROM image_comment WHERE commentcontent = ? AND commentstate = ?";
-constexpr char kImageComment[] = "SELECT 1 FROM image_comment WHERE id = ?";
+constexpr char kAddImageComment[] = "INSERT INTO image_comment(company_id, commentcontent, commentstate)"
+                                    " VALUES (?, ?, ?) ON CONFLICT DO NOTHING";
+const std::string kFindImageComment = "SELECT id FROM image_comment WHERE commentcontent = :content"
+                                      " AND commentstate = :state AND " +
+                                      readableImageComment() + "ORDER BY id";
+const std::string kImageComment = "SELECT 1 FROM image_comment WHERE id = :id AND " + readableImageComment();
 constexpr char kAddMark[] = "INSERT INTO image_mark(comm_id, data_type_id, record_id) VALUES (?, ?, ?)"
                             " ON CONFLICT DO NOTHING";
 constexpr char kRemoveMark[] =
@@ -110,9 +111,14 @@ Result addImageComment(const Caller& caller, const CommentImageUtilReq& request,
                        CommentImageUtilRsp& response)
 {
     requireTexts(request.commentcontent(), request.commentstate());
-    change(caller, kAddImageComment, request.commentcontent(), request.commentstate());
-    response.set_id(
-        find(caller, kFindImageComment, request.commentcontent(), request.commentstate()).value());
+    const auto known = [&] {
+        return find(caller, kFindImageComment.c_str(), request.commentcontent(), request.commentstate(),
+                    caller.user.companyId);
+    };
+    if (!known())
+        change(caller, kAddImageComment, caller.user.companyId, request.commentcontent(),
+               request.commentstate());
+    response.set_id(known().value());
     return kDone;
 }
 
@@ -120,7 +126,7 @@ int changeMark(const Caller& caller, const char* sql, const CommentImageUtilReq&
 {
     const auto comment = static_cast<std::uint32_t>(request.comment_id());
     const auto record = static_cast<std::uint32_t>(request.record_id());
-    if (!find(caller, kImageComment, comment))
+    if (!find(caller, kImageComment.c_str(), comment, caller.user.companyId))
         throw refusal("there is no image comment " + std::to_string(comment));
     requireOwn(caller.connection, caller.user, request.data_type_id(), record);
     return change(caller, sql, comment, request.data_type_id(), record);

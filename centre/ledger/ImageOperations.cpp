@@ -16,7 +16,9 @@ void addProjects(std::vector<Operation>& operations, const RecordKind& kind)
         operations.end(),
         {{"queryDataSrcByProjectID", Shape::Record,
           projects + "WHERE project_id = :project_id AND " + readable("project", ":project_id")},
-         {"queryDataSrcByProjectName", Shape::Record, projects + ofCompany + "AND project_name = :proname"},
+         {"queryDataSrcByProjectName", Shape::Record,
+          projects + ofCompany +
+              "AND project_name = :proname ORDER BY company_id <> :caller_company, project_id"},
          {"queryDataSrcTotal", Shape::Values, kCount + "FROM project " + ofCompany},
          {"queryDataSrc", Shape::Page, projects + ofCompany + "ORDER BY project_id" + pageLimit()}});
 }

@@ -60,7 +60,8 @@ std::vector<Operation> storageOperations(const Dialect& dialect)
         {"queryDataAddressByID", Shape::Record,
          kDisks + "WHERE id = :record_id AND " + readable("disk", ":record_id")},
         {"queryDataAddressByName", Shape::Record,
-         kDisks + "WHERE name = :name AND " + readableOfCompany("disk")},
+         kDisks + "WHERE name = :name AND " + readableOfCompany("disk") +
+             "ORDER BY company_id <> :caller_company, id"},
         {"queryDataAddress", Shape::List,
          kDisks + "WHERE address_kind = :address_kind AND " + readableOfCompany("disk") + "ORDER BY id"},
 
@@ -103,11 +104,11 @@ std::vector<Operation> directoryOperations()
 {
     return {
         {"queryCompanyTableByCompanyNo", Shape::Record,
-         "SELECT id, companyno FROM company WHERE companyno = :companyno AND id = :caller_company"},
+         "SELECT id, companyno FROM company WHERE companyno = :companyno AND " + readableCompany()},
         {"queryUserTableByUserName", Shape::Record,
          "SELECT id, username FROM \"user\" WHERE username = :username AND company_id = :caller_company"},
         {"queryCompanyTableByCompanyID", Shape::Record,
-         "SELECT id, companyno FROM company WHERE id = :company_id AND id = :caller_company"},
+         "SELECT id, companyno FROM company WHERE id = :company_id AND " + readableCompany()},
         {"queryNationalAreaByAreaID", Shape::List,
          "SELECT area_id, area_name FROM national_area WHERE area_id = :area_id OR parent_id = :area_id"
          " ORDER BY area_id <> :area_id, area_id"},

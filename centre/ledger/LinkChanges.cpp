@@ -28,7 +28,7 @@ constexpr Link kFileLink = {DATA_TYPE_FILE,
 bool run(const Caller& caller, const Link& link, const char* sql, std::uint32_t project, std::uint32_t record)
 {
     requireOwn(caller.connection, caller.user, DATA_TYPE_DATA, project);
-    requireOwn(caller.connection, caller.user, link.type, record);
+    requireReadable(caller.connection, caller.user, link.type, record);
     Statement& change = caller.connection.statement(sql);
     const ResetAtEnd resetAtEnd(change);
     change.bindAll(project, record);

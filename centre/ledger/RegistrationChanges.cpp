@@ -29,7 +29,9 @@ class Registrar
 {
 public:
     Registrar(const Caller& caller, const RecordKind& kind)
-        : m_Caller(caller), m_Kind(kind), m_Writer(caller.connection.database(), Origin::User)
+        : m_Caller(caller),
+          m_Kind(kind),
+          m_Writer(caller.connection.database(), Origin::User, caller.user.companyId)
     {
     }
 
@@ -43,8 +45,8 @@ public:
                           "'s");
         for (const auto& [key, text] : texts)
             if (key == "mainFileID" && !text.empty())
-                requireOwn(m_Caller.connection, m_Caller.user, DATA_TYPE_FILE,
-                           static_cast<std::uint32_t>(std::stoul(text)));
+                requireReadable(m_Caller.connection, m_Caller.user, DATA_TYPE_FILE,
+                                static_cast<std::uint32_t>(std::stoul(text)));
         return id;
     }
 

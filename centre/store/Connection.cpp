@@ -3,13 +3,15 @@
 #include "centre/base/Token.h"
 #include "centre/store/Schema.h"
 
+#include <ctime>
 #include <stdexcept>
 
 namespace centre {
 
 namespace {
 
-constexpr char kUserOfToken[] = "SELECT username, company_id, may_write FROM \"user\" WHERE token_hash = ?";
+constexpr char kUserOfToken[] = "SELECT username, company_id, role, until, revoked FROM token"
+                                " JOIN \"user\" ON \"user\".id = user_id WHERE token_hash = ?";
 constexpr std::size_t kLargestMemory = 1000; // entries of one kind
 
 } // namespace
@@ -47,26 +49,36 @@ StorageTree& Connection::storageTree()
     return m_Tree ? *m_Tree : m_Tree.emplace(*m_Database);
 }
 
-std::optional<User> Connection::user(const std::string& token)
+std::optional<User> Connection::user(const std::string& token, std::string& reason)
 {
     Memory& known = memory();
-    if (const auto found = known.users.find(token); found != known.users.end())
-        return found->second;
-    const std::string hash = tokenHash(token);
-    Statement& row = statement(kUserOfToken);
-    const ResetAtEnd resetAtEnd(row);
-    row.bindBytes(1, hash);
-    if (!row.step())
+    auto found = known.users.find(token);
+    if (found == known.users.end()) {
+        const std::string hash = tokenHash(token);
+        Statement& row = statement(kUserOfToken);
+        const ResetAtEnd resetAtEnd(row);
+        row.bindBytes(1, hash);
+        const bool exists = row.step();
+        if (!exists || row.integer(4)) {
+            reason = exists ? kRevokedToken : kUnknownToken;
+            return std::nullopt;
+        }
+        KnownUser user{{row.string(0), row.id(1), roleNamed(row.string(2)).value()}, row.integer(3)};
+        found = known.users.emplace(token, std::move(user)).first;
+    }
+    if (found->second.until && *found->second.until < std::time(nullptr)) {
+        reason = kExpiredToken;
         return std::nullopt;
-    User user{row.string(0), row.id(1), row.id(2) != 0};
-    return known.users.emplace(token, std::move(user)).first->second;
+    }
+    return found->second.user;
 }
 
 User Connection::requireUser(const std::string& token)
 {
-    if (std::optional<User> known = user(token))
+    std::string reason;
+    if (std::optional<User> known = user(token, reason))
         return *known;
-    throw std::runtime_error(kUnknownToken);
+    throw std::runtime_error(reason);
 }
 
 const FolderPath* Connection::folderPath(std::uint32_t folderId)

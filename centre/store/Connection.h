@@ -4,6 +4,7 @@
 #include "centre/database/Database.h"
 #include "centre/database/Statement.h"
 #include "centre/store/Query.h"
+#include "centre/store/Role.h"
 #include "centre/store/ServedRoot.h"
 #include "centre/store/StorageTree.h"
 
@@ -15,14 +16,18 @@
 
 namespace centre {
 
-/// The reason for refusing a token that no user has.
+// The reasons for refusing a token.
 constexpr char kUnknownToken[] = "the token is not that of a user of this centre";
+constexpr char kRevokedToken[] = "the token was revoked";
+constexpr char kExpiredToken[] = "the token has expired";
 
 struct User
 {
     std::string name;
     std::uint32_t companyId;
-    bool mayWrite;
+    Role role;
+
+    bool mayWrite() const { return role != Role::Reader; }
 };
 
 /// A folder of a disk: its path on the storage box, and the code of the box, if the disk has one.
@@ -50,18 +55,24 @@ public:
     StorageTree& storageTree();
     Database& database() { return *m_Database; }
 
-    /// Returns the user of a token. A change that any process has committed counts at once.
-    std::optional<User> user(const std::string& token);
-    /// The same; throws std::runtime_error for an unknown token.
+    /// Returns the user of a token, or nothing and the reason for refusing it. A change that any process has
+    /// committed counts at once.
+    std::optional<User> user(const std::string& token, std::string& reason);
+    /// The same; throws std::runtime_error with the reason.
     User requireUser(const std::string& token);
 
     /// Returns the path of a folder, valid until the next look-up; null if there is no such folder.
     const FolderPath* folderPath(std::uint32_t folderId);
 
     /// What was looked up before.
+    struct KnownUser
+    {
+        User user;
+        std::optional<std::int64_t> until; ///< the last second of the token
+    };
     struct Memory
     {
-        std::unordered_map<std::string, User> users; ///< by token
+        std::unordered_map<std::string, KnownUser> users; ///< by token
         std::unordered_map<std::string, std::optional<ServedRoot>>
             servedRoots; ///< by a key of findServedRoot
         std::unordered_map<std::uint32_t, FolderPath> folderPaths;

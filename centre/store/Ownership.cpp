@@ -17,6 +17,7 @@ struct Chain
     std::string from;    ///< the tables, joined
     std::string id;      ///< the record's identifier
     std::string company; ///< the company that owns the disk or project
+    std::string shared;  ///< the condition that it is shared with `:caller_company`
 };
 
 /// A table with the column that refers to the table above it.
@@ -43,33 +44,41 @@ Chain chainFrom(const std::string& table)
 {
     Step step = stepFrom(table);
     std::string alias = "owned_" + table; // differs from the names of the query that the chain is part of
-    Chain chain{table + " AS " + alias, alias + "." + step.idColumn, ""};
+    Chain chain{table + " AS " + alias, alias + "." + step.idColumn, "", ""};
+    std::string top = table;
     while (step.above != "company") {
         const std::string below = alias + "." + step.toAbove;
-        alias = "owned_" + step.above;
-        chain.from += " JOIN " + step.above + " AS " + alias;
-        step = stepFrom(step.above);
+        top = step.above;
+        alias = "owned_" + top;
+        chain.from += " JOIN " + top + " AS " + alias;
+        step = stepFrom(top);
         chain.from += " ON " + alias + "." + step.idColumn + " = " + below;
     }
     chain.company = alias + "." + step.toAbove;
+    chain.shared = "EXISTS (SELECT 1 FROM " + top +
+                   "_share AS shared WHERE shared.company_id = :caller_company" + " AND shared." + top +
+                   "_id = " + alias + "." + step.idColumn + ")";
     return chain;
 }
 
 struct Owned
 {
     std::string name;
-    std::string company; ///< SQL that selects the company of the record `:id`
+    std::string company;  ///< SQL that selects the company of the record `:id`
+    std::string readable; ///< SQL that selects a row if `:caller_company` may read the record `:id`
 };
 
 std::map<int, Owned> ownedKinds()
 {
-    std::map<int, Owned> kinds = {
-        {DATA_TYPE_DISK, {"disk", ""}}, {DATA_TYPE_FOLDER, {"folder", ""}}, {DATA_TYPE_FILE, {"file", ""}}};
+    std::map<int, Owned> kinds = {{DATA_TYPE_DISK, {"disk", "", ""}},
+                                  {DATA_TYPE_FOLDER, {"folder", "", ""}},
+                                  {DATA_TYPE_FILE, {"file", "", ""}}};
     for (const RecordKind& kind : recordKinds())
         kinds[kind.number].name = kind.name;
     for (auto& [number, owned] : kinds) {
         const Chain chain = chainFrom(owned.name);
         owned.company = "SELECT " + chain.company + " FROM " + chain.from + " WHERE " + chain.id + " = :id";
+        owned.readable = "SELECT 1 WHERE " + centre::readable(owned.name, ":id");
     }
     return kinds;
 }
@@ -88,18 +97,47 @@ const Owned& ownedKind(int type)
 std::string readable(const std::string& table, const std::string& id)
 {
     const Chain chain = chainFrom(table);
-    return "EXISTS (SELECT 1 FROM " + chain.from + " WHERE " + chain.id + " = " + id + " AND " +
-           chain.company + " = :caller_company) ";
+    return "EXISTS (SELECT 1 FROM " + chain.from + " WHERE " + chain.id + " = " + id + " AND (" +
+           chain.company + " = :caller_company OR " + chain.shared + ")) ";
 }
 
 std::string readableRow(const std::string& table)
 {
-    return table + ".company_id = :caller_company ";
+    const std::string id = stepFrom(table).idColumn;
+    return table + "." + id + " IN (SELECT " + id + " FROM " + table +
+           " WHERE company_id = :caller_company UNION ALL SELECT " + table + "_id FROM " + table +
+           "_share WHERE company_id = :caller_company) ";
 }
 
 std::string readableOfCompany(const std::string& table)
 {
-    return table + ".company_id = :company_id AND " + readableRow(table);
+    return ":company_id IN (:caller_company, " + table + ".company_id) AND " + readableRow(table);
+}
+
+std::string readableCompany()
+{
+    return "(company.id = :caller_company OR company.id IN (SELECT disk.company_id FROM disk WHERE " +
+           readableRow("disk") + "UNION ALL SELECT project.company_id FROM project WHERE " +
+           readableRow("project") + ")) ";
+}
+
+std::string readableImageComment()
+{
+    return "(image_comment.company_id IS NULL OR image_comment.company_id = :caller_company) ";
+}
+
+bool mayRead(Connection& connection, const User& user, int type, std::uint32_t id)
+{
+    Statement& record = connection.statement(ownedKind(type).readable.c_str());
+    const ResetAtEnd resetAtEnd(record);
+    record.bindAll(id, user.companyId);
+    return record.step();
+}
+
+void requireReadable(Connection& connection, const User& user, int type, std::uint32_t id)
+{
+    if (!mayRead(connection, user, type, id))
+        throw refusal("there is no " + ownedKind(type).name + " " + std::to_string(id));
 }
 
 bool isOwn(Connection& connection, const User& user, int type, std::uint32_t id)
@@ -112,13 +150,16 @@ bool isOwn(Connection& connection, const User& user, int type, std::uint32_t id)
 
 void requireOwn(Connection& connection, const User& user, int type, std::uint32_t id)
 {
-    if (!isOwn(connection, user, type, id))
-        throw refusal("there is no " + ownedKind(type).name + " " + std::to_string(id));
+    if (isOwn(connection, user, type, id))
+        return;
+    requireReadable(connection, user, type, id);
+    throw refusal(ownedKind(type).name + " " + std::to_string(id) +
+                  " is shared by another company and can only be read");
 }
 
 void requireWriter(const User& user)
 {
-    if (!user.mayWrite)
+    if (!user.mayWrite())
         throw refusal("user " + user.name + " may only read");
 }
 

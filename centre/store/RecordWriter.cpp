@@ -3,6 +3,7 @@
 #include "centre/base/Date.h"
 #include "centre/base/Error.h"
 #include "centre/base/Text.h"
+#include "centre/store/Ownership.h"
 
 #include <algorithm>
 #include <charconv>
@@ -243,7 +244,8 @@ private:
     std::vector<const std::string*> m_Texts;              ///< by slot
 };
 
-RecordWriter::RecordWriter(Database& database, Origin origin) : m_Database(database), m_Origin(origin)
+RecordWriter::RecordWriter(Database& database, Origin origin, std::uint32_t companyId)
+    : m_Database(database), m_Origin(origin), m_CompanyId(companyId)
 {
 }
 
@@ -365,13 +367,15 @@ void RecordWriter::requireImageComment(std::uint32_t id)
     if (!m_ImageComments.insert(id).second)
         return;
     if (m_Origin == Origin::Operator) {
-        const auto addition = m_Database.prepare("INSERT INTO image_comment VALUES (:id, 'mark ' || :id, '')"
-                                                 " ON CONFLICT DO NOTHING");
+        const auto addition = m_Database.prepare("INSERT INTO image_comment(id, commentcontent, commentstate)"
+                                                 " VALUES (:id, 'mark ' || :id, '') ON CONFLICT DO NOTHING");
         addition->bind(1, id);
         addition->run();
+        return;
     }
-    const auto comment = m_Database.prepare("SELECT 1 FROM image_comment WHERE id = ?");
-    comment->bind(1, id);
+    const auto comment =
+        m_Database.prepare("SELECT 1 FROM image_comment WHERE id = :id AND " + readableImageComment());
+    comment->bindAll(id, m_CompanyId);
     if (!comment->step())
         throw refusal("marks: there is no image comment " + std::to_string(id));
 }

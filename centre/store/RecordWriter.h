@@ -31,7 +31,8 @@ enum class Origin
 class RecordWriter
 {
 public:
-    RecordWriter(Database& database, Origin origin);
+    /// `companyId` is that of the user, whose image comments are those of the company and those of none.
+    RecordWriter(Database& database, Origin origin, std::uint32_t companyId = 0);
     ~RecordWriter();
 
     /// Adds a record and returns its identifier, which is the next free one if the texts have none. An empty
@@ -54,6 +55,7 @@ private:
 
     Database& m_Database;
     const Origin m_Origin;
+    const std::uint32_t m_CompanyId;
     std::unordered_map<const RecordKind*, std::unique_ptr<Insertion>> m_Insertions;
     std::unordered_map<std::uint32_t, std::string> m_TypeNames;
     std::unique_ptr<Statement> m_AddMark;

@@ -145,14 +145,65 @@ ALTER TABLE file ADD COLUMN size BIGINT;
 ALTER TABLE file ADD COLUMN digest TEXT;
 )sql";
 
-constexpr int kSchemaVersion = 5;
+// Users have roles instead of being read-only or not, and tokens of their own. Times are seconds since 1970
+// in UTC; a token without `until` is valid for good. An image comment is that of a company or, without one,
+// of all: of the only company, where there is one.
+constexpr const char* kVersion6 = R"sql(
+CREATE TABLE user_with_role (
+    id INTEGER PRIMARY KEY CHECK (id BETWEEN 1 AND 4294967294),
+    username TEXT NOT NULL UNIQUE,
+    company_id INTEGER NOT NULL REFERENCES company(id),
+    role TEXT NOT NULL CHECK (role IN ('reader', 'writer', 'administrator')));
+CREATE TABLE token_of_user AS SELECT id, token_hash FROM user;
+INSERT INTO user_with_role
+    SELECT id, username, company_id, CASE may_write WHEN 0 THEN 'reader' ELSE 'writer' END FROM user;
+DROP TABLE user;
+ALTER TABLE user_with_role RENAME TO user;
+
+CREATE TABLE token (
+    id INTEGER PRIMARY KEY CHECK (id BETWEEN 1 AND 4294967294),
+    user_id INTEGER NOT NULL REFERENCES user(id),
+    name TEXT NOT NULL,
+    created INTEGER NOT NULL,
+    until INTEGER,
+    revoked INTEGER,
+    token_hash BLOB NOT NULL UNIQUE);
+INSERT INTO token(user_id, name, created, token_hash)
+    SELECT id, 'first', unixepoch(), token_hash FROM token_of_user ORDER BY id;
+DROP TABLE token_of_user;
+CREATE UNIQUE INDEX token_name ON token(user_id, name) WHERE revoked IS NULL;
+CREATE INDEX token_user ON token(user_id);
+
+CREATE TABLE disk_share (
+    company_id INTEGER NOT NULL REFERENCES company(id),
+    disk_id INTEGER NOT NULL REFERENCES disk(id),
+    PRIMARY KEY (company_id, disk_id)) WITHOUT ROWID;
+CREATE TABLE project_share (
+    company_id INTEGER NOT NULL REFERENCES company(id),
+    project_id INTEGER NOT NULL REFERENCES project(project_id),
+    PRIMARY KEY (company_id, project_id)) WITHOUT ROWID;
+
+CREATE TABLE image_comment_of_company (
+    id INTEGER PRIMARY KEY CHECK (id BETWEEN 1 AND 4294967294),
+    company_id INTEGER REFERENCES company(id),
+    commentcontent TEXT NOT NULL,
+    commentstate TEXT NOT NULL);
+INSERT INTO image_comment_of_company
+    SELECT id, (SELECT CASE count(*) WHEN 1 THEN min(company.id) END FROM company), commentcontent, commentstate
+    FROM image_comment;
+DROP TABLE image_comment;
+ALTER TABLE image_comment_of_company RENAME TO image_comment;
+CREATE UNIQUE INDEX image_comment_text ON image_comment(coalesce(company_id, 0), commentcontent, commentstate);
+)sql";
+
+constexpr int kSchemaVersion = 6;
 
 /// Returns the SQL that leads from a version of the tables to the next.
 std::string stepFrom(int version)
 {
     // The tables of the image catalogue follow the beans, whose fields have their places for good.
     const std::string steps[kSchemaVersion] = {kVersion1, kVersion2, recordTables(), kVersion4,
-                                               kVersion5 + mainFileIndexes()};
+                                               kVersion5 + mainFileIndexes(), kVersion6};
     return steps[version];
 }
 

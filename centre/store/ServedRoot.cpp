@@ -8,17 +8,22 @@ namespace centre {
 
 namespace {
 
-// A disk's identifier, or NULL for a package. A disk at the same path comes first.
-constexpr char kRootAt[] = "SELECT id, 0 AS place FROM disk WHERE root_path = :path AND company_id = :company"
-                           " AND kesta_code = coalesce(nullif(:box, ''), kesta_code)"
-                           " UNION ALL SELECT NULL, 1 FROM version WHERE app_full_path = :path"
-                           " AND kesta_code = coalesce(nullif(:box, ''), kesta_code) ORDER BY place";
+// A disk's identifier, or NULL for a package. Of those at one path the company's own disk comes first.
+constexpr char kRootAt[] =
+    "SELECT id, 0 AS place FROM disk WHERE root_path = :path AND company_id = :company"
+    " AND kesta_code = coalesce(nullif(:box, ''), kesta_code)"
+    " UNION ALL SELECT id, 1 FROM disk JOIN disk_share ON disk_id = id WHERE :shared = 1 AND root_path = "
+    ":path"
+    " AND disk_share.company_id = :company AND kesta_code = coalesce(nullif(:box, ''), kesta_code)"
+    " UNION ALL SELECT NULL, 2 FROM version WHERE app_full_path = :path"
+    " AND kesta_code = coalesce(nullif(:box, ''), kesta_code) ORDER BY place";
 
 struct Owner
 {
     Connection& connection;
     std::uint32_t companyId;
     const std::string& boxCode;
+    Access access;
 };
 
 /// The root that `path` itself is, or, if it is a package, the folder above it.
@@ -26,7 +31,7 @@ std::optional<ServedRoot> rootAt(const Owner& owner, const std::string& path)
 {
     Statement& found = owner.connection.statement(kRootAt);
     const ResetAtEnd resetAtEnd(found);
-    found.bindAll(path, owner.companyId, owner.boxCode);
+    found.bindAll(path, owner.companyId, owner.boxCode, owner.access == Access::Read ? 1 : 0);
     if (!found.step())
         return std::nullopt;
     if (const auto disk = found.integer(0))
@@ -37,7 +42,8 @@ std::optional<ServedRoot> rootAt(const Owner& owner, const std::string& path)
 /// The innermost root that the folder is or lies below. It is remembered, for the folder's other files.
 std::optional<ServedRoot> rootOfFolder(const Owner& owner, const std::string& folder)
 {
-    const std::string key = std::to_string(owner.companyId) + '\0' + owner.boxCode + '\0' + folder;
+    const std::string key = std::to_string(owner.companyId) + (owner.access == Access::Read ? 'r' : 'w') +
+                            owner.boxCode + '\0' + folder;
     auto& known = owner.connection.memory().servedRoots;
     if (const auto found = known.find(key); found != known.end())
         return found->second;
@@ -50,9 +56,9 @@ std::optional<ServedRoot> rootOfFolder(const Owner& owner, const std::string& fo
 } // namespace
 
 std::optional<ServedRoot> findServedRoot(Connection& connection, std::uint32_t companyId,
-                                         const std::string& boxCode, const std::string& path)
+                                         const std::string& boxCode, const std::string& path, Access access)
 {
-    const Owner owner{connection, companyId, boxCode};
+    const Owner owner{connection, companyId, boxCode, access};
     const std::optional<ServedRoot> root = rootAt(owner, path);
     return root || path == "/" ? root : rootOfFolder(owner, folderAbove(path));
 }

@@ -16,10 +16,17 @@ struct ServedRoot
     std::optional<std::uint32_t> diskId; ///< empty: a package
 };
 
-/// Returns the root of the innermost disk of the company, or of the version, that holds the path; nothing if
-/// none does. `boxCode` empty: of any box. Throws DatabaseError.
+/// What a company may do on a disk.
+enum class Access
+{
+    Read, ///< on its own disks and those that others share with it
+    Write ///< on its own
+};
+
+/// Returns the root of the innermost disk that the company may use, or of the version, that holds the path;
+/// nothing if none does. `boxCode` empty: of any box. Throws DatabaseError.
 std::optional<ServedRoot> findServedRoot(Connection& connection, std::uint32_t companyId,
-                                         const std::string& boxCode, const std::string& path);
+                                         const std::string& boxCode, const std::string& path, Access access);
 
 } // namespace centre
 

@@ -2,8 +2,8 @@
 
 #include "centre/base/Error.h"
 #include "centre/base/Text.h"
-#include "centre/base/Token.h"
 #include "centre/database/Database.h"
+#include "centre/store/Accounts.h"
 #include "centre/store/Schema.h"
 #include "components/wirecall/Address.h"
 #include "lumo/components/platform/Utf8.h"
@@ -44,7 +44,7 @@ std::string Store::create(const std::string& dataFolder, const std::string& comp
     Transaction transaction(*store.m_Database);
     createSchema(*store.m_Database);
     store.addCompany(companyNo);
-    std::string token = store.addUser(userName, companyNo);
+    std::string token = Accounts(*store.m_Database).addUser(userName, companyNo, Role::Administrator);
     transaction.commit();
     return token;
 }
@@ -70,14 +70,10 @@ std::uint32_t Store::addCompany(const std::string& companyNo)
 
 std::string Store::addUser(const std::string& userName, const std::string& companyNo, bool mayWrite)
 {
-    requireName("the user name", userName);
-    std::string token = newToken();
-    const std::string hash = tokenHash(token);
-    const auto statement = m_Database->prepare(
-        "INSERT INTO \"user\"(username, company_id, may_write, token_hash) VALUES (?, ?, ?, ?)");
-    statement->bindAll(userName, companyId(companyNo), mayWrite ? 1 : 0);
-    statement->bindBytes(4, hash);
-    insert(*statement, "user " + userName + " exists already");
+    Transaction transaction(*m_Database);
+    std::string token =
+        Accounts(*m_Database).addUser(userName, companyNo, mayWrite ? Role::Writer : Role::Reader);
+    transaction.commit();
     return token;
 }
 

@@ -17,7 +17,8 @@ class Statement;
 class Store
 {
 public:
-    /// Makes a data folder with one company and one user, or nothing at all. Returns the user's token.
+    /// Makes a data folder with one company and its administrator, or nothing at all. Returns the
+    /// administrator's token.
     static std::string create(const std::string& dataFolder, const std::string& companyNo,
                               const std::string& userName);
 
@@ -26,8 +27,7 @@ public:
     ~Store();
 
     std::uint32_t addCompany(const std::string& companyNo);
-    /// Returns the user's token, which can't be had again: only its hash is kept.
-    /// One who may not write may still download.
+    /// Adds a writer or a reader, as Accounts does.
     std::string addUser(const std::string& userName, const std::string& companyNo, bool mayWrite = true);
     /// Storage box `code` can be reached at `address`, "host:port".
     void addBox(const std::string& code, const std::string& address);

@@ -345,7 +345,7 @@ TEST_F(ServedBox, EndsTransfersUnderWayWithTheRightToThem)
     haulbox::BeginRsp begun;
     uploads.begin(m_Data.token(), begin, begun);
 
-    m_Store.database().execute("DELETE FROM user");
+    m_Store.database().execute("DELETE FROM token");
     stream->next(data);
     EXPECT_EQ(chunk.status(), haulbox::REFUSED);
     EXPECT_EQ(chunk.reason(), centre::kUnknownToken);

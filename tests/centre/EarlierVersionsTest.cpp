@@ -61,6 +61,7 @@ const struct
      "image_name: \"景1\""},
     {3, "queryDataSrcSatByProjectIDAndCommID", "project_id: 1 comm_id: 4", "image_name: \"景1\""},
     {3, "queryCommentImageByCommID", "comment_id: 4", "commentcontent: \"mark 4\""},
+    {4, "queryCommentImageByCommID", "comment_id: 5", "commentcontent: \"雪\""},
 };
 
 class EarlierVersions : public testing::TestWithParam<int>
@@ -72,7 +73,7 @@ TEST_P(EarlierVersions, OfTheTablesAreBroughtUpToDateWithTheirRecords)
     const EarlierFolder folder(GetParam());
     EXPECT_EQ(folder.version(), GetParam());
     const centre::Centre centre(folder.path(), {});
-    EXPECT_EQ(folder.version(), 5);
+    EXPECT_EQ(folder.version(), 6);
     EXPECT_EQ(tablesOf(folder.path()), tablesOf(DataFolder().path()));
     const auto channel = channelTo(centre.address(), folder.token());
     for (const auto& each : kRecords) {
@@ -87,7 +88,7 @@ TEST_P(EarlierVersions, OfTheTablesAreBroughtUpToDateWithTheirRecords)
     centre::Store(folder.path()).addArea(9, "new");
 }
 
-INSTANTIATE_TEST_SUITE_P(, EarlierVersions, testing::Values(1, 2, 3), testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(, EarlierVersions, testing::Values(1, 2, 3, 4), testing::PrintToStringParamName());
 
 TEST(EarlierVersion, StaysAsItWasWhenItCannotBeBroughtUpToDate)
 {

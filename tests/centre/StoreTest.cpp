@@ -64,8 +64,10 @@ TEST_F(Store, AConnectionForgetsWhatAnyProcessHasChanged)
     import("tree", "outer", "LUMO", "B1");
     centre::Connection connection(m_Data.path());
     const auto lookUp = [&] {
-        const auto user = connection.user(m_Data.token());
-        const auto root = centre::findServedRoot(connection, 1, "B1", m_Data.below("tree/inner/file"));
+        std::string reason;
+        const auto user = connection.user(m_Data.token(), reason);
+        const auto root = centre::findServedRoot(connection, 1, "B1", m_Data.below("tree/inner/file"),
+                                                 centre::Access::Read);
         const centre::FolderPath* folder = connection.folderPath(2);
         const std::size_t start = m_Data.below("").size();
         return (user ? user->name : "nobody") + ", served from " + root->path.substr(start) + ", folder " +
@@ -89,7 +91,8 @@ TEST_F(Store, AConnectionForgetsWhatAnyProcessHasChanged)
     EXPECT_EQ(lookUp(), "other, served from tree/inner, folder tree/never of B1");
     connection.database().execute("ROLLBACK");
     EXPECT_EQ(read(), "other, served from tree/inner, folder tree/new of B1");
-    connection.database().execute("UPDATE disk SET kesta_code = NULL WHERE name = 'outer'; DELETE FROM user");
+    connection.database().execute(
+        "UPDATE disk SET kesta_code = NULL WHERE name = 'outer'; DELETE FROM token");
     EXPECT_EQ(read(), "nobody, served from tree/inner, folder tree/new of no box");
 }
 
