@@ -7,6 +7,9 @@
 #include "lumo/components/wirecall/RpcChannel.h"
 #include "lumo/components/wirecall/RpcController.h"
 
+#include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -44,6 +47,8 @@ public:
     const haulbox::Carried& carried() const { return m_Carried; }
     wirecall::RpcChannel& channel() { return m_Channel; }
     long long stallLimit() const { return m_StallLimit; }
+    /// Whether even the shortest call so far has taken so long that the way to the box must be long.
+    bool isFar() const { return m_ShortestCall.load() >= kFar; }
 
     /// Returns the operation of a box that has this name.
     static const google::protobuf::MethodDescriptor& method(const char* name);
@@ -57,9 +62,11 @@ public:
         haulbox::BoxServices_Stub stub(&m_Channel);
         wirecall::RpcController controller;
         controller.SetStallLimit(m_StallLimit);
+        const auto begin = Clock::now();
         (stub.*operation)(&controller, &request, &response, nullptr);
         if (controller.Failed())
             fail(controller);
+        m_ShortestCall = std::min(m_ShortestCall.load(), Clock::now() - begin);
         requireStatus(response);
     }
 
@@ -89,6 +96,9 @@ public:
     std::vector<Digest> digests(const haulbox::DigestsReq& request);
 
 private:
+    using Clock = std::chrono::steady_clock;
+    static constexpr std::chrono::milliseconds kFar{10};
+
     template <class Response>
     static void requireStatus(const Response& response)
     {
@@ -100,6 +110,7 @@ private:
     wirecall::RpcChannel& m_Channel;
     haulbox::Carried m_Carried;
     const long long m_StallLimit;
+    std::atomic<Clock::duration> m_ShortestCall{Clock::duration::max()};
 };
 
 /// Returns the digest of `data`. Throws TransferFailure (kCorrupted) unless it equals `digest`, which came

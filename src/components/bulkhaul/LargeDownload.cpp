@@ -12,7 +12,8 @@ namespace bulkhaul {
 
 namespace {
 
-/// The number of chunks that wait to be verified and written, whatever the settings. They are in memory.
+/// The number of chunks that wait to be verified and written, of all streams of a file together and whatever
+/// the settings. They are in memory.
 constexpr int kMostWaiting = 4;
 
 class LargeDownload
@@ -30,8 +31,12 @@ public:
 
     void run()
     {
-        forEachRun(missingChunks(),
-                   [this](std::uint64_t first, std::uint32_t count) { readRun(first, count); });
+        const std::vector<bool> missing = missingChunks();
+        const Division division = divisionFor(m_Box);
+        const int waiting = std::max(1, std::min(kMostWaiting, m_Transfer.chunksInFlight) / division.streams);
+        forEachRun(missing, division, [this, waiting](std::uint64_t first, std::uint32_t count) {
+            readRun(first, count, static_cast<std::size_t>(waiting));
+        });
         requireWhole();
         m_Transfer.tally.filesKept += m_File.finish() ? 0 : 1;
     }
@@ -68,9 +73,8 @@ private:
     }
 
     /// This thread receives, another one verifies and writes.
-    void readRun(std::uint64_t first, std::uint32_t count)
+    void readRun(std::uint64_t first, std::uint32_t count, std::size_t waiting)
     {
-        const auto waiting = static_cast<std::size_t>(std::min(kMostWaiting, m_Transfer.chunksInFlight));
         Conveyor<Arrived> conveyor(waiting, [this](Arrived& arrived) { take(arrived); });
         haulbox::RunReq request;
         request.set_transfer(m_Source.transfer);

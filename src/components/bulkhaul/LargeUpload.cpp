@@ -109,7 +109,7 @@ public:
 private:
     void send(const haulbox::BeginRsp& begun)
     {
-        forEachRun(missingChunks(begun),
+        forEachRun(missingChunks(begun), divisionFor(m_Box),
                    [&](std::uint64_t first, std::uint32_t count) { writeRun(begun.upload(), first, count); });
         m_Source.requireUnchanged();
         haulbox::FinishReq finish;

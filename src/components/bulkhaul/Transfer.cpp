@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <utility>
 
 namespace bulkhaul {
 
@@ -36,17 +37,20 @@ std::vector<bool> differingChunks(const Comparison& comparison, std::uint64_t al
     return differing;
 }
 
-void forEachRun(const std::vector<bool>& chunks,
+void forEachRun(const std::vector<bool>& chunks, const Division& division,
                 const std::function<void(std::uint64_t first, std::uint32_t count)>& move)
 {
+    std::vector<std::pair<std::uint64_t, std::uint32_t>> runs;
     for (std::uint64_t first = 0; first < chunks.size();) {
         std::uint32_t count = 0;
-        while (first + count < chunks.size() && chunks[first + count] && count < kMostChunksInRun)
+        while (first + count < chunks.size() && chunks[first + count] && count < division.longestRun)
             ++count;
         if (count > 0)
-            move(first, count);
+            runs.emplace_back(first, count);
         first += std::max(1U, count);
     }
+    inParallel(division.streams, runs.size(),
+               [&](std::uint64_t run) { move(runs[run].first, runs[run].second); });
 }
 
 } // namespace bulkhaul

@@ -73,11 +73,24 @@ struct Comparison
 /// Returns, for each of `all` chunks, whether it has to move: it differs, or was not compared.
 std::vector<bool> differingChunks(const Comparison& comparison, std::uint64_t all, int threads);
 
-/// The longest run of chunks that a box moves in one stream.
-constexpr std::uint32_t kMostChunksInRun = 1024;
+/// Into how many streams at once, and into runs of how many chunks, a large file is divided. What gRPC lets a
+/// stream send ahead is hardly more than a chunk, and each stream takes a round trip to begin; so one stream
+/// would be idle most of a long way.
+struct Division
+{
+    int streams;
+    std::uint32_t longestRun;
+};
+constexpr Division kNear{1, 1024}; // the most chunks that a box moves in one stream
+constexpr Division kFar{4, 32};
 
-/// Calls `move` for each run of chunks that are marked, from the first on.
-void forEachRun(const std::vector<bool>& chunks,
+inline Division divisionFor(const BoxClient& box)
+{
+    return box.isFar() ? kFar : kNear;
+}
+
+/// Calls `move` for each run of chunks that are marked, from the first on, on as many threads as streams.
+void forEachRun(const std::vector<bool>& chunks, const Division& division,
                 const std::function<void(std::uint64_t first, std::uint32_t count)>& move);
 
 inline bool isAny(const std::vector<bool>& chunks)

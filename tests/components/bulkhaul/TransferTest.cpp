@@ -193,6 +193,15 @@ TEST_F(TransferTest, ACutConnectionCostsOnlyWhatHadNotMoved)
 {
     TestBox testBox(*catalogue);
     for (const Way way : kBothWays) {
+        // A box that takes long to answer counts as far away: a file is moved in several streams at once.
+        catalogue->onAdmit([](int) { std::this_thread::sleep_for(std::chrono::milliseconds(15)); });
+        writeFile(source(way) / "far", content(100 * kMiB + 7, 2));
+        EXPECT_EQ(move(way, testBox, "far"), kDone);
+        EXPECT_EQ(end.bytesMoved, 100 * kMiB + 7);
+        EXPECT_EQ(treeOf(target(way)), treeOf(source(way)));
+        catalogue->onAdmit(nullptr);
+        fs::remove(source(way) / "far");
+        fs::remove(target(way) / "far");
         writeFile(source(way) / "large", content(24 * kMiB, 1));
         for (int i = 0; i < 600; ++i)
             writeFile(source(way) / "tree" / std::to_string(i), content(20000, static_cast<unsigned>(i)));
