@@ -16,10 +16,6 @@ CLI::App* command(CLI::App& app, Arguments& arguments, ExitCode& result, const s
     return command;
 }
 
-namespace {
-
-/// Writes a new user's token to its file or the output. Shows a token that can't be written to its file,
-/// since there is no other copy of it.
 ExitCode handOver(const Arguments& arguments, const std::string& token)
 {
     if (!arguments.tokenFile.empty()) {
@@ -39,18 +35,21 @@ ExitCode handOver(const Arguments& arguments, const std::string& token)
     return arguments.tokenFile.empty() ? ExitCode::Success : ExitCode::Failed;
 }
 
+CLI::Option* addTokenFile(CLI::App* command, Arguments& arguments)
+{
+    return command
+        ->add_option("--token-file", arguments.tokenFile,
+                     "The file to write the user's token to, instead of showing it")
+        ->type_name("FILE");
+}
+
+namespace {
+
 ExitCode init(const Arguments& arguments)
 {
     const std::string token = Store::create(arguments.data, arguments.companyNo, arguments.userName);
     std::cout << "made " << arguments.data << " with company " << arguments.companyNo << "\n";
     return handOver(arguments, token);
-}
-
-ExitCode addUser(const Arguments& arguments)
-{
-    return handOver(
-        arguments,
-        Store(arguments.data).addUser(arguments.userName, arguments.companyNo, !arguments.readOnly));
 }
 
 ExitCode addCompany(const Arguments& arguments)
@@ -71,14 +70,6 @@ ExitCode addArea(const Arguments& arguments)
     return ExitCode::Success;
 }
 
-void addTokenFile(CLI::App* command, Arguments& arguments)
-{
-    command
-        ->add_option("--token-file", arguments.tokenFile,
-                     "The file to write the user's token to, instead of showing it")
-        ->type_name("FILE");
-}
-
 } // namespace
 
 void addAdministration(CLI::App& app, Arguments& arguments, ExitCode& result)
@@ -95,13 +86,6 @@ void addAdministration(CLI::App& app, Arguments& arguments, ExitCode& result)
 
     each = command(app, arguments, result, "add-company", "Add a company", addCompany);
     each->add_option("NO", arguments.companyNo, "The company's number")->type_name("")->required();
-
-    each = command(app, arguments, result, "add-user", "Add a user of a company", addUser);
-    each->add_option("NAME", arguments.userName, "The user's name")->type_name("")->required();
-    each->add_option("--company", arguments.companyNo, "The company's number")->type_name("NO")->required();
-    each->add_flag("--read-only", arguments.readOnly,
-                   "The user may read and download, but not change or upload anything");
-    addTokenFile(each, arguments);
 
     each = command(app, arguments, result, "add-box", "Add a storage box and its address", addBox);
     each->add_option("CODE", arguments.boxCode, "The box's code")->type_name("")->required();

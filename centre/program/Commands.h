@@ -25,6 +25,12 @@ struct Arguments
     std::string userName = "demo";
     std::string tokenFile;
     bool readOnly = false;
+    std::string role = "writer";
+    std::string tokenName = "first";
+    std::string until;
+    bool replaceToken = false;
+    std::string sharedName;
+    std::string otherCompanyNo;
     std::string boxCode;
     std::string boxAddress;
     std::uint32_t areaId = 0;
@@ -51,9 +57,17 @@ struct Arguments
 CLI::App* command(CLI::App& app, Arguments& arguments, ExitCode& result, const std::string& name,
                   const std::string& description, ExitCode (*run)(const Arguments&));
 
-// Commands by family: data folders, companies and users; what a catalogue holds; whether the disks
-// agree; backups; services.
+/// Writes a user's new token to its file or the output. Shows a token that can't be written to its file,
+/// since there is no other copy of it.
+ExitCode handOver(const Arguments& arguments, const std::string& token);
+
+/// Adds the option of that file.
+CLI::Option* addTokenFile(CLI::App* command, Arguments& arguments);
+
+// Commands by family: data folders, companies, boxes and areas; users, tokens, shares and lists; what a
+// catalogue holds; whether the disks agree; backups; services.
 void addAdministration(CLI::App& app, Arguments& arguments, ExitCode& result);
+void addAccounts(CLI::App& app, Arguments& arguments, ExitCode& result);
 void addContent(CLI::App& app, Arguments& arguments, ExitCode& result);
 void addChecking(CLI::App& app, Arguments& arguments, ExitCode& result);
 void addBackup(CLI::App& app, Arguments& arguments, ExitCode& result);

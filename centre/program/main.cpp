@@ -75,6 +75,7 @@ int main(int argc, char** argv)
     centre::Arguments arguments;
     ExitCode result = ExitCode::Success;
     centre::addAdministration(app, arguments, result);
+    centre::addAccounts(app, arguments, result);
     centre::addContent(app, arguments, result);
     centre::addChecking(app, arguments, result);
     centre::addBackup(app, arguments, result);
