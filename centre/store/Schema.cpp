@@ -202,8 +202,8 @@ constexpr int kSchemaVersion = 6;
 std::string stepFrom(int version)
 {
     // The tables of the image catalogue follow the beans, whose fields have their places for good.
-    const std::string steps[kSchemaVersion] = {kVersion1, kVersion2, recordTables(), kVersion4,
-                                               kVersion5 + mainFileIndexes(), kVersion6};
+    const std::string steps[kSchemaVersion] = {
+        kVersion1, kVersion2, recordTables(), kVersion4, kVersion5 + mainFileIndexes(), kVersion6};
     return steps[version];
 }
 
