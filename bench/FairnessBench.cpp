@@ -181,7 +181,7 @@ void besideOthers(benchmark::State& state, TwoUsers& users)
 {
     users.lookUps(); // connects
     std::vector<double> alone, beside, same;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const std::vector<double> first = users.lookUps();
         const std::vector<double> second = users.lookUpsBesideOthers();
         const std::vector<double> third = users.lookUpsBesideTheSame();

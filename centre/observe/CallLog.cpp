@@ -47,14 +47,15 @@ std::string timestamp()
     ::gmtime_r(&seconds, &parts);
     char text[64];
     const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &parts);
-    std::snprintf(text + length, sizeof text - length, ".%03dZ", static_cast<int>(milliseconds));
+    static_cast<void>(
+        std::snprintf(text + length, sizeof text - length, ".%03dZ", static_cast<int>(milliseconds)));
     return text;
 }
 
 /// Quotes a value that would not be one word otherwise.
 std::string asWord(const std::string& value)
 {
-    const std::string plain = escaped(value);
+    std::string plain = escaped(value);
     if (!plain.empty() && plain.find_first_of(" \"=\\") == std::string::npos)
         return plain;
     std::string quoted = "\"";
@@ -91,7 +92,7 @@ protected:
         line.append(message.payload.begin(), message.payload.end());
         line.push_back('\n');
         if (!m_HasFile) {
-            std::fwrite(line.data(), 1, line.size(), stderr);
+            static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
             return;
         }
         m_File.write(line);
@@ -113,9 +114,10 @@ std::string asText(const std::string& server, const wirecall::ServerCall& call,
                    const wirecall::CallReport& report, const CallOutcome& outcome)
 {
     char numbers[128];
-    std::snprintf(numbers, sizeof numbers, " ms=%.3f received=%llu sent=%llu", milliseconds(report),
-                  static_cast<unsigned long long>(report.bytesReceived),
-                  static_cast<unsigned long long>(report.bytesSent));
+    static_cast<void>(std::snprintf(numbers, sizeof numbers, " ms=%.3f received=%llu sent=%llu",
+                                    milliseconds(report),
+                                    static_cast<unsigned long long>(report.bytesReceived),
+                                    static_cast<unsigned long long>(report.bytesSent)));
     std::string line = timestamp() + " " + nameOf(outcome.severity);
     line += " server=" + asWord(server) + " peer=" + asWord(call.peer());
     line += " user=" + asWord(call.user()) + " company=" + asWord(call.group());

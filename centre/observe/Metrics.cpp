@@ -127,7 +127,7 @@ private:
 std::string listenedOn(const std::string& address)
 {
     wirecall::Address parsed;
-    const std::string full = address.find(':') == std::string::npos ? "127.0.0.1:" + address : address;
+    std::string full = address.find(':') == std::string::npos ? "127.0.0.1:" + address : address;
     if (!wirecall::parseAddress(full, parsed))
         throw Error(ExitCode::WrongUse, "not an address for metrics: " + address);
     return full;

@@ -165,9 +165,9 @@ ExitCode list(const Arguments& arguments, const std::string& sql, const std::vec
 {
     Store store(arguments.data);
     const auto query = store.database().prepare(sql);
-    std::vector<std::string> columns;
+    std::vector<std::string> columns(static_cast<std::size_t>(query->columnCount()));
     for (int i = 0; i < query->columnCount(); ++i)
-        columns.push_back(query->columnName(i));
+        columns[static_cast<std::size_t>(i)] = query->columnName(i);
     Rows rows;
     while (query->step()) {
         auto& row = rows.emplace_back();

@@ -155,7 +155,7 @@ CheckReport checkDisk(const Arguments& arguments, Store& store, const Disk& disk
         else
             text.add(difference);
     };
-    const CheckReport report = checkDisk(store, disk, options);
+    CheckReport report = checkDisk(store, disk, options);
     progress.clear();
     if (arguments.json)
         std::cout << json(disk, report).dump() << "\n";

@@ -50,9 +50,9 @@ Chain chainFrom(const std::string& table)
         const std::string below = alias + "." + step.toAbove;
         top = step.above;
         alias = "owned_" + top;
-        chain.from += " JOIN " + top + " AS " + alias;
+        chain.from.append(" JOIN ").append(top).append(" AS ").append(alias);
         step = stepFrom(top);
-        chain.from += " ON " + alias + "." + step.idColumn + " = " + below;
+        chain.from.append(" ON ").append(alias).append(".").append(step.idColumn).append(" = ").append(below);
     }
     chain.company = alias + "." + step.toAbove;
     chain.shared = "EXISTS (SELECT 1 FROM " + top +

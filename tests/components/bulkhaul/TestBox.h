@@ -112,8 +112,11 @@ public:
         options.address = "127.0.0.1:0";
         options.threads = 4;
         options.authenticate = [this](const wirecall::ServerCall& call, std::string& reason) {
-            if (onCall)
-                onCall(call.method());
+            {
+                const std::lock_guard<std::mutex> lock(m_Mutex);
+                if (m_OnCall)
+                    m_OnCall(call.method());
+            }
             reason = "wrong token";
             return call.token() == "right";
         };
@@ -135,10 +138,17 @@ public:
     boost::shared_ptr<wirecall::RpcChannel> channel() const { return channel(port()); }
 
     void stop() { m_Server.stop(0); }
-    std::function<void(const std::string&)> onCall; ///< called with the name of each method before it runs
+    /// Sets what is called with the name of each method before it runs.
+    void onCall(std::function<void(const std::string&)> function)
+    {
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        m_OnCall = std::move(function);
+    }
     centre::Faults& faults() { return m_Faults; }
 
 private:
+    std::mutex m_Mutex;
+    std::function<void(const std::string&)> m_OnCall;
     centre::Faults m_Faults;
     centre::BoxService m_Service;
     centre::FaultyService m_Faulty;

@@ -231,14 +231,14 @@ TEST_F(TransferTest, ASourceThatChangesWhileItIsReadIsAFailureThatSaysSo)
     TestBox testBox(*catalogue);
     for (const std::string call : {"read", "digests"}) {
         writeFile(box() / "down", content(8 * kMiB, 1));
-        testBox.onCall = [&](const std::string& method) {
+        testBox.onCall([this, call](const std::string& method) {
             if (method == "haulbox.BoxServices." + call)
                 std::ofstream(box() / "down", std::ios::app) << "more";
-        };
+        });
         EXPECT_EQ(move(Way::Down, testBox, "down"), kSourceChanged) << call;
         EXPECT_FALSE(fs::exists(here() / "down"));
     }
-    testBox.onCall = nullptr;
+    testBox.onCall(nullptr);
 
     writeFile(here() / "up", content(8 * kMiB, 1));
     catalogue->onAdmit([this](int) { fs::resize_file(here() / "up", 3 * kMiB); });

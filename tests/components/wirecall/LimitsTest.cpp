@@ -123,7 +123,7 @@ TEST_F(LimitedServer, RefusesConnectionsBeyondItsLimitsAndSaysWhy)
         EXPECT_EQ(m_Server.load().connections, 2);
         EXPECT_GE(m_Server.load().refusedConnections, 2U);
         open.pop_back();
-        while (hello(address(), "user") != "") { // until the server has seen that one is gone
+        while (!hello(address(), "user").empty()) { // until the server has seen that one is gone
         }
         m_Server.stop();
     }

@@ -19,7 +19,7 @@ namespace bulkhaul {
 namespace {
 
 constexpr std::size_t kFewFiles = 8;
-constexpr std::uint64_t kMuchToWrite = 64 * 1024; // KiB
+constexpr std::uint64_t kMuchToWrite = std::uint64_t(64) * 1024; // KiB
 constexpr std::array<decltype(statfs::f_type), 3> kKnownFileSystems = {EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC,
                                                                        BTRFS_SUPER_MAGIC};
 
