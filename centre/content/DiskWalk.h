@@ -21,7 +21,7 @@ struct Disk
     std::string rootPath;
 };
 
-/// What to look for; an empty text is no condition.
+/// What to look for; an empty text matches everything.
 struct DiskFilter
 {
     std::string name;

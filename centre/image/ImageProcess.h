@@ -59,7 +59,7 @@ private:
     Clock::duration m_Busy{0};
 };
 
-/// Opens a regular file of a folder to be read. Throws Error(Failed) if it is no regular file and
+/// Opens a regular file of a folder to be read. Throws Error(Failed) if it is not a regular file and
 /// bulkhaul::FileFailure if it can't be opened.
 bulkhaul::FileHandle openRegularFile(const bulkhaul::Folder& folder, const std::string& name);
 
