@@ -43,7 +43,7 @@ bool isAtOrBelow(const std::string& root, const std::string& path)
 
 bool overlap(const std::string& one, const std::string& other)
 {
-    return isAtOrBelow(one, other) || isAtOrBelow(other, one);
+    return !one.empty() && !other.empty() && (isAtOrBelow(one, other) || isAtOrBelow(other, one));
 }
 
 std::string pathBelow(const std::string& root, const std::string& path)

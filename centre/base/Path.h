@@ -18,7 +18,7 @@ std::string lastName(const std::string& path);
 
 /// Whether a path is `root` or lies in it.
 bool isAtOrBelow(const std::string& root, const std::string& path);
-/// Whether one of two paths is the other or lies in it.
+/// Whether one of two paths is the other or lies in it; never if one is empty.
 bool overlap(const std::string& one, const std::string& other);
 
 /// The part of a path after `root`, which holds it, without the separator; empty for the root itself.

@@ -4,8 +4,10 @@
 #include "centre/base/Text.h"
 #include "centre/box/BoxService.h"
 #include "centre/box/DataFolderCatalogue.h"
+#include "centre/database/PostgresDatabase.h"
 #include "centre/endpoint/Endpoint.h"
 #include "centre/endpoint/ServeLock.h"
+#include "centre/store/Schema.h"
 #include "centre/store/Store.h"
 #include "components/wirecall/Address.h"
 
@@ -19,10 +21,13 @@ namespace centre {
 
 namespace {
 
-std::string lockFile(const std::string& dataFolder, const std::string& code)
+std::unique_ptr<ServeLock> lockBox(const std::string& place, const std::string& code)
 {
-    return dataFolder + "/box-" + QUrl::toPercentEncoding(QString::fromStdString(code)).toStdString() +
-           ".lock";
+    const std::string what = "box " + code + " of " + shownPlace(place);
+    if (isServer(place))
+        return std::make_unique<ServeLock>(std::make_unique<PostgresDatabase>(place), "box " + code, what);
+    const std::string name = QUrl::toPercentEncoding(QString::fromStdString(code)).toStdString();
+    return std::make_unique<ServeLock>(place + "/box-" + name + ".lock", what);
 }
 
 /// Throws for an address that does not lead to one host: the data folder gives it to the clients.
@@ -48,8 +53,7 @@ struct Box::Impl
 {
     Impl(const std::string& dataFolder, const std::string& boxCode, Faults& faults)
         : code(boxCode),
-          lock(std::make_unique<ServeLock>(lockFile(dataFolder, boxCode),
-                                           "box " + boxCode + " of " + dataFolder)),
+          lock(lockBox(dataFolder, boxCode)),
           pool(dataFolder),
           catalogue(pool, boxCode),
           service(catalogue, faults),

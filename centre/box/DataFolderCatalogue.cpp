@@ -56,7 +56,8 @@ bool holds(Connection& connection, std::uint32_t folderId, const User& user, con
            const std::string& path)
 {
     static const std::string query =
-        fullPath("SELECT :folder, ''") + " WHERE company_id = :company AND kesta_code = :box";
+        fullPath("SELECT id, substr(name, 1, 0) FROM folder WHERE id = :folder") +
+        " WHERE company_id = :company AND kesta_code = :box";
     Statement& folder = connection.statement(query.c_str());
     const ResetAtEnd resetAtEnd(folder);
     folder.bindAll(folderId, user.companyId, boxCode);
@@ -205,13 +206,12 @@ try {
 
 void DataFolderCatalogue::registerAll(const std::vector<Entry>& entries)
 {
-    const std::lock_guard<std::mutex> lock(m_Pool.changing());
-    ConnectionPool::Lease connection(m_Pool);
-    Transaction transaction(connection->database());
-    Recorder recorder(*connection, m_BoxCode);
-    for (const Entry& entry : entries)
-        recorder.add(entry);
-    transaction.commit();
+    m_Pool.change([&](Connection& connection) {
+        Recorder recorder(connection, m_BoxCode);
+        for (const Entry& entry : entries)
+            recorder.add(entry);
+        return true;
+    });
 }
 
 } // namespace centre

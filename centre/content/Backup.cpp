@@ -10,7 +10,7 @@ namespace centre {
 
 namespace {
 
-void requireWhole(Database& database, const std::string& file)
+void requireWhole(SqliteDatabase& database, const std::string& file)
 {
     requireKnown(database, file);
     if (const std::string problem = database.value("PRAGMA integrity_check(1)"); problem != "ok")
@@ -21,7 +21,7 @@ void requireWhole(Database& database, const std::string& file)
 
 void backUp(const std::string& dataFolder, const std::string& file)
 {
-    const auto database = openDatabase(dataFolder);
+    const auto database = openFolder(dataFolder);
     if (std::filesystem::exists(file))
         throw Error(ExitCode::Failed, file + " exists already");
     const std::string part = file + ".part";
@@ -47,14 +47,14 @@ void restore(const std::string& dataFolder, const std::string& file)
     try {
         SqliteDatabase backup(file, SqliteDatabase::Open::ReadOnly);
         requireWhole(backup, file);
-        const auto database = std::filesystem::exists(dataFolder + "/centre.db") ? openDatabase(dataFolder)
-                                                                                 : createDatabase(dataFolder);
+        const auto database = std::filesystem::exists(dataFolder + "/centre.db") ? openFolder(dataFolder)
+                                                                                 : createFolder(dataFolder);
         database->copyFrom(backup);
         database->execute("PRAGMA journal_mode = WAL");
     } catch (const DatabaseError& exception) {
         throw Error(ExitCode::Failed, "can't restore " + file + ": " + exception.what());
     }
-    openDatabase(dataFolder); // brings the tables of an earlier version up to date
+    openFolder(dataFolder); // brings the tables of an earlier version up to date
 }
 
 } // namespace centre

@@ -28,6 +28,7 @@ std::uint32_t BulkInsertion::add(const RecordKind& kind, const RecordTexts& text
 
 RecordCounts BulkInsertion::finish()
 {
+    m_Writer.finish();
     m_Transaction->commit();
     m_Database.endBulk();
     RecordCounts counts;

@@ -153,7 +153,7 @@ std::optional<Disk> findDisk(Store& store, const ImportOptions& options, const s
 {
     store.companyId(options.companyNo); // throws if there is no such company
     std::vector<Disk> found;
-    if (!options.diskName.empty())
+    if (!options.diskName.empty() && platform::isUtf8(options.diskName))
         found = findDisks(store, {options.diskName, options.companyNo, ""});
     if (found.empty())
         return std::nullopt;

@@ -44,10 +44,19 @@ public:
     virtual std::unique_ptr<Statement> prepareList(const std::string& sql, const ParameterTypes& types) = 0;
     /// Runs statements without parameters.
     virtual void execute(const std::string& sql) = 0;
+    /// The same for statements that make tables, whose types and words are those of SQLite.
+    virtual void executeTables(const std::string& sql) { execute(sql); }
     /// Returns the first column of the first row of a query as a text; empty for NULL and without a row.
     std::string value(const std::string& sql);
 
     virtual const Dialect& dialect() const = 0;
+
+    /// Returns the version of the tables of lumo-centre; 0 if the database is empty. Throws
+    /// DatabaseError(NotADatabase) for the database of another program.
+    virtual int version() = 0;
+    virtual void setVersion(int version) = 0;
+    /// Waits until no other process makes or changes tables, to the end of the transaction.
+    virtual void lockTables() {}
 
     /// Returns a number that changes when what was read before may have changed, at the latest half a second
     /// after the change; nothing when everything must be read again.

@@ -3,6 +3,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace centre {
 
@@ -24,11 +25,17 @@ public:
         NotADatabase   ///< the file, or what the server has, is not a database of this engine
     };
 
-    DatabaseError(Kind kind, const std::string& reason) : std::runtime_error(reason), m_Kind(kind) {}
+    DatabaseError(Kind kind, const std::string& reason, std::string constraint = {})
+        : std::runtime_error(reason), m_Kind(kind), m_Constraint(std::move(constraint))
+    {
+    }
     Kind kind() const { return m_Kind; }
+    /// The name of the constraint that was not kept, if the engine reports it.
+    const std::string& constraint() const { return m_Constraint; }
 
 private:
     Kind m_Kind;
+    std::string m_Constraint;
 };
 
 } // namespace centre

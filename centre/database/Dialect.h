@@ -17,8 +17,9 @@ struct Dialect
     /// parameters :bound_a (west), :bound_b (south), :bound_c (east) and :bound_d (north), as they are and a
     /// turn to either side. An AND may follow.
     std::string (*inBounds)(const std::string& table, const std::string& idColumn);
-    /// Whether the bounds of a record have a table of their own, `..._bounds`.
-    bool hasTablesOfBounds;
+    /// Whether the bounds of a record are in a table of their own, `..._bounds`, and an index ends with the
+    /// record's identifier.
+    bool hasRowIds;
 };
 
 } // namespace centre

@@ -13,6 +13,7 @@ namespace centre {
 
 namespace {
 
+constexpr int kApplicationId = 0x4C554D4F; // "LUMO", so that a foreign database is never taken for ours
 constexpr int kBusyTimeoutMilliseconds = 10000;
 constexpr int kOneThread = SQLITE_OPEN_NOMUTEX; // at a time: no lock around every column that is read
 // Enough to build the indexes of millions of records without a disk access for each.
@@ -58,7 +59,7 @@ void answerTextOfId(sqlite3_context* context, int, sqlite3_value** arguments)
 
 } // namespace
 
-SqliteDatabase::SqliteDatabase(const std::string& file, Open open)
+SqliteDatabase::SqliteDatabase(const std::string& file, Open open) : m_File(file)
 {
     withSqliteErrors([&] {
         m_Database = std::make_unique<SQLite::Database>(file, flagsOf(open) | kOneThread);
@@ -90,6 +91,21 @@ const Dialect& SqliteDatabase::dialect() const
 {
     static const Dialect dialect = {"CROSS JOIN", wantedIds, inBounds, true};
     return dialect;
+}
+
+int SqliteDatabase::version()
+{
+    const int application = std::stoi(value("PRAGMA application_id"));
+    const int version = std::stoi(value("PRAGMA user_version"));
+    if (application == kApplicationId || (application == 0 && version == 0))
+        return version;
+    throw DatabaseError(DatabaseError::Kind::NotADatabase, m_File + " is a database of another program");
+}
+
+void SqliteDatabase::setVersion(int version)
+{
+    execute("PRAGMA application_id = " + std::to_string(kApplicationId));
+    execute("PRAGMA user_version = " + std::to_string(version));
 }
 
 /// The number changes with each commit, of whatever process. There is none before the connection has read it

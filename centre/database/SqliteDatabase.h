@@ -33,6 +33,8 @@ public:
     std::unique_ptr<Statement> prepareList(const std::string& sql, const ParameterTypes& types) override;
     void execute(const std::string& sql) override;
     const Dialect& dialect() const override;
+    int version() override;
+    void setVersion(int version) override;
     std::optional<std::uint64_t> state() override;
     void holdState() override;
     void releaseState() noexcept override;
@@ -49,6 +51,7 @@ private:
     void commit() override;
     void rollback() noexcept override;
 
+    const std::string m_File;
     std::unique_ptr<SQLite::Database> m_Database;
     std::unique_ptr<SQLite::Statement> m_Hold; ///< under way while a state is held
 };

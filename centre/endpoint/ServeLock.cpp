@@ -1,6 +1,7 @@
 #include "centre/endpoint/ServeLock.h"
 
 #include "centre/base/Error.h"
+#include "centre/database/PostgresDatabase.h"
 
 #include <cerrno>
 #include <cstring>
@@ -41,9 +42,18 @@ ServeLock::ServeLock(const std::string& path, const std::string& what)
         return;
 }
 
+ServeLock::ServeLock(std::unique_ptr<PostgresDatabase> database, const std::string& name,
+                     const std::string& what)
+    : m_Database(std::move(database))
+{
+    if (!m_Database->tryLock(name))
+        throw Error(ExitCode::InUse, what + " is being served by another process; stop that first");
+}
+
 ServeLock::~ServeLock()
 {
-    ::close(m_File);
+    if (m_File >= 0)
+        ::close(m_File);
 }
 
 } // namespace centre

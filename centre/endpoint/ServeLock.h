@@ -1,24 +1,30 @@
 #ifndef LUMO_CENTRE_ENDPOINT_SERVELOCK_H
 #define LUMO_CENTRE_ENDPOINT_SERVELOCK_H
 
+#include <memory>
 #include <string>
 
 namespace centre {
 
-/// The right to serve something. One process at a time has it, while the object lives. The system releases it
-/// when the process ends, however it ends.
+class PostgresDatabase;
+
+/// The right to serve something. One process at a time has it, while the object lives. It is released when
+/// the process ends, however it ends.
 class ServeLock
 {
 public:
     /// Locks the file `path`. Throws Error(InUse), which names the process, when another serves `what`.
     ServeLock(const std::string& path, const std::string& what);
+    /// Takes a lock of a server's database, of that name. Throws the same.
+    ServeLock(std::unique_ptr<PostgresDatabase> database, const std::string& name, const std::string& what);
     ~ServeLock();
 
     ServeLock(const ServeLock&) = delete;
     ServeLock& operator=(const ServeLock&) = delete;
 
 private:
-    int m_File;
+    int m_File = -1;
+    std::unique_ptr<PostgresDatabase> m_Database;
 };
 
 } // namespace centre

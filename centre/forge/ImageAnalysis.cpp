@@ -84,16 +84,15 @@ using Found = std::vector<std::pair<std::uint32_t, image::Image>>;
 
 void note(ConnectionPool& pool, const Found& found)
 {
-    const std::lock_guard<std::mutex> lock(pool.changing());
-    ConnectionPool::Lease connection(pool);
-    Transaction transaction(connection->database());
-    Statement& note = connection->statement(kNote);
-    for (const auto& [id, facts] : found) {
-        const ResetAtEnd resetAtEnd(note);
-        note.bindAll(formatText(facts), georeferenceText(facts), id);
-        note.run();
-    }
-    transaction.commit();
+    pool.change([&found](Connection& connection) {
+        Statement& note = connection.statement(kNote);
+        for (const auto& [id, facts] : found) {
+            const ResetAtEnd resetAtEnd(note);
+            note.bindAll(formatText(facts), georeferenceText(facts), id);
+            note.run();
+        }
+        return true;
+    });
 }
 
 void analyze(ConnectionPool& pool, ImageReader& images, const User& user,

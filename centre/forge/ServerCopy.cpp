@@ -109,17 +109,17 @@ std::uint32_t ServerCopy::makeFolder(const User& user, const forgeserver::Create
     const std::vector<std::string> names = bulkhaul::splitBelow(request.folder_path());
     if (names.empty())
         throw refusal("the folder has no name");
-    const std::lock_guard<std::mutex> lock(m_Pool.changing());
-    ConnectionPool::Lease connection(m_Pool);
-    Transaction transaction(connection->database());
-    FolderPlace place =
-        placeOfFolder(*connection, user, m_Pool.dataFolder(), request.first_id(), request.second_id());
-    const std::uint32_t id = connection->storageTree().makeFolders(place.diskId, place.folderId, names);
-    // Again, because the new folder may lie in the data folder.
-    place = placeOfFolder(*connection, user, Access::Write, m_Pool.dataFolder(), id);
-    if (place.isLocal())
-        place.open(Folder::Missing::MakeFlushed);
-    transaction.commit();
+    std::uint32_t id = 0;
+    m_Pool.change([&](Connection& connection) {
+        FolderPlace place =
+            placeOfFolder(connection, user, m_Pool.dataFolder(), request.first_id(), request.second_id());
+        id = connection.storageTree().makeFolders(place.diskId, place.folderId, names);
+        // Again, because the new folder may lie in the data folder.
+        place = placeOfFolder(connection, user, Access::Write, m_Pool.dataFolder(), id);
+        if (place.isLocal())
+            place.open(Folder::Missing::MakeFlushed);
+        return true;
+    });
     return id;
 }
 
@@ -150,12 +150,12 @@ void ServerCopy::copyIn(const User& user, const forgeserver::FileCopyToDbReq& re
     requireFree(target, name, request.copy_flag());
     copy(source, std::move(target), name, request.copy_flag(), isCanceled);
 
-    const std::lock_guard<std::mutex> lock(m_Pool.changing());
-    ConnectionPool::Lease connection(m_Pool);
-    Transaction transaction(connection->database());
-    StorageTree& storageTree = connection->storageTree();
-    storageTree.addFile(storageTree.makeFolders(start.diskId, start.folderId, names), name, {source.size()});
-    transaction.commit();
+    m_Pool.change([&](Connection& connection) {
+        StorageTree& storageTree = connection.storageTree();
+        storageTree.addFile(storageTree.makeFolders(start.diskId, start.folderId, names), name,
+                            {source.size()});
+        return true;
+    });
 }
 
 void ServerCopy::copyOut(const User& user, const forgeserver::FileCopyFromDbReq& request,

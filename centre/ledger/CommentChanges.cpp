@@ -54,6 +54,18 @@ std::optional<std::uint32_t> find(const Caller& caller, const char* sql, const V
     return statement.id(0);
 }
 
+/// Returns the identifier of what exists or, without it, is added. Tries to add only what does not exist:
+/// also an insertion that meets a conflict takes an identifier on some engines.
+template <class... Values>
+std::uint32_t findOrAdd(const Caller& caller, const char* findSql, const char* addSql,
+                        const Values&... values)
+{
+    if (const auto id = find(caller, findSql, values...))
+        return *id;
+    change(caller, addSql, values...);
+    return find(caller, findSql, values...).value();
+}
+
 /// Throws unless the texts can be a comment: its content must not be empty, its state may be.
 void requireTexts(const std::string& content, const std::string& state)
 {
@@ -85,9 +97,8 @@ Result addComment(const Caller& caller, const DataUtilBeanReq& request, DataUtil
         throw refusal("company " + std::to_string(company) + " is not the company of user " +
                       caller.user.name);
     requireTexts(request.commentcontent(), request.commentstate());
-    change(caller, kAddComment, company, request.commentcontent(), request.commentstate());
-    response.set_id(
-        find(caller, kFindComment, company, request.commentcontent(), request.commentstate()).value());
+    response.set_id(findOrAdd(caller, kFindComment, kAddComment, company, request.commentcontent(),
+                              request.commentstate()));
     return kDone;
 }
 

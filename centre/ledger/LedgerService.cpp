@@ -82,15 +82,14 @@ ledgerserver::DataUtilBeanReq LedgerService::completed(const Message& request, c
 void LedgerService::make(const Change& change, const std::string& token, const Message& request,
                          Message& response)
 {
-    const std::lock_guard<std::mutex> lock(m_Pool.changing());
-    ConnectionPool::Lease connection(m_Pool);
-    Transaction transaction(connection->database());
-    const User user = connection->requireUser(token);
-    requireWriter(user);
-    const Result result = change.run({*connection, user}, request, response);
-    if (result == kDone)
-        transaction.commit();
-    setResult(response, result);
+    m_Pool.change([&](Connection& connection) {
+        response.Clear();
+        const User user = connection.requireUser(token);
+        requireWriter(user);
+        const Result result = change.run({connection, user}, request, response);
+        setResult(response, result);
+        return result == kDone;
+    });
 }
 
 } // namespace centre

@@ -1,6 +1,7 @@
 #include "centre/program/Commands.h"
 
 #include "centre/base/Token.h"
+#include "centre/store/Schema.h"
 #include "centre/store/Store.h"
 
 #include <iostream>
@@ -11,7 +12,11 @@ CLI::App* command(CLI::App& app, Arguments& arguments, ExitCode& result, const s
                   const std::string& description, ExitCode (*run)(const Arguments&))
 {
     CLI::App* command = app.add_subcommand(name, description)->group("Commands");
-    command->add_option("DATA", arguments.data, "The centre's data folder")->type_name("")->required();
+    command
+        ->add_option("DATA", arguments.data,
+                     "The centre's data folder; --database URL in its place is a database of PostgreSQL")
+        ->type_name("")
+        ->required();
     command->callback([&arguments, &result, run] { result = run(arguments); });
     return command;
 }
@@ -48,8 +53,18 @@ namespace {
 ExitCode init(const Arguments& arguments)
 {
     const std::string token = Store::create(arguments.data, arguments.companyNo, arguments.userName);
-    std::cout << "made " << arguments.data << " with company " << arguments.companyNo << "\n";
+    std::cout << "made " << shownPlace(arguments.data) << " with company " << arguments.companyNo << "\n";
     return handOver(arguments, token);
+}
+
+ExitCode migrate(const Arguments& arguments)
+{
+    const int before = centre::migrate(arguments.data);
+    std::cout << "the tables of " << shownPlace(arguments.data) << " have version " << schemaVersion();
+    if (before < schemaVersion())
+        std::cout << ", they had version " << before;
+    std::cout << "\n";
+    return ExitCode::Success;
 }
 
 ExitCode addCompany(const Arguments& arguments)
@@ -83,6 +98,8 @@ void addAdministration(CLI::App& app, Arguments& arguments, ExitCode& result)
         ->type_name("NAME")
         ->capture_default_str();
     addTokenFile(each, arguments);
+
+    command(app, arguments, result, "migrate", "Bring the tables of an earlier version up to date", migrate);
 
     each = command(app, arguments, result, "add-company", "Add a company", addCompany);
     each->add_option("NO", arguments.companyNo, "The company's number")->type_name("")->required();

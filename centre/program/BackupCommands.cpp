@@ -1,6 +1,7 @@
 #include "centre/content/Backup.h"
 #include "centre/endpoint/ServeLock.h"
 #include "centre/program/Commands.h"
+#include "centre/store/Schema.h"
 
 #include <filesystem>
 #include <iostream>
@@ -11,8 +12,16 @@ namespace centre {
 
 namespace {
 
+void requireFolder(const Arguments& arguments)
+{
+    if (isServer(arguments.data))
+        throw Error(ExitCode::WrongUse,
+                    "this is for data folders; pg_dump and pg_restore are for " + shownPlace(arguments.data));
+}
+
 ExitCode backUp(const Arguments& arguments)
 {
+    requireFolder(arguments);
     centre::backUp(arguments.data, arguments.backupFile);
     std::cout << "wrote the database of " << arguments.data << " to " << arguments.backupFile
               << "; the files of its boxes are not part of it\n";
@@ -33,6 +42,7 @@ std::vector<std::unique_ptr<ServeLock>> lockAll(const std::string& dataFolder)
 
 ExitCode restore(const Arguments& arguments)
 {
+    requireFolder(arguments);
     const auto locks = lockAll(arguments.data);
     centre::restore(arguments.data, arguments.backupFile);
     std::cout << "restored " << arguments.data << " from " << arguments.backupFile << "\n";

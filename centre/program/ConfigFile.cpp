@@ -36,6 +36,8 @@ CLI::App* findCommand(CLI::App& app, const std::string& name)
 /// Returns the option or the argument that a key names; null if there is none.
 CLI::Option* findOption(CLI::App& command, const std::string& key)
 {
+    if (key == "database") // see databaseAsData
+        return command.get_option_no_throw("DATA");
     CLI::Option* option = command.get_option_no_throw("--" + key);
     if (option == nullptr && key == CLI::detail::to_lower(key)) {
         std::string argument = key;

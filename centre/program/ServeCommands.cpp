@@ -4,6 +4,7 @@
 #include "centre/base/Text.h"
 #include "centre/box/Box.h"
 #include "centre/endpoint/FaultyService.h"
+#include "centre/store/Schema.h"
 #include "lumo/components/bulkhaul/Bulkhaul.h"
 #include "lumo/components/wirecall/LockChecks.h"
 
@@ -67,7 +68,8 @@ ExitCode serve(const Arguments& arguments)
         printBox(box.code, box.address);
     for (const std::string& root : centre.copyRoots())
         std::cout << "lumo-centre: copies from and to " << escaped(root) << "\n";
-    std::cout << "lumo-centre: serving " << arguments.data << " on " << centre.address() << std::endl;
+    std::cout << "lumo-centre: serving " << shownPlace(arguments.data) << " on " << centre.address()
+              << std::endl;
     printMetrics(observation);
     const auto reload = [&] {
         observation.reopen();

@@ -1,10 +1,15 @@
 #include "centre/base/Text.h"
 #include "centre/program/Commands.h"
 #include "centre/program/ConfigFile.h"
+#include "centre/store/Schema.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -51,6 +56,32 @@ ExitCode reportWrongUse(const CLI::App& app, const CLI::ParseError& error)
     return ExitCode::WrongUse;
 }
 
+/// Returns the arguments of a command line with the value of `--database` after the command, where DATA is.
+/// As an option of its own it would leave DATA to the argument that follows.
+std::vector<std::string> databaseAsData(const CLI::App& app, std::vector<std::string> arguments)
+{
+    const std::string option = "--database";
+    const auto found = std::find_if(arguments.begin(), arguments.end(), [&option](const std::string& each) {
+        return each == option || each.rfind(option + "=", 0) == 0;
+    });
+    if (found == arguments.end())
+        return arguments;
+    std::string url = found->substr(std::min(option.size() + 1, found->size()));
+    const bool isNext = *found == option && found + 1 != arguments.end();
+    if (isNext)
+        url = *(found + 1);
+    if (!centre::isServer(url))
+        throw centre::Error(ExitCode::WrongUse, "--database must be postgresql://...");
+    arguments.erase(found, found + (isNext ? 2 : 1));
+    const auto command = std::find_if(arguments.begin(), arguments.end(), [&app](const std::string& each) {
+        return !app.get_subcommands([&each](const CLI::App* known) { return known->get_name() == each; })
+                    .empty();
+    });
+    if (command != arguments.end())
+        arguments.insert(command + 1, url);
+    return arguments;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -85,7 +116,9 @@ int main(int argc, char** argv)
                "          lumo-centre serve DATA --listen 127.0.0.1:0\n"
                "Help on a command: lumo-centre COMMAND --help");
     try {
-        app.parse(argc, argv);
+        std::vector<std::string> words = databaseAsData(app, {argv + 1, argv + argc});
+        std::reverse(words.begin(), words.end()); // which CLI11 takes from the last to the first
+        app.parse(std::move(words));
         return static_cast<int>(flushed(result));
     } catch (const CLI::Success& answer) {
         app.exit(answer);

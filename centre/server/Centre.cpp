@@ -16,10 +16,12 @@ namespace centre {
 
 namespace {
 
-/// Locks a data folder. Leaves no lock file in any other folder.
+/// Locks a data folder, and leaves no lock file in any other folder. A server may serve several processes.
 std::unique_ptr<ServeLock> lockDataFolder(const std::string& dataFolder)
 {
     openDatabase(dataFolder);
+    if (isServer(dataFolder))
+        return nullptr;
     return std::make_unique<ServeLock>(dataFolder + "/serve.lock", dataFolder);
 }
 

@@ -16,7 +16,7 @@ constexpr std::size_t kLargestMemory = 1000; // entries of one kind
 
 } // namespace
 
-Connection::Connection(const std::string& dataFolder) : m_Database(openDatabase(dataFolder))
+Connection::Connection(const std::string& place) : m_Database(openAnother(place))
 {
     m_Database->define("folder_path", [this](std::uint32_t id) {
         const FolderPath* folder = folderPath(id);
@@ -83,7 +83,7 @@ User Connection::requireUser(const std::string& token)
 
 const FolderPath* Connection::folderPath(std::uint32_t folderId)
 {
-    static const std::string query = fullPath("SELECT ?, ''");
+    static const std::string query = fullPath("SELECT id, substr(name, 1, 0) FROM folder WHERE id = ?");
     auto& known = memory().folderPaths;
     if (const auto found = known.find(folderId); found != known.end())
         return &found->second;

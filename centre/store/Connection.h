@@ -43,7 +43,7 @@ struct FolderPath
 class Connection
 {
 public:
-    explicit Connection(const std::string& dataFolder);
+    explicit Connection(const std::string& place);
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 

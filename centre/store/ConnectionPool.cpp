@@ -1,18 +1,60 @@
 #include "centre/store/ConnectionPool.h"
 
+#include "centre/store/Schema.h"
+
+#include <chrono>
 #include <filesystem>
+#include <limits>
 
 namespace centre {
 
-ConnectionPool::ConnectionPool(const std::string& dataFolder)
-    : m_DataFolder(std::filesystem::canonical(dataFolder).string())
+namespace {
+
+constexpr std::chrono::seconds kLongestWait(10);
+constexpr int kTries = 5;
+
+bool mayRunAgain(const DatabaseError& error)
 {
+    return error.kind() == DatabaseError::Kind::Serialization || error.kind() == DatabaseError::Kind::Lost;
+}
+
+} // namespace
+
+ConnectionPool::ConnectionPool(const std::string& place, int connections)
+    : m_Place(isServer(place) ? place : std::filesystem::canonical(place).string()),
+      m_DataFolder(isServer(place) ? std::string() : m_Place),
+      m_Most(isServer(place) ? connections : std::numeric_limits<int>::max())
+{
+}
+
+void ConnectionPool::change(const std::function<bool(Connection&)>& work)
+{
+    std::unique_lock<std::mutex> lock(m_Changing, std::defer_lock);
+    if (!m_DataFolder.empty())
+        lock.lock();
+    Lease connection(*this);
+    for (int tries = 1;; ++tries)
+        try {
+            Transaction transaction(connection->database());
+            if (work(*connection))
+                transaction.commit();
+            return;
+        } catch (const DatabaseError& error) {
+            if (!mayRunAgain(error) || tries == kTries)
+                throw;
+        }
 }
 
 std::unique_ptr<Connection> ConnectionPool::take()
 {
     {
-        const std::lock_guard<std::mutex> lock(m_Mutex);
+        std::unique_lock<std::mutex> lock(m_Mutex);
+        ++m_Waiting;
+        const bool isFree = m_GivenBack.wait_for(lock, kLongestWait, [this] { return m_Lent < m_Most; });
+        --m_Waiting;
+        if (!isFree)
+            throw DatabaseError(DatabaseError::Kind::Busy,
+                                "all " + std::to_string(m_Most) + " connections to the database are in use");
         ++m_Lent;
         if (!m_Free.empty()) {
             std::unique_ptr<Connection> connection = std::move(m_Free.back());
@@ -21,7 +63,7 @@ std::unique_ptr<Connection> ConnectionPool::take()
         }
     }
     try {
-        return std::make_unique<Connection>(m_DataFolder);
+        return std::make_unique<Connection>(m_Place);
     } catch (...) {
         giveBack(nullptr);
         throw;
@@ -30,16 +72,19 @@ std::unique_ptr<Connection> ConnectionPool::take()
 
 void ConnectionPool::giveBack(std::unique_ptr<Connection> connection)
 {
-    const std::lock_guard<std::mutex> lock(m_Mutex);
-    --m_Lent;
-    if (connection)
-        m_Free.push_back(std::move(connection));
+    {
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        --m_Lent;
+        if (connection)
+            m_Free.push_back(std::move(connection));
+    }
+    m_GivenBack.notify_one();
 }
 
 ConnectionPool::Usage ConnectionPool::usage() const
 {
     const std::lock_guard<std::mutex> lock(m_Mutex);
-    return {m_Lent, 0}; // nobody waits: there are as many as threads use
+    return {m_Lent, m_Waiting};
 }
 
 } // namespace centre

@@ -3,6 +3,8 @@
 
 #include "centre/store/Connection.h"
 
+#include <condition_variable>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -11,17 +13,21 @@
 
 namespace centre {
 
-/// Lends connections to threads and keeps them for the next; as many as threads use at once.
+/// Lends connections to threads and keeps them for the next.
 class ConnectionPool
 {
 public:
-    /// The data folder must exist.
-    explicit ConnectionPool(const std::string& dataFolder);
+    static constexpr int kConnections = 16; ///< to a server, unless another number is given
 
-    /// Absolute, without symbolic links.
+    /// `place` is a data folder, which must exist, or a server; see Schema.h. A server gets at most
+    /// `connections` at once, a data folder as many as threads use.
+    explicit ConnectionPool(const std::string& place, int connections = kConnections);
+
+    /// Absolute, without symbolic links; empty for a server.
     const std::string& dataFolder() const { return m_DataFolder; }
 
-    /// A connection that goes back to the pool when the lease ends. The pool must outlive the lease.
+    /// A connection that goes back to the pool when the lease ends. The pool must outlive the lease. Throws
+    /// DatabaseError(Busy) when all connections are in use for ten seconds.
     class Lease
     {
     public:
@@ -39,9 +45,9 @@ public:
         std::unique_ptr<Connection> m_Connection;
     };
 
-    /// To hold around each transaction that writes: threads that wait for it continue at once, those that
-    /// wait in SQLite sleep.
-    std::mutex& changing() { return m_Changing; }
+    /// Runs work in a transaction and commits it unless the work returns false. Runs the work again, from the
+    /// start, when the transaction met another one or its connection was lost, at most five times.
+    void change(const std::function<bool(Connection&)>& work);
 
     /// How much of the pool is needed now.
     struct Usage
@@ -55,11 +61,16 @@ private:
     std::unique_ptr<Connection> take();
     void giveBack(std::unique_ptr<Connection> connection);
 
+    const std::string m_Place;
     const std::string m_DataFolder;
+    const int m_Most;
     mutable std::mutex m_Mutex;
-    std::mutex m_Changing;
-    std::vector<std::unique_ptr<Connection>> m_Free;
+    std::condition_variable m_GivenBack;
     int m_Lent = 0;
+    int m_Waiting = 0;
+    std::vector<std::unique_ptr<Connection>> m_Free;
+    std::mutex m_Changing; ///< of a data folder: threads that wait for it continue at once, those that wait
+                           ///< in SQLite sleep
 };
 
 } // namespace centre

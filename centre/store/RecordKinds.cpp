@@ -114,7 +114,7 @@ std::string idColumnOf(const std::string& table)
     return kind ? kind->idColumn() : "id";
 }
 
-std::string table(const RecordKind& kind)
+std::string table(const RecordKind& kind, const Dialect& dialect)
 {
     const std::string& id = kind.idColumn();
     std::string sql = "CREATE TABLE " + kind.name + " (\n    " + id + " INTEGER PRIMARY KEY CHECK (" + id +
@@ -127,20 +127,26 @@ std::string table(const RecordKind& kind)
     }
     if (const Column* name = kind.nameColumn())
         sql += ",\n    UNIQUE (" + kind.owner().name + ", " + name->name + ")";
+    if (kind.hasType() && !dialect.hasRowIds)
+        sql += ",\n    bounds BOX GENERATED ALWAYS AS (box(point(west, south), point(east, north))) STORED";
     return sql + ");\n";
 }
 
-/// An index ends with the row's identifier, so the index of the owner holds its records in the order of
-/// pages. The index of the bounds rounds them outward; the table has them exactly.
-std::string indexes(const RecordKind& kind)
+/// The index of the owner ends with the row's identifier, so it holds the owner's records in the order of
+/// pages. The index of the bounds may find more than what touches them.
+std::string indexes(const RecordKind& kind, const Dialect& dialect)
 {
     const std::string create = "CREATE INDEX " + kind.name;
-    std::string page = create + "_page ON " + kind.name + "(" + kind.owner().name + ");\n";
+    std::string page = create + "_page ON " + kind.name + "(" + kind.owner().name +
+                       (dialect.hasRowIds ? "" : ", " + kind.idColumn()) + ");\n";
     if (!kind.hasType())
         return page;
+    const std::string bounds =
+        dialect.hasRowIds
+            ? "CREATE VIRTUAL TABLE " + kind.name + "_bounds USING rtree(id, west, east, south, north);\n"
+            : create + "_bounds ON " + kind.name + " USING gist (bounds);\n";
     return page + create + "_sensor ON " + kind.name + "(type_id, sensor, date);\n" + create + "_date ON " +
-           kind.name + "(type_id, date);\nCREATE VIRTUAL TABLE " + kind.name +
-           "_bounds USING rtree(id, west, east, south, north);\n";
+           kind.name + "(type_id, date);\n" + bounds;
 }
 
 } // namespace
@@ -214,11 +220,11 @@ std::string beanColumns(const RecordKind& kind)
     return columns;
 }
 
-std::string recordTables()
+std::string recordTables(const Dialect& dialect)
 {
     std::string sql;
     for (const RecordKind& kind : recordKinds())
-        sql += table(kind) + indexes(kind);
+        sql += table(kind, dialect) + indexes(kind, dialect);
     return sql +
            "CREATE TABLE image_mark (\n    comm_id INTEGER NOT NULL,\n    data_type_id INTEGER NOT NULL,\n"
            "    record_id INTEGER NOT NULL,\n    PRIMARY KEY (comm_id, data_type_id, record_id))"

@@ -1,6 +1,7 @@
 #ifndef LUMO_CENTRE_STORE_RECORDKINDS_H
 #define LUMO_CENTRE_STORE_RECORDKINDS_H
 
+#include "centre/database/Dialect.h"
 #include "lumo/core/LumoDataTypes.h"
 
 #include <google/protobuf/descriptor.h>
@@ -70,7 +71,7 @@ const std::vector<std::string>& codeTexts(const std::string& column);
 std::string beanColumns(const RecordKind& kind);
 
 /// Returns the SQL that makes the tables and indexes of all kinds, with their bounds and marks.
-std::string recordTables();
+std::string recordTables(const Dialect& dialect);
 /// Returns the SQL that makes the indexes by which the records of a main file are found.
 std::string mainFileIndexes();
 

@@ -121,12 +121,13 @@ struct Bounds
     double north;
 };
 
-std::string insertionSql(const RecordKind& kind)
+/// Returns the insertion of a record's columns from `first` on.
+std::string insertionSql(const RecordKind& kind, std::size_t first)
 {
     std::string names;
     std::string places;
-    for (const Column& column : kind.columns) {
-        names += (names.empty() ? "" : ", ") + column.name;
+    for (std::size_t i = first; i < kind.columns.size(); ++i) {
+        names += (names.empty() ? "" : ", ") + kind.columns[i].name;
         places += places.empty() ? "?" : ", ?";
     }
     return "INSERT INTO " + kind.name + "(" + names + ") VALUES (" + places + ") RETURNING " +
@@ -140,10 +141,7 @@ class RecordWriter::Insertion
 {
 public:
     Insertion(Database& database, const RecordKind& kind, Origin origin)
-        : m_Kind(kind),
-          m_Origin(origin),
-          m_Insert(database.prepare(insertionSql(kind))),
-          m_Texts(kind.columns.size() + kExtraSlots)
+        : m_Database(database), m_Kind(kind), m_Origin(origin), m_Texts(kind.columns.size() + kExtraSlots)
     {
         for (std::size_t i = 0; i < kind.columns.size(); ++i)
             m_Slots.emplace(kind.columns[i].key, i);
@@ -153,7 +151,7 @@ public:
             m_Slots.emplace("company", kind.columns.size());
         if (kind.hasType() || kind.name == "point")
             m_Slots.emplace("marks", kind.columns.size() + 1);
-        if (kind.hasType())
+        if (kind.hasType() && database.dialect().hasRowIds)
             m_AddBounds = database.prepare("INSERT INTO " + kind.name + "_bounds VALUES (?, ?, ?, ?, ?)");
     }
 
@@ -185,7 +183,7 @@ public:
 
     std::optional<Bounds> bounds() const
     {
-        if (!m_AddBounds)
+        if (!m_Kind.hasType())
             return std::nullopt;
         const std::string* texts[] = {text("west"), text("south"), text("east"), text("north")};
         const auto absent = std::count(std::begin(texts), std::end(texts), nullptr);
@@ -205,20 +203,33 @@ public:
     /// Returns the record's identifier.
     std::uint32_t run(const std::optional<Bounds>& bounds)
     {
-        for (std::size_t i = 0; i < m_Kind.columns.size(); ++i)
-            if (m_Texts[i])
-                bindValue(*m_Insert, static_cast<int>(i) + 1, m_Kind.columns[i], *m_Texts[i]);
-            else if (m_Kind.columns[i].required)
-                throw refusal(m_Kind.columns[i].key + " is missing");
-            else
-                m_Insert->bind(static_cast<int>(i) + 1, std::nullopt);
-        if (bounds)
-            m_Insert->bind(static_cast<int>(m_Slots.at("east")) + 1, bounds->east);
-        return m_Insert->runForId().value();
+        const bool isGiven = m_Texts.front() != nullptr;
+        if (!isGiven)
+            noteIdentifiers();
+        const std::size_t first = isGiven ? 0 : 1;
+        std::unique_ptr<Statement>& insert = m_Inserts[first];
+        if (!insert)
+            insert = m_Database.prepare(insertionSql(m_Kind, first));
+        for (std::size_t i = first; i < m_Kind.columns.size(); ++i)
+            bindColumn(*insert, static_cast<int>(i - first) + 1, i, bounds);
+        const std::uint32_t id = insert->runForId().value();
+        if (isGiven)
+            m_LargestGiven = std::max(m_LargestGiven, id);
+        return id;
+    }
+
+    /// Has the next identifiers follow those that the texts gave.
+    void noteIdentifiers()
+    {
+        if (m_LargestGiven > 0)
+            m_Database.noteIdentifier(m_Kind.name, m_Kind.idColumn(), m_LargestGiven);
+        m_LargestGiven = 0;
     }
 
     void addBounds(const Bounds& bounds, std::uint32_t id)
     {
+        if (!m_AddBounds)
+            return;
         const ResetAtEnd resetAtEnd(*m_AddBounds);
         m_AddBounds->bindAll(id, bounds.west, bounds.east, bounds.south, bounds.north);
         m_AddBounds->run();
@@ -226,6 +237,19 @@ public:
 
 private:
     static constexpr std::size_t kExtraSlots = 2; // company, marks
+
+    void bindColumn(Statement& insert, int place, std::size_t i, const std::optional<Bounds>& bounds)
+    {
+        const Column& column = m_Kind.columns[i];
+        if (bounds && column.key == "east")
+            insert.bind(place, bounds->east);
+        else if (m_Texts[i])
+            bindValue(insert, place, column, *m_Texts[i]);
+        else if (column.required)
+            throw refusal(column.key + " is missing");
+        else
+            insert.bind(place, std::nullopt);
+    }
 
     void requireFromUser() const
     {
@@ -236,10 +260,12 @@ private:
                 requireReadable(m_Kind.columns[i], *m_Texts[i]);
     }
 
+    Database& m_Database;
     const RecordKind& m_Kind;
     const Origin m_Origin;
-    std::unique_ptr<Statement> m_Insert;
-    std::unique_ptr<Statement> m_AddBounds;               ///< if bounds have a table of their own
+    std::uint32_t m_LargestGiven = 0;        ///< of the identifiers that texts gave since the last note
+    std::unique_ptr<Statement> m_Inserts[2]; ///< with the identifier, and without
+    std::unique_ptr<Statement> m_AddBounds;  ///< if bounds have a table of their own
     std::unordered_map<std::string, std::size_t> m_Slots; ///< columns by key, then the extra ones
     std::vector<const std::string*> m_Texts;              ///< by slot
 };
@@ -280,6 +306,14 @@ std::uint32_t RecordWriter::add(const RecordKind& kind, const RecordTexts& texts
     if (const std::string* marks = record.text("marks"))
         addMarks(kind, id, *marks);
     return id;
+}
+
+void RecordWriter::finish()
+{
+    for (const auto& [kind, insertion] : m_Insertions)
+        insertion->noteIdentifiers();
+    if (m_LargestMark > 0)
+        m_Database.noteIdentifier("image_comment", "id", m_LargestMark);
 }
 
 RecordWriter::Insertion& RecordWriter::insertion(const RecordKind& kind)
@@ -337,6 +371,10 @@ void RecordWriter::refuse(const RecordKind& kind, Insertion& insertion, const Da
         if (column.references.empty() || !text)
             continue;
         const std::string& table = column.references;
+        if (error.constraint() == kind.name + "_" + column.name + "_fkey")
+            throw refusal("there is no " + table + " " + *text);
+        if (!error.constraint().empty())
+            continue;
         const RecordKind* other = findKind(table);
         const auto row = m_Database.prepare("SELECT 1 FROM " + table + " WHERE " +
                                             (other ? other->idColumn() : "id") + " = ?");
@@ -371,6 +409,7 @@ void RecordWriter::requireImageComment(std::uint32_t id)
                                                  " VALUES (:id, 'mark ' || :id, '') ON CONFLICT DO NOTHING");
         addition->bind(1, id);
         addition->run();
+        m_LargestMark = std::max(m_LargestMark, id);
         return;
     }
     const auto comment =

@@ -43,6 +43,9 @@ public:
     /// and a text that the origin does not allow. The caller then rolls its transaction back.
     std::uint32_t add(const RecordKind& kind, const RecordTexts& texts);
 
+    /// To be called after the last record, before the commit.
+    void finish();
+
 private:
     class Insertion;
 
@@ -57,6 +60,7 @@ private:
     const Origin m_Origin;
     const std::uint32_t m_CompanyId;
     std::unordered_map<const RecordKind*, std::unique_ptr<Insertion>> m_Insertions;
+    std::uint32_t m_LargestMark = 0; ///< of the image comments that were added
     std::unordered_map<std::uint32_t, std::string> m_TypeNames;
     std::unique_ptr<Statement> m_AddMark;
     std::unordered_set<std::uint32_t> m_ImageComments; ///< those that are known to exist

@@ -1,7 +1,9 @@
 #include "centre/store/Schema.h"
 
 #include "centre/base/Error.h"
+#include "centre/database/PostgresDatabase.h"
 #include "centre/store/RecordKinds.h"
+#include "centre/store/StorageTree.h"
 
 #include <cerrno>
 #include <cstring>
@@ -12,10 +14,9 @@ namespace centre {
 
 namespace {
 
-constexpr int kApplicationId = 0x4C554D4F; // "LUMO", so that a foreign database is never taken for ours
-
 // A column that goes into a bean has the name of the bean's field. NULL leaves the field absent.
 // 0xFFFFFFFF means "none" to the clients, so no record may have it.
+// The steps are written with the types and words of SQLite, which other engines replace.
 constexpr const char* kVersion1 = R"sql(
 CREATE TABLE company (
     id INTEGER PRIMARY KEY CHECK (id BETWEEN 1 AND 4294967294),
@@ -198,12 +199,26 @@ CREATE UNIQUE INDEX image_comment_text ON image_comment(coalesce(company_id, 0),
 
 constexpr int kSchemaVersion = 6;
 
+/// What a server has in addition to version 1: indexes that end with the row's id, and the functions that a
+/// connection to SQLite defines.
+std::string onServerWithVersion1()
+{
+    const std::string path = fullPath("SELECT id, substr(name, 1, 0) FROM folder WHERE id = wanted");
+    const auto function = [&path](const std::string& name, const std::string& column) {
+        return "CREATE FUNCTION " + name + "(wanted bigint) RETURNS text LANGUAGE sql STABLE AS $$ SELECT " +
+               column + " FROM (" + path + ") AS place $$; ";
+    };
+    return "DROP INDEX folder_page; CREATE INDEX folder_page ON folder(parent_id, id);"
+           " DROP INDEX file_page; CREATE INDEX file_page ON file(parent_id, id); " +
+           function("folder_path", "full_path") + function("folder_box", "kesta_code");
+}
+
 /// Returns the SQL that leads from a version of the tables to the next.
-std::string stepFrom(int version)
+std::string stepFrom(int version, const Dialect& dialect)
 {
     // The tables of the image catalogue follow the beans, whose fields have their places for good.
     const std::string steps[kSchemaVersion] = {
-        kVersion1, kVersion2, recordTables(), kVersion4, kVersion5 + mainFileIndexes(), kVersion6};
+        kVersion1, kVersion2, recordTables(dialect), kVersion4, kVersion5 + mainFileIndexes(), kVersion6};
     return steps[version];
 }
 
@@ -212,34 +227,39 @@ std::string databasePath(const std::string& dataFolder)
     return dataFolder + "/centre.db";
 }
 
-int pragma(Database& database, const std::string& name)
+Error notOurs(const std::string& name)
 {
-    return std::stoi(database.value("PRAGMA " + name));
-}
-
-Error notOurs(const std::string& path)
-{
-    return {ExitCode::NoDataFolder, path + " is not a database of lumo-centre"};
-}
-
-bool isComplete(Database& database)
-{
-    return pragma(database, "application_id") == kApplicationId && pragma(database, "user_version") > 0;
+    return {ExitCode::NoDataFolder, name + " is not a database of lumo-centre"};
 }
 
 void takeSteps(Database& database, int from)
 {
     for (int version = from; version < kSchemaVersion; ++version) {
-        database.execute(stepFrom(version));
-        database.execute("PRAGMA user_version = " + std::to_string(version + 1));
+        database.executeTables(stepFrom(version, database.dialect()));
+        if (version == 0 && !database.dialect().hasRowIds)
+            database.execute(onServerWithVersion1());
+        database.setVersion(version + 1);
     }
 }
 
 void migrate(Database& database)
 {
     Transaction transaction(database);
-    takeSteps(database, pragma(database, "user_version")); // anew: another process may have been faster
+    database.lockTables();
+    takeSteps(database, database.version()); // anew: another process may have been faster
     transaction.commit();
+}
+
+/// The version of the tables; 0 for an empty database and -1 for one of another program.
+int versionOf(Database& database)
+{
+    try {
+        return database.version();
+    } catch (const DatabaseError& error) {
+        if (error.kind() == DatabaseError::Kind::NotADatabase)
+            return -1;
+        throw;
+    }
 }
 
 std::unique_ptr<SqliteDatabase> open(const std::string& file, SqliteDatabase::Open how)
@@ -253,13 +273,53 @@ std::unique_ptr<SqliteDatabase> open(const std::string& file, SqliteDatabase::Op
     }
 }
 
+std::unique_ptr<Database> connect(const std::string& url)
+{
+    try {
+        return std::make_unique<PostgresDatabase>(url);
+    } catch (const DatabaseError& error) {
+        const bool isLost = error.kind() == DatabaseError::Kind::Lost;
+        throw Error(isLost ? ExitCode::Failed : ExitCode::NoDataFolder, error.what());
+    }
+}
+
+/// Throws unless a server's database has tables of this version or, if that is allowed, of an earlier one.
+void requireTables(Database& database, const std::string& name, bool mayBeEarlier)
+{
+    const int version = versionOf(database);
+    if (version == 0)
+        throw Error(ExitCode::NoDataFolder,
+                    name + " has no tables of lumo-centre; make them with: lumo-centre init --database URL");
+    requireKnown(database, name);
+    if (version < kSchemaVersion && !mayBeEarlier)
+        throw Error(ExitCode::NoDataFolder,
+                    "the tables of " + name + " have version " + std::to_string(version) +
+                        ", this lumo-centre needs " + std::to_string(kSchemaVersion) +
+                        "; bring them up to date with: lumo-centre migrate --database URL");
+}
+
 } // namespace
+
+bool isServer(const std::string& place)
+{
+    return isPostgresUrl(place);
+}
+
+std::string shownPlace(const std::string& place)
+{
+    return isServer(place) ? shownUrl(place) : place;
+}
+
+int schemaVersion()
+{
+    return kSchemaVersion;
+}
 
 void requireKnown(Database& database, const std::string& name)
 {
-    if (!isComplete(database))
+    const int version = versionOf(database);
+    if (version <= 0)
         throw notOurs(name);
-    const int version = pragma(database, "user_version");
     if (version > kSchemaVersion)
         throw Error(ExitCode::NoDataFolder,
                     name + " was made by a newer lumo-centre: its tables have version " +
@@ -267,22 +327,38 @@ void requireKnown(Database& database, const std::string& name)
                         std::to_string(kSchemaVersion));
 }
 
-std::unique_ptr<SqliteDatabase> openDatabase(const std::string& dataFolder)
+std::unique_ptr<SqliteDatabase> openFolder(const std::string& dataFolder)
 {
     const std::string path = databasePath(dataFolder);
     if (!std::filesystem::exists(path))
         throw Error(ExitCode::NoDataFolder,
                     dataFolder + " is not a data folder; make one with: lumo-centre init " + dataFolder);
     auto database = open(path, SqliteDatabase::Open::ReadWrite);
-    if (!isComplete(*database))
+    if (versionOf(*database) <= 0)
         throw notOurs(path);
     requireKnown(*database, dataFolder);
-    if (pragma(*database, "user_version") < kSchemaVersion)
+    if (database->version() < kSchemaVersion)
         migrate(*database);
     return database;
 }
 
-std::unique_ptr<SqliteDatabase> createDatabase(const std::string& dataFolder)
+std::unique_ptr<Database> openDatabase(const std::string& place)
+{
+    if (!isServer(place))
+        return openFolder(place);
+    auto database = connect(place);
+    requireTables(*database, shownPlace(place), false);
+    return database;
+}
+
+std::unique_ptr<Database> openAnother(const std::string& place)
+{
+    if (!isServer(place))
+        return openFolder(place);
+    return std::make_unique<PostgresDatabase>(place);
+}
+
+std::unique_ptr<SqliteDatabase> createFolder(const std::string& dataFolder)
 {
     std::error_code error;
     const bool made = std::filesystem::create_directories(dataFolder, error);
@@ -291,18 +367,51 @@ std::unique_ptr<SqliteDatabase> createDatabase(const std::string& dataFolder)
     if (made && ::chmod(dataFolder.c_str(), S_IRWXU) != 0)
         throw Error(ExitCode::Failed, "can't protect " + dataFolder + ": " + std::strerror(errno));
     auto database = open(databasePath(dataFolder), SqliteDatabase::Open::Create);
-    if (isComplete(*database))
+    const int version = versionOf(*database);
+    if (version > 0)
         throw Error(ExitCode::NoDataFolder, dataFolder + " is a data folder already; nothing was changed");
-    if (pragma(*database, "application_id") != 0 || pragma(*database, "user_version") != 0)
+    if (version < 0)
         throw Error(ExitCode::NoDataFolder, databasePath(dataFolder) + " is a database of another program");
     database->execute("PRAGMA journal_mode = WAL");
     return database;
 }
 
+std::unique_ptr<Database> createDatabase(const std::string& place)
+{
+    if (!isServer(place))
+        return createFolder(place);
+    auto database = connect(place);
+    const int version = versionOf(*database);
+    if (version > 0)
+        throw Error(ExitCode::NoDataFolder,
+                    shownPlace(place) + " has tables of lumo-centre already; nothing was changed");
+    if (version < 0)
+        throw Error(ExitCode::NoDataFolder, shownPlace(place) + " is a database of another program");
+    return database;
+}
+
 void createSchema(Database& database)
 {
-    database.execute("PRAGMA application_id = " + std::to_string(kApplicationId));
+    database.lockTables();
+    if (database.version() > 0)
+        throw Error(ExitCode::NoDataFolder, "another process makes the tables already");
     takeSteps(database, 0);
+}
+
+int migrate(const std::string& place)
+{
+    if (!isServer(place)) {
+        if (!std::filesystem::exists(databasePath(place)))
+            openFolder(place); // throws
+        const int before = versionOf(*open(databasePath(place), SqliteDatabase::Open::ReadWrite));
+        openFolder(place);
+        return before;
+    }
+    const auto database = connect(place);
+    requireTables(*database, shownPlace(place), true);
+    const int before = database->version();
+    migrate(*database);
+    return before;
 }
 
 } // namespace centre

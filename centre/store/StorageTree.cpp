@@ -19,8 +19,8 @@ StorageTree::StorageTree(Database& database)
     : m_TopFolder(database.prepare("SELECT id FROM folder WHERE disk_id = ? AND parent_id = 0")),
       m_FindFolder(
           database.prepare("SELECT id FROM folder WHERE disk_id = ? AND parent_id = ? AND name = ?")),
-      m_AddFolder(
-          database.prepare("INSERT INTO folder(disk_id, parent_id, name) VALUES (?, ?, ?) RETURNING id")),
+      m_AddFolder(database.prepare("INSERT INTO folder(disk_id, parent_id, name) VALUES (?, ?, ?)"
+                                   " ON CONFLICT DO NOTHING RETURNING id")),
       // What exists takes no identifier; the conflict is for what another connection adds meanwhile.
       m_AddFile(database.prepare("INSERT INTO file(parent_id, name) SELECT :parent, :name WHERE NOT EXISTS"
                                  " (SELECT 1 FROM file WHERE parent_id = :parent AND name = :name)"
@@ -53,7 +53,9 @@ std::optional<std::uint32_t> StorageTree::findFolder(std::uint32_t diskId, std::
 std::uint32_t StorageTree::addFolder(std::uint32_t diskId, std::uint32_t parentId, const std::string& name)
 {
     m_AddFolder->bindAll(diskId, parentId, name);
-    return m_AddFolder->runForId().value();
+    if (const auto added = m_AddFolder->runForId())
+        return *added;
+    return findFolder(diskId, parentId, name).value(); // another connection was faster
 }
 
 std::uint32_t StorageTree::makeFolders(std::uint32_t diskId, std::uint32_t parentId,

@@ -35,12 +35,11 @@ void requireName(const std::string& what, const std::string& name)
         throw Error(ExitCode::WrongUse, what + " must be UTF-8 without control characters: " + escaped(name));
 }
 
-std::string Store::create(const std::string& dataFolder, const std::string& companyNo,
-                          const std::string& userName)
+std::string Store::create(const std::string& place, const std::string& companyNo, const std::string& userName)
 {
     requireName("the company number", companyNo);
     requireName("the user name", userName);
-    Store store(createDatabase(dataFolder), dataFolder);
+    Store store(createDatabase(place), place);
     Transaction transaction(*store.m_Database);
     createSchema(*store.m_Database);
     store.addCompany(companyNo);
@@ -49,12 +48,13 @@ std::string Store::create(const std::string& dataFolder, const std::string& comp
     return token;
 }
 
-Store::Store(const std::string& dataFolder) : Store(openDatabase(dataFolder), dataFolder)
+Store::Store(const std::string& place) : Store(openDatabase(place), place)
 {
 }
 
-Store::Store(std::unique_ptr<Database> database, const std::string& dataFolder)
-    : m_Database(std::move(database)), m_DataFolder(std::filesystem::canonical(dataFolder).string())
+Store::Store(std::unique_ptr<Database> database, const std::string& place)
+    : m_Database(std::move(database)),
+      m_DataFolder(isServer(place) ? std::string() : std::filesystem::canonical(place).string())
 {
 }
 

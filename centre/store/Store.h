@@ -11,19 +11,19 @@ namespace centre {
 class Database;
 class Statement;
 
-/// Writes to a data folder: companies, users, boxes, areas, disks. May be used while another process serves
-/// the folder, by one thread at a time. What a function returns from has reached the disk. All throw Error;
+/// Writes to a catalogue: companies, users, boxes, areas, disks. May be used while another process serves
+/// it, by one thread at a time. What a function returns from has reached the disk. All throw Error;
 /// names are UTF-8, and one that is taken already is an error.
 class Store
 {
 public:
-    /// Makes a data folder with one company and its administrator, or nothing at all. Returns the
-    /// administrator's token.
-    static std::string create(const std::string& dataFolder, const std::string& companyNo,
+    /// Makes a data folder, or the tables on a server, with one company and its administrator, or nothing at
+    /// all. Returns the administrator's token.
+    static std::string create(const std::string& place, const std::string& companyNo,
                               const std::string& userName);
 
-    /// Opens a data folder.
-    explicit Store(const std::string& dataFolder);
+    /// Opens a data folder or the database of a server.
+    explicit Store(const std::string& place);
     ~Store();
 
     std::uint32_t addCompany(const std::string& companyNo);
@@ -46,12 +46,12 @@ public:
     /// For tests and benchmarks: registers files "file-000000.dat", "file-000001.dat" and so on.
     void addMadeUpFiles(std::uint32_t folderId, std::uint32_t count);
 
-    /// Absolute, without symbolic links.
+    /// Absolute, without symbolic links; empty for a server.
     const std::string& dataFolder() const { return m_DataFolder; }
     Database& database() { return *m_Database; }
 
 private:
-    Store(std::unique_ptr<Database> database, const std::string& dataFolder);
+    Store(std::unique_ptr<Database> database, const std::string& place);
 
     std::unique_ptr<Database> m_Database;
     const std::string m_DataFolder;

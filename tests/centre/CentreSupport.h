@@ -4,7 +4,7 @@
 #include "centre/base/Error.h"
 #include "centre/content/Import.h"
 #include "centre/content/LoadRecords.h"
-#include "centre/database/Database.h"
+#include "centre/database/PostgresDatabase.h"
 #include "centre/server/Centre.h"
 #include "centre/store/Store.h"
 #include "forgeserver.pb.h"
@@ -20,25 +20,67 @@
 #include <gmock/gmock.h>
 #include <google/protobuf/text_format.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <memory>
 #include <regex>
 #include <sstream>
 #include <string>
+#include <thread>
+#include <unistd.h>
 #include <vector>
 
-/// A temporary folder with a data folder in it, of company LUMO and user demo.
-class DataFolder
+/// The address of a PostgreSQL server that the tests run on; null: they run on SQLite.
+inline const char* postgresql()
+{
+    return std::getenv("LUMO_POSTGRESQL");
+}
+
+#define ONLY_WITH_A_DATA_FOLDER()                                                                            \
+    if (postgresql() != nullptr)                                                                             \
+    GTEST_SKIP() << "of data folders"
+
+/// A temporary folder with a data folder in it, or an empty catalogue on a server.
+class EmptyFolder
+{
+public:
+    EmptyFolder()
+    {
+        if (postgresql() == nullptr)
+            return;
+        static int databases = 0;
+        m_Database = "test_" + std::to_string(::getpid()) + "_" + std::to_string(++databases);
+        centre::PostgresDatabase(postgresql()).execute("CREATE DATABASE " + m_Database);
+    }
+    ~EmptyFolder()
+    {
+        std::filesystem::remove_all(below("")); // Qt can't remove names that are not UTF-8
+        if (!m_Database.empty())
+            centre::PostgresDatabase(postgresql()).execute("DROP DATABASE " + m_Database + " WITH (FORCE)");
+    }
+    EmptyFolder(const EmptyFolder&) = delete;
+    EmptyFolder& operator=(const EmptyFolder&) = delete;
+
+    std::string below(const std::string& name) const { return m_Folder.path().toStdString() + "/" + name; }
+    /// The data folder, or the server's address.
+    std::string path() const
+    {
+        return m_Database.empty()
+                   ? below("data")
+                   : std::regex_replace(postgresql(), std::regex("/postgres\\?"), "/" + m_Database + "?");
+    }
+
+private:
+    QTemporaryDir m_Folder;
+    std::string m_Database;
+};
+
+/// The same, with company LUMO and user demo.
+class DataFolder : public EmptyFolder
 {
 public:
     DataFolder() : m_Token(centre::Store::create(path(), "LUMO", "demo")) {}
-    ~DataFolder() { std::filesystem::remove_all(below("")); } // Qt can't remove names that are not UTF-8
-    DataFolder(const DataFolder&) = delete;
-    DataFolder& operator=(const DataFolder&) = delete;
-
-    std::string path() const { return below("data"); }
-    std::string below(const std::string& name) const { return m_Folder.path().toStdString() + "/" + name; }
     const std::string& token() const { return m_Token; }
 
     /// Makes a file, and the folders above it.
@@ -48,7 +90,6 @@ public:
     }
 
 private:
-    QTemporaryDir m_Folder;
     std::string m_Token;
 };
 
@@ -117,6 +158,14 @@ protected:
     void callWith(const std::string& token) { m_Channel = channelTo(m_Centre->address(), token); }
     /// As a user of LUMO who may not write.
     void callAsReader() { callWith(m_Store.addUser("reader", "LUMO", false)); }
+
+    /// Waits until what connections remember of a server's database is forgotten; a data folder's is at once.
+    void awaitChanges()
+    {
+        const auto before = m_Store.database().state();
+        while (postgresql() != nullptr && m_Store.database().state() == before)
+            std::this_thread::yield();
+    }
 
     /// `m_Errors` gets what the centre writes to standard error.
     std::string ask(const std::string& operation, const std::string& request)

@@ -70,6 +70,7 @@ class EarlierVersions : public testing::TestWithParam<int>
 
 TEST_P(EarlierVersions, OfTheTablesAreBroughtUpToDateWithTheirRecords)
 {
+    ONLY_WITH_A_DATA_FOLDER();
     const EarlierFolder folder(GetParam());
     EXPECT_EQ(folder.version(), GetParam());
     const centre::Centre centre(folder.path(), {});
@@ -92,6 +93,7 @@ INSTANTIATE_TEST_SUITE_P(, EarlierVersions, testing::Values(1, 2, 3, 4), testing
 
 TEST(EarlierVersion, StaysAsItWasWhenItCannotBeBroughtUpToDate)
 {
+    ONLY_WITH_A_DATA_FOLDER();
     const EarlierFolder folder(1, "CREATE TABLE version(in_the_way)");
     EXPECT_THROW(centre::openDatabase(folder.path()), centre::DatabaseError);
     EXPECT_EQ(folder.version(), 1);

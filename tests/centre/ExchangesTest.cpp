@@ -178,6 +178,12 @@ private:
          [this](auto& name, auto& rest) {
              EXPECT_EQ(summaryOf(m_Data.below(name)), summaryOf(m_Data.below(rest)));
          }},
+        {"restart",
+         [this](auto& table, auto& id) {
+             if (postgresql() != nullptr)
+                 value("SELECT setval('" + table + "_" + id + "_seq', coalesce(max(" + id + "), 1), max(" +
+                       id + ") IS NOT NULL) FROM " + table);
+         }},
         {"import", [this](auto& folder, auto& company) { import(folder, folder, company); }},
     };
     const std::map<std::string, std::function<void(const std::string&)>> m_SetUps = {

@@ -55,7 +55,8 @@ TEST(Process, AnImportThatWasKilledIsCompletedByAnother)
     killed.wait();
 
     centre::Store store(data.path());
-    EXPECT_EQ(store.database().value("PRAGMA integrity_check"), "ok");
+    if (postgresql() == nullptr)
+        EXPECT_EQ(store.database().value("PRAGMA integrity_check"), "ok");
     store.database().execute("CREATE TEMP TABLE earlier AS SELECT id, name FROM file");
     const auto report = centre::importTree(store, {data.below("tree"), "disk", "LUMO", ""});
     EXPECT_GT(report.knownFiles, 0u);

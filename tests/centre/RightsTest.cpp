@@ -178,6 +178,7 @@ TEST_F(Rights, WhatIsSharedIsReadAndNotChanged)
         EXPECT_EQ(ask(operation, request).find("OWNER") != std::string::npos, found) << operation;
     };
     const auto expectAll = [&](bool disk, bool project) {
+        awaitChanges();
         expect(disk, "queryDataAddress", "company_id: 31 address_kind: 1");
         expect(disk, "queryDataAddressByName", "company_id: 31 name: 'OWNER'");
         expect(disk, "queryDataAddress", "company_id: 11 address_kind: 1");
@@ -213,6 +214,7 @@ TEST_F(Rights, ATokenCountsUntilItsEndOrRevocation)
 {
     centre::Accounts accounts(m_Store.database());
     const auto asked = [&](const std::string& token) {
+        awaitChanges();
         callWith(token);
         return ask("queryUserTableByUserName", "username: 'OTHER'");
     };
