@@ -63,13 +63,13 @@ std::string trimmed(const char* message)
     return std::regex_replace(text, std::regex("\\s*\n\\s*"), "; ");
 }
 
-std::string wantedIds(const std::string& parameter)
+std::string postgresWantedIds(const std::string& parameter)
 {
     return "(SELECT value, key FROM unnest(" + parameter + ") WITH ORDINALITY AS each(value, key))";
 }
 
 /// Searches the index of the boxes, whose operator takes those that nearly touch, too.
-std::string inBounds(const std::string& table, const std::string& idColumn)
+std::string postgresInBounds(const std::string& table, const std::string& idColumn)
 {
     return "SELECT " + idColumn +
            " AS id FROM (SELECT 0 AS turn UNION ALL SELECT 360 UNION ALL SELECT -360) AS turns JOIN " +
@@ -190,7 +190,7 @@ void PostgresDatabase::executeTables(const std::string& sql)
 
 const Dialect& PostgresDatabase::dialect() const
 {
-    static const Dialect dialect = {"JOIN", wantedIds, inBounds, false};
+    static const Dialect dialect = {"JOIN", postgresWantedIds, postgresInBounds, false};
     return dialect;
 }
 

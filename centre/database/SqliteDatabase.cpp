@@ -31,13 +31,13 @@ int flagsOf(SqliteDatabase::Open open)
     }
 }
 
-std::string wantedIds(const std::string& parameter)
+std::string sqliteWantedIds(const std::string& parameter)
 {
     return "json_each(" + parameter + ")";
 }
 
 /// Searches the index of the bounds, which rounds them outward.
-std::string inBounds(const std::string& table, const std::string&)
+std::string sqliteInBounds(const std::string& table, const std::string&)
 {
     return "SELECT id FROM (SELECT 0 AS turn UNION ALL SELECT 360 UNION ALL SELECT -360) CROSS JOIN " +
            table +
@@ -89,7 +89,7 @@ void SqliteDatabase::execute(const std::string& sql)
 
 const Dialect& SqliteDatabase::dialect() const
 {
-    static const Dialect dialect = {"CROSS JOIN", wantedIds, inBounds, true};
+    static const Dialect dialect = {"CROSS JOIN", sqliteWantedIds, sqliteInBounds, true};
     return dialect;
 }
 
