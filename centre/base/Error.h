@@ -1,6 +1,7 @@
 #ifndef LUMO_CENTRE_BASE_ERROR_H
 #define LUMO_CENTRE_BASE_ERROR_H
 
+#include <exception>
 #include <stdexcept>
 #include <string>
 
@@ -28,6 +29,14 @@ public:
 private:
     ExitCode m_Code;
 };
+
+/// Returns the reason of a failed request for its caller. Only the operator hears of failures of the machine.
+inline std::string reasonFor(const std::exception& failure)
+{
+    if (const auto* error = dynamic_cast<const Error*>(&failure))
+        return error->what();
+    return "the centre could not do it; its log has the cause";
+}
 
 /// Returns the refusal of a request or of content.
 inline Error refusal(const std::string& reason)

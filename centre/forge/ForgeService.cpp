@@ -18,9 +18,9 @@ using google::protobuf::RpcController;
 
 namespace {
 
-/// Runs the work of an operation. Returns the reason of its failure and writes it to standard error; empty
-/// after success.
-std::string attempt(const char* operation, const std::function<void()>& work)
+/// Runs the work of an operation. Returns the reason of its failure, writes it to standard error and sends it
+/// beside the answer; empty after success.
+std::string attempt(const char* operation, RpcController* call, const std::function<void()>& work)
 {
     try {
         work();
@@ -28,6 +28,7 @@ std::string attempt(const char* operation, const std::function<void()>& work)
     } catch (const std::exception& exception) {
         const std::string reason = escaped(exception.what());
         std::cerr << "lumo-centre: " + (operation + (": " + reason)) + "\n";
+        static_cast<wirecall::ServerCall*>(call)->setReason(reason);
         return reason.empty() ? "failed" : reason;
     }
 }
@@ -57,8 +58,9 @@ void setResult(CopyRsp& response, const std::string& error)
 void ForgeService::CreateFolder(RpcController* controller, const forgeserver::CreateFolderReq* request,
                                 forgeserver::CreateFolderRsp* response, Closure* done)
 {
-    const std::string error = attempt(
-        "CreateFolder", [&] { response->set_folder_id(m_Copy.makeFolder(userOf(controller), *request)); });
+    const std::string error = attempt("CreateFolder", controller, [&] {
+        response->set_folder_id(m_Copy.makeFolder(userOf(controller), *request));
+    });
     if (!error.empty())
         controller->SetFailed(error);
     done->Run();
@@ -69,6 +71,9 @@ void ForgeService::CheckTransfer(RpcController* controller, const forgeserver::C
 {
     const std::string token = static_cast<wirecall::ServerCall*>(controller)->token();
     response->set_passed(mayRead(token, request->serv_path()));
+    if (!response->passed())
+        static_cast<wirecall::ServerCall*>(controller)
+            ->setReason(abbreviated(request->serv_path()) + " is on no disk that the user may read");
     done->Run();
 }
 
@@ -85,7 +90,7 @@ void ForgeService::TransferProgress(RpcController*, const forgeserver::TransferP
 void ForgeService::AnalyzeImage(RpcController* controller, const forgeserver::AnalyzeImageReq* request,
                                 forgeserver::AnalyzeImageRsp* response, Closure* done)
 {
-    setResult(*response, attempt("AnalyzeImage", [&] {
+    setResult(*response, attempt("AnalyzeImage", controller, [&] {
         analyzeImage(m_Pool, m_Images, userOf(controller), *request, cancellationOf(controller));
     }));
     done->Run();
@@ -95,7 +100,7 @@ void ForgeService::AnalyzeImages(RpcController* controller, const forgeserver::A
                                  forgeserver::AnalyzeImagesRsp* response, Closure* done)
 {
     for (const forgeserver::AnalyzeImageReq& each : request->analyze_req())
-        setResult(*response->add_analyze_rsp(), attempt("AnalyzeImages", [&] {
+        setResult(*response->add_analyze_rsp(), attempt("AnalyzeImages", controller, [&] {
             analyzeImage(m_Pool, m_Images, userOf(controller), each, cancellationOf(controller));
         }));
     done->Run();
@@ -104,7 +109,7 @@ void ForgeService::AnalyzeImages(RpcController* controller, const forgeserver::A
 void ForgeService::FileCopyToDb(RpcController* controller, const forgeserver::FileCopyToDbReq* request,
                                 forgeserver::FileCopyToDbRsp* response, Closure* done)
 {
-    setResult(*response, attempt("FileCopyToDb", [&] {
+    setResult(*response, attempt("FileCopyToDb", controller, [&] {
         m_Copy.copyIn(userOf(controller), *request, cancellationOf(controller));
     }));
     done->Run();
@@ -113,7 +118,7 @@ void ForgeService::FileCopyToDb(RpcController* controller, const forgeserver::Fi
 void ForgeService::FileCopyFromDb(RpcController* controller, const forgeserver::FileCopyFromDbReq* request,
                                   forgeserver::FileCopyFromDbRsp* response, Closure* done)
 {
-    setResult(*response, attempt("FileCopyFromDb", [&] {
+    setResult(*response, attempt("FileCopyFromDb", controller, [&] {
         m_Copy.copyOut(userOf(controller), *request, cancellationOf(controller));
     }));
     done->Run();
@@ -140,7 +145,7 @@ void ForgeService::AlosFromSummary(RpcController* controller, const forgeserver:
 void ForgeService::AdsFromSup(RpcController* controller, const forgeserver::AnalyzeAdsReq* request,
                               forgeserver::AnalyzeAdsRsp* response, Closure* done)
 {
-    const std::string error = attempt("AdsFromSup", [&] {
+    const std::string error = attempt("AdsFromSup", controller, [&] {
         image::Scene scene = readScene(m_Pool, m_Images, userOf(controller), request->image_id(), image::ADS,
                                        cancellationOf(controller));
         auto& texts = *scene.mutable_texts();
@@ -161,7 +166,7 @@ void ForgeService::answerScene(const char* operation, RpcController* controller,
                                const forgeserver::AnalyzeSatReq& request,
                                forgeserver::AnalyzeSatRsp& response, Closure& done)
 {
-    const std::string error = attempt(operation, [&] {
+    const std::string error = attempt(operation, controller, [&] {
         const image::Scene scene = readScene(m_Pool, m_Images, userOf(controller), request.image_id(), form,
                                              cancellationOf(controller));
         response.set_sat_name(scene.name());

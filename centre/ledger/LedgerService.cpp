@@ -1,5 +1,6 @@
 #include "centre/ledger/LedgerService.h"
 
+#include "centre/base/Error.h"
 #include "centre/ledger/LedgerOperations.h"
 #include "centre/store/Ownership.h"
 #include "lumo/components/wirecall/RpcServer.h"
@@ -55,6 +56,7 @@ void LedgerService::CallMethod(const MethodDescriptor* method, google::protobuf:
         static_cast<wirecall::ServerCall*>(controller)->setExhausted(tooLarge.what());
     } catch (const std::exception& exception) {
         std::cerr << "lumo-centre: " + method->name() + ": " + exception.what() + "\n";
+        static_cast<wirecall::ServerCall*>(controller)->setReason(reasonFor(exception));
         response->Clear();
         setResult(*response, kError);
     }

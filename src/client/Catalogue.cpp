@@ -58,9 +58,8 @@ std::optional<Entry> fileNamed(const Call& call, FolderId parent, const std::str
 FolderId folderNamed(const Call& call, DiskId disk, FolderId parent, const std::string& name)
 {
     const FolderId id(call->getFolderID(disk.number(), parent.number(), QString::fromStdString(name)));
-    // The look-up returns the same for a folder that isn't there and for a failure; a lost call is in the
-    // log.
-    if (!id.isSet() && Call::reason().kind == internal::Reason::Kind::CallFailed)
+    // The look-up returns the same for a folder that isn't there and for a failure, which has a reason.
+    if (!id.isSet() && !Call::reason().text.empty())
         call.fail();
     return id;
 }

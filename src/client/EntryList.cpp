@@ -129,7 +129,7 @@ template <class Record>
 std::vector<Entry> entries(const Call& call, GetEntry<Record> get, const Query<Record>& query)
 {
     QList<Record> records;
-    call.answered(query(records));
+    call.requireWhole(query(records));
     std::vector<Entry> entries;
     entries.reserve(static_cast<std::size_t>(records.size()));
     const Record* previous = nullptr;

@@ -41,7 +41,7 @@ std::vector<Record> Images::projects() const
 {
     const Call call(*m_Link);
     QList<tagDataTable> sources;
-    call.answered(call->getData(sources));
+    call.requireWhole(call->getData(sources));
     return internal::recordsFrom(std::move(sources));
 }
 

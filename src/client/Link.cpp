@@ -215,4 +215,13 @@ void Call::require(bool done) const
         fail();
 }
 
+void Call::requireWhole(ENUM_RET_TYPE result) const
+{
+    if (answered(result))
+        return;
+    const std::string operation = reason().operation;
+    throw Error(Error::Kind::Refused, operation + ": a page of the list is missing", operation,
+                "a page of the list is missing");
+}
+
 } // namespace lumo::internal

@@ -98,11 +98,18 @@ public:
     /// Throws Error (NoAnswer or Refused) for the call that has just failed.
     [[noreturn]] void fail() const;
     void require(bool done) const;
+    /// Throws unless a list that comes in pages is whole: a page that the centre has not is no empty list.
+    void requireWhole(ENUM_RET_TYPE result) const;
 
     /// Why it failed; Kind::None when nothing did.
     static Reason reason() { return Log::instance().lastReason(); }
-    /// Whether the centre's answer was its general error, which some operations give for what isn't there.
-    static bool refused() { return reason().kind == Reason::Kind::ErrorResult; }
+    /// Whether the centre's answer was its general error without a reason, which some operations give for
+    /// what isn't there.
+    static bool refused()
+    {
+        const Reason last = reason();
+        return last.kind == Reason::Kind::ErrorResult && last.text.empty();
+    }
 
 private:
     std::shared_ptr<Connection> m_Connection;

@@ -2,6 +2,7 @@
 
 #include "lumo/components/hubline/Hubline.h"
 #include "lumo/components/logger/LumoLogger.h"
+#include "lumo/core/LastFailure.h"
 #include "lumo/core/TextEncoding.h"
 
 #include <algorithm>
@@ -92,9 +93,9 @@ std::string describe(const Reason& reason)
     case Reason::Kind::KeyMissing:
         return reason.text + " is missing or has no value";
     case Reason::Kind::ErrorResult:
-        return reason.operation + ": the centre reported an error";
+        return reason.operation + ": " + (reason.text.empty() ? "the centre reported an error" : reason.text);
     case Reason::Kind::NullResult:
-        return reason.operation + ": nothing found";
+        return reason.operation + ": " + (reason.text.empty() ? "nothing found" : reason.text);
     case Reason::Kind::None:
         break;
     }
@@ -136,13 +137,24 @@ void Log::close()
 
 Reason Log::lastReason() const
 {
-    const std::lock_guard<std::mutex> lock(m_Mutex);
-    const auto last = m_Last.find(std::this_thread::get_id());
-    return last == m_Last.end() ? Reason() : last->second;
+    Reason reason;
+    {
+        const std::lock_guard<std::mutex> lock(m_Mutex);
+        const auto last = m_Last.find(std::this_thread::get_id());
+        if (last == m_Last.end())
+            return {};
+        reason = last->second;
+    }
+    // The fixed lines of the log have no room for what the centre says of a refusal.
+    const bool isAnswer = reason.kind == Reason::Kind::ErrorResult || reason.kind == Reason::Kind::NullResult;
+    if (const LastFailure failure = lastFailure(); isAnswer && failure.operation == reason.operation)
+        reason.text = failure.reason;
+    return reason;
 }
 
 void Log::forget()
 {
+    forgetLastFailure();
     const std::lock_guard<std::mutex> lock(m_Mutex);
     m_Last.erase(std::this_thread::get_id());
 }

@@ -28,7 +28,9 @@ struct Reason
 
     Kind kind = Kind::None;
     std::string operation;
-    std::string text; ///< of CallFailed and NoChannel; of FileFailed the file's path, of KeyMissing the key
+    /// Of CallFailed and NoChannel; of FileFailed the file's path, of KeyMissing the key, of ErrorResult and
+    /// NullResult the centre's reason, if it sent one.
+    std::string text;
 };
 
 /// Reads the reason out of one entry; Kind::None when it has none.

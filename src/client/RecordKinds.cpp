@@ -5,6 +5,7 @@
 #include "lumo/core/LumoDataMgr.h"
 
 #include <algorithm>
+#include <type_traits>
 
 namespace lumo {
 
@@ -38,7 +39,11 @@ RecordKind::List listBy(GetList<Source> get)
         return {};
     return [get](const Call& call, unsigned int parent) {
         QList<Source> sources;
-        call.answered((call.manager().*get)(parent, sources));
+        const ENUM_RET_TYPE result = (call.manager().*get)(parent, sources);
+        if constexpr (std::is_same_v<Source, tagTypeTable>)
+            call.answered(result); // they come in one answer
+        else
+            call.requireWhole(result);
         return recordsFrom(std::move(sources));
     };
 }

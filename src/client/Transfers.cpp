@@ -50,7 +50,7 @@ QPair<int, unsigned int> placeOf(const Entry& entry)
     const Entry disk = Catalogue(link).diskOf(entry);
     if (disk.box && disk.box->empty())
         throw Error(Error::Kind::NotFound, "its disk is on no storage box, so that its files can't be moved");
-    if (reason.operation == "getKestaInfo" && reason.kind == Reason::Kind::ErrorResult)
+    if (reason.operation == "getKestaInfo" && Call::refused())
         throw Error(Error::Kind::NotFound, "the centre knows no storage box '" + disk.box.value_or("") + "'");
     throw Error(error);
 }

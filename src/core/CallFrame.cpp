@@ -1,6 +1,29 @@
 #include "core/CallFrame.h"
 
 #include "core/LogLine.h"
+#include "core/NoteFailure.h"
+
+namespace {
+
+using Kind = lumo::LastFailure::Kind;
+
+Kind kindOf(wirecall::Failure failure)
+{
+    switch (failure) {
+    case wirecall::Failure::NoConnection:
+        return Kind::NoConnection;
+    case wirecall::Failure::TimeLimit:
+        return Kind::TimeLimit;
+    case wirecall::Failure::Unauthenticated:
+        return Kind::TokenRefused;
+    case wirecall::Failure::NotImplemented:
+        return Kind::NotImplemented;
+    default:
+        return Kind::CallFailed;
+    }
+}
+
+} // namespace
 
 CallFrame::CallFrame(const CLumoDataMgr& manager, const char* method) : CallFrame(manager, method, method)
 {
@@ -31,13 +54,19 @@ bool CallFrame::ended(const char* operation)
 {
     if (!m_Controller.Failed())
         return true;
-    LUMO_LOG(m_Function.c_str(), "%s Error : %s", operation, m_Controller.ErrorText().c_str());
+    const std::string text = m_Controller.ErrorText();
+    lumo::noteFailure(kindOf(m_Controller.failure()), operation, 0, text);
+    LUMO_LOG(m_Function.c_str(), "%s Error : %s", operation, text.c_str());
     writeLeave();
     return false;
 }
 
-ENUM_RET_TYPE CallFrame::judge(const char* operation, Judgement judgement)
+ENUM_RET_TYPE CallFrame::judge(const char* operation, Judgement judgement, int result)
 {
+    const bool isNull = judgement == Judgement::Null;
+    if (judgement != Judgement::Success)
+        lumo::noteFailure(isNull ? Kind::NothingFound : Kind::Refused, operation, result,
+                          m_Controller.reason());
     switch (judgement) {
     case Judgement::Success:
         return RET_SUCCESS;
@@ -52,7 +81,7 @@ ENUM_RET_TYPE CallFrame::judge(const char* operation, Judgement judgement)
         break;
     }
     writeLeave();
-    return judgement == Judgement::Null ? RET_NULL : RET_FAILED;
+    return isNull ? RET_NULL : RET_FAILED;
 }
 
 void CallFrame::writeLeave()

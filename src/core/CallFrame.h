@@ -63,7 +63,7 @@ public:
         Response response;
         if (!call(rpc, request, response))
             return RET_FAILED;
-        const ENUM_RET_TYPE result = judge(rpc.name, verdicts::found(response));
+        const ENUM_RET_TYPE result = judge(rpc.name, verdicts::found(response), response.result());
         if (result == RET_SUCCESS) {
             append(response);
             writeLeave();
@@ -94,7 +94,7 @@ public:
                 m_Controller.Reset();
                 size = append(response);
                 if (size == 0)
-                    result = judge(pageRpc.name, Judgement::Error); // asking again would never end
+                    result = judge(pageRpc.name, Judgement::Error, 0); // asking again would never end
             }
             if (result != RET_SUCCESS) {
                 records.clear();
@@ -136,7 +136,8 @@ private:
     ENUM_RET_TYPE callAndJudge(const Rpc<Stub, Request, Response>& rpc, const Request& request,
                                Response& response, Verdict verdict)
     {
-        return call(rpc, request, response) ? judge(rpc.name, verdict(response)) : RET_FAILED;
+        return call(rpc, request, response) ? judge(rpc.name, verdict(response), resultIn(response, 0))
+                                            : RET_FAILED;
     }
 
     wirecall::RpcChannel* channelOf(ledgerserver::LedgerServices_Stub*) const { return m_LedgerChannel; }
@@ -145,8 +146,20 @@ private:
 
     /// Whether the call that has returned did not fail; the lines of one that failed are then written.
     bool ended(const char* operation);
-    /// Writes the line of a bad answer and the Leave line; nothing for a success.
-    ENUM_RET_TYPE judge(const char* operation, Judgement judgement);
+    /// The result in a response; 0 for one that has none.
+    template <class Response>
+    static auto resultIn(const Response& response, int /*preferred*/) -> decltype(int(response.result()))
+    {
+        return response.result();
+    }
+    template <class Response>
+    static int resultIn(const Response& /*response*/, long /*otherwise*/)
+    {
+        return 0;
+    }
+
+    /// Writes the line of a bad answer and the Leave line, and notes the failure; nothing for a success.
+    ENUM_RET_TYPE judge(const char* operation, Judgement judgement, int result);
     void writeLeave();
 
     const std::string m_Function;

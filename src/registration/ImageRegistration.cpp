@@ -1,5 +1,6 @@
 #include "core/CallFrame.h"
 #include "core/LogLine.h"
+#include "core/NoteFailure.h"
 #include "lumo/core/CStringCodec.h"
 #include "lumo/core/Identifier.h"
 #include "lumo/core/LumoDataMgr.h"
@@ -138,6 +139,7 @@ bool CLumoDataMgr::populateCheckData(CheckDataBean* bean, int type, const QStrin
     }
     for (const Key& key : {keys->first, keys->second}) {
         if (key.name && !key.take(*bean, values.value(QLatin1String(key.name)))) {
+            lumo::noteFailure(lumo::LastFailure::Kind::NotSent, "addImage", 0, key.name);
             LUMO_LOG(kPopulate, "Can't Find Field : %s", key.name);
             leaveForCaller();
             return false;

@@ -1,4 +1,7 @@
+#include "lumo/core/LastFailure.h"
 #include "tests/support/MethodTable.h"
+
+#include <thread>
 
 namespace {
 
@@ -47,6 +50,34 @@ class CallFrames : public MethodTable
 TEST_F(CallFrames, MethodsAskAndJudgeAsTheirTableSays)
 {
     run(methodsIn(TEST_FOLDER "/methods.txt", calls()));
+}
+
+TEST_F(CallFrames, TheLastFailureOfAThreadKeepsWhatTheCentreSaid)
+{
+    using Kind = lumo::LastFailure::Kind;
+    const struct
+    {
+        const char* answer;
+        Kind kind;
+        int code;
+        const char* reason;
+    } kCases[] = {{"(no right) result: -2", Kind::Refused, -2, "no right"},
+                  {"result: -1", Kind::NothingFound, -1, ""},
+                  {"!gone", Kind::CallFailed, 0, "gone"}};
+    lumo::forgetLastFailure();
+    EXPECT_EQ(lumo::lastFailure().kind, Kind::None);
+    for (const auto& one : kCases) {
+        m_Channel.answer(one.answer).answer("result: 0");
+        tagDiskTable disk;
+        EXPECT_NE(m_Manager.getDisk(1, disk), RET_SUCCESS);
+        EXPECT_EQ(m_Manager.getDisk(1, disk), RET_SUCCESS);
+        const lumo::LastFailure failure = lumo::lastFailure();
+        EXPECT_EQ(failure.kind, one.kind) << one.answer;
+        EXPECT_EQ(failure.code, one.code) << one.answer;
+        EXPECT_EQ(failure.reason, one.reason);
+        EXPECT_EQ(failure.operation, "queryDataAddressByID");
+    }
+    std::thread([] { EXPECT_EQ(lumo::lastFailure().kind, Kind::None); }).join();
 }
 
 TEST_F(CallFrames, ATextThatDoesNotFitKeepsItsPredecessorsAcrossPages)

@@ -19,7 +19,7 @@ class FakeChannel : public wirecall::RpcChannel
 {
 public:
     /// The next call is answered with this response, in protobuf's text format; with a leading '!' it fails
-    /// with the error text that follows.
+    /// with the error text that follows. A reason beside it comes first, as in "(why) result: -2".
     FakeChannel& answer(const std::string& text)
     {
         m_Answers.push_back(text);
@@ -65,7 +65,11 @@ public:
     static void play(const std::string& text, wirecall::RpcController& call,
                      google::protobuf::Message& response)
     {
-        if (text[0] == '!')
+        call.setReason({});
+        if (const std::size_t end = text.find(") "); text[0] == '(') {
+            play(text.substr(end + 2), call, response);
+            call.setReason(text.substr(1, end - 1));
+        } else if (text[0] == '!')
             call.setOutcome(wirecall::Failure::Other, text.substr(1), text != "!unsent");
         else if (google::protobuf::TextFormat::ParseFromString(text, &response))
             call.setOutcome(wirecall::Failure::None, std::string(), true);

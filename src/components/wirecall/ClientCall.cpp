@@ -1,6 +1,7 @@
 #include "components/wirecall/ClientCall.h"
 
 #include "components/wirecall/HandOver.h"
+#include "components/wirecall/Reason.h"
 #include "components/wirecall/Traffic.h"
 #include "components/wirecall/WireLimits.h"
 
@@ -90,6 +91,7 @@ bool ClientCall::isConnected() const
 
 void ClientCall::conclude(RpcController& controller, const grpc::Status& status) const
 {
+    controller.setReason(reasonIn(m_Context.GetServerTrailingMetadata()));
     if (status.ok()) {
         controller.setOutcome(Failure::None, std::string(), true);
         return;

@@ -10,6 +10,7 @@ void RpcController::Reset()
     m_Timeout = 0;
     m_StallLimit = 0;
     setOutcome(Failure::None, std::string(), false);
+    setReason(std::string());
 }
 
 void RpcController::SetTimeout(long long milliseconds)

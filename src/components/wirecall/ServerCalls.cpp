@@ -2,6 +2,7 @@
 
 #include "components/wirecall/BoundedMessage.h"
 #include "components/wirecall/HandOver.h"
+#include "components/wirecall/Reason.h"
 #include "components/wirecall/ServerStreams.h"
 #include "components/wirecall/ServerThreads.h"
 #include "components/wirecall/StatusName.h"
@@ -29,7 +30,7 @@ using google::protobuf::Message;
 namespace {
 
 constexpr char kBearer[] = "Bearer ";
-constexpr std::size_t kLongestReason = 4096; // it is sent in a header
+constexpr std::size_t kLongestFailureText = 4096; // it is sent in a header
 
 /// How long a method usually takes, in nanoseconds, to be run beside others: even if none is there now, and
 /// if one is. To wake another thread costs about as much as the shorter time.
@@ -125,7 +126,7 @@ public:
     void SetFailed(const std::string& reason) override
     {
         m_Failed = true;
-        m_FailureText = reason.substr(0, kLongestReason);
+        m_FailureText = reason.substr(0, kLongestFailureText);
     }
 
     void setNotFound(const std::string& reason) override
@@ -139,6 +140,8 @@ public:
         SetFailed(reason);
         m_FailureCode = grpc::StatusCode::RESOURCE_EXHAUSTED;
     }
+
+    void setReason(const std::string& reason) override { m_Reason = shortReason(reason); }
 
     bool IsCanceled() const override { return m_Cancelled; }
 
@@ -367,6 +370,8 @@ private:
         if (m_Concluded.exchange(true))
             return;
         m_Report.bytesSent += answer.Length();
+        if (!m_Reason.empty())
+            m_Context.AddTrailingMetadata(kReasonKey, m_Reason);
         handOver(&m_Queue);
         m_Stream.WriteAndFinish(answer, grpc::WriteOptions(), grpc::Status::OK, &m_Answered);
     }
@@ -478,6 +483,7 @@ private:
     std::unique_ptr<ServerStream> m_Messages; ///< of a method with a stream
     bool m_Failed = false;
     std::string m_FailureText;
+    std::string m_Reason; ///< sent beside an answer
     grpc::StatusCode m_FailureCode = grpc::StatusCode::UNKNOWN;
     std::atomic<bool> m_Concluded{false}; ///< an answer or a refusal is being sent
 

@@ -103,6 +103,25 @@ TEST(Rpc, AnAnswerOfAnySizeReplacesTheResponseAndTheTokenTravels)
     EXPECT_TRUE(controller.IsRequestSent());
 }
 
+TEST(Rpc, AReasonComesBesideItsAnswerOnlyAndIsCutAtACharacter)
+{
+    TestService service([](ServerCall& serverCall, const HelloReq&, HelloRsp& response, Closure* done) {
+        serverCall.setReason(serverCall.token());
+        if (serverCall.token().empty())
+            serverCall.setReason("理由" + std::string(wirecall::kLongestReason - 7, 'x') + "由");
+        response.set_server("refused");
+        done->Run();
+    });
+    TestServer server(service);
+    RpcController controller;
+    EXPECT_EQ(call(server.address(), controller).server(), "refused");
+    EXPECT_EQ(controller.reason(), "理由" + std::string(wirecall::kLongestReason - 7, 'x'));
+    call(server.address(), controller, "no");
+    EXPECT_EQ(controller.reason(), "no");
+    controller.Reset();
+    EXPECT_EQ(controller.reason(), "");
+}
+
 TEST(Rpc, ACallEndsAtItsTimeLimitOrWithoutAConnectionAndMayOutliveItsChannel)
 {
     constexpr long long kConnectsWithin = 1500; // milliseconds, enough for a connection on a busy machine

@@ -5,6 +5,7 @@
 
 #include <google/protobuf/service.h>
 
+#include <cstddef>
 #include <string>
 
 namespace wirecall {
@@ -19,6 +20,9 @@ enum class Failure
     NotImplemented,  ///< the other side does not have the operation
     Other            ///< any other failure; see the error text
 };
+
+/// The most bytes that the reason beside an answer may have.
+constexpr std::size_t kLongestReason = 2048;
 
 /// The settings and the outcome of a call, for one call at a time. Not safe from several threads at once.
 class LUMO_EXPORT RpcController : public google::protobuf::RpcController
@@ -42,6 +46,10 @@ public:
     bool Failed() const override;
     std::string ErrorText() const override;
     Failure failure() const { return m_Failure; }
+    /// The reason that the server sent beside its answer, in the trailing metadata `lumo-reason-bin`: UTF-8,
+    /// of at most kLongestReason bytes, empty if there was none. Inline, so that a program with an RPC
+    /// runtime of its own needs to define nothing.
+    const std::string& reason() const { return m_Reason; }
     /// False when the request was never sent: there was no connection, or the request was too large.
     bool IsRequestSent() const { return m_RequestSent; }
 
@@ -53,6 +61,8 @@ public:
 
     /// Sets the outcome of the call; for the channel.
     void setOutcome(Failure failure, const std::string& errorText, bool requestSent);
+    /// Sets the reason beside the answer; for the channel.
+    void setReason(const std::string& reason) { m_Reason = reason; }
 
 private:
     long long m_Timeout = 0;
@@ -60,6 +70,7 @@ private:
     Failure m_Failure = Failure::None;
     bool m_RequestSent = false;
     std::string m_ErrorText;
+    std::string m_Reason;
 };
 
 } // namespace wirecall

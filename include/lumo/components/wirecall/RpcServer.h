@@ -43,6 +43,9 @@ public:
     virtual void setNotFound(const std::string& reason) = 0;
     /// The same with RESOURCE_EXHAUSTED.
     virtual void setExhausted(const std::string& reason) = 0;
+    /// Sends the reason of an answer that refuses beside it, see RpcController::reason(). Call it before the
+    /// closure. UTF-8; what is longer than kLongestReason is cut.
+    virtual void setReason(const std::string& /*reason*/) {}
 };
 
 /// How a call of a server went.
