@@ -14,8 +14,10 @@ namespace centre {
 
 namespace {
 
-constexpr char kPackages[] = "SELECT app_full_path FROM version WHERE kesta_code = ?";
-constexpr char kDisksAt[] = "SELECT id FROM disk WHERE root_path = ? AND kesta_code = ?";
+const Sql kPackages("SELECT app_full_path FROM version WHERE kesta_code = ?");
+const Sql kDisksAt("SELECT id FROM disk WHERE root_path = ? AND kesta_code = ?");
+const Sql kFolderOnBox(fullPath("SELECT id, substr(name, 1, 0) FROM folder WHERE id = :folder") +
+                       " WHERE company_id = :company AND kesta_code = :box");
 
 template <class AuthMsg>
 bool parse(const haulbox::Carried& carried, AuthMsg& message, std::string& reason)
@@ -55,10 +57,7 @@ std::optional<Claim> readClaim(const haulbox::Carried& carried, BoxCatalogue::Us
 bool holds(Connection& connection, std::uint32_t folderId, const User& user, const std::string& boxCode,
            const std::string& path)
 {
-    static const std::string query =
-        fullPath("SELECT id, substr(name, 1, 0) FROM folder WHERE id = :folder") +
-        " WHERE company_id = :company AND kesta_code = :box";
-    Statement& folder = connection.statement(query.c_str());
+    Statement& folder = connection.statement(kFolderOnBox);
     const ResetAtEnd resetAtEnd(folder);
     folder.bindAll(folderId, user.companyId, boxCode);
     if (!folder.step())

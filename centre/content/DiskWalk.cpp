@@ -4,6 +4,7 @@
 #include "centre/base/Text.h"
 #include "centre/content/RealFolder.h"
 #include "centre/database/Database.h"
+#include "centre/database/Sql.h"
 #include "centre/store/Store.h"
 #include "components/bulkhaul/files/Chunks.h"
 #include "components/bulkhaul/files/FileFailure.h"
@@ -26,14 +27,21 @@ struct KnownEntry
     DiskEntry entry;
 };
 
+const Sql kFoldersIn("SELECT id, name FROM folder WHERE disk_id = ? AND parent_id = ?");
+const Sql kFilesIn("SELECT id, name, size, digest FROM file WHERE parent_id = ?");
+const Sql kDisks("SELECT disk.id, folder.id, disk.name, companyno, root_path FROM disk"
+                 " JOIN company ON company.id = company_id"
+                 " JOIN folder ON disk_id = disk.id AND parent_id = 0"
+                 " WHERE (:name = '' OR disk.name = :name)"
+                 " AND (:company = '' OR companyno = :company)"
+                 " AND (:box = '' OR kesta_code = :box) ORDER BY disk.id");
+
 /// Reads folders of the catalogue.
 class CatalogueFolders
 {
 public:
     CatalogueFolders(Database& database, std::uint32_t diskId)
-        : m_DiskId(diskId),
-          m_Folders(database.prepare("SELECT id, name FROM folder WHERE disk_id = ? AND parent_id = ?")),
-          m_Files(database.prepare("SELECT id, name, size, digest FROM file WHERE parent_id = ?"))
+        : m_DiskId(diskId), m_Folders(database.prepare(kFoldersIn)), m_Files(database.prepare(kFilesIn))
     {
     }
 
@@ -264,13 +272,7 @@ std::string NotServed::text() const
 
 std::vector<Disk> findDisks(Store& store, const DiskFilter& filter)
 {
-    const auto rows =
-        store.database().prepare("SELECT disk.id, folder.id, disk.name, companyno, root_path FROM disk"
-                                 " JOIN company ON company.id = company_id"
-                                 " JOIN folder ON disk_id = disk.id AND parent_id = 0"
-                                 " WHERE (:name = '' OR disk.name = :name)"
-                                 " AND (:company = '' OR companyno = :company)"
-                                 " AND (:box = '' OR kesta_code = :box) ORDER BY disk.id");
+    const auto rows = store.database().prepare(kDisks);
     rows->bindAll(filter.name, filter.companyNo, filter.boxCode);
     std::vector<Disk> disks;
     while (rows->step())

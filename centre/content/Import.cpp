@@ -4,6 +4,7 @@
 #include "centre/base/Path.h"
 #include "centre/base/Text.h"
 #include "centre/database/Database.h"
+#include "centre/database/Sql.h"
 #include "centre/store/StorageTree.h"
 #include "centre/store/Store.h"
 #include "components/bulkhaul/files/Chunks.h"
@@ -23,6 +24,8 @@ namespace {
 // The limits of a transaction: few flushes, but other writers get their turn.
 constexpr int kBatchRows = 10000;
 constexpr std::chrono::milliseconds kBatchTime(500);
+
+const Sql kSetBoxOfDisk("UPDATE disk SET kesta_code = ? WHERE id = ?");
 
 class Importer : public DiskVisitor
 {
@@ -165,7 +168,7 @@ std::optional<Disk> findDisk(Store& store, const ImportOptions& options, const s
 
 void setBox(Store& store, std::uint32_t diskId, const std::string& boxCode)
 {
-    const auto statement = store.database().prepare("UPDATE disk SET kesta_code = ? WHERE id = ?");
+    const auto statement = store.database().prepare(kSetBoxOfDisk);
     statement->bindAll(boxCode, diskId);
     statement->run();
 }

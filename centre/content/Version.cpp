@@ -4,6 +4,7 @@
 #include "centre/base/Error.h"
 #include "centre/base/Text.h"
 #include "centre/database/Database.h"
+#include "centre/database/Sql.h"
 #include "centre/store/Store.h"
 #include "lumo/components/platform/Utf8.h"
 
@@ -50,6 +51,9 @@ std::string releaseDate(const std::string& text)
     return text;
 }
 
+const Sql kAddVersion("INSERT INTO version(kind, number, versionno, name, kesta_code, app_full_path,"
+                      " released, notes, place) VALUES (?, ?, ?, ?, ?, ?, ?, nullif(?, ''), ?)");
+
 } // namespace
 
 std::string versionPlace(const std::string& version)
@@ -86,9 +90,7 @@ void addVersion(Store& store, const Version& version)
     const std::string& name = version.name.empty() ? version.number : version.name;
     requireName("the name", name);
     const std::string place = versionPlace(version.version);
-    const auto statement = store.database().prepare(
-        "INSERT INTO version(kind, number, versionno, name, kesta_code, app_full_path,"
-        " released, notes, place) VALUES (?, ?, ?, ?, ?, ?, ?, nullif(?, ''), ?)");
+    const auto statement = store.database().prepare(kAddVersion);
     statement->bindAll(static_cast<int>(version.kind), version.number, version.version, name, version.boxCode,
                        packagePath(version.path), releaseDate(version.released), version.notes);
     statement->bindBytes(9, place);

@@ -16,7 +16,7 @@ using grpc::health::v1::HealthCheckResponse;
 
 namespace {
 
-constexpr char kAnyCompany[] = "SELECT id FROM company LIMIT 1";
+const Sql kAnyCompany("SELECT id FROM company LIMIT 1");
 constexpr std::chrono::seconds kInterval(1);
 
 } // namespace

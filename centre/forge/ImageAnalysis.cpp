@@ -15,7 +15,7 @@ namespace {
 
 using forgeserver::Reference;
 
-constexpr char kNote[] = "UPDATE file SET short_text = ?, long_text = nullif(?, '') WHERE id = ?";
+const Sql kNote("UPDATE file SET short_text = ?, long_text = nullif(?, '') WHERE id = ?");
 
 /// The files of one request, on disks that the user may use in that way.
 class Files

@@ -9,7 +9,7 @@ namespace centre {
 
 namespace {
 
-constexpr char kBeside[] = "SELECT 1 FROM file WHERE parent_id = ? AND name = ?";
+const Sql kBeside("SELECT 1 FROM file WHERE parent_id = ? AND name = ?");
 
 FilePlace placeOf(ConnectionPool& pool, const User& user, std::uint32_t fileId)
 {

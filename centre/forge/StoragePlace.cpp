@@ -14,13 +14,13 @@ namespace centre {
 namespace {
 
 // The names of the folders from the disk's root down to the folder.
-constexpr char kWayDown[] =
-    "WITH RECURSIVE up(folder_id, step) AS (SELECT :folder, 0 UNION ALL"
+const Sql kWayDown(
+    "WITH RECURSIVE up(folder_id, step) AS (SELECT CAST(:folder AS BIGINT), 0 UNION ALL"
     " SELECT parent_id, step + 1 FROM up JOIN folder ON folder.id = folder_id WHERE parent_id <> 0)"
     " SELECT disk.id, root_path, folder.name, CASE parent_id WHEN 0 THEN 1 ELSE 0 END FROM up JOIN folder ON "
     "folder.id = folder_id"
-    " JOIN disk ON disk.id = disk_id ORDER BY step DESC";
-constexpr char kFile[] = "SELECT parent_id, name FROM file WHERE id = ?";
+    " JOIN disk ON disk.id = disk_id ORDER BY step DESC");
+const Sql kFile("SELECT parent_id, name FROM file WHERE id = ?");
 
 void requireUsable(Connection& connection, const User& user, Access access, int type, std::uint32_t id)
 {

@@ -12,29 +12,28 @@ namespace {
 
 using namespace ledgerserver;
 
-constexpr char kAddComment[] = "INSERT INTO comment(company_id, commentcontent, commentstate)"
-                               " VALUES (?, ?, ?) ON CONFLICT DO NOTHING";
-constexpr char kFindComment[] =
-    "SELECT id FROM comment WHERE company_id = ? AND commentcontent = ? AND commentstate = ?";
-constexpr char kCommentOfCompany[] = "SELECT 1 FROM comment WHERE id = ? AND company_id = ?";
-constexpr char kSetComment[] =
-    "INSERT INTO comment_record(comment_id, data_type_id, record_id) VALUES (?, ?, ?)"
-    " ON CONFLICT (data_type_id, record_id) DO UPDATE SET comment_id = excluded.comment_id";
+const Sql kAddComment("INSERT INTO comment(company_id, commentcontent, commentstate)"
+                      " VALUES (?, ?, ?) ON CONFLICT DO NOTHING");
+const Sql
+    kFindComment("SELECT id FROM comment WHERE company_id = ? AND commentcontent = ? AND commentstate = ?");
+const Sql kCommentOfCompany("SELECT 1 FROM comment WHERE id = ? AND company_id = ?");
+const Sql
+    kSetComment("INSERT INTO comment_record(comment_id, data_type_id, record_id) VALUES (?, ?, ?)"
+                " ON CONFLICT (data_type_id, record_id) DO UPDATE SET comment_id = excluded.comment_id");
 
-constexpr char kAddImageComment[] = "INSERT INTO image_comment(company_id, commentcontent, commentstate)"
-                                    " VALUES (?, ?, ?) ON CONFLICT DO NOTHING";
-const std::string kFindImageComment = "SELECT id FROM image_comment WHERE commentcontent = :content"
-                                      " AND commentstate = :state AND " +
-                                      readableImageComment() + "ORDER BY id";
-const std::string kImageComment = "SELECT 1 FROM image_comment WHERE id = :id AND " + readableImageComment();
-constexpr char kAddMark[] = "INSERT INTO image_mark(comm_id, data_type_id, record_id) VALUES (?, ?, ?)"
-                            " ON CONFLICT DO NOTHING";
-constexpr char kRemoveMark[] =
-    "DELETE FROM image_mark WHERE comm_id = ? AND data_type_id = ? AND record_id = ?";
+const Sql kAddImageComment("INSERT INTO image_comment(company_id, commentcontent, commentstate)"
+                           " VALUES (?, ?, ?) ON CONFLICT DO NOTHING");
+const Sql kFindImageComment("SELECT id FROM image_comment WHERE commentcontent = :content"
+                            " AND commentstate = :state AND " +
+                            readableImageComment() + "ORDER BY id");
+const Sql kImageComment("SELECT 1 FROM image_comment WHERE id = :id AND " + readableImageComment());
+const Sql kAddMark("INSERT INTO image_mark(comm_id, data_type_id, record_id) VALUES (?, ?, ?)"
+                   " ON CONFLICT DO NOTHING");
+const Sql kRemoveMark("DELETE FROM image_mark WHERE comm_id = ? AND data_type_id = ? AND record_id = ?");
 
 /// Runs a statement and returns how many rows it changed.
 template <class... Values>
-int change(const Caller& caller, const char* sql, const Values&... values)
+int change(const Caller& caller, const Sql& sql, const Values&... values)
 {
     Statement& statement = caller.connection.statement(sql);
     const ResetAtEnd resetAtEnd(statement);
@@ -44,7 +43,7 @@ int change(const Caller& caller, const char* sql, const Values&... values)
 
 /// Returns the first column of the first row.
 template <class... Values>
-std::optional<std::uint32_t> find(const Caller& caller, const char* sql, const Values&... values)
+std::optional<std::uint32_t> find(const Caller& caller, const Sql& sql, const Values&... values)
 {
     Statement& statement = caller.connection.statement(sql);
     const ResetAtEnd resetAtEnd(statement);
@@ -57,8 +56,7 @@ std::optional<std::uint32_t> find(const Caller& caller, const char* sql, const V
 /// Returns the identifier of what exists or, without it, is added. Tries to add only what does not exist:
 /// also an insertion that meets a conflict takes an identifier on some engines.
 template <class... Values>
-std::uint32_t findOrAdd(const Caller& caller, const char* findSql, const char* addSql,
-                        const Values&... values)
+std::uint32_t findOrAdd(const Caller& caller, const Sql& findSql, const Sql& addSql, const Values&... values)
 {
     if (const auto id = find(caller, findSql, values...))
         return *id;
@@ -123,7 +121,7 @@ Result addImageComment(const Caller& caller, const CommentImageUtilReq& request,
 {
     requireTexts(request.commentcontent(), request.commentstate());
     const auto known = [&] {
-        return find(caller, kFindImageComment.c_str(), request.commentcontent(), request.commentstate(),
+        return find(caller, kFindImageComment, request.commentcontent(), request.commentstate(),
                     caller.user.companyId);
     };
     if (!known())
@@ -133,11 +131,11 @@ Result addImageComment(const Caller& caller, const CommentImageUtilReq& request,
     return kDone;
 }
 
-int changeMark(const Caller& caller, const char* sql, const CommentImageUtilReq& request)
+int changeMark(const Caller& caller, const Sql& sql, const CommentImageUtilReq& request)
 {
     const auto comment = static_cast<std::uint32_t>(request.comment_id());
     const auto record = static_cast<std::uint32_t>(request.record_id());
-    if (!find(caller, kImageComment.c_str(), comment, caller.user.companyId))
+    if (!find(caller, kImageComment, comment, caller.user.companyId))
         throw refusal("there is no image comment " + std::to_string(comment));
     requireOwn(caller.connection, caller.user, request.data_type_id(), record);
     return change(caller, sql, comment, request.data_type_id(), record);

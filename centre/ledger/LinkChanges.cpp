@@ -14,18 +14,18 @@ using namespace ledgerserver;
 struct Link
 {
     ENUM_DATA_TYPE type;
-    const char* add;
-    const char* remove;
+    Sql add;
+    Sql remove;
 };
 
-constexpr Link kFolderLink = {
-    DATA_TYPE_FOLDER, "INSERT INTO data_folder(project_id, src_id) VALUES (?, ?) ON CONFLICT DO NOTHING",
-    "DELETE FROM data_folder WHERE project_id = ? AND src_id = ?"};
-constexpr Link kFileLink = {DATA_TYPE_FILE,
-                            "INSERT INTO data_file(project_id, file_id) VALUES (?, ?) ON CONFLICT DO NOTHING",
-                            "DELETE FROM data_file WHERE project_id = ? AND file_id = ?"};
+const Link kFolderLink = {
+    DATA_TYPE_FOLDER, Sql("INSERT INTO data_folder(project_id, src_id) VALUES (?, ?) ON CONFLICT DO NOTHING"),
+    Sql("DELETE FROM data_folder WHERE project_id = ? AND src_id = ?")};
+const Link kFileLink = {
+    DATA_TYPE_FILE, Sql("INSERT INTO data_file(project_id, file_id) VALUES (?, ?) ON CONFLICT DO NOTHING"),
+    Sql("DELETE FROM data_file WHERE project_id = ? AND file_id = ?")};
 
-bool run(const Caller& caller, const Link& link, const char* sql, std::uint32_t project, std::uint32_t record)
+bool run(const Caller& caller, const Link& link, const Sql& sql, std::uint32_t project, std::uint32_t record)
 {
     requireOwn(caller.connection, caller.user, DATA_TYPE_DATA, project);
     requireReadable(caller.connection, caller.user, link.type, record);

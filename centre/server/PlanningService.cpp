@@ -10,14 +10,14 @@ namespace centre {
 
 namespace {
 
-constexpr char kCompany[] = "SELECT companyno FROM company WHERE id = ?";
+const Sql kCompany("SELECT companyno FROM company WHERE id = ?");
 
 /// Selects the boxes that hold a disk that the caller's company may read, or a version.
 const std::string kBoxes =
     "SELECT code, address FROM box WHERE (code IN (SELECT kesta_code FROM disk WHERE " + readableRow("disk") +
     ") OR code IN (SELECT kesta_code FROM version)) ";
-const std::string kList = kBoxes + "ORDER BY code";
-const std::string kBox = kBoxes + "AND code = :code";
+const Sql kList(kBoxes + "ORDER BY code");
+const Sql kBox(kBoxes + "AND code = :code");
 
 Result listBoxes(Connection& connection, const User& user, const std::string& companyNo,
                  Tavrel::GetKestaListRsp& response)
@@ -27,7 +27,7 @@ Result listBoxes(Connection& connection, const User& user, const std::string& co
     company.bindAll(user.companyId);
     if (!company.step() || company.string(0) != companyNo)
         return kNothingFound;
-    Statement& boxes = connection.statement(kList.c_str());
+    Statement& boxes = connection.statement(kList);
     const ResetAtEnd resetBoxes(boxes);
     boxes.bindAll(user.companyId);
     while (boxes.step()) {
@@ -41,7 +41,7 @@ Result listBoxes(Connection& connection, const User& user, const std::string& co
 Result findBox(Connection& connection, const User& user, const std::string& code,
                Tavrel::GetKestaInfoRsp& response)
 {
-    Statement& box = connection.statement(kBox.c_str());
+    Statement& box = connection.statement(kBox);
     const ResetAtEnd resetAtEnd(box);
     box.bindAll(user.companyId, code);
     if (!box.step())

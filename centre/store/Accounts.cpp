@@ -4,6 +4,7 @@
 #include "centre/base/Text.h"
 #include "centre/base/Token.h"
 #include "centre/database/Database.h"
+#include "centre/database/Sql.h"
 #include "centre/store/Store.h"
 
 #include <array>
@@ -12,6 +13,9 @@
 namespace centre {
 
 namespace {
+
+const Sql kAddUser("INSERT INTO \"user\"(username, company_id, role) VALUES (?, ?, ?)");
+const Sql kAddToken("INSERT INTO token(user_id, name, created, until, token_hash) VALUES (?, ?, ?, ?, ?)");
 
 const std::array<const char*, 3> kRoles = {"reader", "writer", "administrator"};
 
@@ -70,8 +74,7 @@ std::string Accounts::addUser(const std::string& user, const std::string& compan
                               const TokenTerms& terms)
 {
     requireName("the user name", user);
-    const auto addition =
-        m_Database.prepare("INSERT INTO \"user\"(username, company_id, role) VALUES (?, ?, ?)");
+    const auto addition = m_Database.prepare(kAddUser);
     addition->bindAll(user, companyId(companyNo), nameOf(role));
     insert(*addition, "user " + user + " exists already; add-token adds another token");
     return addToken(user, terms);
@@ -94,8 +97,7 @@ std::string Accounts::addToken(const std::string& user, const TokenTerms& terms)
     requireName("the token's name", terms.name);
     std::string token = newToken();
     const std::string hash = tokenHash(token);
-    const auto addition = m_Database.prepare(
-        "INSERT INTO token(user_id, name, created, until, token_hash) VALUES (?, ?, ?, ?, ?)");
+    const auto addition = m_Database.prepare(kAddToken);
     addition->bindAll(userId(user), terms.name, std::time(nullptr), terms.until);
     addition->bindBytes(5, hash);
     insert(*addition, "user " + user + " has a token " + terms.name +

@@ -10,8 +10,9 @@ namespace centre {
 
 namespace {
 
-constexpr char kUserOfToken[] = "SELECT username, company_id, role, until, revoked FROM token"
-                                " JOIN \"user\" ON \"user\".id = user_id WHERE token_hash = ?";
+const Sql kUserOfToken("SELECT username, company_id, role, until, revoked FROM token"
+                       " JOIN \"user\" ON \"user\".id = user_id WHERE token_hash = ?");
+const Sql kFolderPath(fullPath("SELECT id, substr(name, 1, 0) FROM folder WHERE id = ?"));
 constexpr std::size_t kLargestMemory = 1000; // entries of one kind
 
 } // namespace
@@ -36,9 +37,9 @@ Query& Connection::query(const Operation& operation, const google::protobuf::Met
     return *query;
 }
 
-Statement& Connection::statement(const char* sql)
+Statement& Connection::statement(const Sql& sql)
 {
-    std::unique_ptr<Statement>& statement = m_Statements[sql];
+    std::unique_ptr<Statement>& statement = m_Statements[&sql];
     if (!statement)
         statement = m_Database->prepare(sql);
     return *statement;
@@ -83,11 +84,10 @@ User Connection::requireUser(const std::string& token)
 
 const FolderPath* Connection::folderPath(std::uint32_t folderId)
 {
-    static const std::string query = fullPath("SELECT id, substr(name, 1, 0) FROM folder WHERE id = ?");
     auto& known = memory().folderPaths;
     if (const auto found = known.find(folderId); found != known.end())
         return &found->second;
-    Statement& folder = statement(query.c_str());
+    Statement& folder = statement(kFolderPath);
     const ResetAtEnd resetAtEnd(folder);
     folder.bind(1, folderId);
     if (!folder.step())

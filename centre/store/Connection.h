@@ -2,6 +2,7 @@
 #define LUMO_CENTRE_STORE_CONNECTION_H
 
 #include "centre/database/Database.h"
+#include "centre/database/Sql.h"
 #include "centre/database/Statement.h"
 #include "centre/store/Query.h"
 #include "centre/store/Role.h"
@@ -49,9 +50,9 @@ public:
 
     /// Returns the operation prepared on this connection, which keeps it for the next call.
     Query& query(const Operation& operation, const google::protobuf::MethodDescriptor& method);
-    /// Returns the statement prepared on this connection, which keeps it for the next call by the address of
-    /// `sql`.
-    Statement& statement(const char* sql);
+    /// Returns the statement prepared on this connection, which keeps it for the next call. `sql` must
+    /// outlive the connection.
+    Statement& statement(const Sql& sql);
     StorageTree& storageTree();
     Database& database() { return *m_Database; }
 
@@ -84,7 +85,7 @@ public:
 private:
     std::unique_ptr<Database> m_Database;
     std::optional<StorageTree> m_Tree;
-    std::unordered_map<const char*, std::unique_ptr<Statement>> m_Statements;
+    std::unordered_map<const Sql*, std::unique_ptr<Statement>> m_Statements;
     std::unordered_map<const Operation*, std::unique_ptr<Query>> m_Queries;
     std::optional<std::uint64_t> m_MemoryState; ///< the database's state that the memory is of
     Memory m_Memory;

@@ -61,25 +61,33 @@ Chain chainFrom(const std::string& table)
     return chain;
 }
 
+std::string companyOf(const Chain& chain)
+{
+    return "SELECT " + chain.company + " FROM " + chain.from + " WHERE " + chain.id + " = :id";
+}
+
 struct Owned
 {
-    std::string name;
-    std::string company;  ///< SQL that selects the company of the record `:id`
-    std::string readable; ///< SQL that selects a row if `:caller_company` may read the record `:id`
+    explicit Owned(const std::string& table)
+        : name(table),
+          company(companyOf(chainFrom(table))),
+          readable("SELECT 1 WHERE " + centre::readable(table, ":id"))
+    {
+    }
+
+    const std::string name;
+    const Sql company;  ///< selects the company of the record `:id`
+    const Sql readable; ///< selects a row if `:caller_company` may read the record `:id`
 };
 
 std::map<int, Owned> ownedKinds()
 {
-    std::map<int, Owned> kinds = {{DATA_TYPE_DISK, {"disk", "", ""}},
-                                  {DATA_TYPE_FOLDER, {"folder", "", ""}},
-                                  {DATA_TYPE_FILE, {"file", "", ""}}};
+    std::map<int, Owned> kinds;
+    kinds.try_emplace(DATA_TYPE_DISK, "disk");
+    kinds.try_emplace(DATA_TYPE_FOLDER, "folder");
+    kinds.try_emplace(DATA_TYPE_FILE, "file");
     for (const RecordKind& kind : recordKinds())
-        kinds[kind.number].name = kind.name;
-    for (auto& [number, owned] : kinds) {
-        const Chain chain = chainFrom(owned.name);
-        owned.company = "SELECT " + chain.company + " FROM " + chain.from + " WHERE " + chain.id + " = :id";
-        owned.readable = "SELECT 1 WHERE " + centre::readable(owned.name, ":id");
-    }
+        kinds.try_emplace(kind.number, kind.name);
     return kinds;
 }
 
@@ -128,7 +136,7 @@ std::string readableImageComment()
 
 bool mayRead(Connection& connection, const User& user, int type, std::uint32_t id)
 {
-    Statement& record = connection.statement(ownedKind(type).readable.c_str());
+    Statement& record = connection.statement(ownedKind(type).readable);
     const ResetAtEnd resetAtEnd(record);
     record.bindAll(id, user.companyId);
     return record.step();
@@ -142,7 +150,7 @@ void requireReadable(Connection& connection, const User& user, int type, std::ui
 
 bool isOwn(Connection& connection, const User& user, int type, std::uint32_t id)
 {
-    Statement& company = connection.statement(ownedKind(type).company.c_str());
+    Statement& company = connection.statement(ownedKind(type).company);
     const ResetAtEnd resetAtEnd(company);
     company.bind(1, id);
     return company.step() && company.id(0) == user.companyId;

@@ -3,6 +3,7 @@
 #include "centre/base/Date.h"
 #include "centre/base/Error.h"
 #include "centre/base/Text.h"
+#include "centre/database/Sql.h"
 #include "centre/store/Ownership.h"
 
 #include <algorithm>
@@ -15,6 +16,13 @@
 namespace centre {
 
 namespace {
+
+const Sql kTypeName("SELECT data_type FROM type WHERE type_id = ?");
+const Sql kAnyCompanyOf("SELECT id FROM company WHERE companyno = coalesce(?, companyno) LIMIT 2");
+const Sql kAddMarkOfRecord("INSERT INTO image_mark VALUES (?, ?, ?) ON CONFLICT DO NOTHING");
+const Sql kAddImageCommentOfMark(
+    "INSERT INTO image_comment(id, commentcontent, commentstate)"
+    " VALUES (CAST(:id AS BIGINT), 'mark ' || CAST(:id AS BIGINT), '') ON CONFLICT DO NOTHING");
 
 constexpr double kTurn = 360;
 constexpr std::uint32_t kNoIdentifier = 0xFFFFFFFF; // means "none" to the clients
@@ -328,7 +336,7 @@ void RecordWriter::requireOwner(const RecordKind& kind, std::uint32_t typeId)
 {
     auto type = m_TypeNames.find(typeId);
     if (type == m_TypeNames.end()) {
-        const auto row = m_Database.prepare("SELECT data_type FROM type WHERE type_id = ?");
+        const auto row = m_Database.prepare(kTypeName);
         row->bind(1, typeId);
         if (!row->step())
             throw refusal("there is no type " + std::to_string(typeId));
@@ -342,8 +350,7 @@ void RecordWriter::requireOwner(const RecordKind& kind, std::uint32_t typeId)
 
 std::string RecordWriter::companyId(const std::string* companyNo)
 {
-    const auto row =
-        m_Database.prepare("SELECT id FROM company WHERE companyno = coalesce(?, companyno) LIMIT 2");
+    const auto row = m_Database.prepare(kAnyCompanyOf);
     companyNo ? row->bind(1, *companyNo) : row->bind(1, std::nullopt);
     if (!row->step())
         throw refusal("there is no company " + quoted(companyNo ? *companyNo : "") +
@@ -388,7 +395,7 @@ void RecordWriter::refuse(const RecordKind& kind, Insertion& insertion, const Da
 void RecordWriter::addMarks(const RecordKind& kind, std::uint32_t id, const std::string& marks)
 {
     if (!m_AddMark)
-        m_AddMark = m_Database.prepare("INSERT INTO image_mark VALUES (?, ?, ?) ON CONFLICT DO NOTHING");
+        m_AddMark = m_Database.prepare(kAddMarkOfRecord);
     for (std::size_t start = 0; start < marks.size();) {
         const std::size_t end = std::min(marks.find_first_of(", ", start), marks.size());
         const std::uint32_t mark = identifier("marks: each", marks.substr(start, end - start));
@@ -405,8 +412,7 @@ void RecordWriter::requireImageComment(std::uint32_t id)
     if (!m_ImageComments.insert(id).second)
         return;
     if (m_Origin == Origin::Operator) {
-        const auto addition = m_Database.prepare("INSERT INTO image_comment(id, commentcontent, commentstate)"
-                                                 " VALUES (:id, 'mark ' || :id, '') ON CONFLICT DO NOTHING");
+        const auto addition = m_Database.prepare(kAddImageCommentOfMark);
         addition->bind(1, id);
         addition->run();
         m_LargestMark = std::max(m_LargestMark, id);

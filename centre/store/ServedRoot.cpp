@@ -9,14 +9,14 @@ namespace centre {
 namespace {
 
 // A disk's identifier, or NULL for a package. Of those at one path the company's own disk comes first.
-constexpr char kRootAt[] =
+const Sql kRootAt(
     "SELECT id, 0 AS place FROM disk WHERE root_path = :path AND company_id = :company"
     " AND kesta_code = coalesce(nullif(:box, ''), kesta_code)"
     " UNION ALL SELECT id, 1 FROM disk JOIN disk_share ON disk_id = id WHERE :shared = 1 AND root_path = "
     ":path"
     " AND disk_share.company_id = :company AND kesta_code = coalesce(nullif(:box, ''), kesta_code)"
     " UNION ALL SELECT NULL, 2 FROM version WHERE app_full_path = :path"
-    " AND kesta_code = coalesce(nullif(:box, ''), kesta_code) ORDER BY place";
+    " AND kesta_code = coalesce(nullif(:box, ''), kesta_code) ORDER BY place");
 
 struct Owner
 {

@@ -1,10 +1,27 @@
 #include "centre/store/StorageTree.h"
 
+#include "centre/database/Sql.h"
 #include "centre/database/Statement.h"
 
 namespace centre {
 
 namespace {
+
+const Sql kTopFolder("SELECT id FROM folder WHERE disk_id = ? AND parent_id = 0");
+const Sql kFindFolder("SELECT id FROM folder WHERE disk_id = ? AND parent_id = ? AND name = ?");
+const Sql kAddFolder("INSERT INTO folder(disk_id, parent_id, name) VALUES (?, ?, ?)"
+                     " ON CONFLICT DO NOTHING RETURNING id");
+// What exists takes no identifier; the conflict is for what another connection adds meanwhile.
+const Sql kAddFile("INSERT INTO file(parent_id, name) SELECT :parent, :name WHERE NOT EXISTS"
+                   " (SELECT 1 FROM file WHERE parent_id = :parent AND name = :name)"
+                   " ON CONFLICT (parent_id, name) DO NOTHING");
+const Sql kAddContent("INSERT INTO file(parent_id, name, size, digest)"
+                      " SELECT :parent, :name, :size, nullif(:digest, '') WHERE NOT EXISTS"
+                      " (SELECT 1 FROM file WHERE parent_id = :parent AND name = :name)"
+                      " ON CONFLICT (parent_id, name) DO UPDATE"
+                      " SET size = excluded.size, digest = excluded.digest");
+const Sql kSetContent("UPDATE file SET size = :size, digest = nullif(:digest, '')"
+                      " WHERE parent_id = :parent AND name = :name");
 
 std::optional<std::uint32_t> identifier(Statement& statement)
 {
@@ -16,22 +33,12 @@ std::optional<std::uint32_t> identifier(Statement& statement)
 } // namespace
 
 StorageTree::StorageTree(Database& database)
-    : m_TopFolder(database.prepare("SELECT id FROM folder WHERE disk_id = ? AND parent_id = 0")),
-      m_FindFolder(
-          database.prepare("SELECT id FROM folder WHERE disk_id = ? AND parent_id = ? AND name = ?")),
-      m_AddFolder(database.prepare("INSERT INTO folder(disk_id, parent_id, name) VALUES (?, ?, ?)"
-                                   " ON CONFLICT DO NOTHING RETURNING id")),
-      // What exists takes no identifier; the conflict is for what another connection adds meanwhile.
-      m_AddFile(database.prepare("INSERT INTO file(parent_id, name) SELECT :parent, :name WHERE NOT EXISTS"
-                                 " (SELECT 1 FROM file WHERE parent_id = :parent AND name = :name)"
-                                 " ON CONFLICT (parent_id, name) DO NOTHING")),
-      m_AddContent(database.prepare("INSERT INTO file(parent_id, name, size, digest)"
-                                    " SELECT :parent, :name, :size, nullif(:digest, '') WHERE NOT EXISTS"
-                                    " (SELECT 1 FROM file WHERE parent_id = :parent AND name = :name)"
-                                    " ON CONFLICT (parent_id, name) DO UPDATE"
-                                    " SET size = excluded.size, digest = excluded.digest")),
-      m_SetContent(database.prepare("UPDATE file SET size = :size, digest = nullif(:digest, '')"
-                                    " WHERE parent_id = :parent AND name = :name"))
+    : m_TopFolder(database.prepare(kTopFolder)),
+      m_FindFolder(database.prepare(kFindFolder)),
+      m_AddFolder(database.prepare(kAddFolder)),
+      m_AddFile(database.prepare(kAddFile)),
+      m_AddContent(database.prepare(kAddContent)),
+      m_SetContent(database.prepare(kSetContent))
 {
 }
 

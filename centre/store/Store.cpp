@@ -3,6 +3,7 @@
 #include "centre/base/Error.h"
 #include "centre/base/Text.h"
 #include "centre/database/Database.h"
+#include "centre/database/Sql.h"
 #include "centre/store/Accounts.h"
 #include "centre/store/Schema.h"
 #include "components/wirecall/Address.h"
@@ -12,6 +13,24 @@
 #include <filesystem>
 
 namespace centre {
+
+namespace {
+
+const Sql kAddCompany("INSERT INTO company(companyno) VALUES (?) RETURNING id");
+const Sql kAddBox("INSERT INTO box(code, address) VALUES (?, ?)");
+const Sql kBoxAddress("SELECT address FROM box WHERE code = ?");
+const Sql kSetBoxAddress("UPDATE box SET address = ? WHERE code = ?");
+const Sql kAddArea("INSERT INTO national_area(area_id, area_name, parent_id) VALUES (?, ?, ?)");
+const Sql kCompanyOfNumber("SELECT id FROM company WHERE companyno = ?");
+const Sql kAddDisk("INSERT INTO disk(root_path, name, kesta_code, company_id, address_kind)"
+                   " VALUES (?, ?, nullif(?, ''), ?, 1) RETURNING id");
+const Sql kAddTopFolder("INSERT INTO folder(parent_id, name, disk_id) VALUES (0, ?, ?) RETURNING id");
+const Sql kAddMadeUpFiles("WITH RECURSIVE number(i) AS (SELECT 0 WHERE :count > 0 UNION ALL"
+                          " SELECT i + 1 FROM number WHERE i + 1 < :count)"
+                          " INSERT INTO file(parent_id, name) SELECT :folder,"
+                          " 'file-' || substr(CAST(1000000 + i AS TEXT), 2) || '.dat' FROM number");
+
+} // namespace
 
 std::uint32_t insert(Statement& statement, const std::string& taken, const std::string& missing)
 {
@@ -63,7 +82,7 @@ Store::~Store() = default;
 std::uint32_t Store::addCompany(const std::string& companyNo)
 {
     requireName("the company number", companyNo);
-    const auto statement = m_Database->prepare("INSERT INTO company(companyno) VALUES (?) RETURNING id");
+    const auto statement = m_Database->prepare(kAddCompany);
     statement->bind(1, companyNo);
     return insert(*statement, "company " + companyNo + " exists already");
 }
@@ -84,7 +103,7 @@ void Store::addBox(const std::string& code, const std::string& address)
     if (!wirecall::parseAddress(address, parsed) || parsed.port == 0)
         throw Error(ExitCode::WrongUse,
                     "not an address of a box: " + escaped(address) + "; an address is HOST:PORT");
-    const auto statement = m_Database->prepare("INSERT INTO box(code, address) VALUES (?, ?)");
+    const auto statement = m_Database->prepare(kAddBox);
     statement->bind(1, code);
     statement->bind(2, address);
     insert(*statement, "box " + code + " exists already");
@@ -92,7 +111,7 @@ void Store::addBox(const std::string& code, const std::string& address)
 
 std::string Store::boxAddress(const std::string& code)
 {
-    const auto statement = m_Database->prepare("SELECT address FROM box WHERE code = ?");
+    const auto statement = m_Database->prepare(kBoxAddress);
     statement->bind(1, code);
     if (!statement->step())
         throw Error(ExitCode::Failed, "there is no box " + escaped(code) + "; add-box adds one");
@@ -101,7 +120,7 @@ std::string Store::boxAddress(const std::string& code)
 
 void Store::setBoxAddress(const std::string& code, const std::string& address)
 {
-    const auto statement = m_Database->prepare("UPDATE box SET address = ? WHERE code = ?");
+    const auto statement = m_Database->prepare(kSetBoxAddress);
     statement->bindAll(address, code);
     statement->run();
 }
@@ -111,8 +130,7 @@ void Store::addArea(std::uint32_t id, const std::string& name, std::optional<std
     requireName("the area's name", name);
     if (id == 0 || id == UINT32_MAX)
         throw Error(ExitCode::WrongUse, "an area's identifier must be a number from 1 to 4294967294");
-    const auto statement =
-        m_Database->prepare("INSERT INTO national_area(area_id, area_name, parent_id) VALUES (?, ?, ?)");
+    const auto statement = m_Database->prepare(kAddArea);
     statement->bindAll(id, name, parentId);
     insert(*statement, "area " + std::to_string(id) + " exists already",
            "there is no area " + std::to_string(parentId.value_or(0)) +
@@ -121,7 +139,7 @@ void Store::addArea(std::uint32_t id, const std::string& name, std::optional<std
 
 std::uint32_t Store::companyId(const std::string& companyNo)
 {
-    const auto statement = m_Database->prepare("SELECT id FROM company WHERE companyno = ?");
+    const auto statement = m_Database->prepare(kCompanyOfNumber);
     statement->bind(1, companyNo);
     if (!statement->step())
         throw Error(ExitCode::Failed, "there is no company " + escaped(companyNo) + "; add-company adds one");
@@ -135,16 +153,13 @@ std::uint32_t Store::addDisk(const std::string& name, const std::string& rootPat
     if (name == "." || name == ".." || name.find('/') != std::string::npos)
         throw Error(ExitCode::WrongUse, "the disk's name is one component of a path and can't be " + name);
     Transaction transaction(*m_Database);
-    const auto disk =
-        m_Database->prepare("INSERT INTO disk(root_path, name, kesta_code, company_id, address_kind)"
-                            " VALUES (?, ?, nullif(?, ''), ?, 1) RETURNING id");
+    const auto disk = m_Database->prepare(kAddDisk);
     disk->bind(1, rootPath);
     disk->bind(2, name);
     disk->bind(3, boxCode);
     disk->bind(4, companyId(companyNo));
     const std::uint32_t diskId = insert(*disk, "disk " + name + " exists already");
-    const auto folder =
-        m_Database->prepare("INSERT INTO folder(parent_id, name, disk_id) VALUES (0, ?, ?) RETURNING id");
+    const auto folder = m_Database->prepare(kAddTopFolder);
     folder->bind(1, name);
     folder->bind(2, diskId);
     const std::uint32_t folderId = folder->runForId().value();
@@ -154,11 +169,7 @@ std::uint32_t Store::addDisk(const std::string& name, const std::string& rootPat
 
 void Store::addMadeUpFiles(std::uint32_t folderId, std::uint32_t count)
 {
-    const auto statement =
-        m_Database->prepare("WITH RECURSIVE number(i) AS (SELECT 0 WHERE :count > 0 UNION ALL"
-                            " SELECT i + 1 FROM number WHERE i + 1 < :count)"
-                            " INSERT INTO file(parent_id, name) SELECT :folder,"
-                            " 'file-' || substr(CAST(1000000 + i AS TEXT), 2) || '.dat' FROM number");
+    const auto statement = m_Database->prepare(kAddMadeUpFiles);
     statement->bindAll(count, folderId);
     statement->run();
 }

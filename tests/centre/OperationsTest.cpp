@@ -1,3 +1,4 @@
+#include "centre/database/Sql.h"
 #include "centre/database/SqliteDatabase.h"
 #include "centre/store/Query.h"
 #include "tests/centre/CentreSupport.h"
@@ -22,6 +23,16 @@ TEST_F(Operations, AllHaveAHandler)
                                                     testing::HasSubstr("Deadline"))))
                 << service->method(i)->name();
     EXPECT_EQ(operations, 127);
+}
+
+TEST_F(Operations, AreWrittenInSqlThatTheEngineTakes)
+{
+    serve(); // prepares the operations that read
+    ask("addDataFile", "project_id: 1 file_id: 1");
+    const std::vector<std::string> all = centre::Sql::all();
+    EXPECT_GT(all.size(), 60u);
+    for (const std::string& sql : all)
+        EXPECT_NO_THROW(m_Store.database().prepare(sql)->columnCount()) << sql;
 }
 
 TEST_F(Operations, BoundTheBytesOfTextsAndAnswers)
