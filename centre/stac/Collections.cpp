@@ -1,5 +1,6 @@
 #include "centre/stac/Collections.h"
 
+#include "centre/database/Sql.h"
 #include "centre/stac/Instant.h"
 #include "centre/store/Ownership.h"
 
@@ -89,10 +90,10 @@ json extentAndSummaries(Connection& connection, const Collection& collection)
 
 std::vector<Collection> readableCollections(Connection& connection, const User& user)
 {
-    static const std::string sql = "SELECT type_id, data_type, type_text, project_name FROM project JOIN "
-                                   "type USING (project_id) WHERE " +
-                                   readableRow("project") + "ORDER BY type_id";
-    Statement& row = connection.statement(sql.c_str());
+    static const Sql sql("SELECT type_id, data_type, type_text, project_name FROM project JOIN "
+                         "type USING (project_id) WHERE " +
+                         readableRow("project") + "ORDER BY type_id");
+    Statement& row = connection.statement(sql);
     const ResetAtEnd resetAtEnd(row);
     row.bindAll(user.companyId);
     std::vector<Collection> collections;

@@ -1,8 +1,10 @@
 #include "centre/stac/ItemSql.h"
 
+#include "centre/database/Sql.h"
+
 #include <algorithm>
+#include <map>
 #include <mutex>
-#include <set>
 
 namespace centre {
 
@@ -21,15 +23,15 @@ std::string titleColumn(const RecordKind& kind)
     return title == kind.columns.end() ? "NULL" : kind.name + "." + title->name;
 }
 
-const char* keptText(const std::string& sql)
+const Sql* keptText(const std::string& sql)
 {
     static std::mutex mutex;
-    static std::set<std::string> texts;
+    static std::map<std::string, Sql> texts;
     const std::lock_guard lock(mutex);
     const auto known = texts.find(sql);
     if (known != texts.end())
-        return known->c_str();
-    return texts.size() < kMostKept ? texts.insert(sql).first->c_str() : nullptr;
+        return &known->second;
+    return texts.size() < kMostKept ? &texts.try_emplace(sql, sql).first->second : nullptr;
 }
 
 /// Selects the identifiers of the page. The + keeps a search of bounds on the identifiers.
@@ -95,8 +97,8 @@ void bindSearch(Statement& statement, const ItemSearch& search, const Statement:
 
 KeptStatement::KeptStatement(Connection& connection, const std::string& sql)
 {
-    if (const char* kept = keptText(sql)) {
-        m_Statement = &connection.statement(kept);
+    if (const Sql* kept = keptText(sql)) {
+        m_Statement = &connection.statement(*kept);
         return;
     }
     m_Own = connection.database().prepare(sql);

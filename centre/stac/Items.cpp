@@ -1,5 +1,6 @@
 #include "centre/stac/Items.h"
 
+#include "centre/database/Sql.h"
 #include "centre/stac/CatalogFilter.h"
 #include "centre/stac/Instant.h"
 #include "centre/stac/ItemSql.h"
@@ -44,8 +45,8 @@ Statement::Identifiers idsOfKind(const ItemSearch& search, const RecordKind& kin
 /// The disks that the caller may read, and their boxes.
 DiskBoxes readableDisks(Connection& connection, const User& user)
 {
-    static const std::string sql = "SELECT id, kesta_code FROM disk WHERE " + readableRow("disk");
-    Statement& row = connection.statement(sql.c_str());
+    static const Sql sql("SELECT id, kesta_code FROM disk WHERE " + readableRow("disk"));
+    Statement& row = connection.statement(sql);
     const ResetAtEnd resetAtEnd(row);
     row.bindAll(user.companyId);
     DiskBoxes disks;
