@@ -48,7 +48,7 @@ public:
         if (operation == "not")
             return "NOT " + condition(arguments[0], depth + 1);
         if (operation == "isNull")
-            return "(" + column(arguments[0]) + " IS NULL)";
+            return isNull(column(arguments[0]));
         if (operation == "in")
             return list(arguments);
         if (isComparison(operation))
@@ -86,6 +86,12 @@ private:
         for (const json& value : arguments[1])
             sql += (sql.empty() ? " IN (" : ", ") + operand(value);
         return "(" + column(arguments[0]) + sql + "))";
+    }
+
+    /// The names of project and collection are never absent.
+    static std::string isNull(const std::string& operand)
+    {
+        return operand[0] == ':' ? "1 = 0" : "(" + operand + " IS NULL)";
     }
 
     static bool isProperty(const json& argument)
