@@ -7,8 +7,8 @@
 
 namespace centre {
 
-/// Returns whether nobody waits for the result of long work any more, because its caller has gone or the
-/// centre stops. Never empty.
+/// Returns whether long work is to be given up, because its caller has gone or has lost the right to it, or
+/// the centre stops. Never empty.
 using IsCanceled = std::function<bool()>;
 
 /// For work that somebody always waits for.
@@ -21,7 +21,7 @@ inline bool neverCanceled()
 inline void requireNotCanceled(const IsCanceled& isCanceled)
 {
     if (isCanceled())
-        throw refusal("given up: the caller has gone, or the centre stops");
+        throw refusal("given up: the caller has gone or may do it no longer, or the centre stops");
 }
 
 } // namespace centre

@@ -100,6 +100,20 @@ void Admissions::requireStill(const Admission& admission)
     admission.asked = now;
 }
 
+void Admissions::addRights(std::set<Right>& rights)
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    m_Transfers.forEach([&rights](const Admission& each) { rights.emplace(each.token, each.use); });
+}
+
+void Admissions::end(const Right& right)
+{
+    Handles<const Admission>::Ended ended;
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    m_Transfers.endIf([&right](const Admission& each, auto) { return Right(each.token, each.use) == right; },
+                      ended);
+}
+
 std::size_t Admissions::count()
 {
     Handles<const Admission>::Ended ended;

@@ -8,7 +8,9 @@
 #include <chrono>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
+#include <utility>
 
 namespace centre {
 
@@ -55,6 +57,12 @@ public:
     /// it was asked last, so that a token, a role or a grant that was taken away ends transfers under way.
     void requireStill(const Admission& admission);
 
+    /// A token and what it is used for.
+    typedef std::pair<std::string, BoxCatalogue::Use> Right;
+    /// Adds the rights of those that are kept.
+    void addRights(std::set<Right>& rights);
+    /// Ends those of a right.
+    void end(const Right& right);
     /// How many are kept.
     std::size_t count();
 

@@ -1,6 +1,7 @@
 #include "centre/box/Box.h"
 
 #include "centre/base/Error.h"
+#include "centre/base/EverySecond.h"
 #include "centre/base/Text.h"
 #include "centre/box/BoxService.h"
 #include "centre/box/DataFolderCatalogue.h"
@@ -16,6 +17,9 @@
 #include <QUrl>
 
 #include <arpa/inet.h>
+#include <functional>
+#include <iostream>
+#include <optional>
 
 namespace centre {
 
@@ -63,12 +67,29 @@ struct Box::Impl
         endpoint.countTransfers([this] { return service.openTransfers(); });
     }
 
+    /// Ends what users may do no longer, and checks that no other process has taken the box.
+    void look()
+    try {
+        service.endRefused();
+        if (isDisplaced || lock->isHeld())
+            return;
+        isDisplaced = true;
+        std::cerr << "lumo-centre: another process serves box " + escaped(code) + " by now\n";
+        if (displaced)
+            displaced();
+    } catch (const std::exception& error) {
+        std::cerr << "lumo-centre: box " + escaped(code) + ": " + error.what() + "\n";
+    }
+
     const std::string code;
     std::unique_ptr<ServeLock> lock;
     ConnectionPool pool;
     DataFolderCatalogue catalogue;
     BoxService service;
-    Endpoint endpoint; ///< destroyed first: its calls use the members above
+    Endpoint endpoint; ///< its calls use the members above
+    std::function<void()> displaced;
+    bool isDisplaced = false;
+    std::optional<EverySecond> watch; ///< destroyed first
 };
 
 Box::Box(const std::string& dataFolder, const std::string& code, const ListenOptions& listen, Faults& faults)
@@ -82,6 +103,8 @@ Box::Box(const std::string& dataFolder, const std::string& code, const ListenOpt
     requireOneHost(options.announced.empty() ? options.address : options.announced);
     m_Impl = std::make_unique<Impl>(dataFolder, code, faults);
     m_Impl->endpoint.start(options);
+    m_Impl->displaced = listen.displaced;
+    m_Impl->watch.emplace([this] { m_Impl->look(); });
     store.setBoxAddress(code, options.announced.empty() ? address() : options.announced);
 }
 
@@ -109,6 +132,7 @@ void Box::reloadCertificate()
 
 void Box::stop()
 {
+    m_Impl->watch.reset();
     m_Impl->endpoint.stop();
     m_Impl->lock.reset();
 }

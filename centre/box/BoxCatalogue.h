@@ -48,6 +48,9 @@ public:
     virtual std::optional<Place> admit(const std::string& token, const haulbox::Carried& carried,
                                        const std::string& path, Use use, std::string& reason) = 0;
 
+    /// Whether the user of `token` exists and may use the box so at all. Cheaper than `admit`.
+    virtual bool mayUse(const std::string& token, Use use) = 0;
+
     /// Registers the entries that are not registered yet, with the folders above them, and the new contents
     /// of files, in one transaction. Throws bulkhaul::FileFailure(haulbox::NO_SPACE) when the catalogue's
     /// disk is full.

@@ -5,6 +5,7 @@
 #include "lumo/components/wirecall/RpcServer.h"
 
 #include <memory>
+#include <set>
 #include <utility>
 
 namespace centre {
@@ -91,6 +92,18 @@ void BoxService::store(Controller* call, const haulbox::StoreReq* request, haulb
                        Closure* done)
 {
     answer(call, *response, done, [&] { m_Uploads.store(tokenOf(call), *request, *response); });
+}
+
+void BoxService::endRefused()
+{
+    std::set<Admissions::Right> rights;
+    m_Admissions.addRights(rights);
+    m_Uploads.underWay().addRights(rights);
+    for (const Admissions::Right& right : rights)
+        if (!m_Catalogue.mayUse(right.first, right.second)) {
+            m_Admissions.end(right);
+            m_Uploads.underWay().end(right);
+        }
 }
 
 } // namespace centre

@@ -17,7 +17,8 @@ public:
     /// The first two must outlive the service. `pause`: how long after its last call an upload is busy.
     BoxService(BoxCatalogue& catalogue, Faults& faults,
                OpenUploads::Pause pause = std::chrono::milliseconds(1000))
-        : m_Admissions(catalogue),
+        : m_Catalogue(catalogue),
+          m_Admissions(catalogue),
           m_Faults(faults),
           m_Downloads(m_Admissions, m_Faults),
           m_Uploads(m_Admissions, catalogue, m_Faults, pause)
@@ -47,9 +48,12 @@ public:
                Closure* done) override;
 
     /// The number of handles that clients have: of admitted transfers, and of uploads of large files.
-    std::size_t openTransfers() { return m_Admissions.count() + m_Uploads.count(); }
+    std::size_t openTransfers() { return m_Admissions.count() + m_Uploads.underWay().count(); }
+    /// Ends the handles of users who were removed, may not do so any more or whose token has ended.
+    void endRefused();
 
 private:
+    BoxCatalogue& m_Catalogue;
     Admissions m_Admissions;
     BoxFaults m_Faults;
     Downloads m_Downloads;

@@ -194,6 +194,14 @@ std::optional<BoxCatalogue::Place> DataFolderCatalogue::admit(const std::string&
     return std::nullopt;
 }
 
+bool DataFolderCatalogue::mayUse(const std::string& token, Use use)
+{
+    ConnectionPool::Lease connection(m_Pool);
+    std::string reason;
+    const std::optional<User> user = connection->user(token, reason);
+    return user && (use == Use::Read || user->mayWrite());
+}
+
 void DataFolderCatalogue::record(const std::vector<Entry>& entries)
 try {
     registerAll(entries);

@@ -21,6 +21,8 @@ public:
     std::optional<Place> admit(const std::string& token, const haulbox::Carried& carried,
                                const std::string& path, Use use, std::string& reason) override;
 
+    bool mayUse(const std::string& token, Use use) override;
+
     /// Registers on every disk of the box that shows the entry's place. Throws std::runtime_error for an
     /// entry that no disk shows, and then registers nothing.
     void record(const std::vector<Entry>& entries) override;

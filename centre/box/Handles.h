@@ -55,6 +55,14 @@ public:
 
     void erase(const std::string& handle) { m_Kept.erase(handle); }
 
+    /// Calls `visit(object)` for each.
+    template <class Visit>
+    void forEach(Visit visit) const
+    {
+        for (const auto& [handle, kept] : m_Kept)
+            visit(*kept.object);
+    }
+
     /// Ends each object for which `ends(object, idle)` is true. `idle` is how long it has not been used.
     template <class Ends>
     void endIf(Ends ends, Ended& ended)

@@ -72,12 +72,31 @@ std::size_t OpenUploads::count()
     return open;
 }
 
+void OpenUploads::addRights(std::set<Admissions::Right>& rights)
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    m_Uploads.forEach(
+        [&rights](const Upload& each) { rights.emplace(each.admission->token, each.admission->use); });
+}
+
+void OpenUploads::end(const Admissions::Right& right)
+{
+    endAll([&right](const Upload& each) {
+        return Admissions::Right(each.admission->token, each.admission->use) == right;
+    });
+}
+
 void OpenUploads::giveUp(const std::string& path)
+{
+    endAll([&path](const Upload& other) { return other.path == path; });
+}
+
+void OpenUploads::endAll(const std::function<bool(const Upload&)>& ends)
 {
     Ended ended;
     {
         const std::lock_guard<std::mutex> lock(m_Mutex);
-        m_Uploads.endIf([&](const Upload& other, auto) { return other.path == path; }, ended);
+        m_Uploads.endIf([&ends](const Upload& each, auto) { return ends(each); }, ended);
     }
     closeAll(ended);
 }

@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <shared_mutex>
 #include <string>
 #include <utility>
@@ -61,6 +62,11 @@ public:
     void finish(const std::string& handle, const std::string& token,
                 const std::function<void(Upload&)>& work);
 
+    /// Adds the rights by which they were admitted.
+    void addRights(std::set<Admissions::Right>& rights);
+    /// Gives up those of a right. Their partial files stay.
+    void end(const Admissions::Right& right);
+
     /// How many are under way.
     std::size_t count();
 
@@ -68,6 +74,8 @@ public:
     void giveUp(const std::string& path);
 
 private:
+    void endAll(const std::function<bool(const Upload&)>& ends);
+
     typedef Handles<Upload>::Ended Ended;
     static constexpr std::size_t kUploadsOfUser = 64;
 

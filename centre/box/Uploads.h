@@ -34,8 +34,8 @@ public:
     void finish(const std::string& token, const haulbox::FinishReq& request, haulbox::FinishRsp& response);
     void store(const std::string& token, const haulbox::StoreReq& request, haulbox::StoreRsp& response);
 
-    /// The number of large files on their way.
-    std::size_t count() { return m_Open.count(); }
+    /// The large files on their way.
+    OpenUploads& underWay() { return m_Open; }
 
 private:
     class Run;

@@ -17,9 +17,12 @@ using Kind = DatabaseError::Kind;
 constexpr int kOldestServer = 150000;
 constexpr int kLockOfTables = 0x4C554D4F; // "LUMO"
 
-// The last may be a plan of many branches, which compiling would make slower.
-constexpr char kSession[] = "SET client_min_messages = error; SET lock_timeout = '10s';"
-                            " SET default_transaction_isolation = 'read committed'; SET jit = off";
+// The server ends the session of a machine that has gone, and with it its locks, within half a minute. A plan
+// may have many branches, which compiling would make slower.
+constexpr char kSession[] =
+    "SET tcp_keepalives_idle = 10; SET tcp_keepalives_interval = 5; SET tcp_keepalives_count = 3;"
+    "SET client_min_messages = error; SET lock_timeout = '10s';"
+    " SET default_transaction_isolation = 'read committed'; SET jit = off";
 
 struct State
 {

@@ -44,10 +44,15 @@ ServeLock::ServeLock(const std::string& path, const std::string& what)
 
 ServeLock::ServeLock(std::unique_ptr<PostgresDatabase> database, const std::string& name,
                      const std::string& what)
-    : m_Database(std::move(database))
+    : m_Database(std::move(database)), m_Name(name)
 {
     if (!m_Database->tryLock(name))
         throw Error(ExitCode::InUse, what + " is being served by another process; stop that first");
+}
+
+bool ServeLock::isHeld()
+{
+    return !m_Database || m_Database->tryLock(m_Name); // a connection may take its lock any number of times
 }
 
 ServeLock::~ServeLock()

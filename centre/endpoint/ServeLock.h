@@ -19,12 +19,17 @@ public:
     ServeLock(std::unique_ptr<PostgresDatabase> database, const std::string& name, const std::string& what);
     ~ServeLock();
 
+    /// Whether the lock is still held. Takes it again after the connection to the server was lost; false if
+    /// another process has it by now. Throws DatabaseError while the server can't be reached.
+    bool isHeld();
+
     ServeLock(const ServeLock&) = delete;
     ServeLock& operator=(const ServeLock&) = delete;
 
 private:
     int m_File = -1;
     std::unique_ptr<PostgresDatabase> m_Database;
+    std::string m_Name; ///< in the database
 };
 
 } // namespace centre

@@ -7,6 +7,7 @@
 #include "centre/store/ServedRoot.h"
 #include "lumo/components/wirecall/RpcServer.h"
 
+#include <chrono>
 #include <functional>
 #include <iostream>
 #include <sstream>
@@ -33,11 +34,6 @@ std::string attempt(const char* operation, RpcController* call, const std::funct
     }
 }
 
-IsCanceled cancellationOf(const RpcController* call)
-{
-    return [call] { return call->IsCanceled(); };
-}
-
 void setResult(forgeserver::AnalyzeImageRsp& response, const std::string& error)
 {
     response.set_analyze_result(error.empty());
@@ -59,7 +55,7 @@ void ForgeService::CreateFolder(RpcController* controller, const forgeserver::Cr
                                 forgeserver::CreateFolderRsp* response, Closure* done)
 {
     const std::string error = attempt("CreateFolder", controller, [&] {
-        response->set_folder_id(m_Copy.makeFolder(userOf(controller), *request));
+        response->set_folder_id(m_Copy.makeFolder(callerOf(controller).user, *request));
     });
     if (!error.empty())
         controller->SetFailed(error);
@@ -91,7 +87,8 @@ void ForgeService::AnalyzeImage(RpcController* controller, const forgeserver::An
                                 forgeserver::AnalyzeImageRsp* response, Closure* done)
 {
     setResult(*response, attempt("AnalyzeImage", controller, [&] {
-        analyzeImage(m_Pool, m_Images, userOf(controller), *request, cancellationOf(controller));
+        const Caller caller = callerOf(controller);
+        analyzeImage(m_Pool, m_Images, caller.user, *request, caller.isCanceled);
     }));
     done->Run();
 }
@@ -101,7 +98,8 @@ void ForgeService::AnalyzeImages(RpcController* controller, const forgeserver::A
 {
     for (const forgeserver::AnalyzeImageReq& each : request->analyze_req())
         setResult(*response->add_analyze_rsp(), attempt("AnalyzeImages", controller, [&] {
-            analyzeImage(m_Pool, m_Images, userOf(controller), each, cancellationOf(controller));
+            const Caller caller = callerOf(controller);
+            analyzeImage(m_Pool, m_Images, caller.user, each, caller.isCanceled);
         }));
     done->Run();
 }
@@ -110,7 +108,8 @@ void ForgeService::FileCopyToDb(RpcController* controller, const forgeserver::Fi
                                 forgeserver::FileCopyToDbRsp* response, Closure* done)
 {
     setResult(*response, attempt("FileCopyToDb", controller, [&] {
-        m_Copy.copyIn(userOf(controller), *request, cancellationOf(controller));
+        const Caller caller = callerOf(controller);
+        m_Copy.copyIn(caller.user, *request, caller.isCanceled);
     }));
     done->Run();
 }
@@ -119,7 +118,8 @@ void ForgeService::FileCopyFromDb(RpcController* controller, const forgeserver::
                                   forgeserver::FileCopyFromDbRsp* response, Closure* done)
 {
     setResult(*response, attempt("FileCopyFromDb", controller, [&] {
-        m_Copy.copyOut(userOf(controller), *request, cancellationOf(controller));
+        const Caller caller = callerOf(controller);
+        m_Copy.copyOut(caller.user, *request, caller.isCanceled);
     }));
     done->Run();
 }
@@ -146,8 +146,9 @@ void ForgeService::AdsFromSup(RpcController* controller, const forgeserver::Anal
                               forgeserver::AnalyzeAdsRsp* response, Closure* done)
 {
     const std::string error = attempt("AdsFromSup", controller, [&] {
-        image::Scene scene = readScene(m_Pool, m_Images, userOf(controller), request->image_id(), image::ADS,
-                                       cancellationOf(controller));
+        const Caller caller = callerOf(controller);
+        image::Scene scene =
+            readScene(m_Pool, m_Images, caller.user, request->image_id(), image::ADS, caller.isCanceled);
         auto& texts = *scene.mutable_texts();
         while (texts.size() < 6)
             texts.Add();
@@ -167,8 +168,9 @@ void ForgeService::answerScene(const char* operation, RpcController* controller,
                                forgeserver::AnalyzeSatRsp& response, Closure& done)
 {
     const std::string error = attempt(operation, controller, [&] {
-        const image::Scene scene = readScene(m_Pool, m_Images, userOf(controller), request.image_id(), form,
-                                             cancellationOf(controller));
+        const Caller caller = callerOf(controller);
+        const image::Scene scene =
+            readScene(m_Pool, m_Images, caller.user, request.image_id(), form, caller.isCanceled);
         response.set_sat_name(scene.name());
         *response.mutable_main_file() = scene.main_files();
         *response.mutable_meta_file() = scene.meta_files();
@@ -177,10 +179,21 @@ void ForgeService::answerScene(const char* operation, RpcController* controller,
     done.Run();
 }
 
-User ForgeService::userOf(RpcController* controller)
+ForgeService::Caller ForgeService::callerOf(RpcController* controller)
 {
-    return ConnectionPool::Lease(m_Pool)->requireUser(
-        static_cast<wirecall::ServerCall*>(controller)->token());
+    using Clock = std::chrono::steady_clock;
+    const auto* call = static_cast<wirecall::ServerCall*>(controller);
+    const User user = ConnectionPool::Lease(m_Pool)->requireUser(call->token());
+    return {user, [this, call, mightWrite = user.mayWrite(), asked = Clock::now()]() mutable {
+                if (call->IsCanceled())
+                    return true;
+                if (Clock::now() - asked < std::chrono::milliseconds(500))
+                    return false;
+                asked = Clock::now();
+                std::string reason;
+                const auto present = ConnectionPool::Lease(m_Pool)->user(call->token(), reason);
+                return !present || (mightWrite && !present->mayWrite());
+            }};
 }
 
 bool ForgeService::mayRead(const std::string& token, const std::string& path)

@@ -1,6 +1,7 @@
 #ifndef LUMO_CENTRE_FORGE_FORGESERVICE_H
 #define LUMO_CENTRE_FORGE_FORGESERVICE_H
 
+#include "centre/base/Cancellation.h"
 #include "centre/forge/ServerCopy.h"
 #include "centre/image/ImageReader.h"
 #include "centre/store/ConnectionPool.h"
@@ -66,7 +67,15 @@ public:
 
 private:
     bool mayRead(const std::string& token, const std::string& path);
-    User userOf(google::protobuf::RpcController* controller);
+    /// The user of a call, and whether work for it is to be given up: the token is asked about again every
+    /// half second.
+    struct Caller
+    {
+        User user;
+        IsCanceled isCanceled;
+    };
+
+    Caller callerOf(google::protobuf::RpcController* controller);
     void answerScene(const char* operation, google::protobuf::RpcController* controller,
                      image::SceneForm form, const forgeserver::AnalyzeSatReq& request,
                      forgeserver::AnalyzeSatRsp& response, google::protobuf::Closure& done);

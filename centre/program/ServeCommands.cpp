@@ -8,8 +8,12 @@
 #include "lumo/components/bulkhaul/Bulkhaul.h"
 #include "lumo/components/wirecall/LockChecks.h"
 
+#include <atomic>
+#include <csignal>
+#include <functional>
 #include <iostream>
 #include <sys/resource.h>
+#include <unistd.h>
 
 namespace centre {
 
@@ -43,6 +47,23 @@ void printFaults(const std::vector<FaultCount>& counts)
         std::cout << "lumo-centre: fault " << count.text << " fired " << counted(count.fired, "time") << "\n";
 }
 
+/// Ends the process when another one serves one of its boxes.
+class Displacement
+{
+public:
+    std::function<void()> report()
+    {
+        return [this] {
+            m_Happened = true;
+            ::kill(::getpid(), SIGTERM);
+        };
+    }
+    ExitCode exitCode() const { return m_Happened ? ExitCode::InUse : ExitCode::Success; }
+
+private:
+    std::atomic<bool> m_Happened{false};
+};
+
 /// CODE or CODE=HOST:PORT.
 BoxPlace parseBox(const std::string& text)
 {
@@ -59,8 +80,10 @@ ExitCode serve(const Arguments& arguments)
     bulkhaul::keepFreedMemory();
     wirecall::endDeadlockSearch();
     Observation observation(arguments.observe);
+    Displacement displacement;
     ServeOptions options = arguments.serve;
     options.observer = observation.observer();
+    options.displaced = displacement.report();
     for (const std::string& box : arguments.boxes)
         options.boxes.push_back(parseBox(box));
     Centre centre(arguments.data, options);
@@ -77,7 +100,7 @@ ExitCode serve(const Arguments& arguments)
     };
     runService(signals, reload, [&] { centre.stop(); });
     printFaults(centre.faultCounts());
-    return ExitCode::Success;
+    return displacement.exitCode();
 }
 
 ExitCode serveBox(const Arguments& arguments)
@@ -87,11 +110,13 @@ ExitCode serveBox(const Arguments& arguments)
     bulkhaul::keepFreedMemory();
     wirecall::endDeadlockSearch();
     Observation observation(arguments.observe);
+    Displacement displacement;
     Faults faults;
     addFaults(faults, arguments.serve.faults, Box::services());
     ListenOptions listen = arguments.serve;
     listen.address = arguments.boxAddress;
     listen.observer = observation.observer();
+    listen.displaced = displacement.report();
     Box box(arguments.data, arguments.boxCode, listen, faults);
     printBox(box.code(), box.address());
     printMetrics(observation);
@@ -101,7 +126,7 @@ ExitCode serveBox(const Arguments& arguments)
     };
     runService(signals, reload, [&] { box.stop(); });
     printFaults(faults.counts());
-    return ExitCode::Success;
+    return displacement.exitCode();
 }
 
 void addListening(CLI::App* command, Arguments& arguments)
