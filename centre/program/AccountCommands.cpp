@@ -4,6 +4,7 @@
 #include "centre/program/Commands.h"
 #include "centre/store/Accounts.h"
 #include "centre/store/Store.h"
+#include "lumo/components/platform/DisplayWidth.h"
 
 #include <nlohmann/json.hpp>
 
@@ -143,17 +144,18 @@ void printJson(const std::vector<std::string>& columns, const Rows& rows)
 
 void printTable(const std::vector<std::string>& columns, const Rows& rows)
 {
-    const auto width = [](const std::string& text) { return QString::fromStdString(text).size(); };
-    std::vector<int> widths;
+    using platform::displayWidth;
+    std::vector<std::size_t> widths;
     for (std::size_t i = 0; i < columns.size(); ++i) {
-        widths.push_back(width(columns[i]));
+        widths.push_back(displayWidth(columns[i]));
         for (const auto& row : rows)
-            widths[i] = std::max<int>(widths[i], width(escaped(row[i].value_or("-"))));
+            widths[i] = std::max(widths[i], displayWidth(escaped(row[i].value_or("-"))));
     }
     const auto print = [&](const std::function<std::string(std::size_t)>& text) {
         for (std::size_t i = 0; i < columns.size(); ++i)
             std::cout << text(i)
-                      << (i + 1 < columns.size() ? std::string(widths[i] - width(text(i)) + 2, ' ') : "\n");
+                      << (i + 1 < columns.size() ? std::string(widths[i] - displayWidth(text(i)) + 2, ' ')
+                                                 : "\n");
     };
     print([&](std::size_t i) { return columns[i]; });
     for (const auto& row : rows)

@@ -1,6 +1,7 @@
 #ifndef LUMO_CLI_OUTPUT_DISPLAYTEXT_H
 #define LUMO_CLI_OUTPUT_DISPLAYTEXT_H
 
+#include "lumo/components/platform/DisplayWidth.h"
 #include "lumo/components/platform/Utf8.h"
 
 #include <cstddef>
@@ -10,11 +11,8 @@
 
 namespace cli {
 
+using platform::displayWidth;
 using platform::escaped;
-
-/// Columns that UTF-8 text without control characters takes on a terminal: East Asian wide characters
-/// take two, combining ones none.
-std::size_t displayWidth(const std::string& text);
 
 /// The text, shortened to so many columns by "…" in place of its middle.
 std::string clipped(const std::string& text, std::size_t columns);
