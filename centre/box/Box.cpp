@@ -8,16 +8,17 @@
 #include "centre/database/PostgresDatabase.h"
 #include "centre/endpoint/Endpoint.h"
 #include "centre/endpoint/ServeLock.h"
+#include "centre/http/Assets.h"
+#include "centre/http/HttpServer.h"
 #include "centre/store/Schema.h"
 #include "centre/store/Store.h"
-#include "components/wirecall/Address.h"
 
 #include <QByteArray>
 #include <QString>
 #include <QUrl>
 
-#include <arpa/inet.h>
 #include <functional>
+#include <future>
 #include <iostream>
 #include <optional>
 
@@ -32,23 +33,6 @@ std::unique_ptr<ServeLock> lockBox(const std::string& place, const std::string& 
         return std::make_unique<ServeLock>(std::make_unique<PostgresDatabase>(place), "box " + code, what);
     const std::string name = QUrl::toPercentEncoding(QString::fromStdString(code)).toStdString();
     return std::make_unique<ServeLock>(place + "/box-" + name + ".lock", what);
-}
-
-/// Throws for an address that does not lead to one host: the data folder gives it to the clients.
-void requireOneHost(const std::string& text)
-{
-    wirecall::Address address;
-    in_addr v4 = {};
-    in6_addr v6 = {};
-    if (!wirecall::parseAddress(text, address))
-        return; // the endpoint throws
-    const char* host = address.host.c_str();
-    if ((::inet_pton(AF_INET, host, &v4) == 1 && v4.s_addr == INADDR_ANY) ||
-        (::inet_pton(AF_INET6, host, &v6) == 1 && IN6_IS_ADDR_UNSPECIFIED(&v6)))
-        throw Error(ExitCode::WrongUse,
-                    "clients must reach a box at the address that it listens on: give a name or an"
-                    " address of this machine, not " +
-                        address.host);
 }
 
 } // namespace
@@ -87,6 +71,8 @@ struct Box::Impl
     DataFolderCatalogue catalogue;
     BoxService service;
     Endpoint endpoint; ///< its calls use the members above
+    std::optional<Assets> assets;
+    std::optional<HttpServer> http;
     std::function<void()> displaced;
     bool isDisplaced = false;
     std::optional<EverySecond> watch; ///< destroyed first
@@ -106,6 +92,14 @@ Box::Box(const std::string& dataFolder, const std::string& code, const ListenOpt
     m_Impl->displaced = listen.displaced;
     m_Impl->watch.emplace([this] { m_Impl->look(); });
     store.setBoxAddress(code, options.announced.empty() ? address() : options.announced);
+    if (!options.http.empty()) {
+        if (options.httpUrl.empty())
+            requireOneHost(options.http);
+        m_Impl->assets.emplace(m_Impl->pool, store.linkSecret(), std::vector<std::string>{code});
+        m_Impl->assets->addTo(m_Impl->http.emplace(m_Impl->pool, options.name + " http"));
+        m_Impl->http->start(options);
+    }
+    store.setBoxHttp(code, httpUrl());
 }
 
 Box::~Box() = default;
@@ -125,15 +119,27 @@ const std::string& Box::address() const
     return m_Impl->endpoint.address();
 }
 
+std::string Box::httpUrl() const
+{
+    return m_Impl->http ? m_Impl->http->url() : std::string();
+}
+
 void Box::reloadCertificate()
 {
+    if (m_Impl->http)
+        m_Impl->http->reloadCertificate();
     m_Impl->endpoint.reloadCertificate();
 }
 
 void Box::stop()
 {
     m_Impl->watch.reset();
+    std::future<void> stopped;
+    if (m_Impl->http)
+        stopped = std::async([this] { m_Impl->http->stop(); });
     m_Impl->endpoint.stop();
+    if (stopped.valid())
+        stopped.wait();
     m_Impl->lock.reset();
 }
 

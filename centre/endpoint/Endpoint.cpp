@@ -1,8 +1,6 @@
 #include "centre/endpoint/Endpoint.h"
 
 #include "centre/base/Error.h"
-#include "centre/endpoint/EndpointObserver.h"
-#include "components/wirecall/Address.h"
 
 #include <iostream>
 #include <utility>
@@ -19,17 +17,11 @@ std::string withoutPort(const std::string& peer)
     return peer.substr(0, peer.rfind(':'));
 }
 
-void requireSafe(const ListenOptions& options)
+/// Returns the name of the operation, without package and service; "unknown" if there is no such operation.
+std::string_view operationOf(const wirecall::ServerCall& call)
 {
-    wirecall::Address address;
-    if (!wirecall::parseAddress(options.address, address))
-        throw Error(ExitCode::WrongUse, "not an address: " + options.address + "; an address is HOST:PORT");
-    if (options.tlsCertificate.empty() != options.tlsKey.empty())
-        throw Error(ExitCode::WrongUse, "a TLS certificate needs its key, and the key its certificate");
-    if (options.tlsCertificate.empty() && !options.plainText && !wirecall::isLoopbackHost(address.host))
-        throw Error(ExitCode::WrongUse,
-                    options.address + " can be reached from other machines: give --tls-cert and --tls-key,"
-                                      " or --plain-text if everyone on the network may read it");
+    const std::string_view method = call.method();
+    return method.empty() ? "unknown" : method.substr(method.rfind('.') + 1);
 }
 
 } // namespace
@@ -70,7 +62,7 @@ void Endpoint::start(const ListenOptions& options)
         serverOptions.judge = options.observer->judge();
         serverOptions.observe = [this, observer = options.observer](const wirecall::ServerCall& call,
                                                                     const wirecall::CallReport& report) {
-            observer->ended(*this, call, report);
+            observer->ended(*this, {operationOf(call), call.peer(), call.user(), call.group()}, report);
         };
     }
     m_Options = options;

@@ -1,6 +1,7 @@
 #ifndef LUMO_CENTRE_ENDPOINT_ENDPOINT_H
 #define LUMO_CENTRE_ENDPOINT_ENDPOINT_H
 
+#include "centre/endpoint/EndpointObserver.h"
 #include "centre/endpoint/FaultyService.h"
 #include "centre/endpoint/HealthService.h"
 #include "centre/endpoint/ListenOptions.h"
@@ -18,11 +19,11 @@ namespace centre {
 
 /// Serves services at an address, to users of the data folder only, with fault switches before the services,
 /// with the service that says hello, and to anyone the one that says whether it is healthy.
-class Endpoint
+class Endpoint : public Observed
 {
 public:
     Endpoint(ConnectionPool& pool, Faults& faults);
-    ~Endpoint(); ///< stops
+    ~Endpoint() override; ///< stops
 
     Endpoint(const Endpoint&) = delete;
     Endpoint& operator=(const Endpoint&) = delete;
@@ -40,10 +41,10 @@ public:
     /// Before `start`: a function that returns how many transfers the services know.
     void countTransfers(std::function<std::size_t()> count) { m_OpenTransfers = std::move(count); }
 
-    const ConnectionPool& pool() const { return m_Pool; }
-    std::size_t openTransfers() const { return m_OpenTransfers ? m_OpenTransfers() : 0; }
-    const std::string& name() const { return m_Options.name; }
-    wirecall::RpcServer::Load load() const { return m_Server.load(); }
+    const ConnectionPool& pool() const override { return m_Pool; }
+    std::size_t openTransfers() const override { return m_OpenTransfers ? m_OpenTransfers() : 0; }
+    const std::string& name() const override { return m_Options.name; }
+    wirecall::RpcServer::Load load() const override { return m_Server.load(); }
     int port() const { return m_Server.port(); }
     /// "host:port", with the port that was taken.
     const std::string& address() const { return m_Address; }

@@ -25,7 +25,17 @@ struct ListenOptions
     /// to the database; may be empty.
     std::function<void()> displaced = {};
     EndpointObserver* observer = nullptr; ///< may be null; must outlive the endpoint
+    std::string http;                     ///< "host:port" for HTTP, with the same protection; empty: none
+    std::string httpUrl; ///< where clients reach that, if not at `http`: "https://host", without a path
 };
+
+/// Throws Error for an address that is none, a certificate without its key, and plain text beyond this
+/// machine.
+void requireSafe(const ListenOptions& options);
+
+/// Throws Error for an address that does not lead to one host, such as 0.0.0.0: the catalogue gives it to
+/// clients.
+void requireOneHost(const std::string& address);
 
 } // namespace centre
 

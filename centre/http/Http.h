@@ -26,7 +26,7 @@ struct HttpRequest
     std::vector<std::pair<std::string, std::string>> query;
     std::map<std::string, std::string> headers; ///< by name in lower case; of several, the first
     std::string body;                           ///< at most kLargestBody bytes
-    std::string peer;                           ///< the client's address, "127.0.0.1:4711"
+    std::string peer;                           ///< the client's address, "ipv4:127.0.0.1:4711"
     /// Where the client reaches this server, without "/" at the end: "https://centre.example:8443". Links in
     /// documents begin with it.
     std::string base;
@@ -96,7 +96,7 @@ struct HttpRoute
     };
 
     std::string path; ///< "/collections", or "/" for what no other route answers
-    std::string name; ///< the operation in metrics and the call log
+    const char* name; ///< the operation in metrics and the call log: a literal
     HttpHandler* handler;
     Callers callers = Callers::Users;
     std::vector<std::string> methods = {"GET"}; ///< GET allows HEAD; others are refused with status 405

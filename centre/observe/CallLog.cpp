@@ -2,7 +2,6 @@
 
 #include "centre/base/Error.h"
 #include "centre/base/Text.h"
-#include "centre/endpoint/Endpoint.h"
 
 #include <nlohmann/json.hpp>
 
@@ -110,8 +109,8 @@ double milliseconds(const wirecall::CallReport& report)
     return std::chrono::duration<double, std::milli>(report.duration).count();
 }
 
-std::string asText(const std::string& server, const wirecall::ServerCall& call,
-                   const wirecall::CallReport& report, const CallOutcome& outcome)
+std::string asText(const std::string& server, const ObservedCall& call, const wirecall::CallReport& report,
+                   const CallOutcome& outcome)
 {
     char numbers[128];
     static_cast<void>(std::snprintf(numbers, sizeof numbers, " ms=%.3f received=%llu sent=%llu",
@@ -119,23 +118,23 @@ std::string asText(const std::string& server, const wirecall::ServerCall& call,
                                     static_cast<unsigned long long>(report.bytesReceived),
                                     static_cast<unsigned long long>(report.bytesSent)));
     std::string line = timestamp() + " " + nameOf(outcome.severity);
-    line += " server=" + asWord(server) + " peer=" + asWord(call.peer());
-    line += " user=" + asWord(call.user()) + " company=" + asWord(call.group());
-    line += " operation=" + std::string(operationOf(call)) + " result=" + std::string(outcome.result);
+    line += " server=" + asWord(server) + " peer=" + asWord(call.peer);
+    line += " user=" + asWord(call.user) + " company=" + asWord(call.company);
+    line += " operation=" + std::string(call.operation) + " result=" + std::string(outcome.result);
     return line + numbers;
 }
 
-std::string asJson(const std::string& server, const wirecall::ServerCall& call,
-                   const wirecall::CallReport& report, const CallOutcome& outcome)
+std::string asJson(const std::string& server, const ObservedCall& call, const wirecall::CallReport& report,
+                   const CallOutcome& outcome)
 {
     const nlohmann::ordered_json line = {
         {"time", timestamp()},
         {"level", nameOf(outcome.severity)},
         {"server", server},
-        {"peer", call.peer()},
-        {"user", call.user()},
-        {"company", call.group()},
-        {"operation", operationOf(call)},
+        {"peer", call.peer},
+        {"user", call.user},
+        {"company", call.company},
+        {"operation", call.operation},
         {"result", outcome.result},
         {"ms", milliseconds(report)},
         {"received", report.bytesReceived},
@@ -194,7 +193,7 @@ std::uint64_t CallLog::dropped() const
     return m_Impl->queue->overrun_counter();
 }
 
-void CallLog::ended(Endpoint& endpoint, const wirecall::ServerCall& call, const wirecall::CallReport& report)
+void CallLog::ended(const Observed& endpoint, const ObservedCall& call, const wirecall::CallReport& report)
 {
     const CallOutcome outcome(report);
     if (outcome.severity < m_Impl->options.least)

@@ -39,9 +39,9 @@ public:
     /// The number of lines that were lost because writing was too slow.
     std::uint64_t dropped() const;
 
-    void started(Endpoint&) override {}
-    void stopped(Endpoint&) override {}
-    void ended(Endpoint& endpoint, const wirecall::ServerCall& call,
+    void started(const Observed&) override {}
+    void stopped(const Observed&) override {}
+    void ended(const Observed& endpoint, const ObservedCall& call,
                const wirecall::CallReport& report) override;
 
 private:

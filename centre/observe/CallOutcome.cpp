@@ -63,10 +63,4 @@ CallOutcome::CallOutcome(const wirecall::CallReport& report)
 {
 }
 
-std::string_view operationOf(const wirecall::ServerCall& call)
-{
-    const std::string_view method = call.method();
-    return method.empty() ? "unknown" : method.substr(method.rfind('.') + 1);
-}
-
 } // namespace centre

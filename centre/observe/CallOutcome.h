@@ -27,9 +27,6 @@ struct CallOutcome
     Severity severity;
 };
 
-/// Returns the name of the operation, without package and service; "unknown" if there is no such operation.
-std::string_view operationOf(const wirecall::ServerCall& call);
-
 } // namespace centre
 
 #endif

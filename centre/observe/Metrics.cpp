@@ -2,7 +2,6 @@
 
 #include "centre/base/Error.h"
 #include "centre/database/StatementCounts.h"
-#include "centre/endpoint/Endpoint.h"
 #include "centre/observe/CallOutcome.h"
 #include "components/wirecall/Address.h"
 
@@ -27,8 +26,11 @@ using prometheus::MetricFamily;
 using prometheus::MetricType;
 
 /// The operations of a box that move files, and which way.
-constexpr std::pair<std::string_view, const char*> kTransfers[] = {
-    {"read", "download"}, {"fetch", "download"}, {"finish", "upload"}, {"store", "upload"}};
+constexpr std::pair<std::string_view, const char*> kTransfers[] = {{"read", "download"},
+                                                                   {"fetch", "download"},
+                                                                   {"assets", "download"},
+                                                                   {"finish", "upload"},
+                                                                   {"store", "upload"}};
 
 const prometheus::Histogram::BucketBoundaries& durations()
 {
@@ -53,12 +55,12 @@ class Present : public prometheus::Collectable
 public:
     explicit Present(std::function<std::uint64_t()> droppedLines) : m_DroppedLines(std::move(droppedLines)) {}
 
-    void add(const Endpoint& endpoint)
+    void add(const Observed& endpoint)
     {
         const std::lock_guard<std::mutex> lock(m_Mutex);
         m_Endpoints.push_back(&endpoint);
     }
-    void remove(const Endpoint& endpoint)
+    void remove(const Observed& endpoint)
     {
         const std::lock_guard<std::mutex> lock(m_Mutex);
         for (auto each = m_Endpoints.begin(); each != m_Endpoints.end(); ++each)
@@ -81,7 +83,7 @@ public:
         };
         {
             const std::lock_guard<std::mutex> lock(m_Mutex);
-            for (const Endpoint* endpoint : m_Endpoints)
+            for (const Observed* endpoint : m_Endpoints)
                 collect(*endpoint, families);
         }
         const auto addTotal = [&families](const char* name, const char* help, double value) {
@@ -100,7 +102,7 @@ public:
     }
 
 private:
-    static void collect(const Endpoint& endpoint, std::vector<MetricFamily>& families)
+    static void collect(const Observed& endpoint, std::vector<MetricFamily>& families)
     {
         const wirecall::RpcServer::Load load = endpoint.load();
         const ConnectionPool::Usage pool = endpoint.pool().usage();
@@ -121,7 +123,7 @@ private:
 
     const std::function<std::uint64_t()> m_DroppedLines;
     mutable std::mutex m_Mutex;
-    std::vector<const Endpoint*> m_Endpoints;
+    std::vector<const Observed*> m_Endpoints;
 };
 
 std::string listenedOn(const std::string& address)
@@ -138,7 +140,7 @@ std::string listenedOn(const std::string& address)
 struct Metrics::Impl
 {
     /// Endpoint, operation and result; the texts live as long as the process.
-    using Key = std::tuple<const Endpoint*, const char*, const char*>;
+    using Key = std::tuple<const Observed*, const char*, const char*>;
 
     Impl(const std::string& wanted, std::function<std::uint64_t()> droppedLines)
         : registry(std::make_shared<prometheus::Registry>()),
@@ -169,7 +171,7 @@ struct Metrics::Impl
         exposer.RegisterCollectable(present);
     }
 
-    const Series& find(const Endpoint& endpoint, std::string_view operation, std::string_view result)
+    const Series& find(const Observed& endpoint, std::string_view operation, std::string_view result)
     {
         const Key key(&endpoint, operation.data(), result.data());
         {
@@ -228,19 +230,19 @@ const std::string& Metrics::address() const
     return m_Impl->address;
 }
 
-void Metrics::started(Endpoint& endpoint)
+void Metrics::started(const Observed& endpoint)
 {
     m_Impl->present->add(endpoint);
 }
 
-void Metrics::stopped(Endpoint& endpoint)
+void Metrics::stopped(const Observed& endpoint)
 {
     m_Impl->present->remove(endpoint);
 }
 
-void Metrics::ended(Endpoint& endpoint, const wirecall::ServerCall& call, const wirecall::CallReport& report)
+void Metrics::ended(const Observed& endpoint, const ObservedCall& call, const wirecall::CallReport& report)
 {
-    const Series& series = m_Impl->find(endpoint, operationOf(call), CallOutcome(report).result);
+    const Series& series = m_Impl->find(endpoint, call.operation, CallOutcome(report).result);
     series.calls->Increment();
     series.duration->Observe(std::chrono::duration<double>(report.duration).count());
     series.received->Increment(static_cast<double>(report.bytesReceived));

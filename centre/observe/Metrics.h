@@ -24,9 +24,9 @@ public:
     /// "host:port", with the port that was taken.
     const std::string& address() const;
 
-    void started(Endpoint& endpoint) override;
-    void stopped(Endpoint& endpoint) override;
-    void ended(Endpoint& endpoint, const wirecall::ServerCall& call,
+    void started(const Observed& endpoint) override;
+    void stopped(const Observed& endpoint) override;
+    void ended(const Observed& endpoint, const ObservedCall& call,
                const wirecall::CallReport& report) override;
 
 private:

@@ -42,17 +42,17 @@ public:
             m_Log->reopen();
     }
 
-    void started(Endpoint& endpoint) override
+    void started(const Observed& endpoint) override
     {
         if (m_Metrics)
             m_Metrics->started(endpoint);
     }
-    void stopped(Endpoint& endpoint) override
+    void stopped(const Observed& endpoint) override
     {
         if (m_Metrics)
             m_Metrics->stopped(endpoint);
     }
-    void ended(Endpoint& endpoint, const wirecall::ServerCall& call,
+    void ended(const Observed& endpoint, const ObservedCall& call,
                const wirecall::CallReport& report) override
     {
         if (m_Metrics)

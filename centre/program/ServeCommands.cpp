@@ -35,6 +35,12 @@ void printBox(const std::string& code, const std::string& address)
     std::cout << "lumo-centre: box " << code << " on " << address << std::endl;
 }
 
+void printHttp(const std::string& url)
+{
+    if (!url.empty())
+        std::cout << "lumo-centre: HTTP on " << url << std::endl;
+}
+
 void printMetrics(const Observation& observation)
 {
     if (const std::string address = observation.metricsAddress(); !address.empty())
@@ -93,6 +99,7 @@ ExitCode serve(const Arguments& arguments)
         std::cout << "lumo-centre: copies from and to " << escaped(root) << "\n";
     std::cout << "lumo-centre: serving " << shownPlace(arguments.data) << " on " << centre.address()
               << std::endl;
+    printHttp(centre.httpUrl());
     printMetrics(observation);
     const auto reload = [&] {
         observation.reopen();
@@ -119,6 +126,7 @@ ExitCode serveBox(const Arguments& arguments)
     listen.displaced = displacement.report();
     Box box(arguments.data, arguments.boxCode, listen, faults);
     printBox(box.code(), box.address());
+    printHttp(box.httpUrl());
     printMetrics(observation);
     const auto reload = [&] {
         observation.reopen();
@@ -129,8 +137,21 @@ ExitCode serveBox(const Arguments& arguments)
     return displacement.exitCode();
 }
 
+void addHttp(CLI::App* command, Arguments& arguments)
+{
+    CLI::Option* http =
+        command->add_option("--http", arguments.serve.http, "Serve HTTP as well, at this address")
+            ->type_name("HOST:PORT");
+    command
+        ->add_option("--http-url", arguments.serve.httpUrl,
+                     "Where clients reach it, if not at that address: https://HOST[:PORT]")
+        ->needs(http)
+        ->type_name("URL");
+}
+
 void addListening(CLI::App* command, Arguments& arguments)
 {
+    addHttp(command, arguments);
     CLI::Option* certificate =
         command->add_option("--tls-cert", arguments.serve.tlsCertificate, "The certificate, a PEM file")
             ->type_name("FILE");

@@ -5,12 +5,16 @@
 #include "centre/endpoint/ServeLock.h"
 #include "centre/forge/ForgeService.h"
 #include "centre/forge/MainFile.h"
+#include "centre/http/Assets.h"
+#include "centre/http/HttpServer.h"
 #include "centre/image/ImageReader.h"
 #include "centre/ledger/LedgerService.h"
 #include "centre/server/PlanningService.h"
 #include "centre/store/Schema.h"
+#include "centre/store/Store.h"
 
 #include <future>
+#include <optional>
 
 namespace centre {
 
@@ -54,7 +58,27 @@ struct Centre::Impl
     PlanningService planning;
     ForgeService forge;
     Endpoint endpoint; ///< destroyed first: its calls use the members above
+    std::optional<Assets> assets;
+    std::optional<HttpServer> http;
+
+    void startHttp(const std::string& place, const ServeOptions& options);
 };
+
+/// The same address serves the files of the boxes.
+void Centre::Impl::startHttp(const std::string& place, const ServeOptions& options)
+{
+    Store store(place);
+    std::vector<std::string> codes;
+    for (const auto& box : boxes)
+        codes.push_back(box->code());
+    if (!codes.empty() && options.httpUrl.empty())
+        requireOneHost(options.http);
+    assets.emplace(pool, store.linkSecret(), codes);
+    assets->addTo(http.emplace(pool, "http"));
+    http->start(options);
+    for (const std::string& code : codes)
+        store.setBoxHttp(code, http->url());
+}
 
 Centre::Centre(const std::string& dataFolder, const ServeOptions& options)
     : m_Impl(std::make_unique<Impl>(dataFolder, options.copyRoots))
@@ -71,8 +95,11 @@ Centre::Centre(const std::string& dataFolder, const ServeOptions& options)
     for (const BoxPlace& box : options.boxes) {
         ListenOptions listen = options;
         listen.address = box.address;
+        listen.http.clear();
         m_Impl->boxes.push_back(std::make_unique<Box>(dataFolder, box.code, listen, m_Impl->faults));
     }
+    if (!options.http.empty())
+        m_Impl->startHttp(dataFolder, options);
     m_Impl->endpoint.start(options);
 }
 
@@ -91,6 +118,11 @@ std::string Centre::address() const
     return m_Impl->endpoint.address();
 }
 
+std::string Centre::httpUrl() const
+{
+    return m_Impl->http ? m_Impl->http->url() : std::string();
+}
+
 std::vector<BoxPlace> Centre::boxes() const
 {
     std::vector<BoxPlace> places;
@@ -107,6 +139,8 @@ const std::vector<std::string>& Centre::copyRoots() const
 void Centre::reloadCertificate()
 {
     m_Impl->endpoint.reloadCertificate();
+    if (m_Impl->http)
+        m_Impl->http->reloadCertificate();
     for (const auto& box : m_Impl->boxes)
         box->reloadCertificate();
 }
@@ -116,6 +150,8 @@ void Centre::stop()
     std::vector<std::future<void>> stops; // each waits for its calls
     for (const auto& box : m_Impl->boxes)
         stops.push_back(std::async([&box] { box->stop(); }));
+    if (m_Impl->http)
+        stops.push_back(std::async([this] { m_Impl->http->stop(); }));
     m_Impl->endpoint.stop();
     for (std::future<void>& stopped : stops)
         stopped.wait();

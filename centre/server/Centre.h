@@ -41,6 +41,8 @@ public:
     int port() const;
     /// "host:port", with the real port.
     std::string address() const;
+    /// Where it serves HTTP, "http://host:port"; empty: it does not.
+    std::string httpUrl() const;
     /// The boxes that it serves, in the order of the options, with their real ports.
     std::vector<BoxPlace> boxes() const;
     /// The folders of the options, absolute and without symbolic links.

@@ -10,10 +10,20 @@ namespace centre {
 
 namespace {
 
-const Sql kUserOfToken("SELECT username, company_id, role, until, revoked FROM token"
-                       " JOIN \"user\" ON \"user\".id = user_id WHERE token_hash = ?");
+const std::string kUser = "SELECT username, company_id, role, until, revoked, token.id FROM token"
+                          " JOIN \"user\" ON \"user\".id = user_id WHERE ";
+const Sql kUserOfToken(kUser + "token_hash = ?");
+const Sql kUserOfTokenId(kUser + "token.id = ?");
 const Sql kFolderPath(fullPath("SELECT id, substr(name, 1, 0) FROM folder WHERE id = ?"));
 constexpr std::size_t kLargestMemory = 1000; // entries of one kind
+
+bool isValid(const Connection::KnownUser& user, std::string& reason)
+{
+    const bool hasEnded = user.until && *user.until < std::time(nullptr);
+    if (hasEnded)
+        reason = kExpiredToken;
+    return !hasEnded;
+}
 
 } // namespace
 
@@ -59,19 +69,31 @@ std::optional<User> Connection::user(const std::string& token, std::string& reas
         Statement& row = statement(kUserOfToken);
         const ResetAtEnd resetAtEnd(row);
         row.bindBytes(1, hash);
-        const bool exists = row.step();
-        if (!exists || row.integer(4)) {
-            reason = exists ? kRevokedToken : kUnknownToken;
+        std::optional<KnownUser> user = findUser(row, reason);
+        if (!user)
             return std::nullopt;
-        }
-        KnownUser user{{row.string(0), row.id(1), roleNamed(row.string(2)).value()}, row.integer(3)};
-        found = known.users.emplace(token, std::move(user)).first;
+        found = known.users.emplace(token, std::move(*user)).first;
     }
-    if (found->second.until && *found->second.until < std::time(nullptr)) {
-        reason = kExpiredToken;
+    return isValid(found->second, reason) ? std::optional(found->second.user) : std::nullopt;
+}
+
+std::optional<User> Connection::userOfToken(std::uint32_t tokenId, std::string& reason)
+{
+    Statement& row = statement(kUserOfTokenId);
+    const ResetAtEnd resetAtEnd(row);
+    row.bind(1, tokenId);
+    const std::optional<KnownUser> found = findUser(row, reason);
+    return found && isValid(*found, reason) ? std::optional(found->user) : std::nullopt;
+}
+
+std::optional<Connection::KnownUser> Connection::findUser(Statement& row, std::string& reason)
+{
+    const bool exists = row.step();
+    if (!exists || row.integer(4)) {
+        reason = exists ? kRevokedToken : kUnknownToken;
         return std::nullopt;
     }
-    return found->second.user;
+    return KnownUser{{row.string(0), row.id(1), roleNamed(row.string(2)).value(), row.id(5)}, row.integer(3)};
 }
 
 User Connection::requireUser(const std::string& token)

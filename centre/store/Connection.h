@@ -27,6 +27,7 @@ struct User
     std::string name;
     std::uint32_t companyId;
     Role role;
+    std::uint32_t tokenId; ///< of the token that the user came with
 
     bool mayWrite() const { return role != Role::Reader; }
 };
@@ -59,7 +60,9 @@ public:
     /// Returns the user of a token, or nothing and the reason for refusing it. A change that any process has
     /// committed counts at once.
     std::optional<User> user(const std::string& token, std::string& reason);
-    /// The same; throws std::runtime_error with the reason.
+    /// The same by the token's identifier.
+    std::optional<User> userOfToken(std::uint32_t tokenId, std::string& reason);
+    /// The same as `user`; throws std::runtime_error with the reason.
     User requireUser(const std::string& token);
 
     /// Returns the path of a folder, valid until the next look-up; null if there is no such folder.
@@ -83,6 +86,8 @@ public:
     Memory& memory();
 
 private:
+    std::optional<KnownUser> findUser(Statement& row, std::string& reason);
+
     std::unique_ptr<Database> m_Database;
     std::optional<StorageTree> m_Tree;
     std::unordered_map<const Sql*, std::unique_ptr<Statement>> m_Statements;

@@ -197,7 +197,16 @@ ALTER TABLE image_comment_of_company RENAME TO image_comment;
 CREATE UNIQUE INDEX image_comment_text ON image_comment(coalesce(company_id, 0), commentcontent, commentstate);
 )sql";
 
-constexpr int kSchemaVersion = 6;
+// Where a box serves its files over HTTP, and the key that signs links to them.
+constexpr const char* kVersion7 = R"sql(
+ALTER TABLE box ADD COLUMN http_url TEXT;
+
+CREATE TABLE link_key (
+    id INTEGER PRIMARY KEY CHECK (id = 1),
+    secret TEXT NOT NULL);
+)sql";
+
+constexpr int kSchemaVersion = 7;
 
 /// What a server has in addition to version 1: indexes that end with the row's id, and the functions that a
 /// connection to SQLite defines.
@@ -218,7 +227,8 @@ std::string stepFrom(int version, const Dialect& dialect)
 {
     // The tables of the image catalogue follow the beans, whose fields have their places for good.
     const std::string steps[kSchemaVersion] = {
-        kVersion1, kVersion2, recordTables(dialect), kVersion4, kVersion5 + mainFileIndexes(), kVersion6};
+        kVersion1, kVersion2, recordTables(dialect), kVersion4, kVersion5 + mainFileIndexes(),
+        kVersion6, kVersion7};
     return steps[version];
 }
 

@@ -2,6 +2,7 @@
 
 #include "centre/base/Error.h"
 #include "centre/base/Text.h"
+#include "centre/base/Token.h"
 #include "centre/database/Database.h"
 #include "centre/database/Sql.h"
 #include "centre/store/Accounts.h"
@@ -20,6 +21,8 @@ const Sql kAddCompany("INSERT INTO company(companyno) VALUES (?) RETURNING id");
 const Sql kAddBox("INSERT INTO box(code, address) VALUES (?, ?)");
 const Sql kBoxAddress("SELECT address FROM box WHERE code = ?");
 const Sql kSetBoxAddress("UPDATE box SET address = ? WHERE code = ?");
+const Sql kSetBoxHttp("UPDATE box SET http_url = nullif(?, '') WHERE code = ?");
+const Sql kMakeLinkSecret("INSERT INTO link_key(id, secret) VALUES (1, ?) ON CONFLICT DO NOTHING");
 const Sql kAddArea("INSERT INTO national_area(area_id, area_name, parent_id) VALUES (?, ?, ?)");
 const Sql kCompanyOfNumber("SELECT id FROM company WHERE companyno = ?");
 const Sql kAddDisk("INSERT INTO disk(root_path, name, kesta_code, company_id, address_kind)"
@@ -123,6 +126,21 @@ void Store::setBoxAddress(const std::string& code, const std::string& address)
     const auto statement = m_Database->prepare(kSetBoxAddress);
     statement->bindAll(address, code);
     statement->run();
+}
+
+void Store::setBoxHttp(const std::string& code, const std::string& url)
+{
+    const auto statement = m_Database->prepare(kSetBoxHttp);
+    statement->bindAll(url, code);
+    statement->run();
+}
+
+std::string Store::linkSecret()
+{
+    const auto insertion = m_Database->prepare(kMakeLinkSecret);
+    insertion->bind(1, newToken());
+    insertion->run();
+    return m_Database->value("SELECT secret FROM link_key");
 }
 
 void Store::addArea(std::uint32_t id, const std::string& name, std::optional<std::uint32_t> parentId)

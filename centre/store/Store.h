@@ -35,6 +35,11 @@ public:
     std::string boxAddress(const std::string& code);
     void setBoxAddress(const std::string& code, const std::string& address);
 
+    /// The box serves its files over HTTP at `url`, "https://host:port"; empty: it does not.
+    void setBoxHttp(const std::string& code, const std::string& url);
+    /// Returns the secret by which the processes of this catalogue sign links. The first call makes it.
+    std::string linkSecret();
+
     /// A national area, below another if it has a parent.
     void addArea(std::uint32_t id, const std::string& name, std::optional<std::uint32_t> parentId = {});
 

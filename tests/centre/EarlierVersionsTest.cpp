@@ -74,7 +74,7 @@ TEST_P(EarlierVersions, OfTheTablesAreBroughtUpToDateWithTheirRecords)
     const EarlierFolder folder(GetParam());
     EXPECT_EQ(folder.version(), GetParam());
     const centre::Centre centre(folder.path(), {});
-    EXPECT_EQ(folder.version(), 6);
+    EXPECT_EQ(folder.version(), centre::schemaVersion());
     EXPECT_EQ(tablesOf(folder.path()), tablesOf(DataFolder().path()));
     const auto channel = channelTo(centre.address(), folder.token());
     for (const auto& each : kRecords) {

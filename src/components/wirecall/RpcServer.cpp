@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstring>
 #include <mutex>
 #include <optional>
 #include <thread>
@@ -33,6 +34,14 @@ const grpc::ResourceQuota& arrivingRequests()
     static const auto* const quota =
         &(new grpc::ResourceQuota("requests"))->Resize(mayArrive(kMostArrivingRequests));
     return *quota;
+}
+
+/// HTTP/2's frames SETTINGS, without content, and GOAWAY with ENHANCE_YOUR_CALM and a reason.
+std::string goAway(const char* reason)
+{
+    std::string bytes("\0\0\0\4\0\0\0\0\0\0\0\0\7\0\0\0\0\0\0\0\0\0\0\0\0\13", 26);
+    bytes[11] = static_cast<char>(8 + std::strlen(reason));
+    return bytes + reason;
 }
 
 } // namespace
@@ -153,7 +162,7 @@ bool RpcServer::start(const Options& options, std::string& error)
         return false;
     }
     const ServerListener::Limits limits{options.connections, options.connectionsOfAddress,
-                                        !m_Impl->certificate};
+                                        m_Impl->certificate ? nullptr : goAway};
     const auto connected = [acceptor = m_Impl->acceptor.get()](int socket) {
         grpc::experimental::ExternalConnectionAcceptor::NewConnectionParameters connection;
         connection.fd = socket;

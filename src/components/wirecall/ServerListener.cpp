@@ -48,14 +48,6 @@ std::string hostOf(const sockaddr_storage& address)
     return {reinterpret_cast<const char*>(&host), sizeof host};
 }
 
-/// HTTP/2's frames SETTINGS, without content, and GOAWAY with ENHANCE_YOUR_CALM and a reason.
-std::string goAway(const char* reason)
-{
-    std::string bytes("\0\0\0\4\0\0\0\0\0\0\0\0\7\0\0\0\0\0\0\0\0\0\0\0\0\13", 26);
-    bytes[11] = static_cast<char>(8 + std::strlen(reason));
-    return bytes + reason;
-}
-
 void set(int socket, int level, int option, int value)
 {
     ::setsockopt(socket, level, option, &value, sizeof value);
@@ -199,11 +191,11 @@ void ServerListener::take(int socket, const std::string& client)
 void ServerListener::refuse(int socket, const char* reason)
 {
     ++m_Refusals;
-    if (!m_Limits.explains) {
+    if (m_Limits.refusal == nullptr) {
         ::close(socket);
         return;
     }
-    const std::string bytes = goAway(reason);
+    const std::string bytes = m_Limits.refusal(reason);
     ::send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
     ::shutdown(socket, SHUT_WR);
     // Closed at once, with bytes of the client unread, it would be reset, and the reason be lost.

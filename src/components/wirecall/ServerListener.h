@@ -1,6 +1,8 @@
 #ifndef LUMO_WIRECALL_SERVERLISTENER_H
 #define LUMO_WIRECALL_SERVERLISTENER_H
 
+#include "lumo/components/platform/Export.h"
+
 #include <atomic>
 #include <cstdint>
 #include <deque>
@@ -16,14 +18,15 @@ namespace wirecall {
 
 /// Listens for connections and passes them on, as many at once as it may. gRPC's own listener knows no limits
 /// and ends for good when the process has no descriptor left.
-class ServerListener
+class LUMO_EXPORT ServerListener
 {
 public:
     struct Limits
     {
         int connections;     ///< at once; 0: as many as half of the process's descriptors allow
         int ofClientAddress; ///< the same of one client address; 0: all of them
-        bool explains;       ///< sends the reason before it closes a connection: for plain text
+        /// Returns the bytes that tell a client why its connection is closed; null: it is closed without.
+        std::string (*refusal)(const char* reason);
     };
     /// Gets each connection, a socket that it owns, on the listener's thread.
     using Connected = std::function<void(int socket)>;

@@ -1,6 +1,8 @@
 #ifndef LUMO_WIRECALL_USERSHARES_H
 #define LUMO_WIRECALL_USERSHARES_H
 
+#include "lumo/components/platform/Export.h"
+
 #include <cstddef>
 #include <mutex>
 #include <string>
@@ -10,7 +12,7 @@ namespace wirecall {
 
 /// How much of something the calls of each user of a server hold: bytes, or calls under way. Safe from any
 /// thread.
-class UserShares
+class LUMO_EXPORT UserShares
 {
 public:
     /// Counts `amount` more for a user. Returns false, and counts nothing, if the user would hold more than
