@@ -115,10 +115,12 @@ public:
                                               escaped(m_Disk.rootPath) + ", is empty; is the disk mounted?");
     }
 
-    void run(DiskVisitor& visitor)
+    void run(DiskVisitor& visitor, const std::string& below, std::uint32_t folderId)
     {
-        visitContent(visitor, {"", true, m_Disk.topFolderId, {}, {}, DiskEntry::Real::Present});
+        visitContent(visitor, {below, true, folderId, {}, {}, DiskEntry::Real::Present});
     }
+
+    std::uint32_t topFolderId() const { return m_Disk.topFolderId; }
 
     NotServed m_NotServed;
 
@@ -248,7 +250,12 @@ void DiskWalk::requireMounted()
 
 void DiskWalk::run(DiskVisitor& visitor)
 {
-    m_Walk->run(visitor);
+    m_Walk->run(visitor, "", m_Walk->topFolderId());
+}
+
+void DiskWalk::run(DiskVisitor& visitor, const std::string& below, std::uint32_t folderId)
+{
+    m_Walk->run(visitor, below, folderId);
 }
 
 const NotServed& DiskWalk::notServed() const

@@ -99,6 +99,8 @@ public:
     void requireMounted();
 
     void run(DiskVisitor& visitor);
+    /// The same for the content of one folder of the disk and of the catalogue.
+    void run(DiskVisitor& visitor, const std::string& below, std::uint32_t folderId);
     /// Returns what the walk has met so far.
     const NotServed& notServed() const;
 

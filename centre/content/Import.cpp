@@ -8,6 +8,7 @@
 #include "centre/store/StorageTree.h"
 #include "centre/store/Store.h"
 #include "components/bulkhaul/files/Chunks.h"
+#include "components/bulkhaul/files/Folder.h"
 #include "lumo/components/platform/Utf8.h"
 
 #include <chrono>
@@ -30,10 +31,11 @@ const Sql kSetBoxOfDisk("UPDATE disk SET kesta_code = ? WHERE id = ?");
 class Importer : public DiskVisitor
 {
 public:
-    Importer(Store& store, const Disk& disk, const ImportOptions& options, ImportReport& report)
+    Importer(Store& store, const Disk& disk, std::uint32_t folderId, const ImportOptions& options,
+             ImportReport& report)
         : m_Database(store.database()), m_Disk(disk), m_Options(options), m_Report(report), m_Tree(m_Database)
     {
-        m_FolderIds.push_back(disk.topFolderId);
+        m_FolderIds.push_back(folderId);
     }
 
     bool visit(DiskEntry& entry) override
@@ -175,15 +177,38 @@ void setBox(Store& store, std::uint32_t diskId, const std::string& boxCode)
 
 } // namespace
 
+std::string realFolder(const Store& store, const std::string& folder)
+{
+    std::string path = absoluteFolder(folder);
+    // A user who may write to a box could replace the database.
+    if (overlap(store.dataFolder(), path))
+        throw Error(ExitCode::WrongUse, escaped(path) + " holds the data folder or is part of it;" +
+                                            " give another folder, or keep the data folder outside of it");
+    return path;
+}
+
+std::uint32_t importFolder(Store& store, const Disk& disk, const std::string& below,
+                           const ImportOptions& options, ImportReport& report)
+{
+    std::uint32_t folderId = disk.topFolderId;
+    if (!below.empty()) {
+        Transaction transaction(store.database());
+        folderId =
+            StorageTree(store.database()).makeFolders(disk.id, disk.topFolderId, bulkhaul::splitBelow(below));
+        transaction.commit();
+    }
+    DiskWalk walk(store, disk);
+    Importer importer(store, disk, folderId, options, report);
+    walk.run(importer, below, folderId);
+    importer.finishTransaction();
+    report.notServed = walk.notServed();
+    return folderId;
+}
+
 ImportReport importTree(Store& store, const ImportOptions& options)
 {
     ImportReport report;
-    report.rootPath = absoluteFolder(options.folder);
-    // A user who may write to a box could replace the database.
-    if (overlap(store.dataFolder(), report.rootPath))
-        throw Error(ExitCode::WrongUse, escaped(report.rootPath) +
-                                            " holds the data folder or is part of it;" +
-                                            " give another folder, or keep the data folder outside of it");
+    report.rootPath = realFolder(store, options.folder);
     if (!options.boxCode.empty())
         store.boxAddress(options.boxCode); // throws if there is no such box
     auto disk = findDisk(store, options, report.rootPath);
@@ -194,11 +219,7 @@ ImportReport importTree(Store& store, const ImportOptions& options)
     } else if (!options.boxCode.empty()) {
         setBox(store, disk->id, options.boxCode);
     }
-    DiskWalk walk(store, *disk);
-    Importer importer(store, *disk, options, report);
-    walk.run(importer);
-    importer.finishTransaction();
-    report.notServed = walk.notServed();
+    importFolder(store, *disk, "", options, report);
     return report;
 }
 

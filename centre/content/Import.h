@@ -41,6 +41,15 @@ struct ImportReport
 /// reports the rest as problems. Throws Error.
 ImportReport importTree(Store& store, const ImportOptions& options);
 
+/// Returns a real folder's path, absolute and without symbolic links. Throws Error unless it is one whose
+/// content a disk of the catalogue may show.
+std::string realFolder(const Store& store, const std::string& folder);
+
+/// The same as importTree for the content of one folder of a disk that exists, whose path from the disk's
+/// root is `below`. Returns the folder's identifier, and adds to the report.
+std::uint32_t importFolder(Store& store, const Disk& disk, const std::string& below,
+                           const ImportOptions& options, ImportReport& report);
+
 } // namespace centre
 
 #endif

@@ -3,8 +3,9 @@
 #include "centre/base/Cancellation.h"
 #include "centre/base/Error.h"
 #include "centre/base/Text.h"
-#include "centre/database/Statement.h"
 #include "centre/forge/StoragePlace.h"
+#include "centre/image/ImageTexts.h"
+#include "centre/store/ImageNotes.h"
 #include "centre/store/Ownership.h"
 
 #include <utility>
@@ -14,8 +15,6 @@ namespace centre {
 namespace {
 
 using forgeserver::Reference;
-
-const Sql kNote("UPDATE file SET short_text = ?, long_text = nullif(?, '') WHERE id = ?");
 
 /// The files of one request, on disks that the user may use in that way.
 class Files
@@ -61,36 +60,14 @@ private:
     const IsCanceled& m_IsCanceled;
 };
 
-/// "GTiff 512x256x3". A TIFF without georeference is a TIFF.
-std::string formatText(const image::Image& image)
-{
-    const bool plain = image.driver() == "GTiff" && !image.has_reference_system();
-    return (plain ? "TIFF" : image.driver()) + " " + std::to_string(image.width()) + "x" +
-           std::to_string(image.height()) + "x" + std::to_string(image.bands_size());
-}
-
-/// "EPSG:4326 west 70 south 10 east 150 north 55"; empty without georeference.
-std::string georeferenceText(const image::Image& image)
-{
-    if (!image.has_reference_system() || !image.has_bounds())
-        return {};
-    const image::Bounds& bounds = image.bounds();
-    return image.reference_system() + " west " + numberText(bounds.west()) + " south " +
-           numberText(bounds.south()) + " east " + numberText(bounds.east()) + " north " +
-           numberText(bounds.north());
-}
-
 using Found = std::vector<std::pair<std::uint32_t, image::Image>>;
 
 void note(ConnectionPool& pool, const Found& found)
 {
     pool.change([&found](Connection& connection) {
-        Statement& note = connection.statement(kNote);
-        for (const auto& [id, facts] : found) {
-            const ResetAtEnd resetAtEnd(note);
-            note.bindAll(formatText(facts), georeferenceText(facts), id);
-            note.run();
-        }
+        ImageNotes notes(connection.database());
+        for (const auto& [id, facts] : found)
+            notes.set(id, {formatText(facts), georeferenceText(facts), jsonText(facts)});
         return true;
     });
 }

@@ -1,6 +1,7 @@
 #include "centre/image/ImageProcess.h"
 
 #include "centre/image/Channel.h"
+#include "centre/image/NoImage.h"
 #include "components/bulkhaul/files/FileFailure.h"
 
 #include <algorithm>
@@ -138,6 +139,8 @@ image::FromProcess ImageProcess::run(const bulkhaul::Folder& folder, const image
     m_Failed = false;
     ++m_Tasks;
     m_Busy += Clock::now() - start;
+    if (answer.kind_case() == image::FromProcess::kRefusal && answer.no_image())
+        throw NoImage(answer.refusal());
     if (answer.kind_case() == image::FromProcess::kRefusal)
         throw refusal(answer.refusal());
     return answer;

@@ -21,7 +21,8 @@ struct ImageReaderOptions
 /// Reads images in processes of their own, because an image's bytes are anyone's. The processes are started
 /// when they are needed, and again after one has failed. Thread-safe; a call waits for a free process.
 /// Functions throw Error(Failed) with the reason why a file can't be read, which may be that the process died
-/// or took too long, also when they are canceled, and bulkhaul::FileFailure if it can't be opened.
+/// or took too long, also when they are canceled; NoImage if the file has no format of images; and
+/// bulkhaul::FileFailure if it can't be opened.
 class ImageReader
 {
 public:

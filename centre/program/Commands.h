@@ -4,6 +4,7 @@
 #include "centre/base/Error.h"
 #include "centre/content/DiskWalk.h"
 #include "centre/content/Import.h"
+#include "centre/content/Ingest.h"
 #include "centre/content/Version.h"
 #include "centre/observe/Observation.h"
 #include "centre/server/Centre.h"
@@ -40,6 +41,7 @@ struct Arguments
     std::string moduleNo;
     Version version;
     ImportOptions import;
+    IngestOptions ingest;
     DiskFilter disks;
     bool readDigests = false;
     bool json = false;
@@ -65,10 +67,11 @@ ExitCode handOver(const Arguments& arguments, const std::string& token);
 CLI::Option* addTokenFile(CLI::App* command, Arguments& arguments);
 
 // Commands by family: data folders, companies, boxes and areas; users, tokens, shares and lists; what a
-// catalogue holds; whether the disks agree; backups; services.
+// catalogue holds; a folder of images; whether the disks agree; backups; services.
 void addAdministration(CLI::App& app, Arguments& arguments, ExitCode& result);
 void addAccounts(CLI::App& app, Arguments& arguments, ExitCode& result);
 void addContent(CLI::App& app, Arguments& arguments, ExitCode& result);
+void addIngest(CLI::App& app, Arguments& arguments, ExitCode& result);
 void addChecking(CLI::App& app, Arguments& arguments, ExitCode& result);
 void addBackup(CLI::App& app, Arguments& arguments, ExitCode& result);
 void addServing(CLI::App& app, Arguments& arguments, ExitCode& result);

@@ -108,6 +108,7 @@ int main(int argc, char** argv)
     centre::addAdministration(app, arguments, result);
     centre::addAccounts(app, arguments, result);
     centre::addContent(app, arguments, result);
+    centre::addIngest(app, arguments, result);
     centre::addChecking(app, arguments, result);
     centre::addBackup(app, arguments, result);
     centre::addServing(app, arguments, result);

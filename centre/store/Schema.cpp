@@ -206,7 +206,14 @@ CREATE TABLE link_key (
     secret TEXT NOT NULL);
 )sql";
 
-constexpr int kSchemaVersion = 7;
+// description: a centre.image.Image as JSON, see image/image_process.proto
+constexpr const char* kVersion8 = R"sql(
+CREATE TABLE image_description (
+    file_id INTEGER NOT NULL PRIMARY KEY REFERENCES file(id) ON DELETE CASCADE,
+    description TEXT NOT NULL);
+)sql";
+
+constexpr int kSchemaVersion = 8;
 
 /// What a server has in addition to version 1: indexes that end with the row's id, and the functions that a
 /// connection to SQLite defines.
@@ -228,7 +235,7 @@ std::string stepFrom(int version, const Dialect& dialect)
     // The tables of the image catalogue follow the beans, whose fields have their places for good.
     const std::string steps[kSchemaVersion] = {
         kVersion1, kVersion2, recordTables(dialect), kVersion4, kVersion5 + mainFileIndexes(),
-        kVersion6, kVersion7};
+        kVersion6, kVersion7, kVersion8};
     return steps[version];
 }
 

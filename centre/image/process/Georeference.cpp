@@ -22,6 +22,7 @@ using Transform = std::array<double, 6>;
 
 /// Edges of the image that are straight in its system bend in degrees.
 constexpr int kPointsOfEdge = 16;
+constexpr double kFootprintUnits = 1e8; // of a degree: a millimetre
 
 std::optional<Transform> transformOf(GDALDataset& dataset)
 {
@@ -123,6 +124,32 @@ double unroll(std::vector<Point>& ring)
     return first - 360 * std::round((first - last) / 360) - first;
 }
 
+/// Whether the points of a side of the ring lie on the line from its start to its end, as well as anyone can
+/// see. A side starts at a corner and ends at the next one.
+bool isStraight(const std::vector<Point>& ring, std::size_t side)
+{
+    constexpr double kVisible = 1e-4; // of the side's length
+    const auto& [x, y] = ring[side];
+    const auto& [endX, endY] = ring[(side + kPointsOfEdge) % ring.size()];
+    const double length = std::hypot(endX - x, endY - y);
+    for (std::size_t i = side + 1; i < side + kPointsOfEdge; ++i) {
+        const double across = (ring[i].first - x) * (endY - y) - (ring[i].second - y) * (endX - x);
+        if (std::abs(across) > kVisible * length * length)
+            return false;
+    }
+    return true;
+}
+
+/// Removes the points of straight sides.
+std::vector<Point> simplified(const std::vector<Point>& ring)
+{
+    std::vector<Point> points;
+    for (std::size_t side = 0; side < ring.size(); side += kPointsOfEdge)
+        for (std::size_t i = side; i < side + (isStraight(ring, side) ? 1 : kPointsOfEdge); ++i)
+            points.push_back(ring[i]);
+    return points;
+}
+
 void placeOnGlobe(std::vector<Point> ring, image::Image& facts)
 {
     const bool aroundPole = unroll(ring) != 0;
@@ -147,6 +174,7 @@ void placeOnGlobe(std::vector<Point> ring, image::Image& facts)
     if (aroundPole)
         return;
 
+    ring = simplified(ring);
     double area = 0; // twice; positive if counterclockwise
     for (std::size_t i = 0; i < ring.size(); ++i) {
         const auto& [x, y] = ring[i];
@@ -157,8 +185,8 @@ void placeOnGlobe(std::vector<Point> ring, image::Image& facts)
         std::reverse(ring.begin() + 1, ring.end());
     ring.push_back(ring.front());
     for (const auto& [x, y] : ring) {
-        facts.add_footprint(x - turns);
-        facts.add_footprint(y);
+        facts.add_footprint(std::round((x - turns) * kFootprintUnits) / kFootprintUnits);
+        facts.add_footprint(std::round(y * kFootprintUnits) / kFootprintUnits);
     }
 }
 

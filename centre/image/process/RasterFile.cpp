@@ -1,6 +1,7 @@
 #include "centre/image/process/RasterFile.h"
 
 #include "centre/base/Error.h"
+#include "centre/image/NoImage.h"
 #include "centre/image/process/Georeference.h"
 #include "centre/image/process/SceneTexts.h"
 
@@ -27,6 +28,13 @@ bool isWanted(GDALDriver* driver)
     return driver->GetMetadataItem(GDAL_DCAP_RASTER) != nullptr &&
            driver->GetMetadataItem(GDAL_DCAP_OPEN) != nullptr &&
            driver->GetMetadataItem(GDAL_DCAP_VIRTUALIO) != nullptr;
+}
+
+/// Whether GDAL's error means that no driver knows the file, or that it is a document of DIMAP about
+/// something else than an image.
+bool isNoImage(const std::string& error)
+{
+    return error.find("not recognized as") != std::string::npos || error.rfind("Failed to find <", 0) == 0;
 }
 
 } // namespace
@@ -62,8 +70,12 @@ RasterFile::RasterFile(const SceneFolder& folder) : m_File(folder.imageFile())
         throw refusal("the file is empty");
     m_FileSize = static_cast<std::uint64_t>(status.st_size);
     m_Dataset.reset(GDALDataset::Open(folder.imagePath().c_str(), GDAL_OF_RASTER | GDAL_OF_VERBOSE_ERROR));
-    if (!m_Dataset)
-        throw refusal("not an image that can be read: " + m_Errors.first());
+    if (!m_Dataset) {
+        const std::string reason = "not an image that can be read: " + m_Errors.first();
+        if (isNoImage(m_Errors.first()))
+            throw NoImage(reason);
+        throw refusal(reason);
+    }
     if (!m_Errors.none())
         throw refusal("damaged " + std::string(m_Dataset->GetDriverName()) + ": " + m_Errors.first());
     if (bands() == 0 || width() == 0 || height() == 0)

@@ -2,6 +2,7 @@
 
 #include "centre/base/Error.h"
 #include "centre/image/Channel.h"
+#include "centre/image/NoImage.h"
 #include "centre/image/process/Confinement.h"
 #include "centre/image/process/RasterFile.h"
 #include "centre/image/process/SceneFile.h"
@@ -75,6 +76,7 @@ void serve()
         } catch (const std::bad_alloc&) {
             answer.set_refusal("it takes more memory than an image may");
         } catch (const std::exception& exception) {
+            answer.set_no_image(dynamic_cast<const NoImage*>(&exception) != nullptr);
             const std::string reason = exception.what();
             answer.set_refusal(platform::isUtf8(reason) ? reason : platform::escaped(reason));
         }
