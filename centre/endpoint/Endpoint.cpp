@@ -112,7 +112,7 @@ bool Endpoint::authenticate(wirecall::ServerCall& call, std::string& reason)
         ConnectionPool::Lease connection(m_Pool);
         const Read read(*connection);
         if (const std::optional<User> user = connection->user(token, reason))
-            call.setUser(user->name, std::to_string(user->companyId));
+            call.setUser(user->name, user->companyName);
     } catch (const std::exception& exception) {
         std::cerr << "lumo-centre: checking a token: " + std::string(exception.what()) + "\n";
         reason = "the token can't be checked now";

@@ -27,7 +27,7 @@ struct ObservedCall
     std::string_view operation; ///< one of a fixed set, which lives as long as the process
     std::string peer;
     std::string user;
-    std::string company; ///< its identifier; empty: unknown
+    std::string company; ///< its number, a text such as "LUMO"; empty: unknown
 };
 
 /// Sees what endpoints do. Its functions are called on any thread, and must not throw.

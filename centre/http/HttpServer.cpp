@@ -226,7 +226,7 @@ void HttpServer::Impl::report(const Exchange& exchange)
         return;
     const ObservedCall call{exchange.route == nullptr ? kNoOperation : exchange.route->name,
                             exchange.request.peer, exchange.request.user ? exchange.request.user->name : "",
-                            exchange.request.user ? std::to_string(exchange.request.user->companyId) : ""};
+                            exchange.request.user ? exchange.request.user->companyName : ""};
     wirecall::CallReport report;
     report.outcome = outcomeOf(exchange.status);
     report.duration = std::chrono::steady_clock::now() - exchange.begin;

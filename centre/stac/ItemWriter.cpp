@@ -16,9 +16,9 @@ constexpr double kEastOfAll = 180;
 
 std::string quotedText(const std::string& text)
 {
-    std::string json;
-    appendQuoted(json, text);
-    return json;
+    std::string quoted;
+    appendQuoted(quoted, text);
+    return quoted;
 }
 
 std::string linkText(const char* relation, const std::string& address, const char* mediaType)

@@ -10,8 +10,9 @@ namespace centre {
 
 namespace {
 
-const std::string kUser = "SELECT username, company_id, role, until, revoked, token.id FROM token"
-                          " JOIN \"user\" ON \"user\".id = user_id WHERE ";
+const std::string kUser = "SELECT username, company_id, role, until, revoked, token.id, companyno"
+                          " FROM token JOIN \"user\" ON \"user\".id = user_id"
+                          " JOIN company ON company.id = company_id WHERE ";
 const Sql kUserOfToken(kUser + "token_hash = ?");
 const Sql kUserOfTokenId(kUser + "token.id = ?");
 const Sql kFolderPath(fullPath("SELECT id, substr(name, 1, 0) FROM folder WHERE id = ?"));
@@ -93,7 +94,8 @@ std::optional<Connection::KnownUser> Connection::findUser(Statement& row, std::s
         reason = exists ? kRevokedToken : kUnknownToken;
         return std::nullopt;
     }
-    return KnownUser{{row.string(0), row.id(1), roleNamed(row.string(2)).value(), row.id(5)}, row.integer(3)};
+    return KnownUser{{row.string(0), row.id(1), roleNamed(row.string(2)).value(), row.id(5), row.string(6)},
+                     row.integer(3)};
 }
 
 User Connection::requireUser(const std::string& token)

@@ -27,7 +27,8 @@ struct User
     std::string name;
     std::uint32_t companyId;
     Role role;
-    std::uint32_t tokenId; ///< of the token that the user came with
+    std::uint32_t tokenId;   ///< of the token that the user came with
+    std::string companyName; ///< the company's number, a text such as "LUMO"
 
     bool mayWrite() const { return role != Role::Reader; }
 };
