@@ -4,6 +4,7 @@
 #include "centre/base/Path.h"
 #include "centre/base/Text.h"
 #include "centre/database/Database.h"
+#include "centre/database/RowInsertion.h"
 #include "centre/database/Sql.h"
 #include "centre/store/StorageTree.h"
 #include "centre/store/Store.h"
@@ -26,6 +27,9 @@ namespace {
 constexpr int kBatchRows = 10000;
 constexpr std::chrono::milliseconds kBatchTime(500);
 
+constexpr char kAddFiles[] = "INSERT INTO file(parent_id, name, size, digest)";
+constexpr char kIfThere[] = " ON CONFLICT (parent_id, name) DO UPDATE" // by an upload meanwhile
+                            " SET size = excluded.size, digest = excluded.digest";
 const Sql kSetBoxOfDisk("UPDATE disk SET kesta_code = ? WHERE id = ?");
 
 class Importer : public DiskVisitor
@@ -33,7 +37,12 @@ class Importer : public DiskVisitor
 public:
     Importer(Store& store, const Disk& disk, std::uint32_t folderId, const ImportOptions& options,
              ImportReport& report)
-        : m_Database(store.database()), m_Disk(disk), m_Options(options), m_Report(report), m_Tree(m_Database)
+        : m_Database(store.database()),
+          m_Disk(disk),
+          m_Options(options),
+          m_Report(report),
+          m_Tree(m_Database),
+          m_NewFiles(m_Database, kAddFiles, 4, kIfThere)
     {
         m_FolderIds.push_back(folderId);
     }
@@ -69,8 +78,10 @@ public:
 
     void finishTransaction()
     {
-        if (m_Transaction)
+        if (m_Transaction) {
+            m_NewFiles.flush();
             m_Transaction->commit();
+        }
         m_Transaction.reset();
     }
 
@@ -87,7 +98,12 @@ private:
             return;
         m_Report.changedFiles += isChanged(file, content) ? 1 : 0;
         begin();
-        m_Tree.addFile(m_FolderIds.back(), lastName(file.below), content);
+        if (file.id != 0)
+            return m_Tree.addFile(m_FolderIds.back(), lastName(file.below), content);
+        using Value = RowInsertion::Value;
+        m_NewFiles.add({Value(std::int64_t(m_FolderIds.back())), Value(lastName(file.below)),
+                        Value(static_cast<std::int64_t>(content.size)),
+                        content.digest.empty() ? Value() : Value(content.digest)});
     }
 
     static bool isChanged(const DiskEntry& file, const FileContent& content)
@@ -133,6 +149,7 @@ private:
     const ImportOptions& m_Options;
     ImportReport& m_Report;
     StorageTree m_Tree;
+    RowInsertion m_NewFiles; ///< in the transaction
     std::optional<Transaction> m_Transaction;
     std::vector<std::uint32_t> m_FolderIds; ///< of the folders that the walk is in
     std::uint64_t m_Entries = 0;

@@ -21,12 +21,37 @@ enum class ValueType
     Integer,
     Real,
     Text,
+    Bytes,
     Identifiers
 };
 
 /// The kinds of named parameters, each with its colon. Those that are not in the list take the kind of the
 /// first value that is set.
 using ParameterTypes = std::vector<std::pair<std::string, ValueType>>;
+
+/// A table of lumo-centre, without what the engine makes itself: generated columns, tables of an index.
+struct Table
+{
+    std::string name;
+    std::vector<std::pair<std::string, ValueType>> columns;
+    std::vector<std::string> references; ///< other tables, to which its rows refer
+    std::string identity; ///< the column of the identifiers that the engine gives; may be empty
+};
+
+/// Adds rows to a table in bulk, in the caller's transaction.
+class RowWriter
+{
+public:
+    RowWriter() = default;
+    virtual ~RowWriter() = default;
+    RowWriter(const RowWriter&) = delete;
+    RowWriter& operator=(const RowWriter&) = delete;
+
+    /// Adds the current row of a statement of another connection, whose columns are those of the table.
+    virtual void add(Statement& row) = 0;
+    /// To be called after the last row; nothing else may run on the connection before.
+    virtual void finish() = 0;
+};
 
 /// A connection to a database of either engine, for one thread at a time. Functions throw
 /// DatabaseError unless they are noexcept.
@@ -65,6 +90,15 @@ public:
     /// Has all reads see one state of the database until `releaseState`, if the engine has that for nothing.
     virtual void holdState() {}
     virtual void releaseState() noexcept {}
+
+    /// Has all reads see one state of the database, to the end of the connection, which can't write any more.
+    virtual void keepState() = 0;
+
+    /// Returns the tables of the catalogue in the order of their names.
+    virtual std::vector<Table> tables() = 0;
+    virtual std::unique_ptr<RowWriter> writeRows(const Table& table) = 0;
+    /// Has references be checked at the end of the transaction, if the engine checks those of single rows.
+    virtual void deferReferences() {}
 
     /// A function of a record's identifier for SQL: a text, or null.
     using TextOfId = std::function<const std::string*(std::uint32_t id)>;

@@ -248,26 +248,10 @@ void PostgresDatabase::noteIdentifier(const std::string& table, const std::strin
     sequence->step();
 }
 
-void PostgresDatabase::beginCopy(const std::string& sql)
+void PostgresDatabase::keepState()
 {
-    const PostgresResult result(::PQexec(connection(), sql.c_str()));
-    if (::PQresultStatus(result.get()) != PGRES_COPY_IN)
-        check(::PQexec(connection(), sql.c_str()));
-}
-
-void PostgresDatabase::addToCopy(std::string_view rows)
-{
-    if (::PQputCopyData(connection(), rows.data(), static_cast<int>(rows.size())) != 1)
-        throw DatabaseError(Kind::Lost, trimmed(::PQerrorMessage(connection())));
-}
-
-void PostgresDatabase::endCopy()
-{
-    if (::PQputCopyEnd(connection(), nullptr) != 1)
-        throw DatabaseError(Kind::Lost, trimmed(::PQerrorMessage(connection())));
-    PostgresResult result = check(::PQgetResult(connection()));
-    while (PGresult* more = ::PQgetResult(connection()))
-        result.reset(more);
+    execute("BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY");
+    m_InTransaction = true;
 }
 
 void PostgresDatabase::revive()

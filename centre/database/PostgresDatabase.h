@@ -44,16 +44,15 @@ public:
     void setVersion(int version) override;
     void lockTables() override;
     std::optional<std::uint64_t> state() override;
+    void keepState() override;
+    std::vector<Table> tables() override;
+    std::unique_ptr<RowWriter> writeRows(const Table& table) override;
     void define(const char*, const TextOfId&) override {}
     void noteIdentifier(const std::string& table, const std::string& idColumn, std::uint32_t id) override;
 
     /// Takes a lock, which ends with the connection. Returns false if another connection has it.
     bool tryLock(const std::string& name);
 
-    /// Writes rows in the form of COPY: begins, adds a part, ends.
-    void beginCopy(const std::string& sql);
-    void addToCopy(std::string_view rows);
-    void endCopy();
 
     pg_conn* connection() const { return m_Connection.get(); }
     bool inTransaction() const { return m_InTransaction; }

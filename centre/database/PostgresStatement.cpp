@@ -25,6 +25,8 @@ Oid typeOf(ValueType type)
         return kReal;
     case ValueType::Text:
         return kText;
+    case ValueType::Bytes:
+        return kBytes;
     default:
         return kIntegers;
     }
@@ -290,6 +292,30 @@ std::optional<std::string_view> PostgresStatement::text(int column)
         return std::nullopt;
     return std::string_view(::PQgetvalue(row, m_Row, column),
                             static_cast<std::size_t>(::PQgetlength(row, m_Row, column)));
+}
+
+std::optional<double> PostgresStatement::real(int column)
+{
+    const auto value = text(column);
+    if (!value)
+        return std::nullopt;
+    double number = 0;
+    std::from_chars(value->data(), value->data() + value->size(), number);
+    return number;
+}
+
+std::optional<std::string> PostgresStatement::bytes(int column)
+{
+    const auto value = text(column); // "\\x" and two digits for each byte
+    if (!value)
+        return std::nullopt;
+    std::string bytes;
+    for (std::size_t at = 2; at + 1 < value->size(); at += 2) {
+        unsigned char byte = 0;
+        std::from_chars(value->data() + at, value->data() + at + 2, byte, 16);
+        bytes += static_cast<char>(byte);
+    }
+    return bytes;
 }
 
 } // namespace centre

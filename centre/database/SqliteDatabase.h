@@ -38,6 +38,10 @@ public:
     std::optional<std::uint64_t> state() override;
     void holdState() override;
     void releaseState() noexcept override;
+    void keepState() override;
+    std::vector<Table> tables() override;
+    std::unique_ptr<RowWriter> writeRows(const Table& table) override;
+    void deferReferences() override;
     void define(const char* name, const TextOfId& function) override;
     void beginBulk() override;
     void endBulk() noexcept override;

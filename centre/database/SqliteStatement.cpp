@@ -102,6 +102,18 @@ std::optional<std::string_view> SqliteStatement::text(int column)
     return std::string_view(text, static_cast<std::size_t>(value.getBytes()));
 }
 
+std::optional<double> SqliteStatement::real(int column)
+{
+    const SQLite::Column value = withSqliteErrors([&] { return m_Statement.getColumn(column); });
+    return value.isNull() ? std::nullopt : std::optional(value.getDouble());
+}
+
+std::optional<std::string> SqliteStatement::bytes(int column)
+{
+    const SQLite::Column value = withSqliteErrors([&] { return m_Statement.getColumn(column); });
+    return value.isNull() ? std::nullopt : std::optional(value.getString());
+}
+
 void SqliteStatement::bindNull(int place)
 {
     withSqliteErrors([&] { m_Statement.bind(place); });

@@ -40,6 +40,8 @@ public:
     void reset() noexcept override;
     std::optional<std::int64_t> integer(int column) override;
     std::optional<std::string_view> text(int column) override;
+    std::optional<double> real(int column) override;
+    std::optional<std::string> bytes(int column) override;
 
 private:
     void bindNull(int place) override;

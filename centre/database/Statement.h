@@ -75,6 +75,8 @@ public:
     /// A value of the current row; nothing for NULL. The text is valid until the next step or reset.
     virtual std::optional<std::int64_t> integer(int column) = 0;
     virtual std::optional<std::string_view> text(int column) = 0;
+    virtual std::optional<double> real(int column) = 0;
+    virtual std::optional<std::string> bytes(int column) = 0;
 
     /// The same, with 0 and an empty text for NULL.
     std::uint32_t id(int column) { return static_cast<std::uint32_t>(integer(column).value_or(0)); }

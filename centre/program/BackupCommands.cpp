@@ -1,9 +1,14 @@
+#include "centre/base/Text.h"
 #include "centre/content/Backup.h"
+#include "centre/content/Copy.h"
 #include "centre/endpoint/ServeLock.h"
 #include "centre/program/Commands.h"
+#include "centre/program/Progress.h"
 #include "centre/store/Schema.h"
 
+#include <chrono>
 #include <filesystem>
+#include <iomanip>
 #include <iostream>
 #include <memory>
 #include <vector>
@@ -49,6 +54,24 @@ ExitCode restore(const Arguments& arguments)
     return ExitCode::Success;
 }
 
+ExitCode copy(const Arguments& arguments)
+{
+    const auto start = std::chrono::steady_clock::now();
+    const TableCounts counts = [&arguments] {
+        Progress progress("row", "rows");
+        return copyCatalogue(arguments.data, arguments.copyTarget, progress.function());
+    }();
+    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
+    std::uint64_t all = 0;
+    for (const auto& [table, count] : counts) {
+        std::cout << table << ": " << counted(count, "row") << "\n";
+        all += count;
+    }
+    std::cout << "copied " << shownPlace(arguments.data) << " to " << shownPlace(arguments.copyTarget) << ": "
+              << counted(all, "row") << "; " << std::fixed << std::setprecision(2) << time.count() << " s\n";
+    return ExitCode::Success;
+}
+
 } // namespace
 
 void addBackup(CLI::App& app, Arguments& arguments, ExitCode& result)
@@ -61,6 +84,14 @@ void addBackup(CLI::App& app, Arguments& arguments, ExitCode& result)
     each = command(app, arguments, result, "restore",
                    "Replace the database by a backup, while nothing serves the folder", restore);
     each->add_option("FILE", arguments.backupFile, "The backup")->type_name("")->required();
+
+    each = app.add_subcommand("copy", "Copy a catalogue to another database")->group("Commands");
+    const std::string place = ", a data folder or postgresql://...";
+    each->add_option("FROM", arguments.data, "The catalogue" + place)->type_name("")->required();
+    each->add_option("TO", arguments.copyTarget, "The new one, which is made" + place)
+        ->type_name("")
+        ->required();
+    each->callback([&arguments, &result] { result = copy(arguments); });
 }
 
 } // namespace centre

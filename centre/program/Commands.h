@@ -51,6 +51,7 @@ struct Arguments
     std::vector<std::string> boxes;
     std::string recordFile;
     std::string backupFile;
+    std::string copyTarget;
     std::uint32_t sampleImages = 0;
     std::uint64_t sampleSeed = 1;
 };
@@ -67,7 +68,7 @@ ExitCode handOver(const Arguments& arguments, const std::string& token);
 CLI::Option* addTokenFile(CLI::App* command, Arguments& arguments);
 
 // Commands by family: data folders, companies, boxes and areas; users, tokens, shares and lists; what a
-// catalogue holds; a folder of images; whether the disks agree; backups; services.
+// catalogue holds; a folder of images; whether the disks agree; backups and copies; services.
 void addAdministration(CLI::App& app, Arguments& arguments, ExitCode& result);
 void addAccounts(CLI::App& app, Arguments& arguments, ExitCode& result);
 void addContent(CLI::App& app, Arguments& arguments, ExitCode& result);

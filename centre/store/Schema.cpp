@@ -249,9 +249,9 @@ Error notOurs(const std::string& name)
     return {ExitCode::NoDataFolder, name + " is not a database of lumo-centre"};
 }
 
-void takeSteps(Database& database, int from)
+void takeSteps(Database& database, int from, int to)
 {
-    for (int version = from; version < kSchemaVersion; ++version) {
+    for (int version = from; version < to; ++version) {
         database.executeTables(stepFrom(version, database.dialect()));
         if (version == 0 && !database.dialect().hasRowIds)
             database.execute(onServerWithVersion1());
@@ -263,7 +263,7 @@ void migrate(Database& database)
 {
     Transaction transaction(database);
     database.lockTables();
-    takeSteps(database, database.version()); // anew: another process may have been faster
+    takeSteps(database, database.version(), kSchemaVersion); // anew: another process may have been faster
     transaction.commit();
 }
 
@@ -300,7 +300,7 @@ std::unique_ptr<Database> connect(const std::string& url)
     }
 }
 
-/// Throws unless a server's database has tables of this version or, if that is allowed, of an earlier one.
+/// Throws unless a database has tables of this version or, if that is allowed, of an earlier one.
 void requireTables(Database& database, const std::string& name, bool mayBeEarlier)
 {
     const int version = versionOf(database);
@@ -309,10 +309,10 @@ void requireTables(Database& database, const std::string& name, bool mayBeEarlie
                     name + " has no tables of lumo-centre; make them with: lumo-centre init --database URL");
     requireKnown(database, name);
     if (version < kSchemaVersion && !mayBeEarlier)
-        throw Error(ExitCode::NoDataFolder,
-                    "the tables of " + name + " have version " + std::to_string(version) +
-                        ", this lumo-centre needs " + std::to_string(kSchemaVersion) +
-                        "; bring them up to date with: lumo-centre migrate --database URL");
+        throw Error(ExitCode::NoDataFolder, "the tables of " + name + " have version " +
+                                                std::to_string(version) + ", this lumo-centre needs " +
+                                                std::to_string(kSchemaVersion) +
+                                                "; bring them up to date with: lumo-centre migrate");
 }
 
 } // namespace
@@ -344,7 +344,10 @@ void requireKnown(Database& database, const std::string& name)
                         std::to_string(kSchemaVersion));
 }
 
-std::unique_ptr<SqliteDatabase> openFolder(const std::string& dataFolder)
+namespace {
+
+/// Opens the database of a data folder, of this or an earlier version.
+std::unique_ptr<SqliteDatabase> openKnown(const std::string& dataFolder)
 {
     const std::string path = databasePath(dataFolder);
     if (!std::filesystem::exists(path))
@@ -354,8 +357,25 @@ std::unique_ptr<SqliteDatabase> openFolder(const std::string& dataFolder)
     if (versionOf(*database) <= 0)
         throw notOurs(path);
     requireKnown(*database, dataFolder);
+    return database;
+}
+
+} // namespace
+
+std::unique_ptr<SqliteDatabase> openFolder(const std::string& dataFolder)
+{
+    auto database = openKnown(dataFolder);
     if (database->version() < kSchemaVersion)
         migrate(*database);
+    return database;
+}
+
+std::unique_ptr<Database> openUnchanged(const std::string& place)
+{
+    if (isServer(place))
+        return openDatabase(place);
+    auto database = openKnown(place);
+    requireTables(*database, place, false);
     return database;
 }
 
@@ -407,24 +427,17 @@ std::unique_ptr<Database> createDatabase(const std::string& place)
     return database;
 }
 
-void createSchema(Database& database)
+void createSchema(Database& database, int version)
 {
     database.lockTables();
     if (database.version() > 0)
         throw Error(ExitCode::NoDataFolder, "another process makes the tables already");
-    takeSteps(database, 0);
+    takeSteps(database, 0, version);
 }
 
 int migrate(const std::string& place)
 {
-    if (!isServer(place)) {
-        if (!std::filesystem::exists(databasePath(place)))
-            openFolder(place); // throws
-        const int before = versionOf(*open(databasePath(place), SqliteDatabase::Open::ReadWrite));
-        openFolder(place);
-        return before;
-    }
-    const auto database = connect(place);
+    const std::unique_ptr<Database> database = isServer(place) ? connect(place) : openKnown(place);
     requireTables(*database, shownPlace(place), true);
     const int before = database->version();
     migrate(*database);

@@ -27,6 +27,9 @@ std::unique_ptr<Database> openAnother(const std::string& place);
 /// The same for a data folder.
 std::unique_ptr<SqliteDatabase> openFolder(const std::string& dataFolder);
 
+/// Opens a catalogue as it is. Throws Error(NoDataFolder) if its tables have another version.
+std::unique_ptr<Database> openUnchanged(const std::string& place);
+
 /// Throws Error(NoDataFolder) unless a database is one of lumo-centre's, of this version or an earlier one.
 /// `name` is for the message.
 void requireKnown(Database& database, const std::string& name);
@@ -36,13 +39,14 @@ void requireKnown(Database& database, const std::string& name);
 std::unique_ptr<Database> createDatabase(const std::string& place);
 std::unique_ptr<SqliteDatabase> createFolder(const std::string& dataFolder);
 
-/// Makes the tables and marks the database as complete; inside the caller's transaction.
-void createSchema(Database& database);
+/// The version of the tables that this program makes.
+int schemaVersion();
+/// Makes the tables, for tests those of an earlier version, and marks the database as complete; inside the
+/// caller's transaction.
+void createSchema(Database& database, int version = schemaVersion());
 
 /// Brings the tables of an earlier version up to date, in one transaction. Returns the version before.
 int migrate(const std::string& place);
-/// The version of the tables that this program makes.
-int schemaVersion();
 
 } // namespace centre
 
