@@ -17,6 +17,7 @@
 #include <QString>
 #include <QUrl>
 
+#include <chrono>
 #include <functional>
 #include <future>
 #include <iostream>
@@ -25,6 +26,9 @@
 namespace centre {
 
 namespace {
+
+// A server ends the session of a machine that has gone, and its locks, after a few seconds more.
+constexpr std::chrono::seconds kLongestGap(20);
 
 std::unique_ptr<ServeLock> lockBox(const std::string& place, const std::string& code)
 {
@@ -39,10 +43,11 @@ std::unique_ptr<ServeLock> lockBox(const std::string& place, const std::string& 
 
 struct Box::Impl
 {
-    Impl(const std::string& dataFolder, const std::string& boxCode, Faults& faults)
+    Impl(const std::string& dataFolder, const std::string& boxCode, const ListenOptions& listen,
+         Faults& faults)
         : code(boxCode),
           lock(lockBox(dataFolder, boxCode)),
-          pool(dataFolder),
+          pool(dataFolder, listen.databaseConnections),
           catalogue(pool, boxCode),
           service(catalogue, faults),
           endpoint(pool, faults)
@@ -53,16 +58,30 @@ struct Box::Impl
 
     /// Ends what users may do no longer, and checks that no other process has taken the box.
     void look()
-    try {
-        service.endRefused();
-        if (isDisplaced || lock->isHeld())
-            return;
+    {
+        try {
+            service.endRefused();
+        } catch (const std::exception& error) {
+            std::cerr << "lumo-centre: box " + escaped(code) + ": " + error.what() + "\n";
+        }
+        try {
+            if (isDisplaced)
+                return;
+            if (!lock->isHeld())
+                return displace("another process serves it by now");
+            lastHeld = std::chrono::steady_clock::now();
+        } catch (const std::exception& error) {
+            if (std::chrono::steady_clock::now() - lastHeld >= kLongestGap)
+                displace("its lock is lost: " + std::string(error.what()));
+        }
+    }
+
+    void displace(const std::string& reason)
+    {
         isDisplaced = true;
-        std::cerr << "lumo-centre: another process serves box " + escaped(code) + " by now\n";
+        std::cerr << "lumo-centre: box " + escaped(code) + " is to end: " + reason + "\n";
         if (displaced)
             displaced();
-    } catch (const std::exception& error) {
-        std::cerr << "lumo-centre: box " + escaped(code) + ": " + error.what() + "\n";
     }
 
     const std::string code;
@@ -75,7 +94,8 @@ struct Box::Impl
     std::optional<HttpServer> http;
     std::function<void()> displaced;
     bool isDisplaced = false;
-    std::optional<EverySecond> watch; ///< destroyed first
+    std::chrono::steady_clock::time_point lastHeld = std::chrono::steady_clock::now(); ///< the lock
+    std::optional<EverySecond> watch;                                                  ///< destroyed first
 };
 
 Box::Box(const std::string& dataFolder, const std::string& code, const ListenOptions& listen, Faults& faults)
@@ -87,7 +107,7 @@ Box::Box(const std::string& dataFolder, const std::string& code, const ListenOpt
     if (options.address.empty())
         options.address = known;
     requireOneHost(options.announced.empty() ? options.address : options.announced);
-    m_Impl = std::make_unique<Impl>(dataFolder, code, faults);
+    m_Impl = std::make_unique<Impl>(dataFolder, code, listen, faults);
     m_Impl->endpoint.start(options);
     m_Impl->displaced = listen.displaced;
     m_Impl->watch.emplace([this] { m_Impl->look(); });

@@ -41,7 +41,11 @@ public:
     /// Before `start`: a function that returns how many transfers the services know.
     void countTransfers(std::function<std::size_t()> count) { m_OpenTransfers = std::move(count); }
 
+    /// Before `start`: the pool of a replica, for the metrics.
+    void observe(const ConnectionPool* replica) { m_Replica = replica; }
+
     const ConnectionPool& pool() const override { return m_Pool; }
+    const ConnectionPool* replica() const override { return m_Replica; }
     std::size_t openTransfers() const override { return m_OpenTransfers ? m_OpenTransfers() : 0; }
     const std::string& name() const override { return m_Options.name; }
     wirecall::RpcServer::Load load() const override { return m_Server.load(); }
@@ -61,6 +65,7 @@ private:
     ConnectionPool& m_Pool;
     Faults& m_Faults;
     Hub m_Hub;
+    const ConnectionPool* m_Replica = nullptr;
     HealthService m_Health;
     std::list<FaultyService> m_Services;
     ListenOptions m_Options;

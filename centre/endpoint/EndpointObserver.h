@@ -18,6 +18,8 @@ public:
     virtual const std::string& name() const = 0;
     virtual wirecall::RpcServer::Load load() const = 0;
     virtual const ConnectionPool& pool() const = 0;
+    /// The pool of a replica that answers reads; null without one.
+    virtual const ConnectionPool* replica() const { return nullptr; }
     virtual std::size_t openTransfers() const = 0;
 };
 

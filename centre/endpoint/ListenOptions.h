@@ -20,6 +20,7 @@ struct ListenOptions
     int graceMilliseconds = 2000;        ///< what running calls have to end when the address is stopped
     int connections = 0;                 ///< at once; 0: as many as the descriptors of the process allow
     int connectionsOfAddress = 500;      ///< of one client address at once; 0: any number
+    int databaseConnections = 16;        ///< to a server, at once, of the centre and of each box
     int callsOfUser = 500;               ///< at once; 0: any number
     /// Called, on any thread, when another process has taken a box's lock, which was lost with the connection
     /// to the database; may be empty.

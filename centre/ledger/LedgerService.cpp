@@ -23,8 +23,8 @@ std::vector<Operation> tableFor(ConnectionPool& pool)
 
 } // namespace
 
-LedgerService::LedgerService(ConnectionPool& pool, MainFileTexts mainFileTexts)
-    : m_Pool(pool), m_MainFileTexts(std::move(mainFileTexts)), m_Table(tableFor(pool))
+LedgerService::LedgerService(ConnectionPool& pool, ReadPool& reads, MainFileTexts mainFileTexts)
+    : m_Pool(pool), m_Reads(reads), m_MainFileTexts(std::move(mainFileTexts)), m_Table(tableFor(pool))
 {
     ConnectionPool::Lease connection(pool);
     for (const Operation& operation : m_Table) {
@@ -66,10 +66,10 @@ void LedgerService::CallMethod(const MethodDescriptor* method, google::protobuf:
 void LedgerService::ask(const Operation& operation, const Method& method, const std::string& token,
                         const Message& request, Message& response)
 {
-    ConnectionPool::Lease connection(m_Pool);
-    Query& query = connection->query(operation, method);
-    const Read read(*connection);
-    query.answer(request, response, query.asksForCaller() ? connection->requireUser(token).companyId : 0);
+    m_Reads.read(token, [&](Connection& connection, const User& user) {
+        response.Clear();
+        connection.query(operation, method).answer(request, response, user.companyId);
+    });
 }
 
 ledgerserver::DataUtilBeanReq LedgerService::completed(const Message& request, const std::string& token)

@@ -4,6 +4,7 @@
 #include "centre/ledger/Changes.h"
 #include "centre/ledger/RecordCompletion.h"
 #include "centre/store/ConnectionPool.h"
+#include "centre/store/ReadPool.h"
 #include "ledgerserver.pb.h"
 
 #include <unordered_map>
@@ -18,7 +19,7 @@ class LedgerService : public ledgerserver::LedgerServices
 public:
     /// Prepares all queries once, so that a mistake in one fails the start: throws what Query throws.
     /// `mainFileTexts` completes records that are registered; may be empty.
-    explicit LedgerService(ConnectionPool& pool, MainFileTexts mainFileTexts = {});
+    LedgerService(ConnectionPool& pool, ReadPool& reads, MainFileTexts mainFileTexts = {});
 
     void CallMethod(const google::protobuf::MethodDescriptor* method,
                     google::protobuf::RpcController* controller, const google::protobuf::Message* request,
@@ -37,6 +38,7 @@ private:
                                             const std::string& token);
 
     ConnectionPool& m_Pool;
+    ReadPool& m_Reads;
     const MainFileTexts m_MainFileTexts;
     const std::vector<Operation> m_Table;
     std::unordered_map<const Method*, const Operation*> m_Operations;

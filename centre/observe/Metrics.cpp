@@ -10,6 +10,8 @@
 #include <prometheus/histogram.h>
 #include <prometheus/registry.h>
 
+#include <algorithm>
+#include <iterator>
 #include <map>
 #include <mutex>
 #include <shared_mutex>
@@ -77,15 +79,22 @@ public:
             {"lumo_centre_refused_connections_total", "Connections beyond a limit", MetricType::Counter, {}},
             {"lumo_centre_running_calls", "Calls that have not ended", MetricType::Gauge, {}},
             {"lumo_centre_waiting_requests", "Requests that wait for a thread", MetricType::Gauge, {}},
-            {"lumo_centre_pool_in_use", "Connections to the database in use", MetricType::Gauge, {}},
-            {"lumo_centre_pool_waiting", "Threads that wait for one", MetricType::Gauge, {}},
             {"lumo_centre_open_transfers", "Transfers that a box knows", MetricType::Gauge, {}},
+        };
+        std::vector<MetricFamily> pools = {
+            {"lumo_centre_pool_open", "Connections to the database", MetricType::Gauge, {}},
+            {"lumo_centre_pool_in_use", "Those of them in use", MetricType::Gauge, {}},
+            {"lumo_centre_pool_waiting", "Threads that wait for one", MetricType::Gauge, {}},
+            {"lumo_centre_pool_limit", "Connections that may be open, 0: any number", MetricType::Gauge, {}},
         };
         {
             const std::lock_guard<std::mutex> lock(m_Mutex);
-            for (const Observed* endpoint : m_Endpoints)
+            for (const Observed* endpoint : m_Endpoints) {
                 collect(*endpoint, families);
+                collectPools(*endpoint, pools);
+            }
         }
+        std::move(pools.begin(), pools.end(), std::back_inserter(families));
         const auto addTotal = [&families](const char* name, const char* help, double value) {
             ClientMetric metric;
             metric.counter.value = value;
@@ -105,19 +114,33 @@ private:
     static void collect(const Observed& endpoint, std::vector<MetricFamily>& families)
     {
         const wirecall::RpcServer::Load load = endpoint.load();
-        const ConnectionPool::Usage pool = endpoint.pool().usage();
         const double values[] = {static_cast<double>(load.connections),
                                  static_cast<double>(load.refusedConnections),
-                                 static_cast<double>(load.runningCalls),
-                                 static_cast<double>(load.waiting),
-                                 static_cast<double>(pool.inUse),
-                                 static_cast<double>(pool.waiting),
+                                 static_cast<double>(load.runningCalls), static_cast<double>(load.waiting),
                                  static_cast<double>(endpoint.openTransfers())};
         for (std::size_t i = 0; i < families.size(); ++i) {
             ClientMetric metric;
             metric.label = {{"server", endpoint.name()}};
             (families[i].type == MetricType::Gauge ? metric.gauge.value : metric.counter.value) = values[i];
             families[i].metric.push_back(metric);
+        }
+    }
+
+    static void collectPools(const Observed& endpoint, std::vector<MetricFamily>& families)
+    {
+        const std::pair<const char*, const ConnectionPool*> pools[] = {{"catalogue", &endpoint.pool()},
+                                                                       {"replica", endpoint.replica()}};
+        for (const auto& [name, pool] : pools) {
+            if (pool == nullptr)
+                continue;
+            const ConnectionPool::Usage usage = pool->usage();
+            const int values[] = {usage.open, usage.inUse, usage.waiting, usage.most};
+            for (std::size_t i = 0; i < families.size(); ++i) {
+                ClientMetric metric;
+                metric.label = {{"server", endpoint.name()}, {"pool", name}};
+                metric.gauge.value = values[i];
+                families[i].metric.push_back(metric);
+            }
         }
     }
 

@@ -90,6 +90,9 @@ ExitCode serve(const Arguments& arguments)
     ServeOptions options = arguments.serve;
     options.observer = observation.observer();
     options.displaced = displacement.report();
+    if (!options.replica.empty() && !(isServer(arguments.data) && isServer(options.replica)))
+        throw Error(ExitCode::WrongUse,
+                    "--database-read must be postgresql://..., and so must the catalogue");
     for (const std::string& box : arguments.boxes)
         options.boxes.push_back(parseBox(box));
     Centre centre(arguments.data, options);
@@ -173,6 +176,12 @@ void addListening(CLI::App* command, Arguments& arguments)
             "The seconds that running calls have to end after SIGTERM; without it 2")
         ->check(CLI::Range(0.0, 3600.0))
         ->type_name("SECONDS");
+    command
+        ->add_option(
+            "--connections", arguments.serve.databaseConnections,
+            "Connections to a server's database at once, of the centre and of each box; without it 16")
+        ->check(CLI::Range(1, 10000))
+        ->type_name("NUMBER");
     const auto addLimit = [command](const char* name, int& limit, const char* description) {
         command->add_option(name, limit, description)->check(CLI::Range(0, 1000000))->type_name("NUMBER");
     };
@@ -243,6 +252,9 @@ void addServing(CLI::App& app, Arguments& arguments, ExitCode& result)
                      "A storage box to serve as well, at its last address if none is given; may be repeated")
         ->type_name("CODE[=HOST:PORT]")
         ->take_all();
+    each->add_option("--database-read", arguments.serve.replica,
+                     "A replica of the database that answers reads; while it can't, the database does")
+        ->type_name("URL");
     each->add_option("--copy-root", arguments.serve.copyRoots,
                      "A folder of this machine that users may copy files from and to; may be repeated")
         ->type_name("DIR")

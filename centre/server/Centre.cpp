@@ -10,6 +10,7 @@
 #include "centre/image/ImageReader.h"
 #include "centre/ledger/LedgerService.h"
 #include "centre/server/PlanningService.h"
+#include "centre/store/ReadPool.h"
 #include "centre/store/Schema.h"
 #include "centre/store/Store.h"
 
@@ -33,17 +34,19 @@ std::unique_ptr<ServeLock> lockDataFolder(const std::string& dataFolder)
 
 struct Centre::Impl
 {
-    Impl(const std::string& dataFolder, const std::vector<std::string>& copyRoots)
+    Impl(const std::string& dataFolder, const ServeOptions& options)
         : lock(lockDataFolder(dataFolder)),
-          pool(dataFolder),
-          ledger(pool,
+          pool(dataFolder, options.databaseConnections),
+          reads(pool, options.replica, options.databaseConnections),
+          ledger(pool, reads,
                  [this](const User& user, std::uint32_t fileId, const IsCanceled& isCanceled) {
                      return recordTextsOf(pool, images, user, fileId, isCanceled);
                  }),
           planning(pool),
-          forge(pool, images, copyRoots),
+          forge(pool, images, options.copyRoots),
           endpoint(pool, faults)
     {
+        endpoint.observe(reads.replica());
         endpoint.add(ledger);
         endpoint.add(planning);
         endpoint.add(forge);
@@ -51,6 +54,7 @@ struct Centre::Impl
 
     std::unique_ptr<ServeLock> lock;
     ConnectionPool pool;
+    ReadPool reads;
     Faults faults;
     std::vector<std::unique_ptr<Box>> boxes;
     ImageReader images;
@@ -81,7 +85,7 @@ void Centre::Impl::startHttp(const std::string& place, const ServeOptions& optio
 }
 
 Centre::Centre(const std::string& dataFolder, const ServeOptions& options)
-    : m_Impl(std::make_unique<Impl>(dataFolder, options.copyRoots))
+    : m_Impl(std::make_unique<Impl>(dataFolder, options))
 {
     std::vector<const google::protobuf::ServiceDescriptor*> services;
     if (!options.boxes.empty())

@@ -21,6 +21,7 @@ struct ServeOptions : ListenOptions
 {
     std::vector<std::string> faults;    ///< switches for Faults::add; they apply to the boxes, too
     std::vector<BoxPlace> boxes;        ///< storage boxes to serve with the same options
+    std::string replica;                ///< a server that answers reads, see ReadPool; may be empty
     std::vector<std::string> copyRoots; ///< the folders that FileCopyToDb and FileCopyFromDb may use
 };
 

@@ -84,7 +84,8 @@ void ConnectionPool::giveBack(std::unique_ptr<Connection> connection)
 ConnectionPool::Usage ConnectionPool::usage() const
 {
     const std::lock_guard<std::mutex> lock(m_Mutex);
-    return {m_Lent, m_Waiting};
+    const bool isBounded = m_Most < std::numeric_limits<int>::max();
+    return {m_Lent + static_cast<int>(m_Free.size()), m_Lent, m_Waiting, isBounded ? m_Most : 0};
 }
 
 } // namespace centre

@@ -52,8 +52,10 @@ public:
     /// How much of the pool is needed now.
     struct Usage
     {
-        int inUse;   ///< connections that are lent
+        int open;    ///< connections
+        int inUse;   ///< those of them that are lent
         int waiting; ///< threads that wait for one
+        int most;    ///< connections that may be open; 0: any number
     };
     Usage usage() const;
 
