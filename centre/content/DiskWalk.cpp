@@ -29,12 +29,12 @@ struct KnownEntry
 
 const Sql kFoldersIn("SELECT id, name FROM folder WHERE disk_id = ? AND parent_id = ?");
 const Sql kFilesIn("SELECT id, name, size, digest FROM file WHERE parent_id = ?");
-const Sql kDisks("SELECT disk.id, folder.id, disk.name, companyno, root_path FROM disk"
-                 " JOIN company ON company.id = company_id"
-                 " JOIN folder ON disk_id = disk.id AND parent_id = 0"
-                 " WHERE (:name = '' OR disk.name = :name)"
-                 " AND (:company = '' OR companyno = :company)"
-                 " AND (:box = '' OR kesta_code = :box) ORDER BY disk.id");
+const Sql kDisksWithFolders("SELECT disk.id, folder.id, disk.name, companyno, root_path FROM disk"
+                            " JOIN company ON company.id = company_id"
+                            " JOIN folder ON disk_id = disk.id AND parent_id = 0"
+                            " WHERE (:name = '' OR disk.name = :name)"
+                            " AND (:company = '' OR companyno = :company)"
+                            " AND (:box = '' OR kesta_code = :box) ORDER BY disk.id");
 
 /// Reads folders of the catalogue.
 class CatalogueFolders
@@ -279,7 +279,7 @@ std::string NotServed::text() const
 
 std::vector<Disk> findDisks(Store& store, const DiskFilter& filter)
 {
-    const auto rows = store.database().prepare(kDisks);
+    const auto rows = store.database().prepare(kDisksWithFolders);
     rows->bindAll(filter.name, filter.companyNo, filter.boxCode);
     std::vector<Disk> disks;
     while (rows->step())

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kLargestPart = std::size_t(1) << 20; // that is sent at once
 
-ValueType typeOfColumn(const std::string& name)
+ValueType postgresTypeOf(const std::string& name)
 {
     static const std::map<std::string, ValueType> types = {
         {"double precision", ValueType::Real}, {"text", ValueType::Text}, {"bytea", ValueType::Bytes}};
@@ -118,12 +118,12 @@ private:
     std::string m_Rows; ///< that were not sent yet
 };
 
-constexpr char kColumns[] =
+constexpr char kPostgresColumns[] =
     "SELECT relname, attname, format_type(atttypid, NULL), attidentity <> '' FROM pg_class"
     " JOIN pg_attribute ON attrelid = pg_class.oid WHERE relkind = 'r' AND relname <> 'lumo_centre'"
     " AND relnamespace = CAST(CAST(current_schema() AS text) AS regnamespace) AND attnum > 0"
     " AND NOT attisdropped AND attgenerated = '' ORDER BY relname, attnum";
-constexpr char kReferences[] =
+constexpr char kPostgresReferences[] =
     "SELECT DISTINCT own.relname, other.relname FROM pg_constraint JOIN pg_class AS own ON own.oid = conrelid"
     " JOIN pg_class AS other ON other.oid = confrelid WHERE contype = 'f' AND conrelid <> confrelid"
     " AND own.relnamespace = CAST(CAST(current_schema() AS text) AS regnamespace)";
@@ -132,16 +132,16 @@ constexpr char kReferences[] =
 
 std::vector<Table> PostgresDatabase::tables()
 {
-    const auto columns = prepare(kColumns, {});
+    const auto columns = prepare(kPostgresColumns, {});
     std::vector<Table> tables;
     while (columns->step()) {
         if (tables.empty() || tables.back().name != columns->string(0))
             tables.push_back({columns->string(0), {}, {}, {}});
-        tables.back().columns.emplace_back(columns->string(1), typeOfColumn(columns->string(2)));
+        tables.back().columns.emplace_back(columns->string(1), postgresTypeOf(columns->string(2)));
         if (columns->id(3) != 0)
             tables.back().identity = columns->string(1);
     }
-    const auto references = prepare(kReferences, {});
+    const auto references = prepare(kPostgresReferences, {});
     while (references->step())
         for (Table& table : tables)
             if (table.name == references->string(0))

@@ -8,16 +8,16 @@ namespace centre {
 
 namespace {
 
-struct KnownSql
+struct SqlTexts
 {
     std::mutex mutex;
     std::set<const Sql*> all;
 };
 
 /// Never destroyed: texts that are static register before it is known which of them ends last.
-KnownSql& knownSql()
+SqlTexts& sqlTexts()
 {
-    static auto* const known = new KnownSql;
+    static auto* const known = new SqlTexts;
     return *known;
 }
 
@@ -25,21 +25,21 @@ KnownSql& knownSql()
 
 Sql::Sql(std::string text) : m_Text(std::move(text))
 {
-    KnownSql& known = knownSql();
+    SqlTexts& known = sqlTexts();
     const std::lock_guard<std::mutex> lock(known.mutex);
     known.all.insert(this);
 }
 
 Sql::~Sql()
 {
-    KnownSql& known = knownSql();
+    SqlTexts& known = sqlTexts();
     const std::lock_guard<std::mutex> lock(known.mutex);
     known.all.erase(this);
 }
 
 std::vector<std::string> Sql::all()
 {
-    KnownSql& known = knownSql();
+    SqlTexts& known = sqlTexts();
     const std::lock_guard<std::mutex> lock(known.mutex);
     std::vector<std::string> texts;
     for (const Sql* sql : known.all)

@@ -7,7 +7,7 @@ namespace centre {
 
 namespace {
 
-ValueType typeOfColumn(const std::string& declared)
+ValueType sqliteTypeOf(const std::string& declared)
 {
     static const std::map<std::string, ValueType> types = {
         {"REAL", ValueType::Real}, {"TEXT", ValueType::Text}, {"BLOB", ValueType::Bytes}};
@@ -79,7 +79,7 @@ std::vector<Table> SqliteDatabase::tables()
     while (columns->step()) {
         if (tables.empty() || tables.back().name != columns->string(0))
             tables.push_back({columns->string(0), {}, {}, {}});
-        tables.back().columns.emplace_back(columns->string(1), typeOfColumn(columns->string(2)));
+        tables.back().columns.emplace_back(columns->string(1), sqliteTypeOf(columns->string(2)));
     }
     const auto references =
         prepare("SELECT DISTINCT list.name, keys.\"table\"" + list +
