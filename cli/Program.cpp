@@ -17,6 +17,8 @@ namespace cli {
     ADD(addSearch)                                                                                           \
     ADD(addGet)                                                                                              \
     ADD(addPut)                                                                                              \
+    ADD(addCat)                                                                                              \
+    ADD(addSync)                                                                                             \
     ADD(addVersions)                                                                                         \
     ADD(addLinks)                                                                                            \
     ADD(addMkdir)                                                                                            \

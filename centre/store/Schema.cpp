@@ -234,8 +234,8 @@ std::string stepFrom(int version, const Dialect& dialect)
 {
     // The tables of the image catalogue follow the beans, whose fields have their places for good.
     const std::string steps[kSchemaVersion] = {
-        kVersion1, kVersion2, recordTables(dialect), kVersion4, kVersion5 + mainFileIndexes(),
-        kVersion6, kVersion7, kVersion8};
+        kVersion1, kVersion2, recordTables(dialect), kVersion4, kVersion5 + mainFileIndexes(), kVersion6,
+        kVersion7, kVersion8};
     return steps[version];
 }
 

@@ -26,14 +26,6 @@ void requireUtf8(const std::string& path)
         refuse("'" + path + "' is not UTF-8: names travel as UTF-8 only");
 }
 
-/// Whether a name is that of the partial file of an unfinished transfer, ".NAME.lumo-part".
-bool isPartial(const std::string& name)
-{
-    static const std::string ending = ".lumo-part";
-    return name.size() > ending.size() && name.front() == '.' &&
-           name.compare(name.size() - ending.size(), ending.size(), ending) == 0;
-}
-
 /// Returns the bytes of the files below the folder `name` of an open folder. What can't be read counts as
 /// nothing.
 std::uint64_t bytesBelow(int parent, const char* name)
@@ -45,7 +37,7 @@ std::uint64_t bytesBelow(int parent, const char* name)
     while (const dirent* entry = entries ? ::readdir(entries.get()) : nullptr) {
         const std::string entryName = entry->d_name;
         struct stat status;
-        if (entryName == "." || entryName == ".." || entry->d_type == DT_LNK || isPartial(entryName))
+        if (entryName == "." || entryName == ".." || entry->d_type == DT_LNK || isPartialName(entryName))
             continue;
         if (entry->d_type == DT_DIR)
             sum += bytesBelow(folder, entry->d_name);
@@ -58,6 +50,13 @@ std::uint64_t bytesBelow(int parent, const char* name)
 }
 
 } // namespace
+
+bool isPartialName(const std::string& name)
+{
+    static const std::string ending = ".lumo-part";
+    return name.size() > ending.size() && name.front() == '.' &&
+           name.compare(name.size() - ending.size(), ending.size(), ending) == 0;
+}
 
 LocalSource localSource(const std::string& path)
 {
@@ -82,6 +81,20 @@ LocalSource localSource(const std::string& path)
         refuse("can't read '" + path + "': " + std::strerror(errno));
     source.bytes = bytesOf(source.path);
     return source;
+}
+
+TemporaryFolder::TemporaryFolder()
+{
+    std::error_code error;
+    m_Path = (fs::temp_directory_path(error) / "lumo-XXXXXX").string();
+    if (error || ::mkdtemp(m_Path.data()) == nullptr)
+        refuse("can't make a temporary folder: " + (error ? error.message() : std::strerror(errno)));
+}
+
+TemporaryFolder::~TemporaryFolder()
+{
+    std::error_code ignored;
+    fs::remove_all(m_Path, ignored);
 }
 
 std::ifstream openedFile(const std::string& path, const std::string& name)

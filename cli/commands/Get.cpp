@@ -2,7 +2,9 @@
 #include "cli/base/LocalFiles.h"
 #include "cli/commands/Command.h"
 #include "cli/commands/SharedOptions.h"
-#include "cli/progress/Transfer.h"
+#include "cli/commands/TreeOptions.h"
+#include "cli/moving/Mover.h"
+#include "cli/progress/TreeTransfer.h"
 
 #include <algorithm>
 #include <iterator>
@@ -74,6 +76,8 @@ public:
     explicit GetCommand(CLI::App& app)
     {
         m_Moving.add(app);
+        m_Tree.addRun(app);
+        m_Tree.addFilter(app);
         addArgument(app, "PLACE", m_Typed,
                     "What to fetch; the last of several arguments is the local folder");
         addOption(app, "--to", m_Folder, "DIR", "The local folder; all arguments are places then")
@@ -86,6 +90,7 @@ public:
     void check(Options& options) override
     {
         MovingOptions::apply(options);
+        m_Tree.apply(false);
         if (m_Folder.empty())
             m_Folder = takeFolder(m_Typed);
         std::transform(m_Typed.begin(), m_Typed.end(), std::back_inserter(m_Places), parsePlace);
@@ -118,14 +123,62 @@ private:
         transfer.target = below(m_Folder, source.name);
         transfer.folder = m_Folder;
         transfer.overwrite = m_Moving.overwrite;
+        if (source.entry.kind != lumo::Entry::Kind::File && !source.name.empty() && !pathsAreConverted()) {
+            moveAsTree(transfer, m_Turn,
+                       [this, &session, source, target = transfer.target](const PlanRun::Advanced& advanced,
+                                                                          const PlanRun::Failed& failed) {
+                           return getTree(session, source.entry, target, advanced, failed);
+                       });
+            return transfer;
+        }
         transfer.start = [this, transfers = session.transfers(),
                           entry = source.entry](const lumo::Transfers::Options& options) {
-            return transfers.get(entry, m_Folder, options);
+            return std::make_shared<lumo::Transfer>(transfers.get(entry, m_Folder, options));
         };
         return transfer;
     }
 
+    /// Whether the library copies files from where this machine sees those of the boxes itself.
+    static bool pathsAreConverted() { return isFileOrLink("convert.cfg") || isFileOrLink("../convert.cfg"); }
+
+    RunResult getTree(const lumo::Session& session, const lumo::Entry& entry, const std::string& target,
+                      const PlanRun::Advanced& advanced, const PlanRun::Failed& failed) const
+    {
+        const lumo::Catalogue catalogue = session.catalogue();
+        const lumo::BoxPlace place = session.transfers().at(entry);
+        const Tree onBox = sizesOf(place);
+        const Tree source = catalogueTree(catalogue, catalogue.folderOf(entry), onBox, m_Tree.filter);
+        const Tree there = localTree(target, Filter());
+        Plan plan =
+            makePlan(source, there, m_Moving.overwrite ? Compare::Nothing : Compare::Existence, false);
+        plan.isWhole = plan.isWhole && hasSamePaths(source, onBox);
+        const auto mover = moverFrom(place, target);
+        return PlanRun(plan, *mover, m_Tree.run, advanced, failed).run();
+    }
+
+    /// What the box has; nothing when it does not list it. The catalogue decides what is fetched.
+    static Tree sizesOf(const lumo::BoxPlace& place)
+    {
+        try {
+            return boxTree(place, Filter());
+        } catch (const lumo::Error&) {
+            return {};
+        }
+    }
+
+    static bool hasSamePaths(const Tree& source, const Tree& onBox)
+    {
+        std::set<std::string> paths;
+        for (const TreeItem& item : onBox.items)
+            paths.insert(item.path);
+        return source.items.size() == paths.size() &&
+               std::all_of(source.items.begin(), source.items.end(),
+                           [&paths](const TreeItem& item) { return paths.count(item.path) > 0; });
+    }
+
     MovingOptions m_Moving;
+    TreeOptions m_Tree;
+    std::shared_ptr<std::mutex> m_Turn = std::make_shared<std::mutex>();
     std::vector<std::string> m_Typed;
     std::vector<lumo::Place> m_Places;
     std::string m_Folder;

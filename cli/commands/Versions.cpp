@@ -77,7 +77,8 @@ public:
         transfer.overwrite = m_Moving.overwrite;
         transfer.mustStart = true;
         transfer.start = [&](const lumo::Transfers::Options& options) {
-            return session.transfers().getPackage(m_Product, m_Version, m_Box, m_Folder, options);
+            return std::make_shared<lumo::Transfer>(
+                session.transfers().getPackage(m_Product, m_Version, m_Box, m_Folder, options));
         };
         runTransfers({transfer}, json);
     }

@@ -3,6 +3,7 @@
 #include "cli/output/DisplayText.h"
 #include "cli/output/Output.h"
 #include "cli/progress/ProgressLine.h"
+#include "cli/progress/TreeTransfer.h"
 
 #include <algorithm>
 #include <iostream>
@@ -27,7 +28,9 @@ std::string resultText(const Transfer& transfer)
 {
     if (transfer.kept())
         return "kept, the file exists already (--overwrite replaces it)";
-    return "done, " + (transfer.bytes ? bytesText(static_cast<double>(*transfer.bytes)) + " in " : "") +
+    const std::string counts = transfer.tree ? textOf(transfer.tree->result().counts) + ", " : "";
+    return "done, " + counts +
+           (transfer.bytes ? bytesText(static_cast<double>(*transfer.bytes)) + " in " : "") +
            durationText(secondsOf(transfer));
 }
 
@@ -60,6 +63,12 @@ public:
         write({{"event", "progress"}, {"transfer", transfer.number}, {"percent", transfer.percent}});
     }
 
+    void fileFailed(const Transfer& transfer, const std::string& path, const std::string& reason) override
+    {
+        ProgressView::fileFailed(transfer, path, reason);
+        write({{"event", "failed"}, {"transfer", transfer.number}, {"path", path}, {"message", reason}});
+    }
+
     void ended(const Transfer& transfer) override
     {
         const bool failed = transfer.phase == Transfer::Phase::Failed;
@@ -77,6 +86,8 @@ public:
         } else {
             event["bytes"] = transfer.bytes ? Json(*transfer.bytes) : Json(nullptr);
         }
+        if (transfer.tree)
+            addCounts(event, transfer.tree->result().counts);
         event["seconds"] = secondsOf(transfer);
         write(event);
     }
@@ -93,6 +104,16 @@ public:
     }
 
 private:
+    static void addCounts(Json& event, const Counts& counts)
+    {
+        event["new"] = counts.added;
+        event["changed"] = counts.changed;
+        event["kept"] = counts.kept;
+        event["skipped"] = counts.skipped;
+        event["removed"] = counts.removed;
+        event["failed"] = counts.failed;
+    }
+
     static void write(const Json& event)
     {
         print(jsonLine(event));
@@ -131,6 +152,12 @@ private:
 class BarView : public ProgressView
 {
 public:
+    void fileFailed(const Transfer& transfer, const std::string& path, const std::string& reason) override
+    {
+        m_Line.clear();
+        ProgressView::fileFailed(transfer, path, reason);
+    }
+
     void ended(const Transfer& transfer) override
     {
         m_Line.clear();
@@ -191,6 +218,12 @@ private:
 };
 
 } // namespace
+
+void ProgressView::fileFailed(const Transfer& transfer, const std::string& path, const std::string& reason)
+{
+    complain(transfer.source + (path.empty() || transfer.source.back() == '/' ? "" : "/") + path + ": " +
+             reason);
+}
 
 std::unique_ptr<ProgressView> ProgressView::make(bool json)
 {

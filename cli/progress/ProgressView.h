@@ -5,6 +5,7 @@
 #include "cli/progress/Transfer.h"
 
 #include <memory>
+#include <string>
 
 namespace cli {
 
@@ -55,6 +56,8 @@ public:
 
     virtual void began(const Transfer& /*transfer*/) {}
     virtual void advanced(const Transfer& /*transfer*/, const Totals& /*totals*/) {}
+    /// A file of a transfer failed; the others go on.
+    virtual void fileFailed(const Transfer& transfer, const std::string& path, const std::string& reason);
     virtual void ended(const Transfer& transfer) = 0;
     /// Time has passed.
     virtual void refresh(const Totals& /*totals*/) {}

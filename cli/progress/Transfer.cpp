@@ -5,12 +5,14 @@
 #include "cli/output/Output.h"
 #include "cli/progress/Interrupt.h"
 #include "cli/progress/ProgressView.h"
+#include "cli/progress/TreeTransfer.h"
 
 #include <algorithm>
 #include <condition_variable>
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <utility>
 
 namespace cli {
 
@@ -24,6 +26,7 @@ struct News
 {
     std::size_t transfer; ///< its index
     std::string target;
+    bool wasLookedAt = false;
     bool wasFile = false;
     bool wasFolder = false;
     lumo::Transfer::Progress progress{};
@@ -81,7 +84,7 @@ lumo::Transfer::Observer observerOf(const Transfer& transfer, NewsQueue& queue)
 {
     const auto news = std::make_shared<News>(News{transfer.number - 1, transfer.target});
     return [&queue, news, folder = transfer.folder](const lumo::Transfer::Progress& progress) {
-        if (news->progress.task.empty())
+        if (!std::exchange(news->wasLookedAt, true))
             lookAtTarget(*news, folder, progress.task);
         news->progress = progress;
         news->when = Clock::now();
@@ -152,6 +155,9 @@ private:
         const lumo::Transfer::Progress& progress = news.progress;
         if (transfer.phase == Phase::Waiting)
             begin(transfer, news);
+        if (transfer.tree)
+            for (const TreeReport::Problem& problem : transfer.tree->takeProblems())
+                view(&ProgressView::fileFailed, transfer, problem.path, problem.reason);
         if (progress.percent > transfer.percent) {
             transfer.percent = progress.percent;
             view(&ProgressView::advanced, transfer, m_Totals);
@@ -186,6 +192,11 @@ private:
         // Only the storage box knows what it has.
         if (!transfer.get && transfer.movesFile && !transfer.overwrite)
             transfer.wasFile = outcome.keptFiles.value_or(0) > 0;
+        if (transfer.tree) {
+            transfer.bytes = outcome.movedBytes;
+            view(&ProgressView::ended, transfer);
+            return;
+        }
         // How much of a folder that existed before is new is not known.
         if (transfer.get && !transfer.wasFolder)
             transfer.bytes = outcome.movedBytes && isFolder(transfer.target) ? *outcome.movedBytes
@@ -209,7 +220,7 @@ private:
     std::size_t m_Running = 0;
     Clock::time_point m_Refreshed;
     std::optional<Failure> m_OutputFailure;
-    std::vector<lumo::Transfer> m_Started; ///< last: while they live, the library pushes to the queue
+    std::vector<StartedTransfer> m_Started; ///< last: while they live, the library pushes to the queue
 };
 
 } // namespace

@@ -6,11 +6,17 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace cli {
+
+class TreeReport;
+
+/// A transfer that was started; while it lives, its observer may be called.
+using StartedTransfer = std::shared_ptr<void>;
 
 /// One transfer: what the user asked for, and its state.
 struct Transfer
@@ -36,7 +42,8 @@ struct Transfer
     /// Whether a transfer that is not started ends the command; otherwise it counts as failed.
     bool mustStart = false;
     /// Throws lumo::Error when nothing was started.
-    std::function<lumo::Transfer(const lumo::Transfers::Options&)> start;
+    std::function<StartedTransfer(const lumo::Transfers::Options&)> start;
+    std::shared_ptr<TreeReport> tree; ///< of a transfer that goes on past files that fail; otherwise null
 
     std::size_t number = 0; ///< from 1
     Phase phase = Phase::Waiting;

@@ -91,11 +91,10 @@ Connection::Components::~Components()
     Log::instance().close();
 }
 
-Connection::Connection(const Session::Settings& settings) : m_Components(settings)
+Connection::Connection(const Session::Settings& settings) : m_Components(settings), m_Token(tokenOf(settings))
 {
-    const std::string token = tokenOf(settings);
-    open(settings, token);
-    logIn(settings, token);
+    open(settings, m_Token);
+    logIn(settings, m_Token);
 }
 
 CLumoDataMgr& Connection::manager() const

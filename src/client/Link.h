@@ -32,6 +32,7 @@ public:
     Connection& operator=(const Connection&) = delete;
 
     CLumoDataMgr& manager() const;
+    const std::string& token() const { return m_Token; }
 
 private:
     /// The one that there may be; gives the process free last of all.
@@ -56,6 +57,7 @@ private:
 
     Turn m_Turn;
     Components m_Components;
+    const std::string m_Token;
     boost::shared_ptr<wirecall::RpcChannel> m_Channel;
 };
 

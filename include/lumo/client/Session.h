@@ -1,6 +1,7 @@
 #ifndef LUMO_CLIENT_SESSION_H
 #define LUMO_CLIENT_SESSION_H
 
+#include "lumo/client/BoxPlace.h"
 #include "lumo/client/Catalogue.h"
 #include "lumo/client/Centre.h"
 #include "lumo/client/Comments.h"

@@ -14,6 +14,8 @@
 
 namespace lumo {
 
+class BoxPlace;
+
 namespace internal {
 class Link;
 class TransferState;
@@ -38,6 +40,11 @@ public:
         std::optional<std::uint64_t> movedBytes; ///< content of files that arrived
 
         bool done() const { return code == 0; }
+        /// Whether the same transfer may succeed soon: the connection broke, nothing moved, or the target was
+        /// busy.
+        LUMO_EXPORT bool mayPass() const;
+        /// Whether the box was not reached any more.
+        LUMO_EXPORT bool connectionLost() const;
     };
 
     struct Progress
@@ -89,6 +96,9 @@ public:
     Transfer get(const Entry& source, const std::string& folder, const Options& options) const;
     /// Sends a local file, or a folder with all below it, to a disk or a folder.
     Transfer put(const std::string& path, const Entry& target, const Options& options) const;
+    /// The same place on its storage box, for an application that decides file by file. Throws Error:
+    /// NotFound when it is on no box, NoAnswer when the box is not reached.
+    BoxPlace at(const Entry& entry) const;
     /// Fetches the package of a version into a local folder, from the storage box of that code or, without
     /// one, from the box that the version names or the company's only one.
     Transfer getPackage(const Centre::Product& product, const std::string& version, const std::string& box,

@@ -123,6 +123,11 @@ int move(const char* direction, Mover mover, const boost::shared_ptr<wirecall::R
 
 } // namespace
 
+long long stallLimit()
+{
+    return client().stallLimit;
+}
+
 bool StartBulkhaul(int chunksInFlight, int filesInFlight, StatusFunction status)
 {
     if (chunksInFlight < 1 || filesInFlight < 1)

@@ -47,6 +47,9 @@ inline Waiting waitingOf(const Transfer& transfer)
     return {std::chrono::milliseconds(transfer.box.stallLimit()), true};
 }
 
+/// The stall limit of transfers that begin now, in milliseconds.
+long long stallLimit();
+
 /// Both throw TransferFailure or FileFailure.
 void download(const Transfer& transfer, const std::string& boxPath, const std::string& localPath);
 void upload(const Transfer& transfer, const std::string& boxPath, const std::string& localPath);

@@ -1,9 +1,9 @@
 #include "components/bulkhaul/TreeDownload.h"
 
 #include "components/bulkhaul/LargeDownload.h"
+#include "components/bulkhaul/Listing.h"
 #include "components/bulkhaul/Parallel.h"
 #include "components/bulkhaul/files/IncomingSmallFiles.h"
-#include "components/bulkhaul/files/TreeWalk.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -14,51 +14,6 @@ namespace bulkhaul {
 namespace {
 
 using haulbox::BoxServices_Stub;
-
-/// A box that lists more does not end.
-constexpr std::uint64_t kMostEntries = std::uint64_t(1) << 24;
-constexpr std::uint64_t kMostPages = std::uint64_t(1) << 16;
-
-/// The pages of a folder's listing, one after the other.
-class Listing
-{
-public:
-    Listing(BoxClient& box, const std::string& transfer) : m_Box(&box), m_Transfer(transfer) {}
-
-    /// Gets the next page. Returns false after the last.
-    bool next(haulbox::ListRsp& page)
-    {
-        if (m_Ended)
-            return false;
-        haulbox::ListReq request;
-        request.set_transfer(m_Transfer);
-        if (!m_Last.empty())
-            request.set_after(m_Last);
-        m_Box->askForSure(&BoxServices_Stub::list, request, page);
-        for (const haulbox::Entry& entry : page.entries()) {
-            splitBelow(entry.below()); // throws for one that is not valid, too long or too deep
-            // A list in any other order might never end.
-            if (!m_Last.empty() && !comesBefore(m_Last, entry.below()))
-                throw TransferFailure(kNotUnderstood, "the box listed entries out of order");
-            m_Last = entry.below();
-        }
-        if (page.more() && page.entries().empty())
-            throw TransferFailure(kNotUnderstood, "the box announced more entries but sent none");
-        m_Entries += static_cast<std::uint64_t>(page.entries_size());
-        if (++m_Pages > kMostPages || m_Entries > kMostEntries)
-            throw TransferFailure(kNotUnderstood, "the box lists more entries than a folder may have");
-        m_Ended = !page.more();
-        return true;
-    }
-
-private:
-    BoxClient* m_Box;
-    std::string m_Transfer;
-    std::string m_Last; ///< entry of the page before
-    std::uint64_t m_Entries = 0;
-    std::uint64_t m_Pages = 0;
-    bool m_Ended = false;
-};
 
 std::uint64_t weightOfAll(const haulbox::ListRsp& page)
 {

@@ -15,8 +15,8 @@ constexpr char kReasonKey[] = "lumo-reason-bin";
 /// Returns the text, cut at a character's end to what may be sent.
 std::string shortReason(const std::string& text);
 
-/// Returns the reason in what a server sent, at most as long as it may be; empty if there is none or it is not
-/// UTF-8.
+/// Returns the reason in what a server sent, at most as long as it may be; empty if there is none or it is
+/// not UTF-8.
 std::string reasonIn(const std::multimap<grpc::string_ref, grpc::string_ref>& trailingMetadata);
 
 } // namespace wirecall
