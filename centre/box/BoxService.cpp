@@ -12,7 +12,7 @@ namespace centre {
 
 namespace {
 
-std::string tokenOf(google::protobuf::RpcController* call)
+const std::string& tokenOf(google::protobuf::RpcController* call)
 {
     return static_cast<wirecall::ServerCall*>(call)->token();
 }

@@ -14,7 +14,9 @@ namespace centre {
 
 namespace {
 
-const Sql kPackages("SELECT app_full_path FROM version WHERE kesta_code = ?");
+/// Paths below :begin, which ends with "/", are before :end, which has "0" there.
+const Sql kPackages("SELECT app_full_path FROM version WHERE kesta_code = :box AND "
+                    "(app_full_path = :path OR (app_full_path > :begin AND app_full_path < :end))");
 const Sql kDisksAt("SELECT id FROM disk WHERE root_path = ? AND kesta_code = ?");
 const Sql kFolderOnBox(fullPath("SELECT id, substr(name, 1, 0) FROM folder WHERE id = :folder") +
                        " WHERE company_id = :company AND kesta_code = :box");
@@ -84,17 +86,17 @@ bool mayWrite(Connection& connection, const User& user, const Claim& claim, cons
     return reason.empty();
 }
 
-/// Returns the packages of versions on the box that are below a path.
+/// Returns the packages of versions on the box that are at or below a path.
 std::vector<std::string> packagesBelow(Connection& connection, const std::string& boxCode,
                                        const std::string& path)
 {
     Statement& packages = connection.statement(kPackages);
     const ResetAtEnd resetAtEnd(packages);
-    packages.bindAll(boxCode);
+    const std::string folder = path == "/" ? std::string() : path;
+    packages.bindAll(boxCode, path, folder + "/", folder + "0");
     std::vector<std::string> found;
     while (packages.step())
-        if (std::string package = packages.string(0); isAtOrBelow(path, package))
-            found.push_back(std::move(package));
+        found.push_back(packages.string(0));
     return found;
 }
 

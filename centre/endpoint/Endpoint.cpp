@@ -103,7 +103,7 @@ bool Endpoint::authenticate(wirecall::ServerCall& call, std::string& reason)
         call.setUser("health checks of " + withoutPort(call.peer()), "");
         return true;
     }
-    const std::string token = call.token();
+    const std::string& token = call.token();
     try {
         if (token.empty()) {
             reason = "the call has no token";

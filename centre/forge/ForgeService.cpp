@@ -65,7 +65,7 @@ void ForgeService::CreateFolder(RpcController* controller, const forgeserver::Cr
 void ForgeService::CheckTransfer(RpcController* controller, const forgeserver::CheckTransferReq* request,
                                  forgeserver::CheckTransferRsp* response, Closure* done)
 {
-    const std::string token = static_cast<wirecall::ServerCall*>(controller)->token();
+    const std::string& token = static_cast<wirecall::ServerCall*>(controller)->token();
     response->set_passed(mayRead(token, request->serv_path()));
     if (!response->passed())
         static_cast<wirecall::ServerCall*>(controller)

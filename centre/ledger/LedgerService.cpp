@@ -40,7 +40,7 @@ LedgerService::LedgerService(ConnectionPool& pool, ReadPool& reads, MainFileText
 void LedgerService::CallMethod(const MethodDescriptor* method, google::protobuf::RpcController* controller,
                                const Message* request, Message* response, google::protobuf::Closure* done)
 {
-    const std::string token = static_cast<wirecall::ServerCall*>(controller)->token();
+    const std::string& token = static_cast<wirecall::ServerCall*>(controller)->token();
     try {
         const auto change = m_Changes.find(method);
         const auto operation = m_Operations.find(method);

@@ -32,9 +32,9 @@ const char* textOf(int code)
     case kBusy:
         return "another transfer writes to the target";
     case kBoxFailed:
-        return "the storage box failed for a reason of its own";
+        return "the storage box failed, or does not know the transfer any more";
     case kNotUnderstood:
-        return "the other side is not a storage box that this program understands";
+        return "the other side does not answer as a storage box of this version does";
     case kFailedHere:
         return "this machine failed: it lacks memory or threads";
     default:

@@ -32,7 +32,7 @@ public:
     void run()
     {
         const std::vector<bool> missing = missingChunks();
-        const Division division = divisionFor(m_Box);
+        const Division division = divisionFor(m_Box, missing);
         const int waiting = std::max(1, std::min(kMostWaiting, m_Transfer.chunksInFlight) / division.streams);
         forEachRun(missing, division, [this, waiting](std::uint64_t first, std::uint32_t count) {
             readRun(first, count, static_cast<std::size_t>(waiting));

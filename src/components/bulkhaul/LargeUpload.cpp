@@ -109,7 +109,8 @@ public:
 private:
     void send(const haulbox::BeginRsp& begun)
     {
-        forEachRun(missingChunks(begun), divisionFor(m_Box),
+        const std::vector<bool> missing = missingChunks(begun);
+        forEachRun(missing, divisionFor(m_Box, missing),
                    [&](std::uint64_t first, std::uint32_t count) { writeRun(begun.upload(), first, count); });
         m_Source.requireUnchanged();
         haulbox::FinishReq finish;

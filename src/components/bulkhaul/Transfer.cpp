@@ -3,6 +3,7 @@
 #include "components/bulkhaul/Parallel.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <mutex>
 #include <utility>
 
@@ -35,6 +36,18 @@ std::vector<bool> differingChunks(const Comparison& comparison, std::uint64_t al
         }
     });
     return differing;
+}
+
+Division divisionFor(const BoxClient& box, const std::vector<bool>& missing)
+{
+    std::size_t chunks = 0;
+    std::size_t runs = 0;
+    for (std::size_t i = 0; i < missing.size(); ++i) {
+        chunks += missing[i] ? 1 : 0;
+        runs += missing[i] && (i == 0 || !missing[i - 1]) ? 1 : 0;
+    }
+    const bool isFragmented = runs > 1 && chunks / runs < kFar.longestRun;
+    return box.isFar() || isFragmented ? kFar : kNear;
 }
 
 void forEachRun(const std::vector<bool>& chunks, const Division& division,

@@ -87,10 +87,9 @@ struct Division
 constexpr Division kNear{1, 1024}; // the most chunks that a box moves in one stream
 constexpr Division kFar{4, 32};
 
-inline Division divisionFor(const BoxClient& box)
-{
-    return box.isFar() ? kFar : kNear;
-}
+/// Chunks that are missing here and there are short runs, each of which takes a round trip; so they are moved
+/// as if the box were far away.
+Division divisionFor(const BoxClient& box, const std::vector<bool>& missing);
 
 /// Calls `move` for each run of chunks that are marked, from the first on, on as many threads as streams.
 void forEachRun(const std::vector<bool>& chunks, const Division& division,

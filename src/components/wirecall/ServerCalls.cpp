@@ -2,11 +2,13 @@
 
 #include "components/wirecall/BoundedMessage.h"
 #include "components/wirecall/HandOver.h"
+#include "components/wirecall/MemberEvent.h"
 #include "components/wirecall/Reason.h"
 #include "components/wirecall/ServerStreams.h"
-#include "components/wirecall/ServerThreads.h"
 #include "components/wirecall/StatusName.h"
 #include "components/wirecall/StreamMessages.h"
+#include "components/wirecall/StreamWatch.h"
+#include "components/wirecall/Token.h"
 #include "components/wirecall/WireLimits.h"
 
 #include <google/protobuf/descriptor.h>
@@ -29,53 +31,9 @@ using google::protobuf::Message;
 
 namespace {
 
-constexpr char kBearer[] = "Bearer ";
 constexpr std::size_t kLongestFailureText = 4096; // it is sent in a header
 
-/// How long a method usually takes, in nanoseconds, to be run beside others: even if none is there now, and
-/// if one is. To wake another thread costs about as much as the shorter time.
-constexpr std::int64_t kLongTime = 250000;
-constexpr std::int64_t kLongTimeForOthers = 30000;
-
-/// Passes one kind of event of a call to a member function, which runs a method if it may take long.
-template <class Owner>
-class MemberEvent final : public Event
-{
-public:
-    MemberEvent(Owner& owner, void (Owner::*step)(bool), bool (Owner::*takesLong)() const = nullptr)
-        : m_Owner(owner), m_Step(step), m_TakesLong(takesLong)
-    {
-    }
-    void happened(bool ok) override { (m_Owner.*m_Step)(ok); }
-    bool mayTakeLong() const override { return m_TakesLong != nullptr && (m_Owner.*m_TakesLong)(); }
-    std::size_t lane() const override { return m_TakesLong != nullptr ? m_Owner.lane() : 0; }
-
-private:
-    Owner& m_Owner;
-    void (Owner::*m_Step)(bool);
-    bool (Owner::*m_TakesLong)() const;
-};
-
 } // namespace
-
-/// Measures a run of a method.
-class ServerCalls::Timed
-{
-public:
-    explicit Timed(Method& method) : m_Method(method), m_Begin(Clock::now()) {}
-    ~Timed()
-    {
-        const std::int64_t time = std::chrono::nanoseconds(Clock::now() - m_Begin).count();
-        const std::int64_t usual = m_Method.usualTime;
-        m_Method.usualTime = usual + (time - usual) / 4; // what another thread measures now may be lost
-    }
-
-private:
-    using Clock = std::chrono::steady_clock;
-
-    Method& m_Method;
-    const Clock::time_point m_Begin;
-};
 
 /// One call from its arrival to its end. It lives until all of its events have come: at least, that its
 /// answer was sent, and that gRPC has finished with it (which comes at once for a cancelled call).
@@ -87,10 +45,13 @@ public:
           m_Generic(generic),
           m_Queue(queue),
           m_Stream(&m_Context),
+          m_IsCounted(calls.m_UserCalls, m_User),
+          m_Memory(calls.m_Memory, m_User),
           m_Arrived(*this, &Call::arrived),
           m_Received(*this, &Call::received, &Call::isRunLong),
           m_StepEnded(*this, &Call::stepEnded, &Call::isStepLong),
           m_Answered(*this, &Call::answered),
+          m_Looked(*this, &Call::looked),
           m_Done(*this, &Call::done)
     {
         m_Context.AsyncNotifyWhenDone(&m_Done);
@@ -104,16 +65,7 @@ public:
         return m_Method != nullptr ? m_Method->descriptor->full_name() : none;
     }
 
-    std::string token() const override
-    {
-        const auto& metadata = m_Context.client_metadata();
-        const auto found = metadata.find("authorization");
-        if (found == metadata.end() || !found->second.starts_with(kBearer))
-            return {};
-        const grpc::string_ref token = found->second.substr(sizeof kBearer - 1);
-        return std::string(token.data(), token.size());
-    }
-
+    const std::string& token() const override { return m_Token; }
     const std::string& user() const override { return m_User; }
     const std::string& group() const override { return m_Group; }
     void setUser(std::string user, std::string group) override
@@ -161,6 +113,7 @@ public:
     {
         requireStream(m_Method->descriptor->server_streaming());
         m_Messages = std::make_unique<OutgoingStream>(*this, std::move(source), *m_Response);
+        watch();
     }
 
     void give(std::unique_ptr<StreamSink> sink) override
@@ -168,26 +121,27 @@ public:
         requireStream(m_Method->descriptor->client_streaming());
         m_Messages = std::make_unique<IncomingStream>(*this, std::move(sink), *m_Request, m_Buffer);
         m_Buffer.Clear();
+        watch();
     }
 
     void send(const grpc::ByteBuffer& message) override
     {
         m_Report.bytesSent += message.Length();
         judge();
-        expect();
+        beginStep();
         m_Stream.Write(message, &m_StepEnded);
     }
 
     void receive(grpc::ByteBuffer& message) override
     {
         m_ArrivingMessage = &message;
-        expect();
+        beginStep();
         m_Stream.Read(&message, &m_StepEnded);
     }
 
     void confirm() override
     {
-        expect();
+        beginStep();
         m_Stream.SendInitialMetadata(&m_StepEnded);
     }
 
@@ -225,7 +179,8 @@ private:
         m_Arrival = std::chrono::steady_clock::now();
         if (m_Calls.m_Observe)
             m_Peer = m_Context.peer(); // a cancelled call has none in the end
-        m_Calls.began();
+        m_Token = tokenOf(m_Context.client_metadata());
+        m_Calls.m_Running.began();
         m_Calls.takeNext(m_Generic, m_Queue);
         const auto found = m_Calls.m_Methods.find(m_Context.method());
         if (found == m_Calls.m_Methods.end()) {
@@ -250,11 +205,10 @@ private:
         m_Stream.Read(&m_Buffer, &m_Received);
     }
 
-    bool isStepLong() const { return m_Method->usualTime >= kLongTime && !m_Messages->isAtWork(); }
+    bool isStepLong() const { return m_Method->takesLong() && !m_Messages->isAtWork(); }
     bool isRunLong() const
     {
-        const bool othersWait = m_Calls.m_Arriving > 1;
-        return m_Method->usualTime >= (othersWait ? kLongTimeForOthers : kLongTime);
+        return m_Calls.m_Arriving > 1 ? m_Method->takesLongForOthers() : m_Method->takesLong();
     }
 
     void received(bool ok)
@@ -265,7 +219,7 @@ private:
             if (ok)
                 runMethod();
             else
-                refuse(grpc::StatusCode::INTERNAL, "no request arrived");
+                refuse(grpc::StatusCode::INVALID_ARGUMENT, "the call ended without a message");
         } catch (const std::exception& exception) {
             refuse(grpc::StatusCode::INTERNAL, exception.what());
         }
@@ -285,12 +239,9 @@ private:
     bool countForUser()
     {
         if (m_User.empty())
-            m_User = token();
+            m_User = m_Token;
         m_Lane = std::hash<std::string>()(m_User) | 1;
-        if (m_Calls.m_CallsOfUser == 0)
-            return true;
-        m_IsCounted = m_Calls.m_UserCalls.take(m_User, 1, m_Calls.m_CallsOfUser);
-        return m_IsCounted;
+        return m_Calls.m_CallsOfUser == 0 || m_IsCounted.take(1, m_Calls.m_CallsOfUser);
     }
 
     void runMethod()
@@ -302,13 +253,12 @@ private:
             conclude(parsed);
             return;
         }
-        const bool isStream =
-            m_Method->descriptor->client_streaming() || m_Method->descriptor->server_streaming();
+        const bool isStream = m_Method->isStream();
         if (isStream && !hold(kOfStream)) {
             conclude(heldTooMuch());
             return;
         }
-        const Timed timed(*m_Method);
+        const ServerMethod::Timed timed(*m_Method);
         m_Method->service->CallMethod(m_Method->descriptor, this, m_Request.get(), m_Response.get(), this);
         if (m_Messages)
             m_Messages->work();
@@ -326,15 +276,7 @@ private:
     }
 
     /// Counts `bytes` for the caller until the call has ended. Returns false if that is too much.
-    bool hold(std::size_t bytes)
-    {
-        if (bytes < kSmallest)
-            return true;
-        if (!m_Calls.m_Memory.take(m_User, bytes, kMostOfUser))
-            return false;
-        m_Held += bytes;
-        return true;
-    }
+    bool hold(std::size_t bytes) { return bytes < kSmallest || m_Memory.take(bytes, kMostOfUser); }
 
     /// Called when the method has returned, and when its answer has been serialized.
     void stepPassed()
@@ -369,6 +311,7 @@ private:
         }
         if (m_Concluded.exchange(true))
             return;
+        m_Watch.stop();
         m_Report.bytesSent += answer.Length();
         if (!m_Reason.empty())
             m_Context.AddTrailingMetadata(kReasonKey, m_Reason);
@@ -382,6 +325,7 @@ private:
     {
         if (m_Concluded.exchange(true))
             return;
+        m_Watch.stop();
         m_Report.outcome = nameOf(status.error_code());
         m_Report.reason = status.error_message();
         handOver(&m_Queue);
@@ -401,13 +345,38 @@ private:
         handOver(&m_Queue);
     }
 
+    /// Another event will come when the caller has sent or taken something.
+    void beginStep()
+    {
+        expect();
+        m_Watch.stepBegan();
+    }
+
+    /// Looks again when the stream may have stalled.
+    void watch()
+    {
+        expect();
+        if (!m_Watch.lookLater(m_Queue, m_Calls.m_StreamLimit, &m_Looked))
+            release();
+    }
+
+    void looked(bool isTime)
+    {
+        if (isTime && m_Watch.isStalled(m_Calls.m_StreamLimit))
+            m_Context.TryCancel(); // the step fails then, which ends the call
+        else if (isTime)
+            watch();
+        release();
+    }
+
     void stepEnded(bool ok)
     {
+        m_Watch.stepEnded();
         if (const grpc::ByteBuffer* message = std::exchange(m_ArrivingMessage, nullptr);
             message != nullptr && ok)
             m_Report.bytesReceived += message->Length();
         {
-            std::optional<Timed> timed;
+            std::optional<ServerMethod::Timed> timed;
             if (!m_Messages->isAtWork())
                 timed.emplace(*m_Method);
             m_Messages->stepEnded(ok);
@@ -438,12 +407,8 @@ private:
         ServerCalls& calls = m_Calls;
         if (calls.m_Observe)
             report();
-        if (m_Held > 0)
-            calls.m_Memory.give(m_User, m_Held);
-        if (m_IsCounted)
-            calls.m_UserCalls.give(m_User, 1);
         delete this;
-        calls.ended();
+        calls.m_Running.ended();
     }
 
     /// Before the response is gone.
@@ -466,21 +431,23 @@ private:
     grpc::ServerCompletionQueue& m_Queue;
     grpc::GenericServerContext m_Context;
     grpc::GenericServerAsyncReaderWriter m_Stream;
-    MemberEvent<Call> m_Arrived, m_Received, m_StepEnded, m_Answered, m_Done;
-    std::atomic<int> m_EventsLeft{2}; ///< that it is answered and done, and others that will come
-
-    Method* m_Method = nullptr;
+    std::string m_Token;
     std::string m_User;
     std::string m_Group;
     std::string m_Peer;
-    std::size_t m_Lane = 0;   ///< a number for the user
-    bool m_IsCounted = false; ///< among the calls of its user
+    HeldShare m_IsCounted; ///< among the calls of its user
+    HeldShare m_Memory;
+    MemberEvent<Call> m_Arrived, m_Received, m_StepEnded, m_Answered, m_Looked, m_Done;
+    std::atomic<int> m_EventsLeft{2}; ///< that it is answered and done, and others that will come
+
+    ServerMethod* m_Method = nullptr;
+    std::size_t m_Lane = 0; ///< a number for the user
     grpc::ByteBuffer m_Buffer;
     std::unique_ptr<Message> m_Request;
     std::unique_ptr<Message> m_Response;
-    std::size_t m_Held = 0;
     std::atomic<int> m_StepsPassed{0};
     std::unique_ptr<ServerStream> m_Messages; ///< of a method with a stream
+    StreamWatch m_Watch;                      ///< of that stream
     bool m_Failed = false;
     std::string m_FailureText;
     std::string m_Reason; ///< sent beside an answer
@@ -501,7 +468,8 @@ ServerCalls::ServerCalls(const RpcServer::Options& options)
     : m_Authenticate(options.authenticate),
       m_Observe(options.observe),
       m_Judge(options.judge),
-      m_CallsOfUser(static_cast<std::size_t>(std::max(0, options.callsOfUser)))
+      m_CallsOfUser(static_cast<std::size_t>(std::max(0, options.callsOfUser))),
+      m_StreamLimit(options.streamLimit)
 {
 }
 
@@ -512,7 +480,7 @@ void ServerCalls::add(google::protobuf::Service* service)
         const google::protobuf::MethodDescriptor* method = descriptor->method(i);
         if (!method->client_streaming() || !method->server_streaming()) // both at once is not supported
         {
-            Method& added = m_Methods["/" + descriptor->full_name() + "/" + method->name()];
+            ServerMethod& added = m_Methods["/" + descriptor->full_name() + "/" + method->name()];
             added.service = service;
             added.descriptor = method;
         }
@@ -522,31 +490,6 @@ void ServerCalls::add(google::protobuf::Service* service)
 void ServerCalls::takeNext(grpc::AsyncGenericService& generic, grpc::ServerCompletionQueue& queue)
 {
     new Call(*this, generic, queue);
-}
-
-int ServerCalls::running() const
-{
-    const std::lock_guard<std::mutex> lock(m_Mutex);
-    return m_Calls;
-}
-
-void ServerCalls::waitForEnd()
-{
-    std::unique_lock<std::mutex> lock(m_Mutex);
-    m_NoneLeft.wait(lock, [this] { return m_Calls == 0; });
-}
-
-void ServerCalls::began()
-{
-    const std::lock_guard<std::mutex> lock(m_Mutex);
-    ++m_Calls;
-}
-
-void ServerCalls::ended()
-{
-    const std::lock_guard<std::mutex> lock(m_Mutex);
-    if (--m_Calls == 0)
-        m_NoneLeft.notify_all();
 }
 
 } // namespace wirecall

@@ -289,3 +289,36 @@ TEST_F(TransferTest, AnUploadEndsWhenItIsFinishedOrAnotherBeginsUnlessItIsBusy)
     EXPECT_EQ(busy.other_bytes(), kMiB);
     EXPECT_EQ(other.write(third.upload(), 0), haulbox::DONE);
 }
+
+TEST_F(TransferTest, OfTooManyHandlesTheOneThatWasIdleForLongestEnds)
+{
+    TestBox testBox(*catalogue);
+    Caller mine(testBox.channel());
+    writeFile(box() / "large", content(2 * kMiB, 1));
+    haulbox::BeginReq begin;
+    begin.set_size(2 * kMiB);
+    std::vector<std::string> uploads;
+    for (int i = 0; i <= 64; ++i) {
+        if (i == 64)
+            EXPECT_EQ(mine.write(uploads.front(), 0), haulbox::DONE); // so the second is idle for longest
+        begin.set_path(box().string() + "/up" + std::to_string(i));
+        uploads.push_back(mine.ask(&Stub::begin, begin, haulbox::BeginRsp()).upload());
+    }
+    EXPECT_EQ(mine.write(uploads[0], kMiB), haulbox::DONE);
+    EXPECT_EQ(mine.write(uploads[1], 0), haulbox::ENDED);
+
+    haulbox::OpenReq open;
+    open.set_path((box() / "large").string());
+    haulbox::RunReq run;
+    run.set_chunks(1);
+    std::vector<std::string> transfers;
+    for (int i = 0; i <= 1024; ++i) {
+        const haulbox::OpenRsp opened = mine.ask(&Stub::open, open, haulbox::OpenRsp());
+        run.set_version(opened.version());
+        transfers.push_back(opened.transfer());
+    }
+    run.set_transfer(transfers.front());
+    EXPECT_EQ(mine.read(run), haulbox::ENDED);
+    run.set_transfer(transfers[1]);
+    EXPECT_EQ(mine.read(run), haulbox::DONE);
+}

@@ -202,6 +202,22 @@ TEST_F(TransferTest, ACutConnectionCostsOnlyWhatHadNotMoved)
         catalogue->onAdmit(nullptr);
         fs::remove(source(way) / "far");
         fs::remove(target(way) / "far");
+        // So do the missing chunks of a file of which many here and there are missing: one that stalls holds
+        // up no other.
+        std::string holes = content(16 * kMiB, 3);
+        writeFile(source(way) / "holes", holes);
+        for (std::size_t chunk = 0; chunk < 16; chunk += 2)
+            holes[chunk * kMiB] ^= 1;
+        writeFile(target(way) / ".holes.lumo-part", holes);
+        TestBox stalling(*catalogue, {way == Way::Down ? "read@1=stall" : "write@1=stall"});
+        setStallLimit(500);
+        EXPECT_EQ(move(way, stalling, "holes"), kStalled);
+        setStallLimit(60000);
+        EXPECT_GE(end.bytesMoved, kMiB);
+        EXPECT_EQ(move(way, stalling, "holes"), kDone);
+        EXPECT_EQ(treeOf(target(way)), treeOf(source(way)));
+        fs::remove(source(way) / "holes");
+        fs::remove(target(way) / "holes");
         writeFile(source(way) / "large", content(24 * kMiB, 1));
         for (int i = 0; i < 600; ++i)
             writeFile(source(way) / "tree" / std::to_string(i), content(20000, static_cast<unsigned>(i)));

@@ -404,6 +404,40 @@ TEST_F(Streams, AStallEndsACallAndBytesThatTrickleInAreNone)
     EXPECT_TRUE(writer.finish(head)) << outcome();
 }
 
+TEST_F(Streams, ACallerThatStopsSendingOrTakingIsCancelledAndOneThatSendsNothingRefused)
+{
+    Awaited<std::vector<std::string>> outcomes;
+    wirecall::RpcServer::Options options;
+    options.address = "127.0.0.1:0";
+    options.streamLimit = std::chrono::milliseconds(50);
+    options.observe = [&](const wirecall::ServerCall&, const wirecall::CallReport& report) {
+        outcomes.change([&](auto& all) { all.emplace_back(report.outcome); });
+    };
+    wirecall::RpcServer impatient;
+    std::string error;
+    impatient.add(&service);
+    ASSERT_TRUE(impatient.start(options, error)) << error;
+    const auto there = channelTo("127.0.0.1:" + std::to_string(impatient.port()));
+    service.onSend([](auto&, auto&, auto&, OutgoingBuffer& buffer) {
+        buffer = OutgoingBuffer(kMiB);
+        return true;
+    });
+    service.onReceive([](auto&, auto&, auto&, auto&) { return true; },
+                      [](auto&) { ADD_FAILURE() << "the stream was not whole"; });
+    StreamReader reader(*there, method("send"), controller, head);
+    EXPECT_TRUE(reader.read(head, data)) << outcome();
+    RpcController other, third;
+    StreamWriter writer(*there, method("receive"), other);
+    EXPECT_TRUE(writer.write(Part(), OutgoingBuffer(1)));
+    outcomes.wait([](const auto& all) { return all.size() == 2; });
+    service.awaitEnds();
+    StreamWriter empty(*there, method("receive"), third);
+    EXPECT_FALSE(empty.finish(head));
+    EXPECT_EQ(third.ErrorText(), "the call ended without a message");
+    const std::vector<std::string> expected = {"CANCELLED", "CANCELLED", "INVALID_ARGUMENT"};
+    outcomes.wait([&](const auto& all) { return all == expected; });
+}
+
 TEST_F(Streams, WhatCanNotStreamSaysSo)
 {
     struct OtherChannel : wirecall::RpcChannel

@@ -37,8 +37,8 @@ enum Code
     kUnsafeName = 210,    ///< a name that is not a single path component, or not UTF-8
     kWrongKind = 211,     ///< a folder where a file is needed or the reverse; a link or a special file
     kBusy = 212,          ///< another transfer writes to the target, and does not get on
-    kBoxFailed = 213,     ///< the box failed for a reason of its own
-    kNotUnderstood = 214, ///< the other side does not follow the protocol
+    kBoxFailed = 213,     ///< the box failed, or does not know the transfer any more
+    kNotUnderstood = 214, ///< the other side is no storage box, or breaks the rules of the protocol
     kFailedHere = 215     ///< this machine failed for another reason: no memory, no threads
 };
 

@@ -27,7 +27,7 @@ public:
     /// Fully qualified method name, "package.Service.method".
     virtual const std::string& method() const = 0;
     /// The token that came with the call; empty if there was none.
-    virtual std::string token() const = 0;
+    virtual const std::string& token() const = 0;
     /// The user whose call it is: what the server's Authenticate has set, or else the token. What each user
     /// may take of the server is bounded.
     virtual const std::string& user() const = 0;
@@ -87,6 +87,8 @@ public:
         Authenticate authenticate; ///< empty: every call is accepted
         Observe observe;           ///< may be empty
         Judge judge = nullptr;     ///< for the observer; may be null
+        /// How long a caller may neither send nor take a message of a stream before it is cancelled.
+        std::chrono::milliseconds streamLimit = std::chrono::minutes(10);
     };
 
     RpcServer();
