@@ -2,6 +2,7 @@
 #include "cli/commands/Command.h"
 #include "cli/commands/ImageNames.h"
 #include "cli/commands/SharedOptions.h"
+#include "cli/output/FeatureOutput.h"
 #include "cli/output/Records.h"
 
 #include <charconv>
@@ -46,6 +47,8 @@ public:
     explicit SearchCommand(CLI::App& app)
     {
         m_Records.addCsvAndLimit(app);
+        addFlag(app, "--geojson", m_IsGeoJson,
+                "A GeoJSON FeatureCollection with the footprints; takes precedence over --csv");
         addOption(app, "--project", m_Search.project, "PROJECT", "In the project of this identifier or name");
         addOption(app, "--type", m_Search.type, "TYPENAME", "In types of this name");
         addOption(app, "--sensor", m_Search.sensor, "NAME", "Made by this sensor");
@@ -84,7 +87,10 @@ public:
                 found.lists.push_back(std::move(list));
         }
         limit(found, m_Records.limit);
-        printRecords(found, m_Records.form);
+        if (m_IsGeoJson)
+            printFeatures(found, session.catalogue());
+        else
+            printRecords(found, m_Records.form);
     }
 
 private:
@@ -112,6 +118,7 @@ private:
     }
 
     RecordOptions m_Records;
+    bool m_IsGeoJson = false;
     std::string m_Bounds;
     std::string m_Mark;
     lumo::Images::Search m_Search;

@@ -3,6 +3,7 @@
 #include "cli/commands/ImageNames.h"
 #include "cli/commands/SharedOptions.h"
 #include "cli/output/DisplayText.h"
+#include "cli/output/Footprint.h"
 #include "cli/output/Records.h"
 
 #include <optional>
@@ -36,6 +37,8 @@ void printEntry(const lumo::Entry& entry, const lumo::Entry::Text& path)
         }
         table.add({"Short text", shownText(entry.shortText)});
         table.add({"Long text", shownText(entry.longText)});
+        if (const auto footprint = footprintOf(entry); footprint && entry.kind == lumo::Entry::Kind::File)
+            table.add({"Bounds", boundsText(*footprint) + " (degrees)"});
     }
     print(table.text());
 }
@@ -96,6 +99,8 @@ private:
         if (json) {
             Json record = wholeJson(entry);
             record["path"] = textJson(path);
+            if (const auto footprint = footprintOf(entry); footprint && entry.kind == lumo::Entry::Kind::File)
+                record["bounds"] = boundsJson(*footprint);
             print(jsonText(record));
             return;
         }
