@@ -20,7 +20,7 @@ Existing existingOf(bool keep)
     return keep ? Existing::Keep : Existing::Replace;
 }
 
-void requireName(const std::string& name)
+void requireFileName(const std::string& name)
 {
     if (name.empty())
         throw FileFailure(haulbox::WRONG_KIND, "the root of a disk can't be a file");
@@ -47,7 +47,7 @@ void Uploads::begin(const std::string& token, const haulbox::BeginReq& request, 
     const auto admission = admissionOf(token, request);
     const std::string path = admission->pathOf(request.below());
     Located located = locate(admission->placeOf(request.below()), Folder::Missing::MakeFlushed);
-    requireName(located.name);
+    requireFileName(located.name);
     if (request.keep_existing() && isFileOrLink(located.folder, located.name)) {
         m_Catalogue.record({{path, false}});
         response.set_status(haulbox::KEPT);
@@ -207,7 +207,7 @@ std::optional<BoxCatalogue::Entry> Uploads::storeItem(const Admission& admission
         target.folder.below(splitBelow(below), Folder::Missing::MakeFlushed);
         return entry;
     }
-    requireName(below);
+    requireFileName(below);
     if (files.keeps(below)) {
         response.set_kept(response.kept() + 1);
         return entry;

@@ -55,6 +55,7 @@ void Endpoint::start(const ListenOptions& options)
     serverOptions.connections = options.connections;
     serverOptions.connectionsOfAddress = options.connectionsOfAddress;
     serverOptions.callsOfUser = options.callsOfUser;
+    serverOptions.threads = options.methodsOfUser;
     serverOptions.authenticate = [this](wirecall::ServerCall& call, std::string& reason) {
         return authenticate(call, reason);
     };

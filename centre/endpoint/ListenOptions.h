@@ -22,6 +22,7 @@ struct ListenOptions
     int connectionsOfAddress = 500;      ///< of one client address at once; 0: any number
     int databaseConnections = 16;        ///< to a server, at once, of the centre and of each box
     int callsOfUser = 500;               ///< at once; 0: any number
+    int methodsOfUser = 0;               ///< that run at once; 0: four for each processor
     /// Called, on any thread, when another process has taken a box's lock, which was lost with the connection
     /// to the database; may be empty.
     std::function<void()> displaced = {};

@@ -19,7 +19,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 using Outcome = IngestedFile::Outcome;
 
-constexpr std::uint64_t kExamples = 20; // of refusals, in a report for people
+constexpr std::uint64_t kShownFiles = 20; // of refusals, in a report for people
 
 const char* nameOf(Outcome outcome)
 {
@@ -101,13 +101,13 @@ ExitCode ingest(const Arguments& arguments)
     options.report = [&](const IngestedFile& file) {
         if (arguments.json)
             std::cout << json(file).dump() << "\n";
-        else if (file.outcome == Outcome::Refused && ++refused <= kExamples)
+        else if (file.outcome == Outcome::Refused && ++refused <= kShownFiles)
             complain("refused: " + escaped(file.path) + ": " + file.reason);
     };
     IngestReport report = ingest(store, options);
     progress.clear();
-    if (refused > kExamples)
-        complain("and " + std::to_string(refused - kExamples) + " more refused: --json lists all");
+    if (refused > kShownFiles)
+        complain("and " + std::to_string(refused - kShownFiles) + " more refused: --json lists all");
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
     if (arguments.json)
         std::cout << json(report, options.projectName, time.count()).dump() << "\n";

@@ -191,6 +191,9 @@ void addListening(CLI::App* command, Arguments& arguments)
              "The same from one client's address; 0 is any number; without it 500");
     addLimit("--max-calls-per-user", arguments.serve.callsOfUser,
              "Calls of one user to an address at once; 0 is any number; without it 500");
+    addLimit(
+        "--max-running-per-user", arguments.serve.methodsOfUser,
+        "Calls of one user that run at once, the others wait; 0, without it, is four for each processor");
     command
         ->add_option("--fault", arguments.serve.faults,
                      "A fault for tests: OPERATION[@N]=stall|exit|refuse|result:R|corrupt or"

@@ -36,10 +36,10 @@ std::string ring(const std::string& west, const std::string& south, const std::s
 }
 
 /// Writes geometry and bounding box. What crosses the date line is cut there in two.
-void writePlace(std::string& json, Statement& row)
+void writePlace(std::string& output, Statement& row)
 {
     if (!row.text(kWest)) {
-        json += ",\"geometry\":null";
+        output += ",\"geometry\":null";
         return;
     }
     const std::string west = row.string(kWest);
@@ -49,32 +49,32 @@ void writePlace(std::string& json, Statement& row)
     const double eastNumber = std::strtod(east.c_str(), nullptr);
     if (eastNumber > kEastOfAll) {
         east = nlohmann::json(eastNumber - 2 * kEastOfAll).dump();
-        json += R"(,"geometry":{"type":"MultiPolygon","coordinates":[)" + ring(west, south, "180", north) +
-                "," + ring("-180", south, east, north) + "]}";
+        output += R"(,"geometry":{"type":"MultiPolygon","coordinates":[)" + ring(west, south, "180", north) +
+                  "," + ring("-180", south, east, north) + "]}";
     } else {
-        json += R"(,"geometry":{"type":"Polygon","coordinates":)" + ring(west, south, east, north) + "}";
+        output += R"(,"geometry":{"type":"Polygon","coordinates":)" + ring(west, south, east, north) + "}";
     }
-    json += ",\"bbox\":[" + west + "," + south + "," + east + "," + north + "]";
+    output += ",\"bbox\":[" + west + "," + south + "," + east + "," + north + "]";
 }
 
 /// A record without a date may be of any day.
-void writeTimes(std::string& json, Statement& row)
+void writeTimes(std::string& output, Statement& row)
 {
     const auto date = row.text(kDate);
     const std::string first = date ? std::string(*date) : kFirstOfDays;
     const std::string last = date ? first : kLastOfDays;
-    json += "\"datetime\":" + (date ? "\"" + first + kBeginOfDay + "\"" : "null");
-    json += ",\"start_datetime\":\"" + first + kBeginOfDay;
-    json += "\",\"end_datetime\":\"" + last + kEndOfDay + "\"";
+    output += "\"datetime\":" + (date ? "\"" + first + kBeginOfDay + "\"" : "null");
+    output += ",\"start_datetime\":\"" + first + kBeginOfDay;
+    output += "\",\"end_datetime\":\"" + last + kEndOfDay + "\"";
 }
 
-void writeAsset(std::string& json, const char* key, const std::string& address, const std::string& mediaType,
-                const char* role)
+void writeAsset(std::string& output, const char* key, const std::string& address,
+                const std::string& mediaType, const char* role)
 {
-    json += key;
-    json += ":{\"href\":";
-    appendQuoted(json, address);
-    json += ",\"type\":\"" + mediaType + "\",\"roles\":[\"" + role + "\"]";
+    output += key;
+    output += ":{\"href\":";
+    appendQuoted(output, address);
+    output += ",\"type\":\"" + mediaType + "\",\"roles\":[\"" + role + "\"]";
 }
 
 const char* extensions(bool hasProjection, bool hasSize)
@@ -100,18 +100,18 @@ std::string projectionProperties(const std::string& format, const std::string& p
     std::smatch place;
     if (placement.size() > kLongest || !std::regex_match(placement, place, placeForm))
         return {};
-    std::string json =
+    std::string output =
         ",\"proj:epsg\":" + (place[kNumber].matched ? place[kNumber].str() : "null") + ",\"proj:bbox\":[";
     for (int i = kFirstBound; i < kFirstBound + kBounds; ++i) {
         if (!isJsonNumber(place[i].str()))
             return {};
-        json += (i > kFirstBound ? "," : "") + place[i].str();
+        output += (i > kFirstBound ? "," : "") + place[i].str();
     }
-    json += "]";
+    output += "]";
     std::smatch shape;
     if (format.size() < kLongest && std::regex_match(format, shape, shapeForm))
-        json += ",\"proj:shape\":[" + shape[2].str() + "," + shape[1].str() + "]";
-    return json;
+        output += ",\"proj:shape\":[" + shape[2].str() + "," + shape[1].str() + "]";
+    return output;
 }
 
 ItemWriter::ItemWriter(const Collection& collection, const std::string& root, const DiskBoxes& disks,
@@ -131,26 +131,26 @@ ItemWriter::ItemWriter(const Collection& collection, const std::string& root, co
         m_FieldNames.push_back(",\"lumo:" + field->key + "\":");
 }
 
-void ItemWriter::writeProperties(std::string& json, Statement& row, const std::string& projection) const
+void ItemWriter::writeProperties(std::string& output, Statement& row, const std::string& projection) const
 {
-    json += m_Start;
-    writeTimes(json, row);
+    output += m_Start;
+    writeTimes(output, row);
     if (const auto title = row.text(kTitle)) {
-        json += ",\"title\":";
-        appendQuoted(json, *title);
+        output += ",\"title\":";
+        appendQuoted(output, *title);
     }
     if (const auto sensor = row.text(kSensor)) {
         std::string quoted;
         appendQuoted(quoted, *sensor);
-        json += ",\"sensor\":" + quoted + ",\"instruments\":[" + quoted + "]";
+        output += ",\"sensor\":" + quoted + ",\"instruments\":[" + quoted + "]";
     }
     for (std::size_t i = 0; i < m_FieldNames.size(); ++i)
         if (const auto value = row.text(kFirstItemField + static_cast<int>(i))) {
-            json += m_FieldNames[i];
-            appendNumberOrText(json, *value);
+            output += m_FieldNames[i];
+            appendNumberOrText(output, *value);
         }
-    json += projection;
-    json += "}";
+    output += projection;
+    output += "}";
 }
 
 ItemDraft ItemWriter::write(Statement& row) const
@@ -164,16 +164,16 @@ ItemDraft ItemWriter::write(Statement& row) const
         projection = projectionProperties(row.string(kFileFormat), row.string(kFilePlacement));
 
     ItemDraft item;
-    std::string& json = item.json;
+    std::string& output = item.json;
     constexpr std::size_t kUsualSize = 2048;
-    json.reserve(kUsualSize);
-    json += R"({"type":"Feature","stac_version":"1.0.0","stac_extensions":)";
-    json += extensions(!projection.empty(), hasFile && size);
-    json += ",\"id\":\"" + m_Kind.name + "-" + id + "\"";
-    writePlace(json, row);
-    writeProperties(json, row, projection);
-    json += ",\"links\":[" + linkText("self", m_Self + id, kGeoJson) + "," + m_CollectionAndRoot +
-            "],\"assets\":{";
+    output.reserve(kUsualSize);
+    output += R"({"type":"Feature","stac_version":"1.0.0","stac_extensions":)";
+    output += extensions(!projection.empty(), hasFile && size);
+    output += ",\"id\":\"" + m_Kind.name + "-" + id + "\"";
+    writePlace(output, row);
+    writeProperties(output, row, projection);
+    output += ",\"links\":[" + linkText("self", m_Self + id, kGeoJson) + "," + m_CollectionAndRoot +
+              "],\"assets\":{";
     if (!hasFile)
         return item;
     item.mainFile = row.id(kMainFile);
@@ -181,21 +181,21 @@ ItemDraft ItemWriter::write(Statement& row) const
     item.box = disk->second;
     const AssetFile file{item.folderId, row.string(kFileName), item.box};
     const AssetAddresses addresses = m_AddressesOf(file);
-    writeAsset(json, "\"data\"", addresses.file, mediaTypeOf(file.name, row.string(kFileFormat)), "data");
-    json += ",\"title\":";
-    appendQuoted(json, file.name);
+    writeAsset(output, "\"data\"", addresses.file, mediaTypeOf(file.name, row.string(kFileFormat)), "data");
+    output += ",\"title\":";
+    appendQuoted(output, file.name);
     if (const auto format = row.text(kFileFormat)) {
-        json += ",\"description\":";
-        appendQuoted(json, *format);
+        output += ",\"description\":";
+        appendQuoted(output, *format);
     }
     if (const auto digest = row.text(kFileDigest)) {
-        json += ",\"lumo:digest\":";
-        appendQuoted(json, *digest);
+        output += ",\"lumo:digest\":";
+        appendQuoted(output, *digest);
     }
-    json += (size ? ",\"file:size\":" + std::to_string(*size) : "") + "}";
+    output += (size ? ",\"file:size\":" + std::to_string(*size) : "") + "}";
     if (!addresses.quickLook.empty()) {
-        writeAsset(json, ",\"thumbnail\"", addresses.quickLook, "image/jpeg", "thumbnail");
-        json += "}";
+        writeAsset(output, ",\"thumbnail\"", addresses.quickLook, "image/jpeg", "thumbnail");
+        output += "}";
     }
     return item;
 }
