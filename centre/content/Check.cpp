@@ -31,10 +31,7 @@ public:
 
     void skip(const std::string& path, const std::string& reason) override
     {
-        Difference difference{Difference::Kind::Unread, DiskEntry()};
-        difference.path = path;
-        difference.reason = reason;
-        add(difference);
+        add({Difference::Kind::Unread, {}, "", path, reason});
     }
 
     CheckReport& report() { return m_Report; }

@@ -16,7 +16,7 @@ class AssetLinks
 {
 public:
     static constexpr std::int64_t kUsualSeconds = 3600;
-    static constexpr std::int64_t kMostSeconds = 24 * 3600;
+    static constexpr std::int64_t kMostSeconds = 86400;
 
     /// `secret` is that of the catalogue: Store::linkSecret.
     explicit AssetLinks(std::string secret) : m_Secret(std::move(secret)) {}

@@ -83,7 +83,7 @@ Assets::Assets(ConnectionPool& pool, std::string linkSecret, std::vector<std::st
 
 void Assets::addTo(HttpServer& server)
 {
-    server.add({"/assets", "assets", &m_FileHandler, HttpRoute::Callers::Anyone});
+    server.add({"/assets", "assets", &m_FileHandler, HttpRoute::Callers::Anyone, {"GET"}, true});
     server.add({"/links", "links", &m_LinkHandler});
 }
 

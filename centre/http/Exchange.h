@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace centre {
@@ -16,7 +17,8 @@ namespace centre {
 struct Exchange
 {
     HttpRequest request;
-    const HttpRoute* route = nullptr; ///< null until it is found
+    const HttpRoute* route = nullptr;     ///< null until it is found
+    std::optional<HttpResponse> response; ///< to be sent when the library calls again
     std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
     std::uint64_t bodySize = 0; ///< as the client announced it
     std::string counted;        ///< the user or address that the request is counted for; empty: not counted

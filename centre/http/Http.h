@@ -32,7 +32,7 @@ struct HttpRequest
     std::string base;
     std::optional<User> user; ///< whose token came with the request; empty: there was none
 
-    static constexpr std::size_t kLargestBody = 1024 * 1024;
+    static constexpr std::size_t kLargestBody = 1048576;
 
     /// Returns the first value of that name in the query, or null.
     const std::string* parameter(const std::string& name) const;
@@ -76,8 +76,9 @@ private:
     int m_Status;
 };
 
-/// Answers the requests of a route. Called on any of the server's threads, several at once. What it throws
-/// beside HttpError becomes a problem of status 500, or 503 if the database is busy.
+/// Answers the requests of a route. Called on any of the server's threads, several at once, of one user at
+/// most half of them. What it throws beside HttpError becomes a problem of status 500, or 503 if the database
+/// is busy.
 class HttpHandler
 {
 public:
@@ -100,6 +101,9 @@ struct HttpRoute
     HttpHandler* handler;
     Callers callers = Callers::Users;
     std::vector<std::string> methods = {"GET"}; ///< GET allows HEAD; others are refused with status 405
+    /// The handler takes far less than a millisecond: it runs at once, on a thread that also serves the other
+    /// connections.
+    bool isQuick = false;
 };
 
 } // namespace centre

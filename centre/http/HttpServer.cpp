@@ -5,6 +5,7 @@
 #include "centre/http/Routes.h"
 #include "centre/http/SlowClients.h"
 #include "centre/http/TlsCertificate.h"
+#include "centre/http/Workers.h"
 #include "components/wirecall/Address.h"
 #include "components/wirecall/ServerListener.h"
 #include "components/wirecall/UserShares.h"
@@ -38,6 +39,9 @@ constexpr std::uint64_t kMostBodies =
     std::uint64_t{64} * 1024 * 1024;      ///< bytes of bodies that arrive at once
 constexpr int kMostConnections = 1000000; ///< of the library, which gets none beyond the listener's limits
 constexpr char kPriorities[] = "NORMAL:-VERS-ALL:+VERS-TLS1.3:+VERS-TLS1.2";
+/// Of one user at once, for what takes long; others have as many again.
+const std::size_t kWorkersOfUser = std::size_t{2} * std::max(1U, std::thread::hardware_concurrency());
+constexpr char kStopping[] = "the server is stopping";
 constexpr char kNoOperation[] = "unknown";
 
 std::string refusalOf(const char* reason)
@@ -52,6 +56,13 @@ std::string refusalOf(const char* reason)
 std::size_t keepEscapes(void*, MHD_Connection*, char* text)
 {
     return std::strlen(text);
+}
+
+bool hasBody(MHD_Connection& connection)
+{
+    const char* size = ::MHD_lookup_connection_value(&connection, MHD_HEADER_KIND, "Content-Length");
+    return (size != nullptr && std::strcmp(size, "0") != 0) ||
+           ::MHD_lookup_connection_value(&connection, MHD_HEADER_KIND, "Transfer-Encoding") != nullptr;
 }
 
 } // namespace
@@ -93,6 +104,7 @@ struct HttpServer::Impl
     std::atomic<bool> draining{false};
     MHD_Daemon* daemon = nullptr;
     std::unique_ptr<wirecall::ServerListener> listener;
+    std::unique_ptr<Workers> workers;
 };
 
 namespace {
@@ -127,17 +139,18 @@ try {
         try {
             self.begin(*connection, begun, path, method);
         } catch (const HttpError& error) {
-            HttpResponse response = HttpResponse::problem(error.status(), error.what());
+            begun.response = HttpResponse::problem(error.status(), error.what());
             if (error.status() == 405)
-                response.headers.emplace_back("Allow",
-                                              begun.route->methods.front() == "GET" ? "GET, HEAD" : "POST");
-            return self.answer(*connection, begun, std::move(response)) ? MHD_YES : MHD_NO;
+                begun.response->headers.emplace_back(
+                    "Allow", begun.route->methods.front() == "GET" ? "GET, HEAD" : "POST");
         }
-        if (begun.request.method == "OPTIONS")
-            return self.answer(*connection, begun, preflight()) ? MHD_YES : MHD_NO;
-        return begun.bodySize > 0 || self.run(*connection, begun) ? MHD_YES : MHD_NO;
+        // Without a body the library calls again at once; a response before that would close the connection.
+        if (!begun.response || !hasBody(*connection))
+            return MHD_YES;
     }
     auto& known = *static_cast<Exchange*>(*exchange);
+    if (known.response)
+        return self.answer(*connection, known, *std::exchange(known.response, {})) ? MHD_YES : MHD_NO;
     if (*size == 0)
         return self.run(*connection, known) ? MHD_YES : MHD_NO;
     known.request.body.append(data, *size);
@@ -154,10 +167,12 @@ void HttpServer::Impl::begin(MHD_Connection& connection, Exchange& exchange, con
     exchange.request.peer = peerOf(connection);
     exchange.request = readRequest(connection, path, method, options.httpUrl, certificate.has_value());
     if (draining)
-        throw HttpError(503, "the server is stopping");
+        throw HttpError(503, kStopping);
     const std::uint64_t size = bodySizeOf(exchange.request);
-    if (exchange.request.method == "OPTIONS")
+    if (exchange.request.method == "OPTIONS") {
+        exchange.response = preflight();
         return;
+    }
     exchange.route = routes.find(exchange.request);
     if (exchange.route == nullptr)
         throw HttpError(404, "there is nothing at this path");
@@ -175,14 +190,33 @@ void HttpServer::Impl::count(Exchange& exchange)
     const std::string& peer = exchange.request.peer;
     const std::string user = exchange.request.user ? exchange.request.user->name
                                                    : "requests of " + peer.substr(0, peer.rfind(':'));
-    if (options.callsOfUser > 0 && !calls.take(user, 1, static_cast<std::size_t>(options.callsOfUser)))
+    const std::size_t most =
+        options.callsOfUser > 0 ? static_cast<std::size_t>(options.callsOfUser) : SIZE_MAX;
+    if (!calls.take(user, 1, most))
         throw HttpError(429, "user " + user + " has as many requests under way as one may");
     exchange.counted = user;
 }
 
 bool HttpServer::Impl::run(MHD_Connection& connection, Exchange& exchange)
 {
-    return answer(connection, exchange, Routes::run(*exchange.route, exchange.request));
+    SlowClients::arrived(clientOf(connection).watched);
+    if (exchange.route->isQuick)
+        return answer(connection, exchange, Routes::run(*exchange.route, exchange.request));
+    // The library calls `handle` again once the connection is resumed.
+    ::MHD_suspend_connection(&connection);
+    const auto work = [this, &connection, &exchange] {
+        exchange.response =
+            draining ? HttpResponse::problem(503, kStopping) : Routes::run(*exchange.route, exchange.request);
+        ::MHD_resume_connection(&connection);
+    };
+    std::unique_lock<std::mutex> lock(mutex);
+    if (workers) {
+        workers->push(exchange.counted, work);
+        return true;
+    }
+    lock.unlock();
+    work();
+    return true;
 }
 
 bool HttpServer::Impl::answer(MHD_Connection& connection, Exchange& exchange, HttpResponse response)
@@ -194,7 +228,7 @@ bool HttpServer::Impl::answer(MHD_Connection& connection, Exchange& exchange, Ht
                             : response.file                   ? response.file->size
                                                               : response.body.size();
     // A body that was refused is not read, so that nothing can follow it.
-    const bool isRefused = exchange.bodySize == 0 && exchange.request.headers.count("content-length") > 0;
+    const bool isRefused = exchange.bodySize == 0 && hasBody(connection);
     return send(connection, std::move(response), draining || isRefused);
 }
 
@@ -260,7 +294,7 @@ int HttpServer::Impl::giveCertificate(gnutls_session_t session, const gnutls_dat
 
 void HttpServer::Impl::startDaemon()
 {
-    unsigned int flags = MHD_USE_EPOLL_INTERNAL_THREAD | MHD_USE_ITC | MHD_USE_NO_LISTEN_SOCKET;
+    unsigned int flags = MHD_USE_EPOLL_INTERNAL_THREAD | MHD_ALLOW_SUSPEND_RESUME | MHD_USE_NO_LISTEN_SOCKET;
     std::vector<MHD_OptionItem> items = {
         {MHD_OPTION_CONNECTION_LIMIT, kMostConnections, nullptr},
         {MHD_OPTION_CONNECTION_TIMEOUT, kIdleSeconds, nullptr},
@@ -328,6 +362,7 @@ void HttpServer::start(const ListenOptions& options)
     self.url = !options.httpUrl.empty() ? options.httpUrl
                                         : (self.certificate ? "https://" : "http://") + self.address;
     self.slowClients.emplace(kLongestRequest);
+    self.workers = std::make_unique<Workers>(2 * kWorkersOfUser, kWorkersOfUser);
     self.startDaemon();
     if (options.observer != nullptr)
         options.observer->started(*this);
@@ -353,6 +388,7 @@ void HttpServer::stop()
         return;
     self.draining = true;
     std::unique_ptr<wirecall::ServerListener> listener;
+    std::unique_ptr<Workers> workers;
     {
         const std::lock_guard<std::mutex> lock(self.mutex);
         listener.swap(self.listener);
@@ -363,6 +399,11 @@ void HttpServer::stop()
         self.ended.wait_for(lock, std::chrono::milliseconds(self.options.graceMilliseconds),
                             [&self] { return self.running == 0; });
     }
+    {
+        const std::lock_guard<std::mutex> lock(self.mutex);
+        workers.swap(self.workers);
+    }
+    workers.reset(); // the library can't stop while a connection is suspended
     ::MHD_stop_daemon(std::exchange(self.daemon, nullptr));
     if (EndpointObserver* observer = std::exchange(self.options.observer, nullptr))
         observer->stopped(*this);
@@ -393,6 +434,7 @@ wirecall::RpcServer::Load HttpServer::load() const
         load.refusedConnections = m_Impl->listener->refused();
     }
     load.runningCalls = m_Impl->running;
+    load.waiting = m_Impl->workers ? m_Impl->workers->waiting() : 0;
     return load;
 }
 

@@ -30,12 +30,13 @@ std::optional<std::string> unescaped(const std::string& text)
         }
         const int high = text.size() - i > 2 ? digit(text[i + 1]) : -1;
         const int low = high >= 0 ? digit(text[i + 2]) : -1;
-        if (low < 0 || high * 16 + low == 0)
+        if (low < 0)
             return std::nullopt;
         plain += static_cast<char>(high * 16 + low);
         i += 2;
     }
-    return platform::isUtf8(plain) ? std::optional(plain) : std::nullopt;
+    const bool isText = plain.find('\0') == std::string::npos && platform::isUtf8(plain);
+    return isText ? std::optional(plain) : std::nullopt;
 }
 
 std::optional<std::vector<std::string>> splitUrlPath(const std::string& path)

@@ -7,8 +7,8 @@
 
 namespace centre {
 
-/// Returns a text without its escapes ("%20"), or nothing if one is not two hexadecimal digits or is a NUL,
-/// or if the text is not UTF-8.
+/// Returns a text without its escapes ("%20"), or nothing if one is not two hexadecimal digits, or if
+/// the text is not UTF-8 or has a NUL.
 std::optional<std::string> unescaped(const std::string& text);
 
 /// Returns the decoded components of a path that begins with "/", or nothing if one is empty, "." or "..",

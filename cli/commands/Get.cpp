@@ -152,10 +152,7 @@ private:
         Plan plan =
             makePlan(source, there, m_Moving.overwrite ? Compare::Nothing : Compare::Existence, false);
         plan.isWhole = plan.isWhole && hasSamePaths(source, onBox);
-        const auto getByIdentifier = [&](lumo::FileId file, const std::string& folder) {
-            return session.transfers().get(catalogue.find(file), folder, {m_Moving.overwrite, {}}).wait();
-        };
-        const auto mover = moverFrom(place, target, getByIdentifier);
+        const auto mover = moverFrom(place, target);
         return PlanRun(plan, *mover, m_Tree.run, advanced, failed).run();
     }
 

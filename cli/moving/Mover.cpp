@@ -28,10 +28,7 @@ std::string parentOf(const std::string& path)
 class Getter : public Mover
 {
 public:
-    Getter(const lumo::BoxPlace& source, const std::string& target, const GetByIdentifier& getByIdentifier)
-        : m_Source(source), m_Target(target), m_GetByIdentifier(getByIdentifier)
-    {
-    }
+    Getter(const lumo::BoxPlace& source, const std::string& target) : m_Source(source), m_Target(target) {}
 
     lumo::Transfer::Outcome moveAll(bool overwrite, const lumo::BoxPlace::Percent& percent) override
     {
@@ -42,8 +39,6 @@ public:
     {
         if (!item.path.empty())
             requireFolder(parentOf(item.path));
-        if (item.file.isSet())
-            return m_GetByIdentifier(item.file, pathBelow(m_Target, parentOf(item.path)));
         return m_Source.below(item.path).get(pathBelow(m_Target, item.path), overwrite);
     }
 
@@ -87,7 +82,6 @@ private:
 
     const lumo::BoxPlace m_Source;
     const std::string m_Target;
-    const GetByIdentifier m_GetByIdentifier;
     std::mutex m_Mutex;
     std::set<std::string> m_Folders; ///< that exist
 };
@@ -136,10 +130,9 @@ private:
 
 } // namespace
 
-std::unique_ptr<Mover> moverFrom(const lumo::BoxPlace& source, const std::string& target,
-                                 const GetByIdentifier& getByIdentifier)
+std::unique_ptr<Mover> moverFrom(const lumo::BoxPlace& source, const std::string& target)
 {
-    return std::make_unique<Getter>(source, target, getByIdentifier);
+    return std::make_unique<Getter>(source, target);
 }
 
 std::unique_ptr<Mover> moverTo(const std::string& source, const lumo::BoxPlace& target,

@@ -39,8 +39,7 @@ struct PlanItem
     bool folder = false;
     std::optional<std::uint64_t> bytes; ///< of the source
     Action action = Action::Keep;
-    std::string reason;  ///< of a failure
-    lumo::FileId file{}; ///< as TreeItem has it
+    std::string reason; ///< of a failure
 };
 
 /// How many files there are of each kind; folders are counted where they are removed or fail.
