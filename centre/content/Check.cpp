@@ -31,7 +31,10 @@ public:
 
     void skip(const std::string& path, const std::string& reason) override
     {
-        add({Difference::Kind::Unread, {}, "", path, reason});
+        Difference difference{Difference::Kind::Unread, DiskEntry()};
+        difference.path = path;
+        difference.reason = reason;
+        add(difference);
     }
 
     CheckReport& report() { return m_Report; }

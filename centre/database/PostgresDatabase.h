@@ -53,7 +53,6 @@ public:
     /// Takes a lock, which ends with the connection. Returns false if another connection has it.
     bool tryLock(const std::string& name);
 
-
     pg_conn* connection() const { return m_Connection.get(); }
     bool inTransaction() const { return m_InTransaction; }
     /// Connects again if the connection was lost and no transaction is under way.

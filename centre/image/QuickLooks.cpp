@@ -26,7 +26,7 @@ constexpr std::size_t kDigestSize = std::tuple_size<bulkhaul::Digest>::value;
 constexpr std::uint64_t kBlock = 4096;        // what a file takes of the disk is a multiple
 constexpr off_t kLargestPicture = 17 << 20;   // with its digest; an image process answers less
 constexpr std::chrono::seconds kUsedAnew{60}; // the time of use is not written more often
-constexpr std::chrono::milliseconds kLookWhetherCanceled{100};
+constexpr std::chrono::milliseconds kLookForMadeOrCanceled{100};
 
 std::uint64_t onDisk(std::uint64_t bytes)
 {
@@ -149,7 +149,7 @@ QuickLook QuickLooks::get(const bulkhaul::Folder& folder, const std::string& fil
         return found;
     {
         std::unique_lock<std::mutex> lock(m_Mutex);
-        while (!m_Made.wait_for(lock, kLookWhetherCanceled, [&] { return m_Making.count(tag) == 0; }))
+        while (!m_Made.wait_for(lock, kLookForMadeOrCanceled, [&] { return m_Making.count(tag) == 0; }))
             requireNotCanceled(isCanceled);
         m_Making.insert(tag);
     }

@@ -53,7 +53,8 @@ private:
             list.push_back({{"file", m_Typed[i]}, {"fileID", files[i].file.number()}, {"passed", passed}});
             if (!passed) {
                 list.back()["message"] = verdicts[i].reason;
-                complain(m_Typed[i] + ": " + verdicts[i].reason);
+                if (!json)
+                    complain(m_Typed[i] + ": " + verdicts[i].reason);
             } else if (!json) {
                 print(escaped(m_Typed[i] + ": passed" + (note.empty() ? "" : ", " + note)) + "\n");
             }

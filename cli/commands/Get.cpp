@@ -152,7 +152,10 @@ private:
         Plan plan =
             makePlan(source, there, m_Moving.overwrite ? Compare::Nothing : Compare::Existence, false);
         plan.isWhole = plan.isWhole && hasSamePaths(source, onBox);
-        const auto mover = moverFrom(place, target);
+        const auto getByIdentifier = [&](lumo::FileId file, const std::string& folder) {
+            return session.transfers().get(catalogue.find(file), folder, {m_Moving.overwrite, {}}).wait();
+        };
+        const auto mover = moverFrom(place, target, getByIdentifier);
         return PlanRun(plan, *mover, m_Tree.run, advanced, failed).run();
     }
 

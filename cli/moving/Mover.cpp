@@ -28,7 +28,10 @@ std::string parentOf(const std::string& path)
 class Getter : public Mover
 {
 public:
-    Getter(const lumo::BoxPlace& source, const std::string& target) : m_Source(source), m_Target(target) {}
+    Getter(const lumo::BoxPlace& source, const std::string& target, const GetByIdentifier& getByIdentifier)
+        : m_Source(source), m_Target(target), m_GetByIdentifier(getByIdentifier)
+    {
+    }
 
     lumo::Transfer::Outcome moveAll(bool overwrite, const lumo::BoxPlace::Percent& percent) override
     {
@@ -39,6 +42,8 @@ public:
     {
         if (!item.path.empty())
             requireFolder(parentOf(item.path));
+        if (item.file.isSet())
+            return m_GetByIdentifier(item.file, pathBelow(m_Target, parentOf(item.path)));
         return m_Source.below(item.path).get(pathBelow(m_Target, item.path), overwrite);
     }
 
@@ -82,6 +87,7 @@ private:
 
     const lumo::BoxPlace m_Source;
     const std::string m_Target;
+    const GetByIdentifier m_GetByIdentifier;
     std::mutex m_Mutex;
     std::set<std::string> m_Folders; ///< that exist
 };
@@ -130,9 +136,10 @@ private:
 
 } // namespace
 
-std::unique_ptr<Mover> moverFrom(const lumo::BoxPlace& source, const std::string& target)
+std::unique_ptr<Mover> moverFrom(const lumo::BoxPlace& source, const std::string& target,
+                                 const GetByIdentifier& getByIdentifier)
 {
-    return std::make_unique<Getter>(source, target);
+    return std::make_unique<Getter>(source, target, getByIdentifier);
 }
 
 std::unique_ptr<Mover> moverTo(const std::string& source, const lumo::BoxPlace& target,

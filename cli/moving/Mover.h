@@ -6,6 +6,7 @@
 #include "lumo/client/BoxPlace.h"
 #include "lumo/client/Catalogue.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -27,8 +28,12 @@ public:
     virtual void remove(const PlanItem& item) = 0;
 };
 
+/// Fetches a file whose name is not known into a local folder.
+using GetByIdentifier = std::function<lumo::Transfer::Outcome(lumo::FileId file, const std::string& folder)>;
+
 /// From a storage box to a local path.
-std::unique_ptr<Mover> moverFrom(const lumo::BoxPlace& source, const std::string& target);
+std::unique_ptr<Mover> moverFrom(const lumo::BoxPlace& source, const std::string& target,
+                                 const GetByIdentifier& getByIdentifier = {});
 
 /// From a local path to `name`, which may have several components, below a folder of the catalogue.
 std::unique_ptr<Mover> moverTo(const std::string& source, const lumo::BoxPlace& target,

@@ -26,7 +26,7 @@ public:
         m_Plan.isWhole = m_Source.whole;
         const bool isFile = m_Source.items.size() == 1 && m_Source.items.front().path.empty();
         if (!m_Target.exists && !isFile)
-            m_Plan.items.push_back({{}, true, {}, Action::MakeFolder, {}});
+            m_Plan.items.push_back({{}, true, {}, Action::MakeFolder, {}, {}});
         for (std::size_t i = 0; i < m_Source.items.size(); ++i)
             judge(i);
         if (!m_Unknown.empty() && sameContent)
@@ -54,6 +54,7 @@ private:
             if (there == nullptr)
                 add(item, Action::MakeFolder, {});
         } else if (there == nullptr) {
+            m_Plan.isWhole = m_Plan.isWhole && !item.file.isSet();
             add(item, Action::Add, {});
         } else {
             judgeFile(place, item, *there);
@@ -120,7 +121,7 @@ private:
 
     void add(const TreeItem& item, Action action, const std::string& reason)
     {
-        m_Plan.items.push_back({item.path, item.folder, item.bytes, action, reason});
+        m_Plan.items.push_back({item.path, item.folder, item.bytes, action, reason, item.file});
     }
 
     const Tree& m_Source;

@@ -39,7 +39,8 @@ struct PlanItem
     bool folder = false;
     std::optional<std::uint64_t> bytes; ///< of the source
     Action action = Action::Keep;
-    std::string reason; ///< of a failure
+    std::string reason;  ///< of a failure
+    lumo::FileId file{}; ///< as TreeItem has it
 };
 
 /// How many files there are of each kind; folders are counted where they are removed or fail.

@@ -176,8 +176,10 @@ private:
             entry.name.value_or((item.folder ? "folder:" + std::to_string(entry.folder.number())
                                              : "file:" + std::to_string(entry.file.number())));
         item.path = joined(folder, name);
-        if (!entry.name)
-            item.problem = "its name is too long for its record: get it by its path";
+        if (!entry.name && !item.folder)
+            item.file = entry.file;
+        else if (!entry.name)
+            item.problem = "the folder's name is too long for its record";
         else if (!platform::isPathComponent(name))
             item.problem = "its name can't be that of a file";
         else if (!names.insert(name).second)

@@ -20,8 +20,9 @@ struct TreeItem
     bool folder = false;
     std::optional<std::uint64_t> bytes; ///< of a file, where it is known
     std::string version;                ///< of a file on a box
-    bool skipped = false;               ///< the filter leaves it out, with all below it
-    std::string problem;                ///< why it can't be moved; empty: it can
+    lumo::FileId file;    ///< of a file whose name is too long for its record; `path` has its identifier then
+    bool skipped = false; ///< the filter leaves it out, with all below it
+    std::string problem;  ///< why it can't be moved; empty: it can
 };
 
 /// All that is on one side, a folder before its content.
