@@ -4,14 +4,19 @@
 #include "cli/output/DisplayText.h"
 #include "cli/output/Records.h"
 
+#include <cstddef>
 #include <limits>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace cli {
 
 namespace {
 
 /// More than any real tree is deep; folders that contain each other end the walk here.
-constexpr unsigned int kDeepest = 1024;
+constexpr unsigned int kDeepest = 256;
+constexpr std::size_t kMostEntries = std::size_t(1) << 24;
 
 const char* branch(bool last)
 {
@@ -64,7 +69,7 @@ public:
         }
     }
 
-    Json json(const lumo::Place& start) const
+    Json json(const lumo::Place& start)
     {
         if (!start.isRoot())
             return entryJson(m_Catalogue.find(start), 0);
@@ -103,25 +108,37 @@ private:
         const lumo::FolderId folder = m_Catalogue.folderOf(parent);
         const std::vector<lumo::Entry> folders = m_Catalogue.folders(folder);
         const std::vector<lumo::Entry> files = m_Catalogue.files(folder);
-        m_Folders += folders.size();
-        m_Files += files.size();
+        count(folders, files);
         printFolders(folders, files.empty(), prefix, level);
         for (const lumo::Entry& file : files)
             printLine(prefix, &file == &files.back(), file);
     }
 
-    Json entryJson(const lumo::Entry& entry, unsigned int level) const
+    Json entryJson(const lumo::Entry& entry, unsigned int level)
     {
         Json record = listedJson(entry);
         if (entry.kind == lumo::Entry::Kind::File || !enters(level))
             return record;
         const lumo::FolderId folder = m_Catalogue.folderOf(entry);
-        Json folders = Json::array();
-        for (const lumo::Entry& child : m_Catalogue.folders(folder))
-            folders.push_back(entryJson(child, level + 1));
-        record["folders"] = std::move(folders);
-        record["files"] = listedJson(m_Catalogue.files(folder));
+        const std::vector<lumo::Entry> folders = m_Catalogue.folders(folder);
+        const std::vector<lumo::Entry> files = m_Catalogue.files(folder);
+        count(folders, files);
+        Json list = Json::array();
+        for (const lumo::Entry& child : folders)
+            list.push_back(entryJson(child, level + 1));
+        record["folders"] = std::move(list);
+        record["files"] = listedJson(files);
         return record;
+    }
+
+    /// Throws when the tree has more entries than any real one, as one without end has.
+    void count(const std::vector<lumo::Entry>& folders, const std::vector<lumo::Entry>& files)
+    {
+        m_Folders += folders.size();
+        m_Files += files.size();
+        if (m_Folders + m_Files > kMostEntries)
+            throw Failure(ExitCode::CentreFailed, "there are more than " + std::to_string(kMostEntries) +
+                                                      " files and folders: begin further down");
     }
 
     std::string counts() const

@@ -26,6 +26,11 @@ using platform::isPathComponent;
 
 namespace {
 
+/// The most nested folders of a walk through the catalogue, and the most files and folders in it: a catalogue
+/// that lists more does not end.
+constexpr int kDeepest = 256;
+constexpr qint64 kMostEntries = qint64(1) << 24;
+
 const char kFetchDownload[] = "CLumoDownloadRunnable::fetchDownloadInformation";
 const char kRun[] = "CLumoDownloadRunnable::run";
 const char kDownload[] = "CLumoDownloadRunnable::download";
@@ -285,7 +290,7 @@ bool CLumoDownloadRunnable::downloadDisk(const QString& localDir, unsigned int i
 
 bool CLumoDownloadRunnable::makeFolder(const QString& localDir, const QString& name)
 {
-    if (haveFolder(localDir, name))
+    if (m_FoldersDeep < kDeepest && haveFolder(localDir, name))
         return true;
     LUMO_DOWNLOAD_LOG(kDownload, "Dist Dir doesn't exist and mkdir Failed : %s",
                       logText(joined(localDir, name)).c_str());
@@ -312,12 +317,17 @@ bool CLumoDownloadRunnable::downloadFolderContent(unsigned int folderID, const Q
     if (manager().getFileByParentID(folderID, files) == RET_FAILED ||
         manager().getFolderByParentID(folderID, folders) == RET_FAILED)
         return fail(transfercodes::kNotInCatalogue);
+    m_EntriesListed += files.size() + folders.size();
+    if (m_EntriesListed > kMostEntries)
+        return fail(transfercodes::kNotInCatalogue);
+    ++m_FoldersDeep;
     for (const tagFileTable& file : qAsConst(files))
         if (!download(localPath, DATA_TYPE_FILE, file.fileID, overwrite))
             return false;
     for (const tagFolderTable& folder : qAsConst(folders))
         if (!download(localPath, DATA_TYPE_FOLDER, folder.folderID, overwrite))
             return false;
+    --m_FoldersDeep;
     return true;
 }
 

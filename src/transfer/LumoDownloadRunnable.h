@@ -85,6 +85,8 @@ private:
     QString m_KestaIP;
     QString m_KestaCode;
     boost::shared_ptr<wirecall::RpcChannel> m_Channel;
+    int m_FoldersDeep = 0;         ///< nested folders that the walk is in
+    qint64 m_EntriesListed = 0;    ///< files and folders of all folders of the walk so far
     QStringList m_FoldersUnderWay; ///< canonical paths of the nested folders that copyDirectory is in
 };
 
