@@ -114,6 +114,12 @@ void Admissions::end(const Right& right)
                       ended);
 }
 
+bool Admissions::wasUsedWithin(const Admission& admission, std::chrono::seconds time)
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    return Clock::now() - admission.asked < time;
+}
+
 std::size_t Admissions::count()
 {
     Handles<const Admission>::Ended ended;

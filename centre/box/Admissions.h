@@ -63,6 +63,9 @@ public:
     void addRights(std::set<Right>& rights);
     /// Ends those of a right.
     void end(const Right& right);
+    /// Whether the catalogue was asked about a transfer, as it is while requests come, in the last `time`.
+    bool wasUsedWithin(const Admission& admission, std::chrono::seconds time);
+
     /// How many are kept.
     std::size_t count();
 

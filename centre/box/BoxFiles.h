@@ -13,6 +13,7 @@ namespace centre {
 // Files and folders of a box, and what a request may say about them. Functions throw FileFailure.
 
 constexpr int kLargestBatch = 1000;                 ///< files in one request
+constexpr int kMostReserved = 8192;                 ///< names in one request
 constexpr std::uint32_t kMostDigests = 256;         ///< in one answer
 constexpr std::uint32_t kMostChunksInStream = 1024; ///< so that a token is checked again now and then
 

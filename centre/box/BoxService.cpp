@@ -88,6 +88,12 @@ void BoxService::finish(Controller* call, const haulbox::FinishReq* request, hau
     answer(call, *response, done, [&] { m_Uploads.finish(tokenOf(call), *request, *response); });
 }
 
+void BoxService::reserve(Controller* call, const haulbox::ReserveReq* request, haulbox::ReserveRsp* response,
+                         Closure* done)
+{
+    answer(call, *response, done, [&] { m_Uploads.reserve(tokenOf(call), *request); });
+}
+
 void BoxService::store(Controller* call, const haulbox::StoreReq* request, haulbox::StoreRsp* response,
                        Closure* done)
 {

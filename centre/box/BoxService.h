@@ -44,6 +44,8 @@ public:
                Closure* done) override;
     void finish(Controller* call, const haulbox::FinishReq* request, haulbox::FinishRsp* response,
                 Closure* done) override;
+    void reserve(Controller* call, const haulbox::ReserveReq* request, haulbox::ReserveRsp* response,
+                 Closure* done) override;
     void store(Controller* call, const haulbox::StoreReq* request, haulbox::StoreRsp* response,
                Closure* done) override;
 

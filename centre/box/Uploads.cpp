@@ -26,6 +26,27 @@ void requireFileName(const std::string& name)
         throw FileFailure(haulbox::WRONG_KIND, "the root of a disk can't be a file");
 }
 
+/// Throws FileFailure (WRONG_KIND) for an entry that exists as the other kind, or as neither.
+void requireFitting(const Folder& root, const haulbox::ReserveReq& request)
+{
+    FolderCache folders(root, Folder::Missing::Fail);
+    std::string missing; // a folder that will be made, with a "/"
+    std::string name;
+    for (const haulbox::Entry& entry : request.entries()) {
+        if (!missing.empty() && entry.below().compare(0, missing.size(), missing) == 0)
+            continue;
+        struct stat status;
+        if (!folders.parentOf(entry.below(), name).find(name, status)) {
+            if (entry.folder())
+                missing = entry.below() + "/";
+        } else if (entry.folder() ? !S_ISDIR(status.st_mode)
+                                  : !S_ISREG(status.st_mode) && !S_ISLNK(status.st_mode)) {
+            throw FileFailure(haulbox::WRONG_KIND,
+                              entry.below() + ": the name belongs to something else on the box");
+        }
+    }
+}
+
 /// Of a file of at most one chunk, whose digest is `digest`.
 FileContent contentOf(std::uint64_t size, const Digest& digest)
 {
@@ -160,6 +181,17 @@ void Uploads::finish(const std::string& token, const haulbox::FinishReq& request
             content = {upload.size, toHex(digest)};
         m_Catalogue.record({{upload.path, false, content}});
     });
+}
+
+void Uploads::reserve(const std::string& token, const haulbox::ReserveReq& request)
+{
+    if (request.entries_size() > kMostReserved)
+        throw FileFailure(haulbox::FAILED, "too many names at once");
+    const auto admission = m_Admissions.find(token, request.transfer(), kWrite);
+    for (const haulbox::Entry& entry : request.entries())
+        admission->placeOf(entry.below()); // throws for one that is not valid
+    m_Reservations.reserve(admission, request,
+                           [&] { requireFitting(openFolder(admission->placeOf(std::string())), request); });
 }
 
 void Uploads::store(const std::string& token, const haulbox::StoreReq& request, haulbox::StoreRsp& response)

@@ -5,6 +5,7 @@
 #include "centre/box/BoxFaults.h"
 #include "centre/box/BoxFiles.h"
 #include "centre/box/OpenUploads.h"
+#include "centre/box/Reservations.h"
 #include "components/bulkhaul/files/IncomingSmallFiles.h"
 #include "components/wirecall/Streams.h"
 #include "haulbox.pb.h"
@@ -21,7 +22,11 @@ class Uploads
 public:
     /// The first three must outlive the object.
     Uploads(Admissions& admissions, BoxCatalogue& catalogue, BoxFaults& faults, OpenUploads::Pause pause)
-        : m_Admissions(admissions), m_Catalogue(catalogue), m_Faults(faults), m_Open(pause)
+        : m_Admissions(admissions),
+          m_Catalogue(catalogue),
+          m_Faults(faults),
+          m_Open(pause),
+          m_Reservations(admissions)
     {
     }
 
@@ -32,6 +37,7 @@ public:
                                                 const std::string& token, const haulbox::Chunk& chunk,
                                                 haulbox::WriteRsp& response);
     void finish(const std::string& token, const haulbox::FinishReq& request, haulbox::FinishRsp& response);
+    void reserve(const std::string& token, const haulbox::ReserveReq& request);
     void store(const std::string& token, const haulbox::StoreReq& request, haulbox::StoreRsp& response);
 
     /// The large files on their way.
@@ -52,6 +58,7 @@ private:
     BoxCatalogue& m_Catalogue;
     BoxFaults& m_Faults;
     OpenUploads m_Open;
+    Reservations m_Reservations;
 };
 
 } // namespace centre

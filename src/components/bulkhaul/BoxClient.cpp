@@ -83,7 +83,7 @@ void BoxClient::fail(const wirecall::RpcController& controller)
     case wirecall::Failure::Unauthenticated:
         throw TransferFailure(kRefused, text);
     case wirecall::Failure::NotImplemented:
-        throw TransferFailure(kNotUnderstood, "the other side is not a storage box: " + text);
+        throw NotOffered(kNotUnderstood, "the other side is not a storage box: " + text);
     default:
         throw TransferFailure(kBoxFailed, "the box failed: " + text);
     }

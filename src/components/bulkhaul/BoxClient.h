@@ -34,6 +34,13 @@ public:
     using TransferFailure::TransferFailure;
 };
 
+/// The other side does not have the operation.
+class NotOffered : public TransferFailure
+{
+public:
+    using TransferFailure::TransferFailure;
+};
+
 /// The code of a failure; kNotUnderstood for a status that is none.
 Code codeOf(haulbox::Status status);
 

@@ -41,6 +41,7 @@ public:
                 return true;
             });
         moveCollected();
+        reserve(); // no more names
     }
 
 private:
@@ -88,6 +89,9 @@ private:
 
     void collect(const Pending& item)
     {
+        haulbox::Entry& name = *m_Names.add_entries();
+        name.set_below(item.below);
+        name.set_folder(item.folder);
         if (item.size > kChunkSize) {
             m_Large.push_back(item.below);
             return;
@@ -101,8 +105,24 @@ private:
         m_LastBytes += item.size;
     }
 
+    /// Announces the names of what is moved next, so that of two clients with crossed names only one fails.
+    void reserve()
+    {
+        if (!m_Reserves)
+            return;
+        m_Names.set_transfer(m_Handle);
+        haulbox::ReserveRsp response;
+        try {
+            m_Box.askForSure(&BoxServices_Stub::reserve, m_Names, response);
+        } catch (const NotOffered&) {
+            m_Reserves = false;
+        }
+        m_Names.Clear();
+    }
+
     void moveCollected()
     {
+        reserve();
         inParallel(
             {{m_Transfer.filesInFlight, m_Batches.size(), [&](std::uint64_t i) { moveBatch(m_Batches[i]); }},
              {largeFilesInFlight(m_Transfer), m_Large.size(),
@@ -198,6 +218,8 @@ private:
     std::vector<Batch> m_Batches;
     std::uint64_t m_LastBytes = 0; ///< in the last batch
     std::vector<std::string> m_Large;
+    haulbox::ReserveReq m_Names; ///< of what is collected
+    bool m_Reserves = true;      ///< the box, as far as is known
 };
 
 } // namespace

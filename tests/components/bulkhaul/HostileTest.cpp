@@ -143,9 +143,9 @@ TEST_F(TransferTest, HostileAnswersOfABoxEndTheTransferBeforeAnythingIsWritten)
         {Way::Down, "y", kSourceChanged, large + "read status: CHANGED"},
         {Way::Down, "y", kCorrupted, large + "read status: DONE"},
         {Way::Down, "y", kCorrupted, large + "read status: DONE offset: 1048576 data: 'x'"},
-        {Way::Up, "up", kNotUnderstood, "store wanted: 0"},
-        {Way::Up, "up", kNotUnderstood, "store status: DONE existed: true wanted: 0"},
-        {Way::Up, "up", kNotUnderstood, "store status: DONE existed: true wanted: 5"},
+        {Way::Up, "up", kNotUnderstood, "store wanted: 0\nreserve status: DONE"},
+        {Way::Up, "up", kNotUnderstood, "reserve status: DONE\nstore status: DONE existed: true wanted: 0"},
+        {Way::Up, "up", kNotUnderstood, "reserve status: DONE\nstore status: DONE existed: true wanted: 5"},
         {Way::Up, "large", kNotUnderstood, begun},
         {Way::Up, "large", kNoSpace, begun + "write status: NO_SPACE"},
         {Way::Up, "large", kNotUnderstood, begun + "write status: DONE"}, // before the second chunk
@@ -288,6 +288,36 @@ TEST_F(TransferTest, AnUploadEndsWhenItIsFinishedOrAnotherBeginsUnlessItIsBusy)
     EXPECT_EQ(busy.status(), haulbox::BUSY);
     EXPECT_EQ(busy.other_bytes(), kMiB);
     EXPECT_EQ(other.write(third.upload(), 0), haulbox::DONE);
+}
+
+TEST_F(TransferTest, NamesThatAnUploadHasReservedCanNotBecomeTheOtherKind)
+{
+    TestBox testBox(*catalogue);
+    Caller mine(testBox.channel());
+    haulbox::StoreReq store;
+    store.set_path(box().string() + "/tree");
+    store.add_items()->set_folder(true);
+    haulbox::ReserveReq requests[2];
+    for (haulbox::ReserveReq& request : requests)
+        request.set_transfer(mine.ask(&Stub::store, store, haulbox::StoreRsp()).transfer());
+    requests[0].add_entries()->set_below("a");
+    requests[0].add_entries()->set_below("b");
+    requests[0].mutable_entries(1)->set_folder(true);
+    const auto reserved = [&](int i) {
+        return mine.ask(&Stub::reserve, requests[i], haulbox::ReserveRsp()).status();
+    };
+    EXPECT_EQ(reserved(0), haulbox::DONE);
+    *requests[1].mutable_entries() = requests[0].entries();
+    EXPECT_EQ(reserved(1), haulbox::DONE); // the same kinds
+    requests[1].mutable_entries(1)->set_folder(false);
+    EXPECT_EQ(reserved(1), haulbox::WRONG_KIND);
+    requests[0].clear_entries();
+    EXPECT_EQ(reserved(0), haulbox::DONE);
+    EXPECT_EQ(reserved(1), haulbox::DONE);
+    fs::create_directories(box() / "tree/b");
+    EXPECT_EQ(reserved(1), haulbox::WRONG_KIND);
+    requests[1].mutable_entries(1)->set_below("../b");
+    EXPECT_EQ(reserved(1), haulbox::UNSAFE_NAME);
 }
 
 TEST_F(TransferTest, OfTooManyHandlesTheOneThatWasIdleForLongestEnds)

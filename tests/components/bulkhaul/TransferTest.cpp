@@ -389,6 +389,32 @@ TEST_F(TransferTest, TransfersToOneTargetNeverMix)
     }
 }
 
+TEST_F(TransferTest, OfTwoTreesWithCrossedNamesOneArrives)
+{
+    TestBox testBox(*catalogue);
+    for (const std::string tree : {"0", "1"}) {
+        for (int i = 0; i < 200; ++i)
+            writeFile(here() / tree / "m" / (tree + std::to_string(i)), "x");
+        for (const std::string name : {"a", "z"}) // a file in one, a folder in the other
+            writeFile(here() / tree / ((name == "a") == (tree == "0") ? name : name + "/file"), tree);
+        writeFile(here() / tree / "y" / tree, content(2 * kMiB, 1));
+    }
+    for (int round = 0; round < 10; ++round) {
+        int codes[2];
+        std::vector<std::thread> threads;
+        for (int i = 0; i < 2; ++i)
+            threads.emplace_back([&, i] {
+                codes[i] =
+                    Upload(testBox.channel(), (box() / "one").string(), (here() / std::to_string(i)).string(),
+                           round % 2 == 0, {}, nullptr, nullptr);
+            });
+        for (std::thread& thread : threads)
+            thread.join();
+        EXPECT_EQ(codes[0] + codes[1], kDone + kWrongKind);
+        fs::remove_all(box() / "one");
+    }
+}
+
 TEST_F(TransferTest, SmallFilesOfTheSameNamesFromTwoTransfersAllArriveInAnyOrder)
 {
     const Folder root = Folder::open(here().string());
