@@ -9,12 +9,32 @@ namespace cli {
 
 namespace {
 
-void require(const std::string& value, const char* option, const char* variable, const char* example)
+/// Refuses settings that don't suffice; the message names all that are missing.
+void requireComplete(const lumo::Session::Settings& settings)
 {
-    if (value.empty()) {
-        refuse(std::string("--") + option + " is missing: give --" + option + " " + example + ", set " +
-               variable + ", or write '" + option + " = " + example + "' in ~/.config/lumo/profile.ini");
+    const struct
+    {
+        const std::string& value;
+        std::string option;
+        const char* variable;
+        std::string example;
+    } kNeeded[] = {{settings.centre, "centre", "LUMO_CENTRE", "HOST:PORT"},
+                   {settings.user, "user", "LUMO_USER", "NAME"},
+                   {settings.company, "company", "LUMO_COMPANY", "NUMBER"}};
+    std::string names, given, variables, lines;
+    int missing = 0;
+    for (const auto& one : kNeeded) {
+        if (!one.value.empty())
+            continue;
+        const bool first = ++missing == 1;
+        names += (first ? "--" : ", --") + one.option;
+        given += (first ? "--" : " --") + one.option + " " + one.example;
+        variables += std::string(first ? "" : ", ") + one.variable;
+        lines += (first ? "'" : ", '") + one.option + " = " + one.example + "'";
     }
+    if (missing > 0)
+        refuse(names + (missing == 1 ? " is" : " are") + " missing: give " + given + ", set " + variables +
+               ", or write " + lines + " in ~/.config/lumo/profile.ini");
 }
 
 std::string knownCodePage(const std::string& name)
@@ -103,9 +123,7 @@ void applyProfile(CLI::App& app, Options& options)
 void finishOptions(Options& options)
 {
     lumo::Session::Settings& settings = options.settings;
-    require(settings.centre, "centre", "LUMO_CENTRE", "HOST:PORT");
-    require(settings.user, "user", "LUMO_USER", "NAME");
-    require(settings.company, "company", "LUMO_COMPANY", "NUMBER");
+    requireComplete(settings);
     settings.timeout = lumo::Session::Settings::milliseconds(options.timeout);
     if (!options.codePage.empty())
         settings.codePage = options.codePage;

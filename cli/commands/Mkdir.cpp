@@ -13,7 +13,7 @@ public:
     explicit MkdirCommand(CLI::App& app)
     {
         addArgument(app, "PLACE", m_Typed, "The new folder's path");
-        addFlag(app, "--parents", m_Parents,
+        addFlag(app, "-p,--parents", m_Parents,
                 "Make the missing folders above it, too; succeed when it exists already");
     }
 

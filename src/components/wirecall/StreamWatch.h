@@ -35,8 +35,8 @@ public:
         return m_WaitingSince && Clock::now() - *m_WaitingSince >= limit;
     }
 
-    /// Has an event with `tag` come from `queue` when it is time to look whether the stream has stalled, or when
-    /// `stop` is called. Returns false, and no event comes, once `stop` was called.
+    /// Has an event with `tag` come from `queue` when it is time to look whether the stream has stalled, or
+    /// when `stop` is called. Returns false, and no event comes, once `stop` was called.
     bool lookLater(grpc::CompletionQueue& queue, Limit limit, void* tag)
     {
         const std::lock_guard<std::mutex> lock(m_Mutex);
