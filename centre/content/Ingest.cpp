@@ -70,7 +70,7 @@ bool isHeights(const image::Image& image)
     return false;
 }
 
-const RecordKind& kindOf(const image::Image& image)
+const RecordKind& recordKindOf(const image::Image& image)
 {
     const bool isCamera = image.driver() == "JPEG"; // whose sensor is a camera's model
     const char* kind = !image.sensor().empty() && !isCamera ? "sat"
@@ -164,7 +164,7 @@ void findParts(std::vector<File*>& files)
 NewImage newImageOf(const File& file, const RecordKind* kind)
 {
     const image::Image& image = *file.image;
-    NewImage made{file.id, kind != nullptr ? kind : &kindOf(image), searchTexts(image), {}};
+    NewImage made{file.id, kind != nullptr ? kind : &recordKindOf(image), searchTexts(image), {}};
     made.texts.emplace_back("imageName", file.stem());
     made.note = {formatText(image), georeferenceText(image), jsonText(image)};
     return made;
