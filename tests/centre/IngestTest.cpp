@@ -9,7 +9,7 @@ using testing::UnorderedElementsAre;
 
 namespace {
 
-using Outcome = centre::IngestedFile::Outcome;
+using FileOutcome = centre::IngestedFile::Outcome;
 
 class Ingest : public CentreTest
 {
@@ -53,8 +53,8 @@ TEST_F(Ingest, RegistersImagesOfAFolderWithWhatTheySayOfThemselves)
                     "ncols 2\nnrows 2\nxllcorner 10\nyllcorner 20\ncellsize 1\n1 2\n3 4\n");
     const std::string image = readFile(LUMO_SAMPLES "/imagery/east-asia.tif");
     m_Data.makeFile("disk/imagery/damaged.tif", image.substr(0, image.size() / 2));
-    EXPECT_THAT(ingest("disk"), ElementsAre(Pair(Outcome::Taken, 5), Pair(Outcome::Part, 2),
-                                            Pair(Outcome::NoImage, 2), Pair(Outcome::Refused, 1)));
+    EXPECT_THAT(ingest("disk"), ElementsAre(Pair(FileOutcome::Taken, 5), Pair(FileOutcome::Part, 2),
+                                            Pair(FileOutcome::NoImage, 2), Pair(FileOutcome::Refused, 1)));
     EXPECT_EQ(m_Files["east-asia.tif"], "dom 1");
     EXPECT_EQ(m_Files["east-asia.jpg"], "photo 1");
     EXPECT_EQ(m_Files["heights.asc"], "dem 1");
@@ -70,8 +70,8 @@ TEST_F(Ingest, RegistersImagesOfAFolderWithWhatTheySayOfThemselves)
     EXPECT_THAT(value("SELECT description FROM image_description JOIN dom ON file_id = main_file_id"),
                 HasSubstr("\"footprint\":[70,55,70,10,150,10,150,55,70,55]"));
 
-    EXPECT_THAT(ingest("disk"), ElementsAre(Pair(Outcome::Known, 5), Pair(Outcome::Part, 2),
-                                            Pair(Outcome::NoImage, 2), Pair(Outcome::Refused, 1)));
+    EXPECT_THAT(ingest("disk"), ElementsAre(Pair(FileOutcome::Known, 5), Pair(FileOutcome::Part, 2),
+                                            Pair(FileOutcome::NoImage, 2), Pair(FileOutcome::Refused, 1)));
     EXPECT_EQ(value("SELECT count(*) FROM type"), "4");
 }
 
@@ -83,13 +83,13 @@ TEST_F(Ingest, TakesAFolderOfADiskIntoWhatExists)
     copySample("imagery/east-asia.tif", "disk/b/c/three.tif");
     load(R"({"kind":"project","projectID":7,"projectName":"P"}
 {"kind":"type","typeID":8,"projectID":7,"dataType":"dsm"})");
-    EXPECT_THAT(ingest("disk/b", "dsm"), ElementsAre(Pair(Outcome::Taken, 2)));
+    EXPECT_THAT(ingest("disk/b", "dsm"), ElementsAre(Pair(FileOutcome::Taken, 2)));
     EXPECT_THAT(m_Files, UnorderedElementsAre(Pair("three.tif", "dsm 1"), Pair("two.tif", "dsm 2")));
     EXPECT_FALSE(m_Report.import.diskIsNew || m_Report.projectIsNew);
     EXPECT_EQ(value("SELECT min(type_id) + max(type_id) FROM dsm"), "16");
     EXPECT_EQ(catalogueOf(m_Store).count("named/b/c/three.tif"), 1u);
-    EXPECT_THAT(ingest("disk"), ElementsAre(Pair(Outcome::Taken, 1), Pair(Outcome::Known, 2)));
-    EXPECT_THAT(ingest("disk/a", "", "another"), ElementsAre(Pair(Outcome::Taken, 1)));
+    EXPECT_THAT(ingest("disk"), ElementsAre(Pair(FileOutcome::Taken, 1), Pair(FileOutcome::Known, 2)));
+    EXPECT_THAT(ingest("disk/a", "", "another"), ElementsAre(Pair(FileOutcome::Taken, 1)));
     EXPECT_THAT(value("SELECT count(*) FROM disk"), "1");
 }
 
@@ -101,7 +101,7 @@ TEST_F(Ingest, RefusesWhatItCannotDo)
     expectError(ExitCode::WrongUse, "the project's name must not be empty",
                 [this] { ingest("disk", "", ""); });
     expectError(ExitCode::Failed, "No such file", [this] { ingest("missing"); });
-    EXPECT_THAT(ingest("disk"), ElementsAre(Pair(Outcome::Refused, 1)));
+    EXPECT_THAT(ingest("disk"), ElementsAre(Pair(FileOutcome::Refused, 1)));
     EXPECT_EQ(value("SELECT count(*) FROM project"), "0");
 }
 
