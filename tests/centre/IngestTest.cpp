@@ -20,7 +20,7 @@ protected:
     }
 
     /// Returns how many files there were of each outcome.
-    std::map<Outcome, std::uint64_t> ingest(const std::string& folder, const std::string& kind = {},
+    std::map<FileOutcome, std::uint64_t> ingest(const std::string& folder, const std::string& kind = {},
                                             const std::string& project = "P")
     {
         m_Files.clear();
