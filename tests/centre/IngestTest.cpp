@@ -21,7 +21,7 @@ protected:
 
     /// Returns how many files there were of each outcome.
     std::map<FileOutcome, std::uint64_t> ingest(const std::string& folder, const std::string& kind = {},
-                                            const std::string& project = "P")
+                                                const std::string& project = "P")
     {
         m_Files.clear();
         centre::IngestOptions options;
