@@ -17,7 +17,7 @@ std::string withoutPort(const std::string& peer)
     return peer.substr(0, peer.rfind(':'));
 }
 
-/// Returns the name of the operation, without package and service; "unknown" if there is no such operation.
+/// Returns the name of the operation, without package and service; "unknown" for any other text.
 std::string_view operationOf(const wirecall::ServerCall& call)
 {
     const std::string_view method = call.method();

@@ -23,7 +23,7 @@ namespace centre {
 namespace {
 
 // One text for what does not exist and for what belongs to another company.
-constexpr char kNoFile[] = "there is no such file";
+constexpr char kNoFile[] = "no such file";
 
 const Sql kPlace("SELECT root_path, kesta_code, http_url FROM file JOIN folder ON folder.id = file.parent_id"
                  " JOIN disk ON disk.id = disk_id JOIN box ON code = kesta_code"

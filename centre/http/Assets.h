@@ -61,7 +61,7 @@ private:
 
     HttpResponse serve(const HttpRequest& request);
     HttpResponse makeLink(const HttpRequest& request);
-    /// Throws HttpError if there is no such file that the user may read.
+    /// Throws HttpError (404) for a file that does not exist or that the user may not read.
     Place find(Connection& connection, const User& user, const HttpRequest& request) const;
     User callerOf(Connection& connection, const HttpRequest& request) const;
     bool isHere(const Place& place) const;

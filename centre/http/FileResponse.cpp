@@ -170,7 +170,7 @@ HttpResponse fileResponse(bulkhaul::FileHandle file, const std::string& fileName
 {
     struct stat status = {};
     if (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
-        throw HttpError(404, "there is no such file");
+        throw HttpError(404, "no such file");
     const std::string tag = entityTag(status);
     const auto size = static_cast<std::uint64_t>(status.st_size);
     HttpResponse response;

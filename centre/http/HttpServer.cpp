@@ -175,7 +175,7 @@ void HttpServer::Impl::begin(MHD_Connection& connection, Exchange& exchange, con
     }
     exchange.route = routes.find(exchange.request);
     if (exchange.route == nullptr)
-        throw HttpError(404, "there is nothing at this path");
+        throw HttpError(404, "nothing is at this path");
     routes.admit(*exchange.route, exchange.request);
     count(exchange);
     if (bodies.fetch_add(size) + size > kMostBodies) {

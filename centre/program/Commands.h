@@ -61,7 +61,7 @@ CLI::App* command(CLI::App& app, Arguments& arguments, ExitCode& result, const s
                   const std::string& description, ExitCode (*run)(const Arguments&));
 
 /// Writes a user's new token to its file or the output. Shows a token that can't be written to its file,
-/// since there is no other copy of it.
+/// since it is the only copy.
 ExitCode handOver(const Arguments& arguments, const std::string& token);
 
 /// Adds the option of that file.

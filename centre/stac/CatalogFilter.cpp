@@ -53,7 +53,7 @@ public:
             return list(arguments);
         if (isComparison(operation))
             return "(" + operand(arguments[0]) + " " + operation + " " + operand(arguments[1]) + ")";
-        throw notAFilter("there is no operation '" + abbreviated(operation) + "'");
+        throw notAFilter("unknown operation '" + abbreviated(operation) + "'");
     }
 
     std::vector<std::pair<std::string, std::string>> parameters;
@@ -112,7 +112,7 @@ private:
             return "('" + m_Kind.name + "-' || " + m_Kind.name + "." + m_Kind.idColumn() + ")";
         if (name == "datetime")
             return "(" + m_Kind.name + ".date || '" + kBeginOfDay + "')";
-        throw notAFilter("there is no property '" + abbreviated(name) +
+        throw notAFilter("unknown property '" + abbreviated(name) +
                          "'; there are sensor, project, collection, id and datetime");
     }
 

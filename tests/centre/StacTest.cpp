@@ -1,5 +1,5 @@
 // The STAC API as its clients see it: which items a search finds, pages, rights and refusals. Whether the
-// documents are as the specification wants them is for stac_test, beside this file.
+// documents are valid STAC is for other clients to judge.
 
 #include "centre/http/Http.h"
 #include "centre/stac/StacApi.h"
